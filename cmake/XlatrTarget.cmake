@@ -1,0 +1,14 @@
+# What every target of the project is compiled with: the language level, the warnings, the sanitizers of the preset.
+function(xlatr_target name)
+  target_compile_features(${name} PRIVATE cxx_std_20 c_std_11)
+  set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF C_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden
+                                           C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
+                                         $<$<COMPILE_LANGUAGE:CXX>:-Wmissing-declarations>
+                                         $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
+  if(XLATR_SANITIZE)
+    target_compile_options(${name} PRIVATE -fsanitize=${XLATR_SANITIZE} -fno-omit-frame-pointer
+                                           -fno-sanitize-recover=all)
+    target_link_options(${name} PRIVATE -fsanitize=${XLATR_SANITIZE})
+  endif()
+endfunction()

@@ -1,0 +1,23 @@
+#include "platform/thread.hpp"
+
+#include <sched.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace xlatr::platform {
+
+std::uint32_t currentThreadId() {
+  return static_cast<std::uint32_t>(::syscall(SYS_gettid));
+}
+
+void enterIdlePriority() {
+  const sched_param none{};
+  ::sched_setscheduler(0, SCHED_IDLE, &none);
+}
+
+void leaveIdlePriority() {
+  const sched_param none{};
+  ::sched_setscheduler(0, SCHED_OTHER, &none);
+}
+
+}  // namespace xlatr::platform

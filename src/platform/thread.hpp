@@ -1,0 +1,16 @@
+// What the standard library does not tell about threads.
+#pragma once
+
+#include <cstdint>
+
+namespace xlatr::platform {
+
+// The id of the current thread as the operating system numbers it (on Linux the kernel's thread id).
+[[nodiscard]] std::uint32_t currentThreadId();
+
+// Puts the current thread into the class that runs only when nothing else wants the processor, and takes it out again.
+// A platform that refuses changes nothing: both are hints.
+void enterIdlePriority();
+void leaveIdlePriority();
+
+}  // namespace xlatr::platform
