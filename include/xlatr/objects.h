@@ -1,0 +1,187 @@
+/*
+ * xlatr, object by object: make an information object for a file, a reader and a writer, and move messages yourself.
+ *
+ * Conventions of all families
+ *  1. A family is named after its class: TrcReader_setActive works on a TrcReader. Spellings are frozen, odd ones
+ *     included.
+ *  2. Objects are opaque. `..._Construct` and `..._CreateNew` answer an object that the caller owns and releases with the
+ *     family's `..._Destruct`; a null object there is ignored. Everything else takes an object that is not null: a null
+ *     one raises a ConverterProcessingException.
+ *  3. Messages handed out by `..._ReadNextMessage` belong to the caller and are released with the Destruct of their
+ *     message family. A reader's `..._getTrace` answers the reader's own information object, which lives as long as the
+ *     reader and is not to be released.
+ *  4. Text out is a pair: `...Size` answers the length without the terminator, its partner copies into `buffer` of
+ *     `bufferSize` bytes. The copy is cut to fit and always zero-terminated; a buffer of the length plus 1 holds all of
+ *     it. A null buffer or a size of 0 copies nothing. Text in is zero-terminated; null counts as empty.
+ *  5. Arrays that a function answers belong to the object (or, where there is no object, to the library) and their
+ *     length is the answer of the partner that ends in `Size`.
+ *  6. Every handle of an information object, reader, writer or message may be cast to ITraceInfo, ITraceReader,
+ *     ITraceWriter or IMessage where a function takes one of those.
+ *  7. An object is used by one thread at a time; different objects by as many threads as you like.
+ *  8. Failures are C++ exceptions (failures.hpp), which leave the function that raised them; a caller that can't catch
+ *     them reads the text with ConverterLastError_GetText. A C caller is compiled with unwind tables. Bad input inside
+ *     a file is no failure: the reader hands out a message that is not valid.
+ *  9. Time stamps of a trace's start are days since 1899-12-30 00:00 as a double. Bus numbers count from 1.
+ */
+#ifndef XLATR_OBJECTS_H
+#define XLATR_OBJECTS_H
+
+#include <stdbool.h>
+#include <stdint.h>
+
+#include "xlatr/export.h"
+#include "xlatr/xlatr.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct IMessage IMessage;
+typedef struct ITraceInfo ITraceInfo;
+typedef struct ITraceReader ITraceReader;
+typedef struct ITraceWriter ITraceWriter;
+typedef struct BaseTraceInfo BaseTraceInfo;
+typedef struct TraceFileInfo TraceFileInfo;
+typedef struct TrcInfo TrcInfo;
+typedef struct TrcReader TrcReader;
+typedef struct TrcWriter TrcWriter;
+typedef struct MessageCan MessageCan;
+
+/* ---- ConverterLastError: the last failure of a thread ------------------------------------------------------------ */
+
+/* Copies the text of the last failure raised on the thread with this operating system id (on Linux that of gettid), or
+   an empty text. It stays until the thread fails again, and may be read from any thread. */
+XLATR_API void ConverterLastError_GetText(uint32_t threadId, char* buffer, uint32_t bufferSize);
+
+/* ---- BaseTraceInfo: what a format is ----------------------------------------------------------------------------- */
+/* The functions with an object describe the format of that object; a TraceFileInfo may be cast to a BaseTraceInfo. */
+
+XLATR_API TraceFormat BaseTraceInfo_getFormat(const BaseTraceInfo* info);
+/* The formats that this one can be converted into. */
+XLATR_API const TraceFormat* BaseTraceInfo_getSupportedConversions(const BaseTraceInfo* info);
+XLATR_API uint32_t BaseTraceInfo_getSupportedConversionsSize(const BaseTraceInfo* info);
+/* The file versions of the format that are known. */
+XLATR_API const double* BaseTraceInfo_getSupportedVersions(const BaseTraceInfo* info);
+XLATR_API uint32_t BaseTraceInfo_getSupportedVersionsSize(const BaseTraceInfo* info);
+XLATR_API uint32_t BaseTraceInfo_getFormatDescriptionSize(const BaseTraceInfo* info);
+XLATR_API void BaseTraceInfo_getFormatDescription(const BaseTraceInfo* info, char* buffer, uint32_t bufferSize);
+
+/* The same by format flag. A value that is not exactly one flag has empty texts and the version -1.0. */
+XLATR_API uint32_t BaseTraceInfo_GetTraceFormatDescriptionSize(TraceFormat format);
+XLATR_API void BaseTraceInfo_GetTraceFormatDescription(TraceFormat format, char* buffer, uint32_t bufferSize);
+/* The extension with its point, as ".trc". */
+XLATR_API void BaseTraceInfo_GetTraceExtension(TraceFormat format, char* buffer, uint32_t bufferSize);
+/* The newest file version, which is what a writer writes when none is asked for. */
+XLATR_API double BaseTraceInfo_GetTraceCurrentVersion(TraceFormat format);
+/* Whether files of the format can be a source at all: all but CSV. */
+XLATR_API bool BaseTraceInfo_GetIfConvertible(TraceFormat format);
+
+/* ---- TraceFileInfo: a file on disk ------------------------------------------------------------------------------- */
+
+/* Takes the size from the file system and the format from the extension. A path at which there is no file gives an
+   object without a path, of size 0, that is not valid. */
+XLATR_API TraceFileInfo* TraceFileInfo_Construct(const char* path);
+XLATR_API void TraceFileInfo_Destruct(TraceFileInfo* file);
+/* Whether the file exists and its extension is that of a trace format. */
+XLATR_API bool TraceFileInfo_getValid(const TraceFileInfo* file);
+/* Bytes. */
+XLATR_API uint64_t TraceFileInfo_getSize(const TraceFileInfo* file);
+XLATR_API uint32_t TraceFileInfo_getPathSize(const TraceFileInfo* file);
+XLATR_API void TraceFileInfo_getPath(const TraceFileInfo* file, char* buffer, uint32_t bufferSize);
+/* The same text as the path. */
+XLATR_API uint32_t TraceFileInfo_getToStringSize(const TraceFileInfo* file);
+XLATR_API void TraceFileInfo_ToString(const TraceFileInfo* file, char* buffer, uint32_t bufferSize);
+
+/* ---- TrcInfo: the header of a TRC file --------------------------------------------------------------------------- */
+
+/* Read the header of the file. Neither fails: a file that can't be read or understood gives an object that is not
+   valid. */
+XLATR_API TrcInfo* TrcInfo_Construct(const TraceFileInfo* file);
+XLATR_API TrcInfo* TrcInfo_Construct_2(const char* path);
+XLATR_API void TrcInfo_Destruct(TrcInfo* info);
+/* Whether the file is a TRC file of a version from 1.0 to 3.0. */
+XLATR_API bool TrcInfo_getValid(const TrcInfo* info);
+/* The file version as the header states it; 0.0 when it states none. */
+XLATR_API double TrcInfo_GetVersion(const TrcInfo* info);
+/* The start of the recording in days since 1899-12-30; 0.0 when the header states none or the file is not valid. */
+XLATR_API double TrcInfo_getStartTime(const TrcInfo* info);
+XLATR_API uint32_t TrcInfo_getPathSize(const TrcInfo* info);
+XLATR_API void TrcInfo_getPath(const TrcInfo* info, char* buffer, uint32_t bufferSize);
+/* About the format itself; no object is needed. */
+XLATR_API uint32_t TrcInfo_getFormatDescriptionSize(void);
+XLATR_API void TrcInfo_getFormatDescription(char* buffer, uint32_t bufferSize);
+XLATR_API const TraceFormat* TrcInfo_GetAllowedConvertions(void);
+XLATR_API uint32_t TrcInfo_GetAllowedConvertionsSize(void);
+XLATR_API const double* TrcInfo_GetSupportedVersions(void);
+XLATR_API uint32_t TrcInfo_GetSupportedVersionsSize(void);
+XLATR_API double TrcInfo_GetCurrentVersion(void);
+XLATR_API uint32_t TrcInfo_GetExtensionSize(void);
+XLATR_API void TrcInfo_GetExtension(char* buffer, uint32_t bufferSize);
+
+/* ---- TrcReader: the messages of a TRC file ----------------------------------------------------------------------- */
+
+/* Copies the information object; the file is not touched before setActive. */
+XLATR_API TrcReader* TrcReader_Construct(const TrcInfo* info);
+XLATR_API void TrcReader_Destruct(TrcReader* reader);
+XLATR_API const TrcInfo* TrcReader_getTrace(const TrcReader* reader);
+/* true opens the file and starts at the first message, also when the reader is active already; false closes it. Answers
+   whether the reader is active now: a file that can't be opened leaves it inactive. */
+XLATR_API bool TrcReader_setActive(TrcReader* reader, bool active);
+/* Hands out the next message through `message` and answers true; answers false, and leaves `message` alone, at the end
+   of the file and while the reader is inactive. */
+XLATR_API bool TrcReader_ReadNextMessage(TrcReader* reader, MessageCan** message);
+/* How much of the file was read, 0 to 100. */
+XLATR_API double TrcReader_getPercentDone(const TrcReader* reader);
+
+/* ---- MessageCan: a message of a TRC file ------------------------------------------------------------------------- */
+
+XLATR_API void MessageCan_Destruct(MessageCan* message);
+XLATR_API uint32_t MessageCan_getBus(const MessageCan* message);
+/* Whether the line was understood. */
+XLATR_API bool MessageCan_getValid(const MessageCan* message);
+/* Whether the message can stand in a TRC file of this version. */
+XLATR_API bool MessageCan_ValidateForTargetVersion(const MessageCan* message, double version);
+/* The line as it stands in the file. */
+XLATR_API uint32_t MessageCan_getParsingTextSize(const MessageCan* message);
+XLATR_API void MessageCan_getParsingText(const MessageCan* message, char* buffer, uint32_t bufferSize);
+
+/* ---- TrcWriter: writes a TRC file -------------------------------------------------------------------------------- */
+
+/* No file is touched before setActive. `version` is the file version to write, 1.0 to 3.0. */
+XLATR_API TrcWriter* TrcWriter_Construct(const char* targetPath, bool overrideExistingFile, double version);
+XLATR_API void TrcWriter_Destruct(TrcWriter* writer);
+/* A new, inactive writer with the same target path, override flag, version and owner bus; the caller owns it. */
+XLATR_API TrcWriter* TrcWriter_CreateNew(const TrcWriter* writer);
+/* Write the header of the target version, with the source's path and start time; the second form sets the start time
+   (days since 1899-12-30). A source that is not valid gets no header. */
+XLATR_API void TrcWriter_WriteHeader(TrcWriter* writer, const ITraceInfo* source);
+XLATR_API void TrcWriter_WriteHeader_2(TrcWriter* writer, const ITraceInfo* source, double startTime);
+/* Writes the text as a comment line; ";" is put in front unless it stands there. */
+XLATR_API void TrcWriter_WriteComment(TrcWriter* writer, const char* text);
+/* Writes the message as a line of the target version. A message that has no form in it writes nothing. */
+XLATR_API void TrcWriter_WriteMessage(TrcWriter* writer, const IMessage* message);
+/* true checks the target path and creates the file, false flushes and closes it; no effect when nothing changes. */
+XLATR_API void TrcWriter_setActive(TrcWriter* writer, bool active);
+XLATR_API bool TrcWriter_getActive(const TrcWriter* writer);
+/* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
+   at any time. A target equal to the source is refused when the writer becomes active. */
+XLATR_API uint32_t TrcWriter_getTargetPathSize(const TrcWriter* writer);
+XLATR_API void TrcWriter_getTargetPath(const TrcWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void TrcWriter_setTargetPath(TrcWriter* writer, const char* path);
+XLATR_API double TrcWriter_getTargetVersion(const TrcWriter* writer);
+XLATR_API void TrcWriter_setTargetVersion(TrcWriter* writer, double version);
+XLATR_API TraceFormat TrcWriter_getTargetFormat(const TrcWriter* writer);
+XLATR_API bool TrcWriter_getOverrideExistingFile(const TrcWriter* writer);
+XLATR_API void TrcWriter_setOverrideExistingFile(TrcWriter* writer, bool overrideExistingFile);
+/* The bus whose messages the writer is for, -1 for none; the writer itself does not look at it. */
+XLATR_API int32_t TrcWriter_getOwnerBus(const TrcWriter* writer);
+XLATR_API void TrcWriter_setOwnerBus(TrcWriter* writer, int32_t bus);
+XLATR_API uint32_t TrcWriter_getSourcePathSize(const TrcWriter* writer);
+XLATR_API void TrcWriter_getSourcePath(const TrcWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void TrcWriter_setSourcePath(TrcWriter* writer, const char* path);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
