@@ -1,4 +1,4 @@
-// Strict numbers from text. No function keeps state or looks at the locale, so each may be called from
+// Strict numbers and real numbers from text. No function keeps state or looks at the locale, so each may be called from
 // any thread.
 //
 // All strict parsers read a number the same way: blanks (kBlanks) may stand at both ends and everything between must be
@@ -12,6 +12,7 @@
 // else.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -52,5 +53,17 @@ namespace xlatr {
 [[nodiscard]] std::uint8_t parseByteAuto(std::string_view text);
 [[nodiscard]] std::uint32_t parseUInt32Auto(std::string_view text);
 [[nodiscard]] bool tryParseUInt32Auto(std::string_view text, std::uint32_t& out) noexcept;
+
+// A real number and the count of characters that it took, leading blanks included.
+struct RealPrefix {
+  double value = 0.0;
+  std::size_t consumed = 0;
+};
+
+// Reads the number at the start of `text` and ignores what follows. Behind leading white space (vertical tab and form
+// feed too) and an optional sign stands a decimal number with optional exponent, a hexadecimal one behind "0x" with
+// optional binary exponent, "inf", "infinity", "nan" or "nan(...)", in any case. Out of range gives infinity or zero
+// with the sign. Without a number the result is 0.0 with 0 consumed. The value is correctly rounded; never throws.
+[[nodiscard]] RealPrefix parseRealPrefix(std::string_view text) noexcept;
 
 }  // namespace xlatr
