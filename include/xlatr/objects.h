@@ -4,8 +4,8 @@
  * Conventions of all families
  *  1. A family is named after its class: TrcReader_setActive works on a TrcReader. Spellings are frozen, odd ones
  *     included.
- *  2. Objects are opaque. `..._Construct` and `..._CreateNew` answer an object that the caller owns and releases with the
- *     family's `..._Destruct`; a null object there is ignored. Everything else takes an object that is not null: a null
+ *  2. Objects are opaque. `..._Construct` and `..._CreateNew` answer an object that the caller owns and releases with
+ * the family's `..._Destruct`; a null object there is ignored. Everything else takes an object that is not null: a null
  *     one raises a ConverterProcessingException.
  *  3. Messages handed out by `..._ReadNextMessage` belong to the caller and are released with the Destruct of their
  *     message family. A reader's `..._getTrace` answers the reader's own information object, which lives as long as the

@@ -67,12 +67,12 @@ enum { XLATR_FILE_NAME_SIZE = 261 };
 typedef struct ConversionOption {
   int32_t tag;
   union {
-    double version;    /* file version of the target, for example 2.1; -1.0 is the target format's current one */
-    uint32_t session;  /* one session of a BTR source to convert, counted from 1; 0 is ignored. While no session is
-                          named all are converted */
-    char separator;    /* between the columns of a CSV target; default ';' */
-    uint8_t flag;      /* 0 off, anything else on */
-    uint8_t bytes[8];  /* the value is 8 bytes wide */
+    double version;   /* file version of the target, for example 2.1; -1.0 is the target format's current one */
+    uint32_t session; /* one session of a BTR source to convert, counted from 1; 0 is ignored. While no session is
+                         named all are converted */
+    char separator;   /* between the columns of a CSV target; default ';' */
+    uint8_t flag;     /* 0 off, anything else on */
+    uint8_t bytes[8]; /* the value is 8 bytes wide */
   } value;
 } ConversionOption;
 
@@ -86,11 +86,11 @@ typedef struct ConversionProgress {
 
 /* What to convert into and how. Read only, copied during the call. */
 typedef struct ConversionOptions {
-  int32_t reserved;              /* not read */
-  TraceFormat target_format;     /* exactly one flag */
-  uint8_t asynchronous;          /* 0: xlatr_convert returns when all is done; otherwise at once */
-  ConversionProgress* progress;  /* filled once during the call with the id and the first state; may be null */
-  uint32_t option_count;         /* entries of `options`; 0 means none */
+  int32_t reserved;                /* not read */
+  TraceFormat target_format;       /* exactly one flag */
+  uint8_t asynchronous;            /* 0: xlatr_convert returns when all is done; otherwise at once */
+  ConversionProgress* progress;    /* filled once during the call with the id and the first state; may be null */
+  uint32_t option_count;           /* entries of `options`; 0 means none */
   const ConversionOption* options; /* may be null */
 } ConversionOptions;
 
@@ -112,15 +112,17 @@ typedef struct ConversionResult {
    format flag, and for CSV. */
 XLATR_API TraceFormat xlatr_get_formats_convertible_from(TraceFormat source);
 
-/* Answers the set of formats from which every format of the set `targets` can be reached; all eight for an empty set. */
+/* Answers the set of formats from which every format of the set `targets` can be reached; all eight for an empty set.
+ */
 XLATR_API TraceFormat xlatr_get_formats_convertible_to(TraceFormat targets);
 
 /*
  * Converts the file `source` into the format that `options` names.
  *
  * The target's directory and stem come from `target`, its extension from the target format: "out/x.trc" becomes
- * "out/x.asc" for an ASC target, and a name whose extension is no trace format's keeps it ("x.bak" becomes "x.bak.asc").
- * An existing file is overwritten. Targets without a bus column (TRC 1.0, 1.1 and 2.0) give one file a bus, named with
+ * "out/x.asc" for an ASC target, and a name whose extension is no trace format's keeps it ("x.bak" becomes
+ * "x.bak.asc"). An existing file is overwritten. Targets without a bus column (TRC 1.0, 1.1 and 2.0) give one file a
+ * bus, named with
  * "_BUS" and the bus number; a BTR source gives one file a session, named with "_S" and the session's index.
  *
  * `source` and `target` may be null (an absent source, an empty stem); `options` must not be; `result` may be null when

@@ -8,6 +8,9 @@ namespace xlatr::platform {
 // The id of the current thread as the operating system numbers it (on Linux the kernel's thread id).
 [[nodiscard]] std::uint32_t currentThreadId();
 
+// The id of the current process, which tells a forked child from its parent.
+[[nodiscard]] std::int64_t currentProcessId();
+
 // Puts the current thread into the class that runs only when nothing else wants the processor, and takes it out again.
 // A platform that refuses changes nothing: both are hints.
 void enterIdlePriority();

@@ -10,6 +10,10 @@ std::uint32_t currentThreadId() {
   return static_cast<std::uint32_t>(::syscall(SYS_gettid));
 }
 
+std::int64_t currentProcessId() {
+  return ::getpid();
+}
+
 void enterIdlePriority() {
   const sched_param none{};
   ::sched_setscheduler(0, SCHED_IDLE, &none);

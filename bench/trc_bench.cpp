@@ -1,0 +1,84 @@
+// Parsing and printing of single TRC lines, without any file.
+#include <benchmark/benchmark.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "formats/trc/trc_message.hpp"
+#include "util/text_buffer.hpp"
+
+namespace {
+
+using xlatr::BrixMessage;
+using xlatr::TextBuffer;
+
+struct Sample {
+  double version;
+  xlatr::TrcColumnSet columns;
+  std::vector<std::string_view> lines;
+};
+
+// What a bus carries, in the proportions of a passenger car: mostly full data frames.
+const Sample kSamples[] = {
+    {1.1,
+     0,
+     {"     1)        10.0  Rx         0123  8  0A B0 12 34 56 78 9A BC",
+      "     2)        10.5  Rx     18ABCDEF  8  FF FE FD FC FB FA F9 F8"}},
+    {2.0,
+     xlatr::kTrcColumns20,
+     {"      1        10.000 DT     0123 Rx 8  0A B0 12 34 56 78 9A BC",
+      "      2        10.500 DT 18ABCDEF Rx 8  FF FE FD FC FB FA F9 F8"}},
+    {2.1,
+     xlatr::kTrcColumns21,
+     {"      1        10.000 DT 1      0123 Rx -  8    0A B0 12 34 56 78 9A BC",
+      "      2        10.500 DT 2  18ABCDEF Rx -  8    FF FE FD FC FB FA F9 F8"}},
+    {3.0,
+     xlatr::kTrcColumns30,
+     {"      1        10.000 DT 1       123 Rx -  -  -  -        - - 8    0A B0 12 34 56 78 9A BC",
+      "      2        10.500 DT 2  18ABCDEF Rx -  -  -  -        - - 8    FF FE FD FC FB FA F9 F8"}},
+};
+
+void countLines(benchmark::State& state, const Sample& sample) {
+  std::size_t bytes = 0;
+  for (const std::string_view line : sample.lines) {
+    bytes += line.size();
+  }
+  state.SetLabel("TRC " + std::to_string(sample.version).substr(0, 3));
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(sample.lines.size()));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
+}
+
+void parseLines(benchmark::State& state) {
+  const Sample& sample = kSamples[state.range(0)];
+  BrixMessage message;
+  for (auto step : state) {
+    for (const std::string_view line : sample.lines) {
+      message.reset();
+      message.parseLine(line, sample.version, sample.columns);
+      benchmark::DoNotOptimize(message.valid);
+    }
+  }
+  countLines(state, sample);
+}
+BENCHMARK(parseLines)->DenseRange(0, std::size(kSamples) - 1);
+
+void printLines(benchmark::State& state) {
+  const Sample& sample = kSamples[state.range(0)];
+  std::vector<BrixMessage> messages(sample.lines.size());
+  for (std::size_t index = 0; index < messages.size(); ++index) {
+    messages[index].parseLine(sample.lines[index], sample.version, sample.columns);
+  }
+  TextBuffer line;
+  for (auto step : state) {
+    for (const BrixMessage& message : messages) {
+      line.clear();
+      message.appendText(line, sample.version, 1234567, sample.columns);
+      benchmark::DoNotOptimize(line.view());
+    }
+  }
+  countLines(state, sample);
+}
+BENCHMARK(printLines)->DenseRange(0, std::size(kSamples) - 1);
+
+}  // namespace

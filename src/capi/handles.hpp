@@ -1,0 +1,86 @@
+// Between the opaque handles of the public headers and the classes behind them. The only casts between the two stand
+// here.
+#pragma once
+
+#include <memory>
+#include <type_traits>
+#include <typeinfo>
+
+#include "formats/trc/trc_info.hpp"
+#include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_reader.hpp"
+#include "formats/trc/trc_writer.hpp"
+#include "util/failures.hpp"
+#include "xlatr/objects.h"
+
+namespace xlatr::capi {
+
+// A handle is a pointer to the object's root interface, whatever its family, so that a TrcInfo may be handed over as an
+// ITraceInfo and the like.
+template <class Handle>
+struct HandleOf;
+
+#define XLATR_HANDLE(Handle, RootClass, ObjectClass) \
+  template <>                                        \
+  struct HandleOf<::Handle> {                        \
+    using Root = RootClass;                          \
+    using Object = ObjectClass;                      \
+  }
+
+XLATR_HANDLE(IMessage, xlatr::IMessage, xlatr::IMessage);
+XLATR_HANDLE(ITraceInfo, xlatr::ITraceInfo, xlatr::ITraceInfo);
+XLATR_HANDLE(BaseTraceInfo, xlatr::BaseTraceInfo, xlatr::BaseTraceInfo);
+XLATR_HANDLE(TraceFileInfo, xlatr::BaseTraceInfo, xlatr::TraceFileInfo);
+XLATR_HANDLE(TrcInfo, xlatr::ITraceInfo, xlatr::TrcInfo);
+XLATR_HANDLE(TrcReader, xlatr::ITraceReader, xlatr::TrcReader);
+XLATR_HANDLE(TrcWriter, xlatr::ITraceWriter, xlatr::TrcWriter);
+XLATR_HANDLE(MessageCan, xlatr::IMessage, xlatr::BrixMessage);
+#undef XLATR_HANDLE
+
+// The object behind a handle. A null handle, and one of an object of another class, raise a
+// ConverterProcessingException.
+template <class Handle>
+auto& object(Handle* handle) {
+  using Traits = HandleOf<std::remove_const_t<Handle>>;
+  using Root = std::conditional_t<std::is_const_v<Handle>, const typename Traits::Root, typename Traits::Root>;
+  using Object = std::conditional_t<std::is_const_v<Handle>, const typename Traits::Object, typename Traits::Object>;
+  if (handle == nullptr) {
+    throwProcessingFailure("Object cannot be null");
+  }
+  auto* const root = reinterpret_cast<Root*>(handle);
+  if constexpr (std::is_same_v<Root, Object>) {
+    return *root;
+  } else if constexpr (std::is_final_v<Object>) {
+    if (typeid(*root) != typeid(Object)) {
+      throwProcessingFailure("Object is of another class");
+    }
+    return static_cast<Object&>(*root);
+  } else {
+    auto* const derived = dynamic_cast<Object*>(root);
+    if (derived == nullptr) {
+      throwProcessingFailure("Object is of another class");
+    }
+    return *derived;
+  }
+}
+
+// Hands an object to the caller.
+template <class Handle, class Object>
+Handle* handle(std::unique_ptr<Object> object) {
+  typename HandleOf<Handle>::Root* const root = object.release();
+  return reinterpret_cast<Handle*>(root);
+}
+
+// A handle of an object that keeps its owner.
+template <class Handle, class Object>
+const Handle* borrowedHandle(const Object& object) {
+  const typename HandleOf<Handle>::Root* const root = &object;
+  return reinterpret_cast<const Handle*>(root);
+}
+
+template <class Handle>
+void destruct(Handle* handle) {
+  delete reinterpret_cast<typename HandleOf<Handle>::Root*>(handle);
+}
+
+}  // namespace xlatr::capi

@@ -1,0 +1,286 @@
+#include "core/conversion.hpp"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "io/format_table.hpp"
+#include "util/paths.hpp"
+
+namespace xlatr {
+namespace {
+
+constexpr char kInProgress[] = "In progress";
+constexpr char kUnsupportedTarget[] = "The specified conversion is invalid or not supported ";
+
+std::uint64_t nextConversionId() {
+  static std::atomic<std::uint64_t> last = 0;
+  return ++last;
+}
+
+// Memory that xlatr_free gives back.
+template <class Element>
+Element* allocateZeroed(std::size_t count) {
+  void* const memory = std::calloc(count, sizeof(Element));
+  if (memory == nullptr) {
+    throw std::bad_alloc();
+  }
+  return static_cast<Element*>(memory);
+}
+
+void replaceText(ConversionResult& result, std::string_view text) {
+  char* const copy = allocateZeroed<char>(text.size() + 1);
+  std::memcpy(copy, text.data(), text.size());
+  std::free(std::exchange(result.text, copy));
+}
+
+char* copyOfFileName(const std::string& name) {
+  char* const copy = allocateZeroed<char>(XLATR_FILE_NAME_SIZE);
+  std::memcpy(copy, name.data(), std::min<std::size_t>(name.size(), XLATR_FILE_NAME_SIZE - 1));
+  return copy;
+}
+
+}  // namespace
+
+TargetPathTemplate makeTargetPathTemplate(const char* path, TraceFormat targetFormat) {
+  TargetPathTemplate result;
+  result.extension = formatRow(targetFormat).extension;
+  if (path == nullptr) {
+    return result;
+  }
+  const auto pieces = splitPath(path);
+  if (!pieces) {
+    result.directory = path;  // too long for any file system; the writer refuses it by its length
+    return result;
+  }
+  result.directory = std::string(pieces->drive).append(pieces->directory);
+  result.stem = pieces->name;
+  if (formatOfExtension(pieces->extension) == XLATR_FORMAT_NONE) {
+    result.stem += pieces->extension;
+  }
+  return result;
+}
+
+Conversion::Conversion(const char* source, const char* target, const ConversionOptions& options,
+                       ConversionResult* result, void (*onFinished)(void*), void* context)
+    : id_(nextConversionId()),
+      targetPath_(makeTargetPathTemplate(target, normalizeFormat(options.target_format))),
+      targetFormat_(normalizeFormat(options.target_format)),
+      result_(result),
+      onFinished_(onFinished),
+      context_(context),
+      stopEvent_(events_.create()),
+      wakeEvent_(events_.create()) {
+  if (source != nullptr) {
+    TraceFileInfo file(source);
+    if (!file.getPath().empty()) {
+      sources_.push_back(std::move(file));
+    }
+  }
+  if (options.options != nullptr) {
+    for (std::uint32_t index = 0; index < options.option_count; ++index) {
+      takeOption(options.options[index]);
+    }
+  }
+  if (result_ != nullptr) {
+    result_->status = XLATR_IN_PROGRESS;
+    result_->finished = 0;
+    result_->file_count = 0;
+    result_->files = nullptr;
+    replaceText(*result_, kInProgress);
+  }
+  if (options.progress != nullptr) {
+    *options.progress = {id_, 0, XLATR_IN_PROGRESS, 0.0F};
+  }
+}
+
+Conversion::~Conversion() {
+  if (monitor_.joinable()) {
+    exit_ = true;
+    events_.signal(wakeEvent_);
+    monitor_.join();
+  }
+}
+
+void Conversion::takeOption(const ConversionOption& option) {
+  switch (option.tag) {
+    case XLATR_OPTION_TARGET_VERSION:
+      targetVersion_ = option.value.version;
+      break;
+    case XLATR_OPTION_SESSION:
+      if (option.value.session != 0) {
+        allSessions_ = false;
+        selectedSessions_.push_back(option.value.session - 1);
+      }
+      break;
+    case XLATR_OPTION_SEPARATOR:
+      settings_.separator.assign(1, option.value.separator);
+      break;
+    case XLATR_OPTION_ZIPPED:
+      settings_.zipped = option.value.flag != 0;
+      break;
+    case XLATR_OPTION_SORTED:
+      settings_.sorted = option.value.flag != 0;
+      break;
+    default:
+      break;
+  }
+}
+
+void Conversion::prepareWorkers() {
+  Workers workers;
+  std::string refusal;
+  if (!formatRow(targetFormat_).conversionTarget) {
+    refusal = kUnsupportedTarget;
+  } else {
+    const double version = targetVersion_ == -1.0 ? formatRow(targetFormat_).currentVersion : targetVersion_;
+    for (const TraceFileInfo& source : sources_) {
+      workers.push_back(std::make_unique<ConversionWorker>(
+          WorkOrder{source, targetFormat_, targetPath_.path(), version, settings_}, events_));
+    }
+  }
+  const MutexLock guard(listLock_);
+  running_ = std::move(workers);
+  refusal_ = std::move(refusal);
+}
+
+void Conversion::start() {
+  prepareWorkers();
+  monitor_ = std::thread(&Conversion::monitor, this);
+  const MutexLock guard(listLock_);
+  if (collect()) {
+    return;
+  }
+  for (const auto& worker : running_) {
+    worker->start();
+  }
+}
+
+void Conversion::waitUntilFinished() {
+  const MutexLock guard(finishedLock_);
+  while (!finished_) {
+    finishedChanged_.wait(finishedLock_);
+  }
+}
+
+bool Conversion::isFinished() {
+  const MutexLock guard(finishedLock_);
+  return finished_;
+}
+
+std::int32_t Conversion::statusCode() {
+  const MutexLock guard(listLock_);
+  return codeOfState();
+}
+
+std::int32_t Conversion::codeOfState() {
+  switch (state_) {
+    case State::Normal:
+      return XLATR_SUCCESS;
+    case State::NoneEnded:
+      return XLATR_NOTHING_CONVERTED;
+    case State::WorkerFailed:
+      return XLATR_FAILED;
+  }
+  return XLATR_UNEXPECTED;
+}
+
+void Conversion::fillProgress(ConversionProgress& progress) {
+  const MutexLock guard(listLock_);
+  progress.id = id_;
+  progress.finished = collected_ ? 1 : 0;
+  progress.status = status_;
+  progress.percent = computePercent();
+}
+
+// With no worker there is nothing to be a part of, and the quotient is not a number.
+float Conversion::computePercent() {
+  float sum = 0.0F;
+  for (const Workers* const workers : {&running_, &ended_}) {
+    for (const auto& worker : *workers) {
+      sum += worker->percent();
+    }
+  }
+  return sum / static_cast<float>(running_.size() + ended_.size());
+}
+
+void Conversion::monitor() {
+  while (!exit_) {
+    const EventGroup::Event event = events_.waitAny();
+    if (event == stopEvent_) {
+      const MutexLock guard(finishedLock_);
+      finished_ = true;
+      finishedChanged_.notify_all();
+      onFinished_(context_);
+    } else if (event != wakeEvent_) {
+      workerEnded(event);
+    }
+  }
+}
+
+void Conversion::workerEnded(EventGroup::Event event) {
+  const MutexLock guard(listLock_);
+  const auto worker = std::ranges::find_if(running_, [event](const auto& candidate) {
+    return candidate->finishedEvent() == event || candidate->failureEvent() == event;
+  });
+  if (worker == running_.end()) {
+    return;
+  }
+  if ((*worker)->failureEvent() == event) {
+    state_ = State::WorkerFailed;
+  }
+  ended_.push_back(std::move(*worker));
+  running_.erase(worker);
+  collect();
+}
+
+// Completes the conversion when no worker runs any more, and answers whether that is so.
+bool Conversion::collect() {
+  if (!running_.empty()) {
+    return false;
+  }
+  if (!refusal_.empty()) {
+    state_ = State::WorkerFailed;
+  } else if (ended_.empty()) {
+    state_ = State::NoneEnded;
+  }
+  status_ = codeOfState();
+  collected_ = true;
+  if (result_ != nullptr) {
+    fillResult();
+  }
+  events_.signal(stopEvent_);
+  return true;
+}
+
+void Conversion::fillResult() {
+  std::vector<const std::string*> names;
+  for (const auto& worker : ended_) {
+    for (const std::string& name : worker->outputFiles()) {
+      names.push_back(&name);
+    }
+  }
+  if (!names.empty()) {
+    result_->files = allocateZeroed<char*>(names.size());
+    std::ranges::transform(names, result_->files, [](const std::string* name) { return copyOfFileName(*name); });
+    result_->file_count = static_cast<std::uint32_t>(names.size());
+  }
+  result_->status = status_;
+  replaceText(*result_, joinedMessages());
+  result_->finished = 1;
+}
+
+std::string Conversion::joinedMessages() {
+  std::string text = refusal_;
+  for (const auto& worker : ended_) {
+    if (!worker->message().empty()) {
+      text.append(worker->message()).append(" ");
+    }
+  }
+  return text;
+}
+
+}  // namespace xlatr

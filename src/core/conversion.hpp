@@ -1,0 +1,99 @@
+// One call of xlatr_convert.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/conversion_worker.hpp"
+#include "core/events.hpp"
+#include "util/mutex.hpp"
+#include "xlatr/xlatr.h"
+
+namespace xlatr {
+
+// Where targets go: the caller's directory and stem, the target format's extension.
+struct TargetPathTemplate {
+  std::string directory;  // drive included, with its last separator
+  std::string stem;
+  std::string extension;
+
+  [[nodiscard]] std::string path() const { return directory + stem + extension; }
+};
+
+// A null path has an empty directory and stem.
+[[nodiscard]] TargetPathTemplate makeTargetPathTemplate(const char* path, TraceFormat targetFormat);
+
+// Owns the workers of a conversion and the thread that waits for them, and fills the caller's records.
+//
+// Locks: listLock_ may be taken under the registry's lock; finishedLock_ is taken alone or last.
+class Conversion {
+ public:
+  // Reads the options and fills the first state into the caller's records. `result` may be null. `onFinished` is called
+  // once, on another thread, when the conversion has ended and the caller's result is complete; it must not throw.
+  Conversion(const char* source, const char* target, const ConversionOptions& options, ConversionResult* result,
+             void (*onFinished)(void*), void* context);
+  // Ends workers that still run at their next message. The caller's records are not touched any more.
+  ~Conversion();
+  Conversion(const Conversion&) = delete;
+  Conversion& operator=(const Conversion&) = delete;
+
+  // Makes the workers and starts them.
+  void start();
+  void waitUntilFinished();
+  [[nodiscard]] bool isFinished();
+  [[nodiscard]] std::uint64_t id() const { return id_; }
+  // XLATR_SUCCESS while nothing speaks against it.
+  [[nodiscard]] std::int32_t statusCode();
+  void fillProgress(ConversionProgress& progress);
+
+ private:
+  enum class State { Normal, NoneEnded, WorkerFailed };
+  using Workers = std::vector<std::unique_ptr<ConversionWorker>>;
+
+  void takeOption(const ConversionOption& option);
+  void prepareWorkers();
+  void monitor();
+  void workerEnded(EventGroup::Event event);
+  bool collect() XLATR_REQUIRES(listLock_);
+  void fillResult() XLATR_REQUIRES(listLock_);
+  [[nodiscard]] std::string joinedMessages() XLATR_REQUIRES(listLock_);
+  [[nodiscard]] float computePercent() XLATR_REQUIRES(listLock_);
+  [[nodiscard]] std::int32_t codeOfState() XLATR_REQUIRES(listLock_);
+
+  const std::uint64_t id_;
+  std::vector<TraceFileInfo> sources_;
+  TargetPathTemplate targetPath_;
+  TraceFormat targetFormat_;
+  double targetVersion_ = -1.0;
+  bool allSessions_ = true;
+  std::vector<std::uint32_t> selectedSessions_;  // counted from 0
+  WriterSettings settings_;
+  ConversionResult* const result_;
+  void (*const onFinished_)(void*);
+  void* const context_;
+
+  EventGroup events_;
+  const EventGroup::Event stopEvent_;
+  const EventGroup::Event wakeEvent_;
+
+  Mutex listLock_;
+  Workers running_ XLATR_GUARDED_BY(listLock_);
+  Workers ended_ XLATR_GUARDED_BY(listLock_);
+  State state_ XLATR_GUARDED_BY(listLock_) = State::Normal;
+  std::string refusal_ XLATR_GUARDED_BY(listLock_);  // why no worker was made
+  std::int32_t status_ XLATR_GUARDED_BY(listLock_) = XLATR_IN_PROGRESS;
+  bool collected_ XLATR_GUARDED_BY(listLock_) = false;
+
+  Mutex finishedLock_;
+  std::condition_variable_any finishedChanged_;
+  bool finished_ XLATR_GUARDED_BY(finishedLock_) = false;
+
+  std::atomic<bool> exit_ = false;
+  std::thread monitor_;
+};
+
+}  // namespace xlatr

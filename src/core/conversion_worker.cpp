@@ -1,0 +1,273 @@
+#include "core/conversion_worker.hpp"
+
+#include <algorithm>
+#include <exception>
+#include <system_error>
+#include <utility>
+
+#include "io/format_table.hpp"
+#include "util/failures.hpp"
+#include "util/paths.hpp"
+
+namespace xlatr {
+namespace {
+
+constexpr char kUnsupportedConversion[] = "The specified conversion is invalid or not supported";
+constexpr char kMissingObject[] = "The specified converting object is invalid";
+constexpr char kThreadNotJoinable[] = "The conversion thread is not joinable";
+constexpr char kUnknownException[] = "Unknown exception";
+
+// The highest bus number that TRC programs show.
+constexpr std::uint32_t kHighestTrcBus = 16;
+
+// These TRC versions have no bus column, so that a trace of several buses becomes one file a bus.
+bool isSplitTarget(const TargetKind& target) {
+  return target.format == XLATR_FORMAT_TRC && (target.version <= 1.1 || target.version == 2.0);
+}
+
+std::string textOf(const std::exception& failure) {
+  const std::string text = failure.what();
+  return text.empty() ? kUnknownException : text;
+}
+
+WorkOrder withTargetPath(WorkOrder order) {
+  if (order.targetPath.empty()) {
+    order.targetPath = order.source.getPath();
+  }
+  return order;
+}
+
+std::string pathOfBus(const std::string& path, std::uint32_t bus) {
+  const auto pieces = splitPath(path);
+  if (!pieces) {
+    return {};
+  }
+  std::string result(pieces->drive);
+  result.append(pieces->directory).append(pieces->name);
+  return result.append("_BUS").append(std::to_string(bus)).append(pieces->extension);
+}
+
+}  // namespace
+
+ConversionWorker::ConversionWorker(WorkOrder order, EventGroup& events, FormatFactories factories)
+    : order_(withTargetPath(std::move(order))),
+      events_(events),
+      finishedEvent_(events.create()),
+      failureEvent_(events.create()),
+      source_(makeSource(factories, order_.source)),
+      firstWriter_(makeWriter(factories, order_.targetFormat, order_.settings)),
+      currentWriter_(firstWriter_.get()) {
+  if (firstWriter_) {
+    firstWriter_->setOverrideExistingFile(true);
+    firstWriter_->setTargetVersion(order_.targetVersion);
+  }
+}
+
+ConversionWorker::~ConversionWorker() {
+  abandoned_ = true;
+  if (thread_.joinable()) {
+    thread_.join();
+  }
+}
+
+bool ConversionWorker::start() {
+  const auto targets = order_.source.getSupportedConversions();
+  if (std::find(targets.begin(), targets.end(), order_.targetFormat) == targets.end()) {
+    reportFailure(kUnsupportedConversion);
+  } else if (!source_ || !firstWriter_) {
+    reportFailure(kMissingObject);
+  } else {
+    try {
+      thread_ = std::thread(&ConversionWorker::run, this);
+      return true;
+    } catch (const std::system_error&) {
+      reportFailure(kThreadNotJoinable);
+    }
+  }
+  closeAllWritersQuietly();
+  source_.reset();
+  return false;
+}
+
+void ConversionWorker::run() {
+  try {
+    convert();
+    events_.signal(finishedEvent_);
+  } catch (const std::exception& failure) {
+    closeAllWritersQuietly();
+    reportFailure(textOf(failure));
+  } catch (...) {
+    closeAllWritersQuietly();
+    reportFailure(kUnknownException);
+  }
+  source_.reset();
+}
+
+void ConversionWorker::convert() {
+  source_->validate();
+  split_ = source_->splitsByBus() && isSplitTarget({order_.targetFormat, firstWriter_->getTargetVersion()});
+  openFirstWriter();
+  source_->reader().setActive(true);
+  requireReading();
+  source_->begin(*currentWriter_, message_);
+  while (!abandoned_.load(std::memory_order_relaxed)) {
+    const TraceSource::Read read = source_->readNext();
+    percent_.store(static_cast<float>(source_->reader().getPercentDone()), std::memory_order_relaxed);
+    if (read == TraceSource::Read::End) {
+      break;
+    }
+    if (read == TraceSource::Read::Message) {
+      convertMessage();
+    }
+  }
+  requireReading();
+  warnOfInvalidBuses();
+  closeAllWriters();
+  if (!firstOpenFailure_.empty()) {
+    throwProcessingFailure(firstOpenFailure_);
+  }
+  percent_.store(100.0F, std::memory_order_relaxed);
+}
+
+// A reader says by its failure text what it can't say by its end.
+void ConversionWorker::requireReading() {
+  if (const std::string& failure = source_->reader().failure(); !failure.empty()) {
+    throwProcessingFailure(failure);
+  }
+}
+
+void ConversionWorker::convertMessage() {
+  const std::optional<std::uint32_t> bus = source_->bus();
+  if (!split_ && bus && *bus > kHighestTrcBus && order_.targetFormat == XLATR_FORMAT_TRC &&
+      source_->warnsOfHighBuses()) {
+    invalidBuses_.insert(*bus);
+  }
+  const TargetKind target{order_.targetFormat, order_.targetVersion};
+  switch (source_->judge(target)) {
+    case Verdict::Write:
+      if (ITraceWriter* const writer = selectWriter(bus)) {
+        source_->write(*writer, target);
+      }
+      break;
+    case Verdict::Comment:
+      writeComment(bus, source_->commentText());
+      break;
+    case Verdict::Drop:
+      break;
+  }
+}
+
+void ConversionWorker::openFirstWriter() {
+  if (split_) {
+    return;
+  }
+  currentWriter_->setSourcePath(source_->info().getPath());
+  currentWriter_->setTargetPath(order_.targetPath);
+  activate(*currentWriter_);
+}
+
+void ConversionWorker::activate(ITraceWriter& writer) {
+  writer.setActive(true);
+  outputFiles_.push_back(getFileName(writer.getTargetPath()));
+  writer.WriteHeader(source_->info());
+}
+
+ITraceWriter* ConversionWorker::selectWriter(std::optional<std::uint32_t> bus) {
+  if (!split_ || !bus) {
+    return currentWriter_;
+  }
+  if (currentWriter_ != firstWriter_.get() && std::cmp_equal(currentWriter_->getOwnerBus(), *bus)) {
+    return currentWriter_;
+  }
+  const auto opened = writerOfBus_.find(*bus);
+  if (opened != writerOfBus_.end()) {
+    return currentWriter_ = opened->second;
+  }
+  return unopenedBuses_.contains(*bus) ? nullptr : openWriterOfBus(*bus);
+}
+
+// A bus whose file can't be opened loses its messages, but not those of the other buses.
+ITraceWriter* ConversionWorker::openWriterOfBus(std::uint32_t bus) {
+  try {
+    auto writer = firstWriter_->CreateNew();
+    writer->setOwnerBus(static_cast<std::int32_t>(bus));
+    writer->setSourcePath(source_->info().getPath());
+    writer->setTargetPath(pathOfBus(order_.targetPath, bus));
+    activate(*writer);
+    ITraceWriter* const opened = writer.get();
+    busWriters_.push_back(std::move(writer));
+    writerOfBus_.emplace(bus, opened);
+    currentWriter_ = opened;
+    waitingComments_.handOut([opened](std::string_view text) { opened->WriteComment(text); });
+    return opened;
+  } catch (const std::exception& failure) {
+    if (firstOpenFailure_.empty()) {
+      firstOpenFailure_ = textOf(failure);
+    }
+    unopenedBuses_.insert(bus);
+    return nullptr;
+  }
+}
+
+void ConversionWorker::writeComment(std::optional<std::uint32_t> bus, std::string_view text) {
+  if (split_ && !bus && currentWriter_ == firstWriter_.get()) {
+    waitingComments_.add(text);
+  } else if (ITraceWriter* const writer = selectWriter(bus)) {
+    writer->WriteComment(text);
+  }
+}
+
+void ConversionWorker::warnOfInvalidBuses() {
+  if (invalidBuses_.empty()) {
+    return;
+  }
+  std::string text = "The Converted file '" + fileNameOfTarget() + "' contents at least one invalid BUS number:";
+  for (const std::uint32_t bus : invalidBuses_) {
+    text.append(" ").append(std::to_string(bus));
+  }
+  text += ".\nOnly BRIX trace files with bus numbers from 1 to 16 are supported";
+  message_ = std::move(text);
+}
+
+std::string ConversionWorker::fileNameOfTarget() const {
+  return getFileName(order_.targetPath);
+}
+
+// All are closed, also behind one whose closing fails; the first failure is the one that is raised.
+void ConversionWorker::closeAllWriters() {
+  std::exception_ptr firstFailure;
+  const auto close = [&firstFailure](ITraceWriter* writer) {
+    try {
+      if (writer != nullptr) {
+        writer->setActive(false);
+      }
+    } catch (...) {
+      firstFailure = firstFailure ? firstFailure : std::current_exception();
+    }
+  };
+  close(firstWriter_.get());
+  for (const auto& writer : busWriters_) {
+    close(writer.get());
+  }
+  currentWriter_ = nullptr;
+  writerOfBus_.clear();
+  busWriters_.clear();
+  firstWriter_.reset();
+  if (firstFailure) {
+    std::rethrow_exception(firstFailure);
+  }
+}
+
+void ConversionWorker::closeAllWritersQuietly() noexcept {
+  try {
+    closeAllWriters();
+  } catch (...) {  // NOLINT(bugprone-empty-catch): another failure is on its way to the caller already
+  }
+}
+
+void ConversionWorker::reportFailure(std::string text) {
+  message_ = std::move(text);
+  events_.signal(failureEvent_);
+}
+
+}  // namespace xlatr

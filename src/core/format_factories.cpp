@@ -1,0 +1,43 @@
+#include "core/format_factories.hpp"
+
+#include <algorithm>
+#include <array>
+
+#include "core/trc_source.hpp"
+#include "formats/trc/trc_writer.hpp"
+
+namespace xlatr {
+namespace {
+
+template <class Writer>
+std::unique_ptr<ITraceWriter> makePlainWriter(const WriterSettings& /*settings*/) {
+  return std::make_unique<Writer>();
+}
+
+constexpr std::array kFactories = {
+    FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
+};
+
+const FormatFactory* factoryOf(FormatFactories factories, TraceFormat format) {
+  const auto row = std::ranges::find(factories, format, &FormatFactory::format);
+  return row == factories.end() ? nullptr : &*row;
+}
+
+}  // namespace
+
+FormatFactories builtInFactories() {
+  return kFactories;
+}
+
+std::unique_ptr<TraceSource> makeSource(FormatFactories factories, const TraceFileInfo& file) {
+  const FormatFactory* const row = factoryOf(factories, file.getFormat());
+  return row != nullptr && row->makeSource != nullptr ? row->makeSource(file) : nullptr;
+}
+
+std::unique_ptr<ITraceWriter> makeWriter(FormatFactories factories, TraceFormat format,
+                                         const WriterSettings& settings) {
+  const FormatFactory* const row = factoryOf(factories, format);
+  return row != nullptr && row->makeWriter != nullptr ? row->makeWriter(settings) : nullptr;
+}
+
+}  // namespace xlatr

@@ -1,0 +1,172 @@
+#include "formats/trc/trc_header_keys.hpp"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "util/date_time.hpp"
+#include "util/numbers.hpp"
+#include "util/text.hpp"
+
+namespace xlatr {
+namespace {
+
+constexpr std::string_view kSpaces = " \t\n\v\f\r";
+
+bool isAlphanumeric(char character) {
+  const char upper = toUpperAscii(character);
+  return isDecimalDigit(character) || (upper >= 'A' && upper <= 'Z');
+}
+
+bool isWordCharacter(char character) {
+  return isAlphanumeric(character) || character == '_';
+}
+
+bool isSpace(char character) {
+  return kSpaces.find(character) != std::string_view::npos;
+}
+
+// How many characters at the start of the text are of the class.
+template <class IsOfClass>
+std::size_t countLeading(std::string_view text, IsOfClass isOfClass) {
+  return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isOfClass) - text.begin());
+}
+
+// Looks for `key` and hands what stands behind it to `match`, occurrence after occurrence, until that answers
+// something.
+template <class Match>
+auto searchBehind(std::string_view line, std::string_view key, Match match) -> decltype(match(line)) {
+  for (auto at = line.find(key); at != std::string_view::npos; at = line.find(key, at + 1)) {
+    if (auto found = match(line.substr(at + key.size()))) {
+      return found;
+    }
+  }
+  return std::nullopt;
+}
+
+// Digits, a point, digits.
+std::optional<double> matchNumber(std::string_view text) {
+  const std::size_t whole = countLeading(text, isDecimalDigit);
+  if (whole == 0 || whole == text.size() || text[whole] != '.') {
+    return std::nullopt;
+  }
+  const std::size_t fraction = countLeading(text.substr(whole + 1), isDecimalDigit);
+  if (fraction == 0) {
+    return std::nullopt;
+  }
+  return parseRealPrefix(text.substr(0, whole + 1 + fraction)).value;
+}
+
+// Blanks, then dd.mm.yyyy HH:MM: and the seconds with whatever fraction; answers all of it.
+std::optional<std::string_view> matchDate(std::string_view text) {
+  constexpr std::string_view kShape = "00.00.0000 00:00:";  // 0 is a digit, a blank any space
+  const std::size_t blanks = countLeading(text, isSpace);
+  const std::string_view date = text.substr(blanks);
+  if (date.size() <= kShape.size()) {
+    return std::nullopt;
+  }
+  for (std::size_t at = 0; at < kShape.size(); ++at) {
+    const bool fits = kShape[at] == '0'   ? isDecimalDigit(date[at])
+                      : kShape[at] == ' ' ? isSpace(date[at])
+                                          : date[at] == kShape[at];
+    if (!fits) {
+      return std::nullopt;
+    }
+  }
+  const std::size_t seconds =
+      countLeading(date.substr(kShape.size()), [](char c) { return isDecimalDigit(c) || c == '.'; });
+  if (seconds == 0) {
+    return std::nullopt;
+  }
+  return text.substr(0, blanks + kShape.size() + seconds);
+}
+
+struct ColumnLetter {
+  char letter;
+  TrcColumnSet bit;
+};
+
+constexpr std::array kColumnLetters = {
+    ColumnLetter{'B', trc_column::kBus},        ColumnLetter{'d', trc_column::kDirection},
+    ColumnLetter{'D', trc_column::kData},       ColumnLetter{'I', trc_column::kIdentifier},
+    ColumnLetter{'l', trc_column::kLength},     ColumnLetter{'L', trc_column::kDlc},
+    ColumnLetter{'N', trc_column::kNumber},     ColumnLetter{'O', trc_column::kOffset},
+    ColumnLetter{'R', trc_column::kReserved},   ColumnLetter{'T', trc_column::kType},
+    ColumnLetter{'A', trc_column::kAcceptance}, ColumnLetter{'r', trc_column::kRrs},
+    ColumnLetter{'s', trc_column::kSec},        ColumnLetter{'S', trc_column::kSdt},
+    ColumnLetter{'V', trc_column::kVcid},
+};
+
+TrcColumnSet columnBit(char letter) {
+  const auto* const found = std::ranges::find(kColumnLetters, letter, &ColumnLetter::letter);
+  return found == kColumnLetters.end() ? 0 : found->bit;
+}
+
+// Letters with at most one comma behind each. Between two commas the first letter alone counts.
+std::optional<TrcColumnSet> matchColumns(std::string_view text) {
+  TrcColumnSet columns = 0;
+  bool startsPart = true;
+  std::size_t at = 0;
+  while (at < text.size() && columnBit(text[at]) != 0) {
+    if (startsPart) {
+      columns |= columnBit(text[at]);
+    }
+    ++at;
+    startsPart = at < text.size() && text[at] == ',';
+    at += startsPart ? 1 : 0;
+  }
+  return at > 0 ? std::optional(columns) : std::nullopt;
+}
+
+std::optional<std::string> matchName(std::string_view text) {
+  if (text.empty() || !isSpace(text.front())) {
+    return std::nullopt;
+  }
+  return std::string(text.substr(1, countLeading(text.substr(1), isAlphanumeric)));
+}
+
+bool hasOldStyleMark(std::string_view line) {
+  const auto behindNet = [](std::string_view text) {
+    const bool matches = text.size() > 1 && isSpace(text[0]) && isWordCharacter(text[1]);
+    return matches ? std::optional(true) : std::nullopt;
+  };
+  return searchBehind(line, "BRIX-Net:", behindNet).has_value() || line.find("BRIX Scope") != std::string_view::npos;
+}
+
+}  // namespace
+
+void TrcHeaderKeys::look(std::string_view line) {
+  if (!fileVersion_) {
+    fileVersion_ = searchBehind(line, "$FILEVERSION=", matchNumber);
+  }
+  hasOldStyleMark_ = hasOldStyleMark_ || hasOldStyleMark(line);
+  if (!startNumber_) {
+    startNumber_ = searchBehind(line, "$STARTTIME=", matchNumber);
+  }
+  if (!startText_) {
+    startText_ = searchBehind(line, "Start time:", matchDate);
+  }
+  if (!columnSet_) {
+    columnSet_ = searchBehind(line, "$COLUMNS=", matchColumns);
+  }
+  if (!networkName_) {
+    networkName_ = searchBehind(line, "BRIX-Net:", matchName);
+  }
+}
+
+double TrcHeaderKeys::fileVersion() const {
+  return fileVersion_.value_or(hasOldStyleMark_ ? 1.0 : 0.0);
+}
+
+double TrcHeaderKeys::startTime() const {
+  if (startNumber_) {
+    return *startNumber_;
+  }
+  if (!startText_) {
+    return 0.0;
+  }
+  // One character behind the colon is dropped, whether it is a blank or, where there is none, a digit of the day.
+  return DateTime::parseGerman(startText_->substr(1)).toOleDate();
+}
+
+}  // namespace xlatr

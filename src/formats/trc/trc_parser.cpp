@@ -1,0 +1,408 @@
+#include "formats/trc/trc_parser.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+
+#include "messages/can_dlc.hpp"
+#include "util/hex.hpp"
+#include "util/numbers.hpp"
+#include "util/text.hpp"
+
+namespace xlatr {
+namespace {
+
+constexpr std::uint32_t kMaxClassicLength = 8;
+constexpr std::uint32_t kUnnumberedBus = 255;
+constexpr std::string_view kNone = "-";
+
+// Walks over the tokens of a line, which are what stands between runs of blanks. Tokens are looked at one by one and
+// never gathered, so that a line of any length takes no memory of its own.
+class TokenCursor {
+ public:
+  explicit TokenCursor(std::string_view line) : next_(line.data()), end_(line.data() + line.size()) { skipBlanks(); }
+
+  [[nodiscard]] bool atEnd() const { return next_ == end_; }
+
+  // The next token, or an empty text at the end of the line.
+  [[nodiscard]] std::string_view peek() const {
+    const char* behind = next_;
+    while (behind != end_ && *behind != ' ') {
+      ++behind;
+    }
+    return {next_, static_cast<std::size_t>(behind - next_)};
+  }
+  std::string_view take() {
+    const std::string_view token = peek();
+    next_ += token.size();
+    skipBlanks();
+    return token;
+  }
+  void skip(int count) {
+    while (count-- > 0) {
+      take();
+    }
+  }
+  // The common shape of payloads, one pair of hexadecimal digits and a blank or the end, without looking for a token's
+  // end first. Answers whether there was a pair.
+  bool takeHexPair(std::uint8_t& value) {
+    if (end_ - next_ < 2 || (end_ - next_ > 2 && next_[2] != ' ')) {
+      return false;
+    }
+    const int both = hexDigitValue(next_[0]) * 16 | hexDigitValue(next_[1]);
+    if (both < 0) {
+      return false;
+    }
+    value = static_cast<std::uint8_t>(both);
+    next_ += 2;
+    skipBlanks();
+    return true;
+  }
+  // The last token of the line.
+  [[nodiscard]] std::string_view last() const {
+    const std::string_view rest = trimmed({next_, static_cast<std::size_t>(end_ - next_)}, " ");
+    return rest.substr(rest.rfind(' ') + 1);  // npos + 1 is 0
+  }
+
+ private:
+  void skipBlanks() {
+    while (next_ != end_ && *next_ == ' ') {
+      ++next_;
+    }
+  }
+
+  const char* next_;
+  const char* end_;
+};
+
+// Each of the parsers below answers false at the first token that is missing or can't be understood.
+
+bool parseTime(TokenCursor& tokens, BrixMessage& message) {
+  const RealPrefix time = parseRealPrefix(tokens.take());
+  message.timeOffset = time.value;
+  return time.consumed > 0;
+}
+
+// The strict number parsers read a missing token, which is empty, as 0; a line must hold it.
+bool parseNumber(std::string_view token, std::uint32_t& value, int base) {
+  return !token.empty() && tryParseUInt32(token, value, base);
+}
+
+bool parseIdentifier(TokenCursor& tokens, BrixMessage& message) {
+  constexpr std::size_t kLongestBaseIdentifier = 4;
+  const std::string_view token = tokens.take();
+  message.extended = token.size() > kLongestBaseIdentifier;
+  return parseNumber(token, message.id, 16);
+}
+
+bool parseBus(TokenCursor& tokens, BrixMessage& message) {
+  return parseNumber(tokens.take(), message.bus, 10);
+}
+
+bool parseTypeWord(TokenCursor& tokens, BrixMessage& message) {
+  const auto type = tryMessageTypeFromText(tokens.take());
+  message.type = type.value_or(MessageType::Unknown);
+  message.direction = message.type == MessageType::Tx ? MessageDirection::Tx : MessageDirection::Rx;
+  return type.has_value();
+}
+
+bool parseReserved(TokenCursor& tokens, BrixMessage& message) {
+  const std::string_view token = tokens.take();
+  return token == kNone || (!token.empty() && tryParseInt16Hex(token, message.reserved));
+}
+
+bool parseClassicLength(TokenCursor& tokens, BrixMessage& message) {
+  std::uint32_t length = 0;
+  if (!parseNumber(tokens.take(), length, 10)) {
+    return false;
+  }
+  message.length = std::min(length, kMaxClassicLength);
+  return true;
+}
+
+bool parseByteToken(std::string_view token, std::uint8_t& value) {
+  std::uint32_t number = 0;
+  if (!parseNumber(token, number, 16) || number > 0xFF) {
+    return false;
+  }
+  value = static_cast<std::uint8_t>(number);
+  return true;
+}
+
+// Whether a byte of the payload must be exactly two digits long.
+enum class ByteForm { AnyWidth, Pair };
+
+bool parseData(TokenCursor& tokens, BrixMessage& message, ByteForm form) {
+  for (std::uint32_t count = message.length; count > 0; --count) {
+    std::uint8_t byte = 0;
+    if (!tokens.takeHexPair(byte) && (form == ByteForm::Pair || !parseByteToken(tokens.take(), byte))) {
+      return false;
+    }
+    message.data.push_back(byte);
+  }
+  return true;
+}
+
+// The words of the bus status, which only their bits tell where the line does not spell them out.
+void nameStatus(BrixMessage& message) {
+  const auto& data = message.data;
+  if (message.kind == MessageKind::ST && message.comment.empty() && message.length == 4 && data.size() == 4) {
+    const std::uint32_t mask = std::uint32_t{data[0]} << 24 | std::uint32_t{data[1]} << 16 |
+                               std::uint32_t{data[2]} << 8 | std::uint32_t{data[3]};
+    message.comment = warningErrorsToText(mask);
+  }
+}
+
+bool takeRemoteWord(TokenCursor& tokens, BrixMessage& message) {
+  if (!equalsIgnoreCase(tokens.peek(), "RTR")) {
+    return false;
+  }
+  message.remote = true;
+  message.kind = MessageKind::RR;
+  return true;
+}
+
+// What 1.0, 1.1 and 1.2 have behind their bus and type columns.
+bool parseClassicTail(TokenCursor& tokens, BrixMessage& message) {
+  if (!parseIdentifier(tokens, message) || !parseClassicLength(tokens, message)) {
+    return false;
+  }
+  if (message.id == kNoIdentifier) {
+    message.type = MessageType::Warng;
+  }
+  if (equalsIgnoreCase(tokens.peek(), "ERROR")) {
+    tokens.take();
+    message.type = MessageType::Error;
+  }
+  if (message.type == MessageType::Warng) {
+    message.kind = MessageKind::ST;
+  } else if (message.type == MessageType::Error) {
+    message.kind = MessageKind::ER;
+  } else {
+    message.kind = MessageKind::DT;
+  }
+  if (takeRemoteWord(tokens, message)) {
+    return true;
+  }
+  if (!parseData(tokens, message, ByteForm::AnyWidth)) {
+    return false;
+  }
+  message.comment.assign(tokens.last());
+  return true;
+}
+
+bool parse10(TokenCursor& tokens, BrixMessage& message) {
+  message.type = MessageType::Rx;
+  message.direction = MessageDirection::Rx;
+  return parseTime(tokens, message) && parseClassicTail(tokens, message);
+}
+
+bool parse11(TokenCursor& tokens, BrixMessage& message) {
+  return parseTime(tokens, message) && parseTypeWord(tokens, message) && parseClassicTail(tokens, message);
+}
+
+bool parse12(TokenCursor& tokens, BrixMessage& message) {
+  return parseTime(tokens, message) && parseBus(tokens, message) && parseTypeWord(tokens, message) &&
+         parseClassicTail(tokens, message);
+}
+
+bool parse13(TokenCursor& tokens, BrixMessage& message) {
+  if (!parseTime(tokens, message) || !parseBus(tokens, message) || !parseTypeWord(tokens, message) ||
+      !parseIdentifier(tokens, message) || !parseReserved(tokens, message) || !parseClassicLength(tokens, message)) {
+    return false;
+  }
+  if (message.type == MessageType::Warng) {
+    message.kind = MessageKind::ST;
+  } else if (message.type == MessageType::Error) {
+    message.kind = message.id == 0 ? MessageKind::EC : MessageKind::ER;
+  } else {
+    message.kind = MessageKind::DT;
+  }
+  return takeRemoteWord(tokens, message) || parseData(tokens, message, ByteForm::AnyWidth);
+}
+
+// The column-based versions ------------------------------------------------------------------------------------------
+
+constexpr std::array kXlColumns = {trc_column::kVcid, trc_column::kSdt, trc_column::kAcceptance, trc_column::kRrs,
+                                   trc_column::kSec};
+
+MessageType typeOfKind(const BrixMessage& message) {
+  switch (message.kind) {
+    case MessageKind::DT:
+    case MessageKind::RR:
+      return message.direction == MessageDirection::Rx ? MessageType::Rx : MessageType::Tx;
+    case MessageKind::ST:
+      return MessageType::Warng;
+    case MessageKind::EC:
+    case MessageKind::ER:
+      return MessageType::Error;
+    default:
+      return MessageType::Unknown;
+  }
+}
+
+// An event's text is all that is left of the line, its words joined by one blank.
+void parseEvent(TokenCursor& tokens, BrixMessage& message) {
+  while (!tokens.atEnd()) {
+    if (!message.comment.empty()) {
+      message.comment += ' ';
+    }
+    message.comment += tokens.take();
+  }
+}
+
+// Status, error counter and error lines have no identifier and a fixed length. Lines of 2.0 leave the length out too
+// and have their data right behind the direction.
+bool parseWithoutIdentifier(TokenCursor& tokens, TrcVersion version, BrixMessage& message) {
+  message.direction = MessageDirection::Rx;
+  if (message.kind == MessageKind::ST) {
+    message.length = 4;
+  } else if (message.kind == MessageKind::EC) {
+    message.length = 2;
+    message.id = 0;
+  } else {
+    message.length = 5;
+  }
+  if (tryMessageDirectionFromText(tokens.peek())) {
+    tokens.take();
+    return parseData(tokens, message, ByteForm::Pair);
+  }
+  tokens.skip(3);  // identifier, direction, length
+  if ((message.columnSet & trc_column::kReserved) != 0) {
+    tokens.take();
+  }
+  if (version == TrcVersion::V3_0) {
+    const auto present = [&message](TrcColumnSet column) { return (message.columnSet & column) != 0; };
+    tokens.skip(static_cast<int>(std::ranges::count_if(kXlColumns, present)));
+  }
+  return parseData(tokens, message, ByteForm::Pair);
+}
+
+// One of the columns that only CAN XL frames fill.
+template <class Value>
+bool parseXlColumn(TokenCursor& tokens, const BrixMessage& message, TrcColumnSet column, std::optional<Value>& field) {
+  if ((message.columnSet & column) == 0) {
+    return true;
+  }
+  const std::string_view token = tokens.take();
+  if (message.kind != MessageKind::XL || token == kNone) {
+    return true;
+  }
+  std::uint32_t value = 0;
+  if (!parseNumber(token, value, 16) || value > std::numeric_limits<Value>::max()) {
+    return false;
+  }
+  field = static_cast<Value>(value);
+  return true;
+}
+
+bool parseXlColumns(TokenCursor& tokens, BrixMessage& message) {
+  return parseXlColumn(tokens, message, trc_column::kVcid, message.xl.vcid) &&
+         parseXlColumn(tokens, message, trc_column::kSdt, message.xl.sdt) &&
+         parseXlColumn(tokens, message, trc_column::kAcceptance, message.xl.acceptance) &&
+         parseXlColumn(tokens, message, trc_column::kRrs, message.xl.rrs) &&
+         parseXlColumn(tokens, message, trc_column::kSec, message.xl.sec);
+}
+
+bool parseLengthOrDlc(TokenCursor& tokens, BrixMessage& message) {
+  std::uint32_t value = 0;
+  if (!parseNumber(tokens.take(), value, 10)) {
+    return false;
+  }
+  if ((message.columnSet & trc_column::kDlc) != 0) {
+    const auto length = message.kind == MessageKind::XL ? xlDlcToLength(value) : dlcToLength(value);
+    if (!length) {
+      return false;
+    }
+    value = *length;
+  }
+  message.length = value;
+  return true;
+}
+
+bool parseFrame(TokenCursor& tokens, TrcVersion version, BrixMessage& message) {
+  if (!parseIdentifier(tokens, message)) {
+    return false;
+  }
+  const auto direction = tryMessageDirectionFromText(tokens.take());
+  if (!direction) {
+    return false;
+  }
+  message.direction = *direction;
+  if ((message.columnSet & trc_column::kReserved) != 0 && !parseReserved(tokens, message)) {
+    return false;
+  }
+  if (version == TrcVersion::V3_0 && !parseXlColumns(tokens, message)) {
+    return false;
+  }
+  if (!parseLengthOrDlc(tokens, message)) {
+    return false;
+  }
+  message.remote = message.kind == MessageKind::RR;
+  return message.remote || parseData(tokens, message, ByteForm::AnyWidth);
+}
+
+bool parseColumns(TokenCursor& tokens, TrcVersion version, BrixMessage& message) {
+  message.columnBased = true;
+  if (!parseTime(tokens, message)) {
+    return false;
+  }
+  const auto kind = tryMessageKindFromText(tokens.take());
+  if (!kind) {
+    return false;
+  }
+  message.kind = *kind;
+  if ((message.columnSet & trc_column::kBus) == 0) {
+    message.bus = 0;
+  } else if (tokens.atEnd()) {
+    return false;
+  } else if (!parseBus(tokens, message)) {
+    message.bus = kUnnumberedBus;
+  }
+  bool understood = true;
+  switch (message.kind) {
+    case MessageKind::EV:
+      parseEvent(tokens, message);
+      break;
+    case MessageKind::ST:
+    case MessageKind::EC:
+    case MessageKind::ER:
+      understood = parseWithoutIdentifier(tokens, version, message);
+      break;
+    default:
+      understood = parseFrame(tokens, version, message);
+  }
+  message.type = typeOfKind(message);
+  return understood;
+}
+
+bool parseTokens(TokenCursor& tokens, TrcVersion version, BrixMessage& message) {
+  if (!isColumnBased(version) || (message.columnSet & trc_column::kNumber) != 0) {
+    tokens.take();  // the message number, which is counted anew on writing
+  }
+  switch (version) {
+    case TrcVersion::V1_0:
+      return parse10(tokens, message);
+    case TrcVersion::V1_1:
+      return parse11(tokens, message);
+    case TrcVersion::V1_2:
+      return parse12(tokens, message);
+    case TrcVersion::V1_3:
+      return parse13(tokens, message);
+    default:
+      return parseColumns(tokens, version, message);
+  }
+}
+
+}  // namespace
+
+void parseTrcLine(std::string_view line, TrcVersion version, BrixMessage& message) {
+  TokenCursor tokens(line);
+  message.valid = parseTokens(tokens, version, message);
+  if (message.valid) {
+    nameStatus(message);
+  }
+}
+
+}  // namespace xlatr

@@ -1,0 +1,31 @@
+#include "formats/trc/trc_reader.hpp"
+
+#include <string_view>
+#include <utility>
+
+namespace xlatr {
+
+TrcReader::TrcReader(TrcInfo info) : info_(std::move(info)) {}
+
+std::unique_ptr<BrixMessage> TrcReader::ReadNextMessage() {
+  auto message = std::make_unique<BrixMessage>();
+  return readInto(*message) ? std::move(message) : nullptr;
+}
+
+bool TrcReader::readInto(BrixMessage& message) {
+  std::string_view line;
+  do {
+    if (!readLine(line)) {
+      return false;
+    }
+  } while (!line.empty() && line.front() == ';');
+  message.reset();
+  message.columnSet = info_.columnSet();
+  if (!line.empty()) {
+    message.parseLine(line, info_.getVersion(), info_.columnSet());
+  }
+  invalidCount_ += message.valid ? 0 : 1;
+  return true;
+}
+
+}  // namespace xlatr

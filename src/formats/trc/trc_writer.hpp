@@ -1,0 +1,45 @@
+// Writes a TRC file.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "formats/trc/trc_columns.hpp"
+#include "formats/trc/trc_message.hpp"
+#include "io/trace_writer.hpp"
+#include "util/text_buffer.hpp"
+
+namespace xlatr {
+
+// Writes the header of its target version and a line a message.
+//
+// A target version that is none of the known ones gets no header (unless it prints as one with a single decimal) and
+// no line: messages have no text in it.
+class TrcWriter final : public TraceWriterText {
+ public:
+  explicit TrcWriter(std::string targetPath = {}, bool overrideExistingFile = false, double targetVersion = 2.1);
+  ~TrcWriter() override;
+
+  [[nodiscard]] std::unique_ptr<ITraceWriter> CreateNew() const override;
+  // A source that is not valid gets no header. Lines written without one have the columns of their own messages.
+  void WriteHeader(const ITraceInfo& source) override;
+  // A text that begins with ";" stays as it is, any other gets it in front.
+  void WriteComment(std::string_view text) override;
+  // A message of a TRC trace whose text is empty takes no number; one of another format does.
+  void WriteMessage(const IMessage& message) override;
+  [[nodiscard]] TraceFormat getTargetFormat() const override { return XLATR_FORMAT_TRC; }
+
+ protected:
+  void open() override;
+
+ private:
+  void write(const BrixMessage& message);
+
+  std::uint64_t messageCount_ = 0;
+  TrcColumnSet columnSet_ = 0;
+  TextBuffer line_;
+};
+
+}  // namespace xlatr

@@ -1,0 +1,37 @@
+// Writing a file.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/files.hpp"
+
+namespace xlatr {
+
+// Collects what is written and hands it to the system in blocks. One thread at a time. Failures are
+// std::ios_base::failure; after one, what was not written yet is gone, so that closing does not fail a second time.
+class BufferedOutput {
+ public:
+  BufferedOutput() = default;
+  // Closes without saying so when that fails.
+  ~BufferedOutput();
+  BufferedOutput(BufferedOutput&&) = default;
+  BufferedOutput& operator=(BufferedOutput&&) = default;
+
+  // Creates the file, or empties the one that is there.
+  void open(const std::string& path);
+  [[nodiscard]] bool isOpen() const { return file_.isOpen(); }
+  void write(std::string_view bytes);
+  // Hands all that was written to the system.
+  void flush();
+  // Flushes and closes; no effect when no file is open.
+  void close();
+
+ private:
+  platform::File file_;
+  std::unique_ptr<char[]> buffer_;
+  std::size_t used_ = 0;
+};
+
+}  // namespace xlatr

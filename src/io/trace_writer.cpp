@@ -1,0 +1,133 @@
+#include "io/trace_writer.hpp"
+
+#include <utility>
+
+#include "platform/files.hpp"
+#include "util/failures.hpp"
+#include "util/text.hpp"
+
+namespace xlatr {
+namespace {
+
+// Paths that a user of the traces may want to open with a program of any platform.
+constexpr std::size_t kMaxTargetPathLength = 260;
+
+}  // namespace
+
+ITraceWriter::~ITraceWriter() = default;
+
+TraceWriter::TraceWriter(std::string targetPath, bool overrideExistingFile, double targetVersion)
+    : overrideExistingFile_(overrideExistingFile), targetPath_(std::move(targetPath)), targetVersion_(targetVersion) {}
+
+void TraceWriter::WriteHeader_2(const ITraceInfo& source, double startTime) {
+  startTime_ = startTime;
+  startTimeKnown_ = true;
+  WriteHeader(source);
+}
+
+double TraceWriter::startTimeFrom(const ITraceInfo& source) {
+  if (!std::exchange(startTimeKnown_, true)) {
+    startTime_ = source.getStartTime();
+  }
+  return startTime_;
+}
+
+void TraceWriter::setActive(bool active) {
+  if (active == active_) {
+    return;
+  }
+  if (active) {
+    open();
+  } else {
+    close();
+  }
+}
+
+void TraceWriter::open() {
+  if (targetPath_.empty()) {
+    throwProcessingFailure("Value cannot be null or empty - TargetPath");
+  }
+  if (!overrideExistingFile_ && platform::fileExists(targetPath_)) {
+    throwProcessingFailure("File already exists - TargetPath");
+  }
+  if (equalsIgnoreCase(targetPath_, sourcePath_)) {
+    throwProcessingFailure("Source and target paths match. Target file cannot be overridden - SourcePath/TargetPath");
+  }
+  if (targetPath_.size() >= kMaxTargetPathLength) {
+    throwProcessingFailure("Target path too long (" + std::to_string(targetPath_.size()) +
+                           "). Maximum allowed is 260.");
+  }
+  output_.open(targetPath_);
+  active_ = true;
+}
+
+void TraceWriter::close() {
+  active_ = false;
+  output_.close();
+}
+
+void TraceWriter::requireActive() const {
+  if (!active_) {
+    throwProcessingFailure("Writer is not initialized");
+  }
+}
+
+void TraceWriter::requireInactive() const {
+  if (active_) {
+    throwProcessingFailure("Cannot change property value when object is active");
+  }
+}
+
+void TraceWriter::setTargetPath(std::string path) {
+  requireInactive();
+  targetPath_ = std::move(path);
+}
+
+void TraceWriter::setTargetVersion(double version) {
+  requireInactive();
+  targetVersion_ = version;
+}
+
+void TraceWriter::setOverrideExistingFile(bool overrideExistingFile) {
+  requireInactive();
+  overrideExistingFile_ = overrideExistingFile;
+}
+
+void TraceWriter::setOwnerBus(std::int32_t bus) {
+  requireInactive();
+  ownerBus_ = bus;
+}
+
+void TraceWriterText::open() {
+  TraceWriter::open();
+  linesSinceFlush_ = 0;
+}
+
+void TraceWriterText::writeLine(std::string_view text) {
+  requireActive();
+  if (text.empty()) {
+    return;
+  }
+  output().write(text);
+  endLine();
+}
+
+void TraceWriterText::writeLine(std::string_view prefix, std::string_view text) {
+  requireActive();
+  if (!text.starts_with(prefix)) {
+    output().write(prefix);
+  }
+  output().write(text);
+  endLine();
+}
+
+void TraceWriterText::endLine() {
+  constexpr std::uint64_t kLinesBetweenFlushes = 200;
+  output().write("\r\n");
+  if (++linesSinceFlush_ > kLinesBetweenFlushes) {
+    flush();
+    linesSinceFlush_ = 0;
+  }
+}
+
+}  // namespace xlatr

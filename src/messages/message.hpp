@@ -1,0 +1,58 @@
+// What every message is, whatever trace it came from.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "messages/enumerations.hpp"
+
+namespace xlatr {
+
+// A message as a writer takes it. Writers map each class they know to their own form; there is no neutral message.
+class IMessage {
+ public:
+  virtual ~IMessage();
+  // The frame identifier; 0xFFFFFFFF when there is none.
+  [[nodiscard]] virtual std::uint32_t getIdentifier() const = 0;
+  // Whether the record was understood and may be written.
+  [[nodiscard]] virtual bool getValid() const = 0;
+  // Data length in bytes, never the DLC.
+  [[nodiscard]] virtual std::uint32_t getLength() const = 0;
+  // The first data byte; owned by the message.
+  [[nodiscard]] virtual const std::uint8_t* getData() const = 0;
+
+ protected:
+  IMessage() = default;
+  IMessage(const IMessage&) = default;
+  IMessage(IMessage&&) = default;
+  IMessage& operator=(const IMessage&) = default;
+  IMessage& operator=(IMessage&&) = default;
+};
+
+// The value of an identifier that is not there.
+inline constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF;
+
+// The common fields. Messages are plain values that parsers and mappings fill, hence the open fields.
+class Message : public IMessage {
+ public:
+  [[nodiscard]] std::uint32_t getIdentifier() const override { return id; }
+  [[nodiscard]] bool getValid() const override { return valid; }
+  [[nodiscard]] std::uint32_t getLength() const override { return length; }
+  [[nodiscard]] const std::uint8_t* getData() const override { return data.data(); }
+
+  std::uint32_t id = kNoIdentifier;
+  bool valid = false;
+  std::uint32_t length = 0;        // bytes, which may be more than `data` holds (a remote frame has a length, no data)
+  std::vector<std::uint8_t> data;  // the payload
+};
+
+// The fields of a message on a CAN bus.
+class MessageStyleCan : public Message {
+ public:
+  std::uint32_t bus = 255;  // counted from 1; 255 before it is set
+  MessageType type = MessageType::Unknown;
+  MessageDirection direction = MessageDirection::None;
+  bool extended = false;  // 29-bit identifier
+};
+
+}  // namespace xlatr

@@ -1,0 +1,15 @@
+// Where this library's own file lies, and how the platform writes a path.
+#pragma once
+
+#include <string>
+
+namespace xlatr::platform {
+
+// The directory of the file that holds this code, absolute, links followed, without a trailing separator: that of the
+// shared library, or of the program if the library is linked into it. Empty if the system does not tell.
+[[nodiscard]] std::string moduleDirectory();
+
+// What the platform puts between two directories. Paths are cut at more than this character: see util/paths.
+[[nodiscard]] char pathSeparator();
+
+}  // namespace xlatr::platform

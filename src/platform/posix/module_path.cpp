@@ -1,0 +1,40 @@
+#include "platform/module_path.hpp"
+
+#include <dlfcn.h>
+#include <stdlib.h>
+
+#include <memory>
+
+namespace xlatr::platform {
+
+namespace {
+
+struct Freer {
+  void operator()(char* memory) const { ::free(memory); }
+};
+
+std::string resolve(const char* path) {
+  const std::unique_ptr<char, Freer> resolved(::realpath(path, nullptr));
+  return resolved ? std::string(resolved.get()) : std::string();
+}
+
+}  // namespace
+
+std::string moduleDirectory() {
+  Dl_info module{};
+  std::string path;
+  if (::dladdr(reinterpret_cast<const void*>(&moduleDirectory), &module) != 0 && module.dli_fname != nullptr) {
+    path = resolve(module.dli_fname);
+  }
+  if (path.empty()) {
+    // The name of a program is what it was called by, which need not be a path to it.
+    path = resolve("/proc/self/exe");
+  }
+  return path.substr(0, path.find_last_of(pathSeparator()) + (path.rfind(pathSeparator()) == 0 ? 1 : 0));
+}
+
+char pathSeparator() {
+  return '/';
+}
+
+}  // namespace xlatr::platform

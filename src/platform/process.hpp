@@ -1,0 +1,46 @@
+// Programs that this process starts.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace xlatr::platform {
+
+// The exit code of a program that ended without one that could be read, or that was never started.
+inline constexpr std::uint32_t kNoExitCode = 0xFFFFFFFF;
+
+// A handle to one started program. The program lives on when its handle goes; only one whose end was seen through the
+// handle is sure to leave nothing behind in the system's process table. One thread at a time.
+class Process {
+ public:
+  Process();
+  ~Process();
+  Process(Process&& other) noexcept;
+  Process& operator=(Process&& other) noexcept;
+
+  // Starts the program with the arguments as they are, without a command processor, in this process's environment and
+  // directory. A name without a separator is searched as the system does. The program gets the standard streams and no
+  // other open file of ours. False if it can't be started; the handle then refers to no program. A program that the
+  // handle referred to before is let go.
+  [[nodiscard]] bool start(const std::string& program, std::span<const std::string> arguments);
+
+  // True from a successful start until the handle is moved from, also after the program has ended.
+  [[nodiscard]] bool isStarted() const { return state_ != nullptr; }
+
+  // The exit code, or nothing if the program still runs after the limit; a limit of 0 only looks. May be asked again,
+  // also after the end. Where the system ended the program by a signal the code is 128 and the number of the signal.
+  [[nodiscard]] std::optional<std::uint32_t> waitFor(std::chrono::milliseconds limit);
+
+  // The same without a limit.
+  [[nodiscard]] std::uint32_t wait();
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace xlatr::platform

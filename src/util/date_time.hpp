@@ -1,0 +1,114 @@
+// The moments in time that traces carry: when a trace started, when a file was made.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/calendar.hpp"
+
+namespace xlatr {
+
+// The word of every failure of a DateTime.
+inline constexpr std::string_view kInvalidDateTime = "Invalid data for a DateTime object";
+
+// The seconds of the null date, 1899-12-30 00:00:00.000.000: day zero of the OLE date scale, which many headers count
+// their start time on, so that a start time of 0.0 means none. It is the one valid moment before 1900.
+inline constexpr std::int64_t kNullDateSeconds = -2209161600;
+
+// One moment, kept as a count and as calendar fields, because file formats think in either. The two need not agree:
+// - The fields are local time or UTC, as the maker of the object chose; the object does not remember which.
+// - Whoever changes one side calls updateFields or updateSeconds.
+//
+// Whatever fails raises a ConverterParsingException of kInvalidDateTime: seconds that can't be broken down (all
+// negative ones but those of the null date; the failure shows the number), and fields out of range (it shows the
+// diagnostic text). A plain value: one object, one thread at a time.
+class DateTime {
+ public:
+  std::int64_t seconds = 0;  // since 1970-01-01 00:00:00 UTC
+  std::int32_t year = 1970;  // in full
+  std::int32_t month = 1;    // 1 to 12
+  std::int32_t day = 1;      // 1 to 31
+  std::int32_t hour = 0;
+  std::int32_t minute = 0;
+  std::int32_t second = 0;
+  std::int32_t millisecond = 0;  // 0 to 999
+  std::int32_t microsecond = 0;  // 0 to 999, within the millisecond
+
+  // Second 0 in local fields.
+  DateTime();
+
+  // Breaks the seconds down, in UTC if `utc` is set and else in local time, and validates.
+  DateTime(std::int64_t secondsSince1970, std::int32_t milliseconds, std::int32_t microseconds, bool utc);
+
+  // The current second in local fields, without a fraction.
+  [[nodiscard]] static DateTime now();
+
+  // Local fields, whose seconds are computed and which are validated. The weekday is not looked at.
+  [[nodiscard]] static DateTime fromLocalFields(const platform::CalendarFields& fields, std::int32_t milliseconds,
+                                                std::int32_t microseconds);
+
+  // From days since 1899-12-30, in UTC fields. The second is truncated, the millisecond rounded, and the microseconds
+  // are what the millisecond leaves, if anything. Nothing is carried into the second and the fraction is not validated,
+  // so a millisecond of 1000 can stand, and before the null date a negative one.
+  [[nodiscard]] static DateTime fromOleDate(double days);
+
+  // The same with a truncated millisecond. Since days hardly ever come to a whole millisecond, 999 or 1000 microseconds
+  // count as the next one.
+  [[nodiscard]] static DateTime fromOleDateTruncated(double days);
+
+  // The parsers. A text that can't be read is no failure: it gives second 0 in local fields. Only what reads as a date
+  // and is out of range raises one. The fields are taken for local time.
+
+  // dd.mm.yyyy HH:MM:SS, a point and the milliseconds. They stand behind the last point of the text, and they are a
+  // number and no decimals: ".5" means 5. What stands between the seconds and that point is not looked at.
+  [[nodiscard]] static DateTime parseGerman(std::string_view text);
+
+  // dd.mm.yyyy HH:MM:SS; what follows is not looked at.
+  [[nodiscard]] static DateTime parseGermanNoFraction(std::string_view text);
+
+  // Weekday, month, day, time, year in any of the languages of parseDateFields, on a clock of 24 or of 12 hours, such
+  // as "Thu Nov 01 10:20:30.123 pm 2012". The first point up to the next blank is the fraction, in milliseconds as in
+  // parseGerman, also if that point ends an abbreviation. A weekday of an unknown language is passed over.
+  [[nodiscard]] static DateTime parseLocalized(std::string_view text);
+
+  // The fields from the seconds, in local time; the fraction stays.
+  void updateFields();
+
+  // The seconds from the fields, taken for local time. What the system can't represent is -1.
+  void updateSeconds();
+
+  // Raises a failure if a field is out of range. A day of 31 is in range in every month. Before 1900 only the null
+  // date is valid. The seconds are not looked at.
+  void validate() const;
+
+  // 0 for Sunday to 6 for Saturday, of the seconds in local time; 6 for the null date.
+  [[nodiscard]] std::int32_t dayOfWeek() const;
+
+  // Days since 1899-12-30, from the seconds and the fraction.
+  [[nodiscard]] double toOleDate() const;
+
+  // The text forms. Numbers are filled with zeros to the width shown, the year is not filled. They print the fields as
+  // they are, toAscText excepted.
+  [[nodiscard]] std::string toDottedText() const;         // dd.mm.yyyy HH:MM:SS.mmm
+  [[nodiscard]] std::string toDottedTextMicro() const;    // dd.mm.yyyy HH:MM:SS.mmm.uuu
+  [[nodiscard]] std::string toDiagnosticText() const;     // dd.mm.yyyy HH:MM:SS.mmm.u, microseconds not filled
+  [[nodiscard]] std::string toSlashedText() const;        // dd/mm/yyyy HH:MM:SS.mmm
+  [[nodiscard]] std::string toIsoLikeText() const;        // yyyy-mm-dd HH:MM:SS.mmm
+  [[nodiscard]] std::string toDottedTextSeconds() const;  // dd.mm.yyyy HH:MM:SS
+
+  // English, from the seconds in UTC whatever the fields say: "Thu Nov 01 10:20:30.123 2012". The null date is
+  // "Sat Dec 30 00:00:00.000 1899".
+  [[nodiscard]] std::string toAscText() const;
+
+  bool operator==(const DateTime&) const = default;
+
+ private:
+  [[nodiscard]] bool isNullDate() const;
+  void setFields(const platform::CalendarFields& fields);
+};
+
+// Second 0 in UTC fields, the DateTime of what has none.
+[[nodiscard]] const DateTime& emptyDateTime();
+
+}  // namespace xlatr

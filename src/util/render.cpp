@@ -1,0 +1,132 @@
+#include "util/render.hpp"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <string_view>
+
+#include "util/hex.hpp"
+
+namespace xlatr {
+namespace {
+
+constexpr std::array<double, 10> kPowersOfTen = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
+
+// Digits of a number, in a buffer of its own.
+class Digits {
+ public:
+  explicit Digits(std::uint64_t value) : end_(std::to_chars(text_.data(), text_.data() + text_.size(), value).ptr) {}
+  [[nodiscard]] std::string_view view() const { return {text_.data(), static_cast<std::size_t>(end_ - text_.data())}; }
+
+ private:
+  std::array<char, 20> text_;
+  char* end_;
+};
+
+std::string_view hexDigits(std::array<char, 8>& text, std::uint32_t value, std::size_t digits) {
+  std::size_t begin = text.size();
+  do {
+    text[--begin] = kHexDigits[value & 15];
+    value >>= 4;
+  } while (value != 0);
+  while (text.size() - begin < digits && begin > 0) {
+    text[--begin] = '0';
+  }
+  return {text.data() + begin, text.size() - begin};
+}
+
+// 308 digits before the point, the decimals, a sign and a point are the longest fixed notation of a double.
+std::string formatted(double value, std::chars_format format, int precision) {
+  std::array<char, 512> text;
+  const auto result = std::to_chars(text.data(), text.data() + text.size(), value, format, precision);
+  return {text.data(), result.ptr};
+}
+
+}  // namespace
+
+std::string formatFixed(double value, int precision) {
+  return formatted(value, std::chars_format::fixed, precision);
+}
+
+std::string formatGeneral(double value, int precision) {
+  return formatted(value, std::chars_format::general, precision);
+}
+
+void appendRoundedFixed(TextBuffer& out, double value, int decimals, std::size_t width) {
+  const double scale = kPowersOfTen[static_cast<std::size_t>(decimals)];
+  const double scaled = std::round(value * scale);
+  // Up to here the quotient scaled / scale prints as the very digits of scaled, so the division can be left out.
+  constexpr double kExactLimit = 1e15;
+  if (!(scaled < kExactLimit) || std::signbit(scaled)) {
+    out.appendRight(formatFixed(scaled / scale, decimals), width);
+    return;
+  }
+  const auto units = static_cast<std::uint64_t>(scaled);
+  const auto perWhole = static_cast<std::uint64_t>(scale);
+  const Digits whole(units / perWhole);
+  const auto places = static_cast<std::size_t>(decimals);
+  const std::size_t length = whole.view().size() + (places > 0 ? places + 1 : 0);
+  out.appendBlanks(length < width ? width - length : 0);
+  out.append(whole.view());
+  if (places == 0) {
+    return;
+  }
+  char* const fraction = out.extend(places + 1);
+  *fraction = '.';
+  std::uint64_t rest = units % perWhole;
+  for (std::size_t place = places; place > 0; --place) {
+    fraction[place] = static_cast<char>('0' + rest % 10);
+    rest /= 10;
+  }
+}
+
+void appendDecimal(TextBuffer& out, std::uint64_t value) {
+  out.append(Digits(value).view());
+}
+
+void appendDecimalRight(TextBuffer& out, std::uint64_t value, std::size_t width) {
+  out.appendRight(Digits(value).view(), width);
+}
+
+void appendDecimalLeft(TextBuffer& out, std::uint64_t value, std::size_t width) {
+  out.appendLeft(Digits(value).view(), width);
+}
+
+void appendHex(TextBuffer& out, std::uint32_t value, std::size_t digits) {
+  std::array<char, 8> text;
+  out.append(hexDigits(text, value, digits));
+}
+
+void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes) {
+  if (bytes.empty()) {
+    return;
+  }
+  char* end = out.extend(bytes.size() * 3 - 1);
+  const auto put = [&end](std::uint8_t byte) {
+    std::memcpy(end, kHexPairs[byte].data(), 2);
+    end += 2;
+  };
+  put(bytes.front());
+  for (const std::uint8_t byte : bytes.subspan(1)) {
+    *end++ = ' ';
+    put(byte);
+  }
+}
+
+void appendTraceId(TextBuffer& out, std::uint32_t identifier, bool extended, std::size_t width) {
+  constexpr std::size_t kColumns = 8;
+  std::array<char, 8> text;
+  out.appendRight(hexDigits(text, identifier, extended ? kColumns : width), kColumns);
+}
+
+void appendAscId(TextBuffer& out, std::uint32_t identifier, bool extended) {
+  constexpr std::size_t kColumns = 15;
+  const std::size_t begin = out.size();
+  appendHex(out, identifier, 1);
+  if (extended) {
+    out.append('x');
+  }
+  out.appendBlanks(begin + kColumns - out.size());
+}
+
+}  // namespace xlatr

@@ -1,0 +1,43 @@
+// Numbers as text. None of these looks at a locale.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "util/text_buffer.hpp"
+
+namespace xlatr {
+
+// The value in fixed notation with exactly `precision` decimals.
+[[nodiscard]] std::string formatFixed(double value, int precision);
+
+// The value with up to `precision` significant digits, without trailing zeros, in scientific notation when its exponent
+// is below -4 or at or above the precision ("%.*g").
+[[nodiscard]] std::string formatGeneral(double value, int precision);
+
+// The value rounded to `decimals` places first (half away from zero, so that 123.45 becomes 123.5), then in fixed
+// notation, right-aligned in `width` columns. At most 9 decimals.
+void appendRoundedFixed(TextBuffer& out, double value, int decimals, std::size_t width);
+
+// Decimal digits; the padded forms fill up with blanks to `width` columns.
+void appendDecimal(TextBuffer& out, std::uint64_t value);
+void appendDecimalRight(TextBuffer& out, std::uint64_t value, std::size_t width);
+void appendDecimalLeft(TextBuffer& out, std::uint64_t value, std::size_t width);
+
+// Upper-case hexadecimal digits, filled with zeros to at least `digits`.
+void appendHex(TextBuffer& out, std::uint32_t value, std::size_t digits);
+
+// Two upper-case hexadecimal digits for each byte, joined by one blank.
+void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes);
+
+// An identifier as TRC lines show it: eight columns, right-aligned; eight zero-filled upper-case hexadecimal digits for
+// an extended one, at least `width` of them for a base one.
+void appendTraceId(TextBuffer& out, std::uint32_t identifier, bool extended, std::size_t width);
+
+// An identifier as ASC lines show it: upper-case hexadecimal without fill, "x" behind an extended one, left-aligned in
+// fifteen columns.
+void appendAscId(TextBuffer& out, std::uint32_t identifier, bool extended);
+
+}  // namespace xlatr

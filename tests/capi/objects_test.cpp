@@ -1,0 +1,288 @@
+// The object families, driven as a C++ client drives them.
+#include "xlatr/objects.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <thread>
+
+#include <unistd.h>
+
+#include "support/temp_folder.hpp"
+#include "xlatr/failures.hpp"
+
+namespace xlatr::test {
+namespace {
+
+constexpr char kFrozen[] = "Cannot change property value when object is active";
+
+// Reads a text pair with buffers of several sizes, which must agree.
+std::string textOf(std::uint32_t size, const std::function<void(char*, std::uint32_t)>& copy) {
+  std::string whole(size + 1, '#');
+  copy(whole.data(), size + 1);
+  EXPECT_EQ(whole.back(), '\0');
+  whole.pop_back();
+  char one[2] = {'#', '#'};
+  copy(one, 1);
+  EXPECT_EQ(one[0], '\0');
+  EXPECT_EQ(one[1], '#');
+  copy(one, 0);
+  copy(nullptr, 0);
+  copy(nullptr, 5);
+  EXPECT_EQ(one[0], '\0');
+  std::string larger(size + 10, '#');
+  copy(larger.data(), size + 10);
+  EXPECT_EQ(std::string(larger.c_str()), whole);
+  if (size > 1) {
+    std::string cut(size, '#');
+    copy(cut.data(), size);
+    EXPECT_EQ(std::string(cut.c_str()), whole.substr(0, size - 1));
+  }
+  return whole;
+}
+
+#define TEXT_OF(Family, name, nameSize, object) \
+  textOf(Family##_##nameSize(object),           \
+         [&](char* buffer, std::uint32_t bufferSize) { Family##_##name(object, buffer, bufferSize); })
+
+std::string lastErrorOf(std::uint32_t thread) {
+  char buffer[256];
+  ConverterLastError_GetText(thread, buffer, sizeof buffer);
+  return buffer;
+}
+
+std::string lastError() {
+  return lastErrorOf(static_cast<std::uint32_t>(::gettid()));
+}
+
+std::string processingFailureOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const ConverterProcessingException& failure) {
+    EXPECT_EQ(lastError(), failure.what());
+    return failure.what();
+  }
+  return "no failure";
+}
+
+TEST(Objects, ignoreNullInDestruct) {
+  TraceFileInfo_Destruct(nullptr);
+  TrcInfo_Destruct(nullptr);
+  TrcReader_Destruct(nullptr);
+  TrcWriter_Destruct(nullptr);
+  MessageCan_Destruct(nullptr);
+}
+
+TEST(Objects, refuseNullEverywhereElse) {
+  const std::string expected = "Object cannot be null";
+  EXPECT_EQ(processingFailureOf([] { TrcWriter_setActive(nullptr, true); }), expected);
+  EXPECT_EQ(processingFailureOf([] { static_cast<void>(TrcInfo_getValid(nullptr)); }), expected);
+  EXPECT_EQ(processingFailureOf([] { static_cast<void>(TraceFileInfo_getSize(nullptr)); }), expected);
+  EXPECT_EQ(processingFailureOf([] { static_cast<void>(TrcReader_Construct(nullptr)); }), expected);
+  EXPECT_EQ(processingFailureOf([] { static_cast<void>(MessageCan_getBus(nullptr)); }), expected);
+}
+
+TEST(BaseTraceInfoExports, describeFormatsByFlag) {
+  const struct {
+    TraceFormat format;
+    std::string extension;
+    std::string description;
+    double version;
+    bool convertible;
+  } cases[] = {
+      {1, ".trc", "BRIX trace file", 3.0, true},
+      {2, ".btr", "BRIX-Bridge Pro - Binary trace file", 3.0, true},
+      {4, ".asc", "CANalyzer ASCII logging file", 15.0, true},
+      {8, ".ltrc", "KORL trace file", 1.2, true},
+      {16, ".csv", "Character-separated values", 1.0, false},
+      {32, ".btrc", "ZELK binary trace file", 1.0, true},
+      {64, ".mf4", "ASAM Measurement Data Format", 4.2, true},
+      {128, ".blf", "Vector BLF trace file", 0.0, true},
+      {0, "", "", -1.0, false},
+      {3, "", "", -1.0, false},
+      {256, "", "", -1.0, false},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.format);
+    char extension[16];
+    BaseTraceInfo_GetTraceExtension(test.format, extension, sizeof extension);
+    EXPECT_EQ(extension, test.extension);
+    EXPECT_EQ(TEXT_OF(BaseTraceInfo, GetTraceFormatDescription, GetTraceFormatDescriptionSize, test.format),
+              test.description);
+    EXPECT_EQ(BaseTraceInfo_GetTraceCurrentVersion(test.format), test.version);
+    EXPECT_EQ(BaseTraceInfo_GetIfConvertible(test.format), test.convertible);
+  }
+}
+
+class ObjectsTest : public testing::Test {
+ protected:
+  TempFolder folder_;
+  std::string path_ = folder_.write("x.trc", ";$FILEVERSION=1.2\n;$STARTTIME=44403.25\n1) 10.5 3 Rx 0123 1 AA\nbad\n");
+};
+
+TEST_F(ObjectsTest, traceFileInfoTellsOfTheFile) {
+  TraceFileInfo* const file = TraceFileInfo_Construct(path_.c_str());
+  EXPECT_TRUE(TraceFileInfo_getValid(file));
+  EXPECT_EQ(TraceFileInfo_getSize(file), 18U + 21U + 23U + 4U);
+  EXPECT_EQ(TEXT_OF(TraceFileInfo, getPath, getPathSize, file), path_);
+  EXPECT_EQ(TEXT_OF(TraceFileInfo, ToString, getToStringSize, file), path_);
+  const auto* const base = reinterpret_cast<const BaseTraceInfo*>(file);
+  EXPECT_EQ(BaseTraceInfo_getFormat(base), XLATR_FORMAT_TRC);
+  EXPECT_EQ(TEXT_OF(BaseTraceInfo, getFormatDescription, getFormatDescriptionSize, base), "BRIX trace file");
+  ASSERT_EQ(BaseTraceInfo_getSupportedConversionsSize(base), 6U);
+  EXPECT_EQ(BaseTraceInfo_getSupportedConversions(base)[3], XLATR_FORMAT_BTR);
+  ASSERT_EQ(BaseTraceInfo_getSupportedVersionsSize(base), 7U);
+  EXPECT_EQ(BaseTraceInfo_getSupportedVersions(base)[6], 3.0);
+  TraceFileInfo_Destruct(file);
+}
+
+TEST_F(ObjectsTest, traceFileInfoOfNoFileIsNotValid) {
+  for (const char* const path : {static_cast<const char*>(nullptr), "", "none.trc"}) {
+    TraceFileInfo* const file = TraceFileInfo_Construct(path);
+    EXPECT_FALSE(TraceFileInfo_getValid(file));
+    EXPECT_EQ(TraceFileInfo_getSize(file), 0U);
+    EXPECT_EQ(TEXT_OF(TraceFileInfo, getPath, getPathSize, file), "");
+    TraceFileInfo_Destruct(file);
+  }
+}
+
+TEST_F(ObjectsTest, trcInfoTellsOfTheHeader) {
+  TraceFileInfo* const file = TraceFileInfo_Construct(path_.c_str());
+  for (TrcInfo* const info : {TrcInfo_Construct(file), TrcInfo_Construct_2(path_.c_str())}) {
+    EXPECT_TRUE(TrcInfo_getValid(info));
+    EXPECT_EQ(TrcInfo_GetVersion(info), 1.2);
+    EXPECT_EQ(TrcInfo_getStartTime(info), 44403.25);
+    EXPECT_EQ(TEXT_OF(TrcInfo, getPath, getPathSize, info), path_);
+    TrcInfo_Destruct(info);
+  }
+  TraceFileInfo_Destruct(file);
+}
+
+TEST_F(ObjectsTest, trcInfoAnswersForItsFormatWithoutAnObject) {
+  EXPECT_EQ(textOf(TrcInfo_getFormatDescriptionSize(), TrcInfo_getFormatDescription), "BRIX trace file");
+  EXPECT_EQ(textOf(TrcInfo_GetExtensionSize(), TrcInfo_GetExtension), ".trc");
+  EXPECT_EQ(TrcInfo_GetCurrentVersion(), 3.0);
+  ASSERT_EQ(TrcInfo_GetAllowedConvertionsSize(), 6U);
+  EXPECT_EQ(TrcInfo_GetAllowedConvertions()[0], XLATR_FORMAT_TRC);
+  EXPECT_EQ(TrcInfo_GetAllowedConvertions()[5], XLATR_FORMAT_MF4);
+  ASSERT_EQ(TrcInfo_GetSupportedVersionsSize(), 7U);
+  EXPECT_EQ(TrcInfo_GetSupportedVersions()[1], 1.1);
+}
+
+TEST_F(ObjectsTest, trcReaderHandsOutMessagesThatTheCallerOwns) {
+  TrcInfo* const info = TrcInfo_Construct_2(path_.c_str());
+  TrcReader* const reader = TrcReader_Construct(info);
+  TrcInfo_Destruct(info);
+  EXPECT_EQ(TEXT_OF(TrcInfo, getPath, getPathSize, TrcReader_getTrace(reader)), path_);
+
+  MessageCan* message = nullptr;
+  EXPECT_FALSE(TrcReader_ReadNextMessage(reader, &message));
+  EXPECT_EQ(message, nullptr);
+  EXPECT_TRUE(TrcReader_setActive(reader, true));
+  ASSERT_TRUE(TrcReader_ReadNextMessage(reader, &message));
+  EXPECT_TRUE(MessageCan_getValid(message));
+  EXPECT_EQ(MessageCan_getBus(message), 3U);
+  EXPECT_TRUE(MessageCan_ValidateForTargetVersion(message, 2.0));
+  EXPECT_FALSE(MessageCan_ValidateForTargetVersion(message, 2.5));
+  EXPECT_EQ(TEXT_OF(MessageCan, getParsingText, getParsingTextSize, message), "1) 10.5 3 Rx 0123 1 AA");
+  MessageCan* second = nullptr;
+  ASSERT_TRUE(TrcReader_ReadNextMessage(reader, &second));
+  EXPECT_FALSE(MessageCan_getValid(second));
+  EXPECT_EQ(TEXT_OF(MessageCan, getParsingText, getParsingTextSize, second), "bad");
+  EXPECT_EQ(TrcReader_getPercentDone(reader), 100.0);
+  MessageCan* const untouched = second;
+  EXPECT_FALSE(TrcReader_ReadNextMessage(reader, &second));
+  EXPECT_EQ(second, untouched);
+  EXPECT_FALSE(TrcReader_setActive(reader, false));
+  TrcReader_Destruct(reader);
+  EXPECT_EQ(MessageCan_getBus(message), 3U);  // a message outlives its reader
+  MessageCan_Destruct(message);
+  MessageCan_Destruct(second);
+}
+
+TEST_F(ObjectsTest, trcWriterKeepsWhatItsSettersSet) {
+  TrcWriter* const writer = TrcWriter_Construct("a.trc", true, 1.3);
+  EXPECT_EQ(TEXT_OF(TrcWriter, getTargetPath, getTargetPathSize, writer), "a.trc");
+  EXPECT_TRUE(TrcWriter_getOverrideExistingFile(writer));
+  EXPECT_EQ(TrcWriter_getTargetVersion(writer), 1.3);
+  EXPECT_EQ(TrcWriter_getOwnerBus(writer), -1);
+  EXPECT_EQ(TrcWriter_getTargetFormat(writer), XLATR_FORMAT_TRC);
+  EXPECT_FALSE(TrcWriter_getActive(writer));
+  TrcWriter_setTargetPath(writer, "b.trc");
+  TrcWriter_setOverrideExistingFile(writer, false);
+  TrcWriter_setTargetVersion(writer, 2.0);
+  TrcWriter_setOwnerBus(writer, 5);
+  TrcWriter_setSourcePath(writer, "s.trc");
+  EXPECT_EQ(TEXT_OF(TrcWriter, getTargetPath, getTargetPathSize, writer), "b.trc");
+  EXPECT_FALSE(TrcWriter_getOverrideExistingFile(writer));
+  EXPECT_EQ(TrcWriter_getTargetVersion(writer), 2.0);
+  EXPECT_EQ(TrcWriter_getOwnerBus(writer), 5);
+  EXPECT_EQ(TEXT_OF(TrcWriter, getSourcePath, getSourcePathSize, writer), "s.trc");
+
+  TrcWriter* const fresh = TrcWriter_CreateNew(writer);
+  EXPECT_EQ(TEXT_OF(TrcWriter, getTargetPath, getTargetPathSize, fresh), "b.trc");
+  EXPECT_EQ(TrcWriter_getOwnerBus(fresh), 5);
+  EXPECT_EQ(TEXT_OF(TrcWriter, getSourcePath, getSourcePathSize, fresh), "");
+  TrcWriter_Destruct(fresh);
+  TrcWriter_Destruct(writer);
+}
+
+TEST_F(ObjectsTest, trcWriterWritesAWholeFile) {
+  TrcInfo* const info = TrcInfo_Construct_2(path_.c_str());
+  TrcReader* const reader = TrcReader_Construct(info);
+  const std::string target = folder_.file("y.trc");
+  TrcWriter* const writer = TrcWriter_Construct(target.c_str(), false, 1.2);
+  ASSERT_TRUE(TrcReader_setActive(reader, true));
+  TrcWriter_setActive(writer, true);
+  EXPECT_TRUE(TrcWriter_getActive(writer));
+  TrcWriter_WriteHeader(writer, reinterpret_cast<const ITraceInfo*>(info));
+  TrcWriter_WriteComment(writer, "a comment");
+  MessageCan* message = nullptr;
+  ASSERT_TRUE(TrcReader_ReadNextMessage(reader, &message));
+  TrcWriter_WriteMessage(writer, reinterpret_cast<const IMessage*>(message));
+  MessageCan_Destruct(message);
+  TrcWriter_setActive(writer, false);
+  TrcWriter_Destruct(writer);
+  TrcReader_Destruct(reader);
+  TrcInfo_Destruct(info);
+  const std::string written = folder_.read("y.trc");
+  EXPECT_EQ(written.find(";$FILEVERSION=1.2\r\n;$STARTTIME=44403.25\r\n"), 0U);
+  EXPECT_TRUE(written.ends_with("\r\n;a comment\r\n     1)       10.500  3  Rx         0123  1  AA\r\n")) << written;
+}
+
+TEST_F(ObjectsTest, anActiveWriterRefusesNewPropertiesByExceptionAndByText) {
+  TrcWriter* const writer = TrcWriter_Construct(folder_.file("y.trc").c_str(), false, 1.2);
+  TrcWriter_setActive(writer, true);
+  EXPECT_EQ(processingFailureOf([writer] { TrcWriter_setTargetPath(writer, "z"); }), kFrozen);
+  EXPECT_EQ(lastError(), kFrozen);
+  EXPECT_EQ(processingFailureOf([writer] { TrcWriter_setOwnerBus(writer, 1); }), kFrozen);
+  TrcWriter_Destruct(writer);
+}
+
+TEST(ConverterLastErrorExports, keepTheLaterTextOfEachThread) {
+  EXPECT_EQ(processingFailureOf([] { TrcWriter_setActive(nullptr, true); }), "Object cannot be null");
+  TrcWriter* const writer = TrcWriter_Construct("", false, 1.2);
+  EXPECT_EQ(processingFailureOf([writer] { TrcWriter_setActive(writer, true); }),
+            "Value cannot be null or empty - TargetPath");
+  EXPECT_EQ(lastError(), "Value cannot be null or empty - TargetPath");
+  std::thread([writer] {
+    EXPECT_EQ(lastError(), "");
+    EXPECT_EQ(processingFailureOf([writer] { TrcWriter_WriteComment(writer, "x"); }), "Writer is not initialized");
+  }).join();
+  EXPECT_EQ(lastError(), "Value cannot be null or empty - TargetPath");
+  EXPECT_EQ(lastErrorOf(0), "");
+  char one[1] = {'#'};
+  ConverterLastError_GetText(static_cast<std::uint32_t>(::gettid()), one, 1);
+  EXPECT_EQ(one[0], '\0');
+  TrcWriter_Destruct(writer);
+}
+
+TEST(Objects, failuresAreCaughtAsTheirBaseClasses) {
+  EXPECT_THROW(TrcWriter_setActive(nullptr, true), ConverterProcessingException);
+  EXPECT_THROW(TrcWriter_setActive(nullptr, true), ConverterGenericException);
+  EXPECT_THROW(TrcWriter_setActive(nullptr, true), std::exception);
+}
+
+}  // namespace
+}  // namespace xlatr::test
