@@ -15,8 +15,14 @@ namespace {
 
 constexpr std::uint64_t kDefaultFrames = 500000;
 
+// Null when the variable is not set.
+const char* environment(const char* name) {
+  // Nothing here changes the environment, so no other thread can be in the way.
+  return std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
+}
+
 std::uint64_t framesFromEnvironment() {
-  const char* const text = std::getenv("XLATR_BENCH_FRAMES");
+  const char* const text = environment("XLATR_BENCH_FRAMES");
   return text == nullptr ? kDefaultFrames : std::stoull(text);
 }
 
@@ -24,7 +30,7 @@ std::uint64_t framesFromEnvironment() {
 class BenchFolder {
  public:
   BenchFolder() {
-    const char* const chosen = std::getenv("XLATR_BENCH_FOLDER");
+    const char* const chosen = environment("XLATR_BENCH_FOLDER");
     const std::filesystem::path parent = chosen == nullptr ? std::filesystem::temp_directory_path() : chosen;
     std::random_device random;
     do {
