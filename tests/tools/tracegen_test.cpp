@@ -202,7 +202,9 @@ TEST(TracegenTrcPrinter, printsTheColumnsOfEachVersion) {
       {"1.1 data", TrcVersion::V1_1, dataEntry(), "     1)      1234.6  Rx         007A  2  AB 0C"},
       {"1.1 extended", TrcVersion::V1_1, extendedEntry(), "     1)      1234.6  Tx     18FEF100  1  01"},
       {"1.1 remote", TrcVersion::V1_1, remoteEntry(), "     1)      1234.6  Rx         007A  8  RTR"},
-      {"1.1 status", TrcVersion::V1_1, status, "     1)      1234.6  Warng  FFFFFFFF  4  00 04 00 00"},
+      {"1.1 status", TrcVersion::V1_1, status, "     1)      1234.6  Warng  FFFFFFFF  4  00 04 00 00 BUSPASSIVE"},
+      {"1.1 healthy status", TrcVersion::V1_1, makeEntry(EntryKind::Status, 0, {0, 0, 0, 0}),
+       "     1)      1234.6  Warng  FFFFFFFF  4  00 00 00 00"},
       {"1.1 counters", TrcVersion::V1_1, counters, "     1)      1234.6  Error      0000  2  60 08"},
       {"1.1 error", TrcVersion::V1_1, error, "     1)      1234.6  Error      0004  4  01 19 60 08"},
       {"1.2 data", TrcVersion::V1_2, dataEntry(), "     1)     1234.567  2  Rx         007A  2  AB 0C"},
@@ -241,9 +243,10 @@ TEST(TracegenTrcPrinter, printsTheColumnsOfEachVersion) {
       {"3.0 status", TrcVersion::V3_0, status,
        "      1      1234.567 ST 2         - Rx -  -  -  -        - - 4    00 04 00 00"},
       {"3.0 event", TrcVersion::V3_0, eventEntry(), "      1      1234.567 EV 2  Ignition on"},
-      // 0x7A: network 7Ah mod 8, type 1 + 7Ah mod 5, acceptance field 7Ah times 1003Fh; the DLC is the length less one.
+      // 7Ah: network 7Ah mod 40h, type 1 + 7Ah mod 5, acceptance field 7Ah times 1003Fh; the DLC is the length less
+      // one.
       {"3.0 XL", TrcVersion::V3_0, makeEntry(EntryKind::XlData, 0x7A, {0xAB, 0x0C, 0x0D}),
-       "      1      1234.567 XL 2       07A Rx -  2  3  007A1E06 0 1 2    AB 0C 0D"},
+       "      1      1234.567 XL 2       07A Rx -  3A 03 007A1E06 0 1 2    AB 0C 0D"},
   };
   for (const LineCase& test : cases) {
     TrcPrinter printer({.version = test.version});

@@ -140,6 +140,17 @@ std::string_view kindWord(const Entry& entry) {
   return "EV";
 }
 
+// The interface is in one state at a time, so one bit at most is set.
+std::string_view statusName(const Entry& entry) {
+  if (entry.data[1] == 4) {
+    return "BUSPASSIVE";
+  }
+  if (entry.data[3] == 16) {
+    return "BUSOFF";
+  }
+  return entry.data[3] == 8 ? "BUSWARNING" : "";
+}
+
 bool isFrame(const Entry& entry) {
   return entry.kind == EntryKind::Data || entry.kind == EntryKind::FdData || entry.kind == EntryKind::XlData ||
          entry.kind == EntryKind::Remote;
@@ -310,6 +321,12 @@ void TrcPrinter::printOld(const Entry& entry, TextOutput& output) {
   } else {
     output.hexBytes(data, ' ');
   }
+  // Only 1.1 names a status behind its bytes; that of a healthy bus has no name.
+  if (form_.version == TrcVersion::V1_1 && entry.kind == EntryKind::Status) {
+    const std::string_view name = statusName(entry);
+    output.text(name.empty() ? "" : " ");
+    output.text(name);
+  }
 }
 
 // 2.0: "      1        10.000 DT     0123 Rx 2  AB CD"
@@ -365,9 +382,9 @@ void TrcPrinter::printColumnsBeforeLength(const Entry& entry, TextOutput& output
     return;
   }
   // Virtual CAN network, service data type, acceptance field, and the two flags, all fixed by the identifier.
-  output.decimalLeft(entry.canId % 8, 2);
+  output.hexFilled(entry.canId % 0x40, 2);
   output.blanks(1);
-  output.decimalLeft(1 + entry.canId % 5, 2);
+  output.hexFilled(1 + entry.canId % 5, 2);
   output.blanks(1);
   output.hexFilled(entry.canId * 0x1003FU, 8);
   output.text(entry.canId % 2 == 0 ? " 0 " : " 1 ");
