@@ -1,0 +1,148 @@
+// Whole conversions of a TRC file, from xlatr_convert to the closed target.
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <stdexcept>
+#include <string>
+
+#include "tracegen/generator.hpp"
+#include "xlatr/xlatr.h"
+
+namespace {
+
+constexpr std::uint64_t kDefaultFrames = 500000;
+
+// Null when the variable is not set.
+const char* environment(const char* name) {
+  // Nothing here changes the environment, so no other thread can be in the way.
+  return std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
+}
+
+std::uint64_t framesFromEnvironment() {
+  const char* const text = environment("XLATR_BENCH_FRAMES");
+  return text == nullptr ? kDefaultFrames : std::stoull(text);
+}
+
+// A fresh folder for source and targets; removed with them at the end.
+class BenchFolder {
+ public:
+  BenchFolder() {
+    const char* const chosen = environment("XLATR_BENCH_FOLDER");
+    const std::filesystem::path parent = chosen == nullptr ? std::filesystem::temp_directory_path() : chosen;
+    std::random_device random;
+    do {
+      folder_ = parent / ("xlatr_bench_" + std::to_string(random()));
+    } while (!std::filesystem::create_directory(folder_));
+  }
+  ~BenchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+  }
+  BenchFolder(const BenchFolder&) = delete;
+  BenchFolder& operator=(const BenchFolder&) = delete;
+
+  [[nodiscard]] std::string path(const std::string& name) const { return (folder_ / name).string(); }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+struct Source {
+  std::string path;
+  tracegen::RecordingSize size;
+};
+
+const BenchFolder& benchFolder() {
+  static const BenchFolder folder;
+  return folder;
+}
+
+Source makeSource(const std::string& name, bool plain) {
+  tracegen::RecordingOptions options;
+  if (plain) {
+    options.traffic.makePlain();
+  }
+  options.maxMessages = framesFromEnvironment();
+  Source source{.path = benchFolder().path(name), .size = {}};
+  source.size = tracegen::generateFile(options, source.path);
+  return source;
+}
+
+// Classic data frames only, which other programs understand as well.
+const Source& plainSource() {
+  static const Source source = makeSource("plain.trc", true);
+  return source;
+}
+
+// What a vehicle records: with CAN FD, remote frames, errors, events.
+const Source& mixedSource() {
+  static const Source source = makeSource("mixed.trc", false);
+  return source;
+}
+
+void convert(const std::string& source, const std::string& target, double version) {
+  ConversionOption option{};
+  option.tag = XLATR_OPTION_TARGET_VERSION;
+  option.value.version = version;
+  ConversionOptions options{};
+  options.target_format = XLATR_FORMAT_TRC;
+  options.option_count = 1;
+  options.options = &option;
+  ConversionResult result{};
+  const int32_t status = xlatr_convert(source.c_str(), target.c_str(), &options, &result);
+  const std::string text = result.text == nullptr ? "" : result.text;
+  xlatr_free(&result);
+  if (status != XLATR_SUCCESS) {
+    throw std::runtime_error(text);
+  }
+}
+
+void measure(benchmark::State& state, const Source& source, double version) {
+  const std::string target = benchFolder().path("target.trc");
+  try {
+    for ([[maybe_unused]] auto step : state) {
+      convert(source.path, target, version);
+    }
+  } catch (const std::runtime_error& failure) {
+    state.SkipWithError(failure.what());
+    return;
+  }
+  const auto rounds = static_cast<std::int64_t>(state.iterations());
+  state.SetItemsProcessed(rounds * static_cast<std::int64_t>(source.size.messages));
+  state.SetBytesProcessed(rounds * static_cast<std::int64_t>(source.size.bytes));
+}
+
+// The argument is the target version times ten.
+void convertPlain(benchmark::State& state) {
+  measure(state, plainSource(), static_cast<double>(state.range(0)) / 10);
+}
+
+void convertMixed(benchmark::State& state) {
+  measure(state, mixedSource(), static_cast<double>(state.range(0)) / 10);
+}
+
+BENCHMARK(convertPlain)
+    ->ArgName("version_x10")
+    ->Arg(20)
+    ->Arg(21)
+    ->Arg(11)
+    ->Arg(13)
+    ->Arg(30)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+BENCHMARK(convertMixed)
+    ->ArgName("version_x10")
+    ->Arg(20)
+    ->Arg(21)
+    ->Arg(30)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,105 @@
+#include "tracegen/generator.hpp"
+
+#include <cerrno>
+#include <cstdio>
+#include <ios>
+#include <memory>
+#include <stdexcept>
+#include <system_error>
+
+#include "tracegen/candump_printer.hpp"
+
+namespace tracegen {
+namespace {
+
+constexpr std::uint32_t kRateScale = 10000;
+
+void require(bool holds, const char* text) {
+  if (!holds) {
+    throw std::invalid_argument(text);
+  }
+}
+
+void checkOptions(const RecordingOptions& options) {
+  const TrafficOptions& traffic = options.traffic;
+  require(traffic.buses >= 1 && traffic.buses <= kMaxBuses, "the number of buses must be 1 to 16");
+  require(traffic.buses == 1 || hasBusColumn(options.version),
+          "a file of this version has no bus column and holds one bus only");
+  require(traffic.identifiers >= 1 && traffic.identifiers <= kMaxIdentifiers,
+          "the number of identifiers must be 1 to 128");
+  require(traffic.fdShare <= 100 && traffic.xlShare <= 100 - traffic.fdShare,
+          "the shares must not exceed 100 percent together");
+  for (const std::uint32_t rate :
+       {traffic.remoteRate, traffic.disturbanceRate, traffic.eventRate, traffic.commentRate}) {
+    require(rate <= kRateScale, "a rate must be at most 10000");
+  }
+}
+
+std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
+  if (options.form == Form::Candump) {
+    return std::make_unique<CandumpPrinter>();
+  }
+  return std::make_unique<TrcPrinter>(TrcForm{.version = options.version,
+                                              .carriageReturn = options.carriageReturn,
+                                              .buses = options.traffic.buses,
+                                              .seed = options.traffic.seed});
+}
+
+[[noreturn]] void throwFileFailure(const std::string& path, int reason) {
+  throw std::ios_base::failure(path, std::error_code(reason, std::generic_category()));
+}
+
+}  // namespace
+
+RecordingSize generate(const RecordingOptions& options, const Sink& sink) {
+  checkOptions(options);
+  TrafficOptions traffic = options.traffic;
+  limitToVersion(traffic, options.version);
+  TrafficModel model(traffic);
+  const std::unique_ptr<LinePrinter> printer = makePrinter(options);
+  TextOutput output(sink);
+  RecordingSize size;
+  printer->printHeader(output);
+  while (size.messages < options.maxMessages && output.written() < options.maxBytes) {
+    const Entry& entry = model.next();
+    printer->printEntry(entry, output);
+    if (entry.kind == EntryKind::Comment) {
+      ++size.comments;
+    } else {
+      ++size.messages;
+    }
+  }
+  output.flush();
+  size.bytes = output.written();
+  return size;
+}
+
+RecordingSize generateFile(const RecordingOptions& options, const std::string& path) {
+  const auto writeTo = [&](std::FILE* file) {
+    return generate(options, [&](std::string_view piece) {
+      if (std::fwrite(piece.data(), 1, piece.size(), file) != piece.size()) {
+        throwFileFailure(path, errno);
+      }
+    });
+  };
+  if (path == "-") {
+    const RecordingSize size = writeTo(stdout);
+    if (std::fflush(stdout) != 0) {
+      throwFileFailure(path, errno);
+    }
+    return size;
+  }
+  const auto close = [](std::FILE* file) { return std::fclose(file); };
+  std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(path.c_str(), "wb"), close);
+  if (!file) {
+    throwFileFailure(path, errno);
+  }
+  const RecordingSize size = writeTo(file.get());
+  // Closing writes what stdio still holds, so its answer counts.
+  if (std::fclose(file.release()) != 0) {
+    throwFileFailure(path, errno);
+  }
+  return size;
+}
+
+}  // namespace tracegen

@@ -1,0 +1,40 @@
+// A whole recording, from its options to bytes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tracegen/text_output.hpp"
+#include "tracegen/traffic_model.hpp"
+#include "tracegen/trc_printer.hpp"
+
+namespace tracegen {
+
+enum class Form : std::uint8_t { Trc, Candump };
+
+struct RecordingOptions {
+  TrafficOptions traffic;
+  Form form = Form::Trc;
+  // What a file of this version can't hold is left out of the traffic, also for another form: the same options give the
+  // same traffic in each.
+  TrcVersion version = TrcVersion::V2_1;
+  bool carriageReturn = true;  // TRC only
+  // The recording ends with the entry that reaches the first of these limits. Comments are no messages.
+  std::uint64_t maxMessages = UINT64_MAX;
+  std::uint64_t maxBytes = UINT64_MAX;
+};
+
+struct RecordingSize {
+  std::uint64_t messages = 0;  // of the traffic; the candump form has no line for some
+  std::uint64_t comments = 0;
+  std::uint64_t bytes = 0;
+};
+
+// Throws std::invalid_argument when an option is outside its range, or when a version without a bus column is to hold
+// several buses.
+RecordingSize generate(const RecordingOptions& options, const Sink& sink);
+
+// Writes the recording to the file, "-" for standard output. Throws std::ios_base::failure when that fails.
+RecordingSize generateFile(const RecordingOptions& options, const std::string& path);
+
+}  // namespace tracegen
