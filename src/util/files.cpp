@@ -1,0 +1,53 @@
+#include "util/files.hpp"
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <system_error>
+
+namespace xlatr {
+
+namespace {
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+}  // namespace
+
+std::optional<std::uint64_t> getFileSize(const std::string& path) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  return error ? std::nullopt : std::optional<std::uint64_t>(size);
+}
+
+std::uint32_t detectLineEnding(const std::string& path) {
+  constexpr std::uint32_t kLineFeed = 1;
+  constexpr std::uint32_t kCarriageReturnAndLineFeed = 2;
+  const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
+  if (!file) {
+    return kCarriageReturnAndLineFeed;
+  }
+  // The first line of a damaged or binary file may be gigabytes long, so it is looked at piece by piece.
+  std::array<char, 4096> buffer;
+  bool empty = true;
+  bool lineFeed = false;
+  while (!lineFeed) {
+    const std::string_view piece(buffer.data(), std::fread(buffer.data(), 1, buffer.size(), file.get()));
+    if (piece.empty()) {
+      break;
+    }
+    empty = false;
+    const std::size_t end = piece.find('\n');
+    lineFeed = end != std::string_view::npos;
+    if (piece.substr(0, end).find('\r') != std::string_view::npos) {
+      return kCarriageReturnAndLineFeed;
+    }
+  }
+  return empty ? kCarriageReturnAndLineFeed : kLineFeed;
+}
+
+}  // namespace xlatr

@@ -1,0 +1,63 @@
+// Splitting, trimming and comparing of narrow text. Letters are those of ASCII: the host program's locale never changes
+// a result. Nothing here keeps state, so every function may be called from any thread.
+#pragma once
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace xlatr {
+
+// The blank set. Vertical tab and form feed are not in it: a number with one of them beside it is malformed.
+inline constexpr std::string_view kBlanks = "\n\t \r";
+
+using KeyValues = std::map<std::string, std::string, std::less<>>;
+
+// Cuts `text` at the characters of `separators` into `tokens`, which is cleared first.
+// With `collapse` a run of separators is one cut and no token is empty. Without it each separator is a cut: a text that
+// ends in a separator gives a last empty token, and an empty text gives one empty token.
+// With `unique` a token equal to an earlier one is dropped, the empty token too.
+// The views of the second form point into `text` and live as long as it does. `text` must not belong to `tokens`.
+void splitText(std::string_view text, std::string_view separators, std::vector<std::string>& tokens, bool collapse,
+               bool unique);
+void splitText(std::string_view text, std::string_view separators, std::vector<std::string_view>& tokens, bool collapse,
+               bool unique);
+
+// Reads the "key = value" pairs of `text` into `values`, which is cleared first. A key is the last token in front of an
+// equals sign, a value the first token behind it, so "ID = 5 ms Length = 2" gives ID to 5 and Length to 2. The last of
+// equal keys wins; a value without a key is dropped; a key without a value gets an empty one.
+void parseKeyValues(std::string_view text, std::string_view separators, KeyValues& values);
+
+// Removes the characters of the blank set, or of `characters`, from both ends.
+void trimBlanks(std::string& text);
+void trimCharacters(std::string& text, std::string_view characters);
+
+// `text` without the characters of `characters` at its ends, as a view into it.
+[[nodiscard]] constexpr std::string_view trimmed(std::string_view text, std::string_view characters = kBlanks) {
+  text = text.substr(0, text.find_last_not_of(characters) + 1);
+  return text.substr(std::min(text.find_first_not_of(characters), text.size()));
+}
+
+// The words of `text` joined by one blank each. Only the blank itself separates words; a tab stays as it is.
+[[nodiscard]] std::string normalizeBlanks(std::string_view text);
+
+[[nodiscard]] constexpr bool isDecimalDigit(char character) {
+  return character >= '0' && character <= '9';
+}
+
+[[nodiscard]] constexpr char toUpperAscii(char character) {
+  return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
+}
+
+[[nodiscard]] std::string toUpperAscii(std::string_view text);
+
+// Whether the texts are the same when ASCII letters of both cases count as equal.
+[[nodiscard]] constexpr bool equalsIgnoreCase(std::string_view left, std::string_view right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [](char a, char b) { return toUpperAscii(a) == toUpperAscii(b); });
+}
+
+}  // namespace xlatr
