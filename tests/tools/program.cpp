@@ -73,6 +73,7 @@ pid_t Workspace::start(const std::vector<std::string>& arguments, int errors) co
   std::vector<std::string> words{XLATR_PROGRAM};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (auto& word : words) {
     pointers.push_back(word.data());
   }

@@ -52,7 +52,8 @@ double requireTargetVersion(const ConvertArguments& arguments, TraceFormat forma
   const auto versions = formatVersions(format);
   if (std::find(versions.begin(), versions.end(), *arguments.targetVersion) == versions.end()) {
     failUsage("--target-version " + versionText(*arguments.targetVersion) + ": " + formatName(format) +
-              " has no such version; use one of " + versionListText(versions));
+              " has no such version; " +
+              (versions.empty() ? "leave the option out" : "use one of " + versionListText(versions)));
   }
   return *arguments.targetVersion;
 }
@@ -156,18 +157,28 @@ void printWritten(const TargetFiles& files, const std::vector<std::string>& name
   }
 }
 
-// What became of the target when the conversion did not end well.
-std::string leftoverText(const TargetFiles& files) {
+// What became of the target when the conversion did not end well, and how to repeat it.
+struct Leftover {
+  std::string state;
+  std::string retry;
+};
+
+Leftover leftoverOf(const TargetFiles& files) {
   const auto existing = files.existing();
-  return existing.empty() ? "nothing was written"
-                          : firstAndCount(existing) + (existing.size() == 1 ? " is" : " are") + " incomplete";
+  if (existing.empty()) {
+    return {"nothing was written", "convert again"};
+  }
+  return {firstAndCount(existing) + (existing.size() == 1 ? " is" : " are") + " incomplete", "convert again with -f"};
 }
 
-// What the library says of a pair of formats that it has no reader or no writer for is short.
-std::string adviceFor(const std::string& failure) {
-  const bool unsupported = failure.find("not supported") != std::string::npos ||
-                           failure.find("converting object is invalid") != std::string::npos;
-  return unsupported ? "see 'xlatr formats' for what can be converted" : "mend that and convert again";
+[[noreturn]] void failConversion(const std::string& source, const TargetFiles& files, const std::string& reason) {
+  // What the library says of a pair of formats that it has no reader or no writer for is short.
+  if (reason.find("not supported") != std::string::npos ||
+      reason.find("converting object is invalid") != std::string::npos) {
+    fail(source + ": " + reason + "; see 'xlatr formats' for what can be converted");
+  }
+  const Leftover leftover = leftoverOf(files);
+  fail(source + ": " + reason + "; " + leftover.state + ": mend that and " + leftover.retry);
 }
 
 void requireSuccess(const ConvertArguments& arguments, const TargetFiles& files, const ConversionOutcome& outcome) {
@@ -177,11 +188,10 @@ void requireSuccess(const ConvertArguments& arguments, const TargetFiles& files,
     case XLATR_NOTHING_CONVERTED:
       fail(arguments.source + ": there is nothing to convert in it; check the file and the sessions you named");
     case XLATR_FAILED:
-      fail(arguments.source + ": " + (outcome.text.empty() ? "the conversion failed" : outcome.text) + "; " +
-           (outcome.files.empty() ? "nothing was written" : leftoverText(files)) + "; " + adviceFor(outcome.text));
+      failConversion(arguments.source, files, outcome.text.empty() ? "the conversion failed" : outcome.text);
     default:
-      fail(arguments.source + ": the conversion ended with the unknown status " + std::to_string(outcome.status) +
-           "; " + leftoverText(files));
+      failConversion(arguments.source, files,
+                     "the conversion ended with the unknown status " + std::to_string(outcome.status));
   }
 }
 
@@ -208,7 +218,8 @@ ExitCode runConvert(const ConvertArguments& arguments) {
     outcome = runConversion(request, [&bar](double percent) { bar.show(percent); });
   }
   if (outcome.interrupted) {
-    printError(arguments.source + ": interrupted; " + leftoverText(files) + ", convert again with -f");
+    const Leftover leftover = leftoverOf(files);
+    printError(arguments.source + ": interrupted; " + leftover.state + ", " + leftover.retry);
     return ExitCode::Interrupted;
   }
   requireSuccess(arguments, files, outcome);
