@@ -1,0 +1,260 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdlib>
+
+#include "tools/program.hpp"
+
+namespace xlatr::cli {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class ConvertCommand : public testing::Test {
+ protected:
+  void SetUp() override { here.write("drive.trc", traceOfBuses({1, 2})); }
+
+  const Workspace here;
+};
+
+TEST_F(ConvertCommand, writesTheTargetAndNamesIt) {
+  const Ended run = here.run({"convert", "drive.trc", "copy.trc", "--target-version", "2.1"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_THAT(run.output, testing::StartsWith("wrote copy.trc ("));
+  EXPECT_EQ(run.errors, "");
+  EXPECT_THAT(here.names(), ElementsAre("copy.trc", "drive.trc"));
+  EXPECT_THAT(here.read("copy.trc"), testing::StartsWith(";$FILEVERSION=2.1\r\n"));
+}
+
+TEST_F(ConvertCommand, writesTheCurrentVersionByDefault) {
+  const Ended run = here.run({"convert", "drive.trc", "copy.trc"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_THAT(here.read("copy.trc"), testing::StartsWith(";$FILEVERSION=3.0\r\n"));
+}
+
+TEST_F(ConvertCommand, quietSaysNothing) {
+  const Ended run = here.run({"convert", "-q", "drive.trc", "copy.trc"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(run.errors, "");
+}
+
+TEST_F(ConvertCommand, oneFileABusWhereTheTargetHasNoBusColumn) {
+  std::filesystem::create_directory(here / "out");
+  const Ended run = here.run({"convert", "drive.trc", "out/x.trc", "--target-version", "2.0"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_THAT(run.output, HasSubstr("wrote out/x_BUS1.trc ("));
+  EXPECT_THAT(run.output, HasSubstr("wrote out/x_BUS2.trc ("));
+  EXPECT_FALSE(std::filesystem::exists(here / "out/x.trc"));
+}
+
+TEST_F(ConvertCommand, toNamesTheFormatWhateverTheExtension) {
+  EXPECT_EQ(here.run({"convert", "drive.trc", "x.log", "--to", "TRC"}).exitCode, 0);
+  EXPECT_EQ(here.run({"convert", "drive.trc", "y.asc", "--to", ".trc"}).exitCode, 0);
+  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "x.log.trc", "y.trc"));
+}
+
+TEST_F(ConvertCommand, aTargetThatExistsIsKept) {
+  here.write("copy.trc", "precious");
+  const Ended run = here.run({"convert", "drive.trc", "copy.TRC"});
+  EXPECT_EQ(run.exitCode, 4);
+  EXPECT_EQ(run.errors, "xlatr: copy.trc: exists already; choose another target or overwrite with -f\n");
+  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(here.read("copy.trc"), "precious");
+}
+
+TEST_F(ConvertCommand, aNumberedTargetThatExistsIsKept) {
+  here.write("copy_BUS2.trc", "precious");
+  for (const char* version : {"1.0", "1.1", "2.0"}) {
+    const Ended run = here.run({"convert", "drive.trc", "copy.trc", "--target-version", version});
+    EXPECT_EQ(run.exitCode, 4) << version;
+    EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
+    EXPECT_THAT(run.errors, HasSubstr("copy_BUS2.trc")) << version;
+  }
+  EXPECT_EQ(here.read("copy_BUS2.trc"), "precious");
+  EXPECT_THAT(here.names(), ElementsAre("copy_BUS2.trc", "drive.trc"));
+}
+
+TEST_F(ConvertCommand, aSessionTargetThatExistsIsKept) {
+  here.write("log.btr", "");
+  here.write("log_S3.csv", "precious");
+  const Ended run = here.run({"convert", "log.btr", "log.csv"});
+  EXPECT_EQ(run.exitCode, 4);
+  EXPECT_THAT(run.errors, HasSubstr("log_S3.csv"));
+}
+
+TEST_F(ConvertCommand, forceOverwrites) {
+  here.write("copy.trc", "precious");
+  EXPECT_EQ(here.run({"convert", "-f", "drive.trc", "copy.trc"}).exitCode, 0);
+  EXPECT_THAT(here.read("copy.trc"), testing::StartsWith(";$FILEVERSION=3.0"));
+  EXPECT_EQ(here.run({"convert", "drive.trc", "copy.trc", "--force", "--target-version", "1.3"}).exitCode, 0);
+  EXPECT_THAT(here.read("copy.trc"), testing::StartsWith(";$FILEVERSION=1.3"));
+}
+
+TEST_F(ConvertCommand, theSourceIsNeverTheTarget) {
+  const std::string trace = here.read("drive.trc");
+  std::filesystem::create_symlink("drive.trc", here / "link.trc");
+  std::filesystem::create_hard_link(here / "drive.trc", here / "hard.trc");
+  std::filesystem::create_hard_link(here / "drive.trc", here / "split_BUS2.trc");
+  struct Case {
+    const char* target;
+    const char* version;
+  };
+  for (const auto& [target, version] : std::initializer_list<Case>{{"drive.trc", "2.1"},
+                                                                   {"./drive.trc", "2.1"},
+                                                                   {"drive.TRC", "2.1"},
+                                                                   {"link.trc", "3.0"},
+                                                                   {"hard.trc", "3.0"},
+                                                                   {"link.trc", "1.1"},
+                                                                   {"split.trc", "1.1"},
+                                                                   {"split.trc", "2.0"}}) {
+    for (const char* force : {"-q", "-f"}) {
+      const Ended run = here.run({"convert", "drive.trc", target, "--target-version", version, force});
+      EXPECT_EQ(run.exitCode, 1) << target << " " << version << " " << force;
+      EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
+      EXPECT_THAT(run.errors, HasSubstr("is the source itself")) << target;
+    }
+  }
+  EXPECT_EQ(here.read("drive.trc"), trace);
+  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "hard.trc", "link.trc", "split_BUS2.trc"));
+}
+
+TEST_F(ConvertCommand, whatCannotBeReadFailsBeforeAnythingIsWritten) {
+  std::filesystem::create_directory(here / "folder.trc");
+  here.write("notes.txt", "x");
+  here.write("table.csv", "x");
+  here.write("log.asc", "x");
+  struct Case {
+    const char* source;
+    const char* target;
+    const char* expected;
+  };
+  for (const auto& [source, target, expected] : std::initializer_list<Case>{
+           {"missing.trc", "x.trc", "no such file"},
+           {"folder.trc", "x.trc", "is a folder"},
+           {"notes.txt", "x.trc", "no extension of a trace format"},
+           {"table.csv", "x.trc", "csv can't be converted into trc; it is a target only"},
+           {"log.asc", "x.mf4", "asc can't be converted into mf4; choose one of trc, csv"},
+           {"drive.trc", "folder.trc", "name a file in that folder"},
+           {"drive.trc", "x.ltrc", "choose one of trc, btr, asc, csv, btrc, mf4"},
+       }) {
+    const Ended run = here.run({"convert", source, target});
+    EXPECT_EQ(run.exitCode, 1) << source;
+    EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
+    EXPECT_THAT(run.errors, HasSubstr(expected)) << source;
+  }
+  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "folder.trc", "log.asc", "notes.txt", "table.csv"));
+}
+
+TEST_F(ConvertCommand, whatTheLibraryReportsIsOneLineAndCode1) {
+  std::filesystem::create_symlink("/dev/full", here / "full.trc");
+  for (const char* target : {"missing/x.trc", "full.trc"}) {
+    const Ended run = here.run({"convert", "-f", "drive.trc", target});
+    EXPECT_EQ(run.exitCode, 1) << target;
+    EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
+    EXPECT_THAT(run.errors, HasSubstr(target));
+    EXPECT_EQ(run.output, "") << target;
+  }
+}
+
+TEST_F(ConvertCommand, aSourceThatIsNotValidIsWrittenWithAWarning) {
+  here.write("junk.trc", "no trace at all\n");
+  const Ended run = here.run({"convert", "junk.trc", "x.trc"});
+  EXPECT_EQ(run.exitCode, 3);
+  EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
+  EXPECT_THAT(run.errors, testing::StartsWith("xlatr: warning: junk.trc: "));
+  EXPECT_THAT(run.output, testing::StartsWith("wrote x.trc ("));
+  EXPECT_THAT(here.read("x.trc"), HasSubstr("no trace at all"));
+}
+
+TEST_F(ConvertCommand, aWarningOfTheLibraryIsPrintedOnOneLine) {
+  here.write("buses.trc", traceOfBuses({1, 17}));
+  const Ended run = here.run({"convert", "-q", "buses.trc", "x.trc", "--target-version", "2.1"});
+  EXPECT_EQ(run.exitCode, 3);
+  EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
+  EXPECT_THAT(run.errors, testing::StartsWith("xlatr: warning: buses.trc: "));
+  EXPECT_THAT(run.errors, HasSubstr(" 17"));
+  EXPECT_EQ(run.output, "");
+}
+
+TEST_F(ConvertCommand, aTraceWithoutMessagesMayLeaveNoFile) {
+  here.write("empty.trc", traceOfBuses({}));
+  const Ended run = here.run({"convert", "empty.trc", "x.trc", "--target-version", "2.0"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_EQ(run.output, "nothing to write: the source holds no messages\n");
+  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "empty.trc"));
+}
+
+// A target that is a pipe holds the conversion up for as long as the test likes: it goes on only as the pipe is read.
+class HeldConversion : public ConvertCommand {
+ protected:
+  void SetUp() override {
+    here.write("long.trc", traceOfBuses(std::vector<int>(200'000, 1)));
+    ASSERT_EQ(::mkfifo((here / "slow.trc").c_str(), 0600), 0);
+    pipe = ::open((here / "slow.trc").c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(pipe, 0);
+  }
+
+  void TearDown() override { ::close(pipe); }
+
+  // Whether something can be read from the descriptor within the limit.
+  static bool hasInput(int descriptor) {
+    pollfd wait{descriptor, POLLIN, 0};
+    return ::poll(&wait, 1, 60'000) == 1 && (wait.revents & POLLIN) != 0;
+  }
+
+  static std::string readSome(int descriptor) {
+    std::array<char, 65536> buffer{};
+    const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
+    return {buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
+  }
+
+  void drain() const {
+    while (hasInput(pipe) && !readSome(pipe).empty()) {
+    }
+  }
+
+  int pipe = -1;
+};
+
+TEST_F(HeldConversion, interruptEndsWith130AndNamesTheTarget) {
+  const int errors = ::open((here / "errors").c_str(), O_WRONLY | O_CREAT, 0600);
+  const pid_t program = here.start({"convert", "-f", "long.trc", "slow.trc"}, errors);
+  ::close(errors);
+  ASSERT_TRUE(hasInput(pipe));
+  ASSERT_EQ(::kill(program, SIGINT), 0);
+  drain();
+  EXPECT_EQ(Workspace::wait(program), 130);
+  const std::string text = here.read("errors");
+  EXPECT_TRUE(isOneErrorLine(text)) << text;
+  EXPECT_THAT(text, HasSubstr("interrupted; slow.trc is incomplete"));
+}
+
+TEST_F(HeldConversion, progressIsDrawnOnATerminal) {
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_GE(terminal, 0);
+  ASSERT_EQ(::grantpt(terminal), 0);
+  ASSERT_EQ(::unlockpt(terminal), 0);
+  std::array<char, 128> name{};
+  ASSERT_EQ(::ptsname_r(terminal, name.data(), name.size()), 0);
+  const int errors = ::open(name.data(), O_RDWR | O_NOCTTY);
+  ASSERT_GE(errors, 0);
+  const pid_t program = here.start({"convert", "-f", "long.trc", "slow.trc"}, errors);
+  ::close(errors);
+  EXPECT_TRUE(hasInput(terminal));
+  const std::string drawn = readSome(terminal);
+  EXPECT_THAT(drawn, testing::StartsWith("\r["));
+  EXPECT_THAT(drawn, HasSubstr(" %"));
+  drain();
+  EXPECT_EQ(Workspace::wait(program), 0);
+  ::close(terminal);
+}
+
+}  // namespace
+}  // namespace xlatr::cli

@@ -1,0 +1,119 @@
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tools/program.hpp"
+
+namespace xlatr::cli {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(InfoCommand, tellsWhatAFileIs) {
+  const Workspace here;
+  const std::string trace = traceOfBuses({1, 2});
+  here.write("drive.trc", trace);
+  const Ended run = here.run({"info", "drive.trc"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.output,
+            "drive.trc\n"
+            "  format      trc, BRIX trace file\n"
+            "  version     2.1\n"
+            "  start time  2021-07-26T05:19:59.721\n"
+            "  size        " +
+                std::to_string(trace.size()) +
+                " bytes\n"
+                "  valid       yes\n"
+                "  targets     trc, btr, asc, csv, btrc, mf4\n");
+  EXPECT_EQ(run.errors, "");
+}
+
+TEST(InfoCommand, aFileWithoutHeaderIsNotValid) {
+  const Workspace here;
+  here.write("junk.trc", "no trace at all\n");
+  const Ended run = here.run({"info", "junk.trc"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.output, HasSubstr("  version     unknown\n"));
+  EXPECT_THAT(run.output, HasSubstr("  start time  unknown\n"));
+  EXPECT_THAT(run.output, HasSubstr("  valid       no\n"));
+}
+
+TEST(InfoCommand, jsonIsAnArrayWithOneObjectAFile) {
+  const Workspace here;
+  const std::string trace = traceOfBuses({1});
+  here.write("drive.TRC", trace);
+  here.write("junk.trc", "");
+  const Ended run = here.run({"info", "drive.TRC", "junk.trc", "--json"});
+  ASSERT_EQ(run.exitCode, 0) << run.errors;
+  const auto json = nlohmann::json::parse(run.output);
+  ASSERT_EQ(json.size(), 2U);
+  EXPECT_EQ(json.at(0), nlohmann::json({{"file", "drive.TRC"},
+                                        {"format", "trc"},
+                                        {"description", "BRIX trace file"},
+                                        {"version", 2.1},
+                                        {"startTime", "2021-07-26T05:19:59.721"},
+                                        {"size", trace.size()},
+                                        {"valid", true},
+                                        {"targets", {"trc", "btr", "asc", "csv", "btrc", "mf4"}}}));
+  EXPECT_EQ(json.at(1).at("version"), nullptr);
+  EXPECT_EQ(json.at(1).at("startTime"), nullptr);
+  EXPECT_EQ(json.at(1).at("size"), 0);
+  EXPECT_EQ(json.at(1).at("valid"), false);
+}
+
+TEST(InfoCommand, aFileThatCannotBeReadHidesNoOther) {
+  const Workspace here;
+  here.write("drive.trc", traceOfBuses({1}));
+  const Ended run = here.run({"info", "missing.trc", "drive.trc"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.output, testing::StartsWith("drive.trc\n"));
+  EXPECT_EQ(run.errors, "xlatr: missing.trc: no such file; check the path\n");
+
+  const Ended asJson = here.run({"info", "--json", "missing.trc", "drive.trc"});
+  EXPECT_EQ(asJson.exitCode, 1);
+  const auto json = nlohmann::json::parse(asJson.output);
+  ASSERT_EQ(json.size(), 2U);
+  EXPECT_EQ(json.at(0).at("file"), "missing.trc");
+  EXPECT_THAT(json.at(0).at("error").get<std::string>(), HasSubstr("no such file"));
+  EXPECT_EQ(json.at(1).at("file"), "drive.trc");
+}
+
+TEST(InfoCommand, namesWhatIsWrongWithTheFile) {
+  const Workspace here;
+  std::filesystem::create_directory(here / "folder.trc");
+  here.write("notes.txt", "x");
+  here.write("secret.trc", "x");
+  std::filesystem::permissions(here / "secret.trc", std::filesystem::perms::none);
+  ASSERT_EQ(::mkfifo((here / "pipe.trc").c_str(), 0600), 0);
+  struct Case {
+    const char* name;
+    const char* expected;
+  };
+  std::vector<Case> cases{{"folder.trc", "is a folder"},
+                          {"notes.txt", "no extension of a trace format"},
+                          {"pipe.trc", "is not a regular file"},
+                          {"notes.txt/drive.trc", "no such file"}};
+  if (::geteuid() != 0) {  // root may read everything
+    cases.push_back({"secret.trc", "Permission denied"});
+  }
+  for (const auto& [name, expected] : cases) {
+    const Ended run = here.run({"info", name});
+    EXPECT_EQ(run.exitCode, 1) << name;
+    EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
+    EXPECT_THAT(run.errors, testing::StartsWith("xlatr: " + std::string(name) + ": ")) << name;
+    EXPECT_THAT(run.errors, HasSubstr(expected)) << name;
+  }
+}
+
+TEST(InfoCommand, jsonHoldsEvenAPathThatIsNotUtf8) {
+  const Workspace here;
+  here.write("\xFF.trc", traceOfBuses({1}));
+  const Ended run = here.run({"info", "--json", "\xFF.trc"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_EQ(nlohmann::json::parse(run.output).size(), 1U);
+}
+
+}  // namespace
+}  // namespace xlatr::cli

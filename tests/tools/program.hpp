@@ -1,0 +1,53 @@
+// Runs the built command-line program in a folder of its own.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace xlatr::cli {
+
+// What a program left that has ended. One that a signal ended has 128 and the signal as its exit code.
+struct Ended {
+  int exitCode = -1;
+  std::string output;
+  std::string errors;
+};
+
+// A fresh folder that is removed with the object; the program runs in it.
+class Workspace {
+ public:
+  Workspace();
+  ~Workspace();
+  Workspace(const Workspace&) = delete;
+  Workspace& operator=(const Workspace&) = delete;
+
+  // The path of a name in the folder.
+  [[nodiscard]] std::filesystem::path operator/(std::string_view name) const { return folder_ / name; }
+
+  void write(std::string_view name, std::string_view contents) const;
+  [[nodiscard]] std::string read(std::string_view name) const;
+  // The names in the folder, sorted.
+  [[nodiscard]] std::vector<std::string> names() const;
+
+  // Runs the program to its end.
+  [[nodiscard]] Ended run(const std::vector<std::string>& arguments) const;
+
+  // Starts it with stderr on the descriptor `errors`, and waits for its end: the exit code.
+  [[nodiscard]] pid_t start(const std::vector<std::string>& arguments, int errors) const;
+  [[nodiscard]] static int wait(pid_t program);
+
+ private:
+  std::filesystem::path folder_;
+};
+
+// A TRC trace of version 2.1 with one frame on each of the buses.
+[[nodiscard]] std::string traceOfBuses(const std::vector<int>& buses);
+
+// Whether the text is exactly one line that starts with the program's name.
+[[nodiscard]] bool isOneErrorLine(std::string_view text);
+
+}  // namespace xlatr::cli

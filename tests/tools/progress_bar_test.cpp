@@ -1,0 +1,29 @@
+#include "progress_bar.hpp"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace xlatr::cli {
+namespace {
+
+TEST(ProgressText, fillsFromTheLeft) {
+  const std::string empty(40, '.');
+  const std::string full(40, '#');
+  EXPECT_EQ(progressText(0.0), "[" + empty + "]   0 %");
+  EXPECT_EQ(progressText(50.0), "[" + full.substr(20) + empty.substr(20) + "]  50 %");
+  EXPECT_EQ(progressText(100.0), "[" + full + "] 100 %");
+}
+
+TEST(ProgressText, showsTheEndOnlyAtTheEnd) {
+  EXPECT_EQ(progressText(99.99), "[" + std::string(39, '#') + ".]  99 %");
+}
+
+TEST(ProgressText, takesWhatIsNoPercentToTheNearerEnd) {
+  EXPECT_EQ(progressText(std::numeric_limits<double>::quiet_NaN()), progressText(0.0));
+  EXPECT_EQ(progressText(-1.0), progressText(0.0));
+  EXPECT_EQ(progressText(101.0), progressText(100.0));
+}
+
+}  // namespace
+}  // namespace xlatr::cli

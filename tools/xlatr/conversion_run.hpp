@@ -1,0 +1,33 @@
+// One conversion from its start to its end.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "xlatr/xlatr.h"
+
+namespace xlatr::cli {
+
+struct ConversionRequest {
+  std::string source;
+  std::string target;
+  TraceFormat format = XLATR_FORMAT_NONE;  // of the target
+  std::vector<ConversionOption> options;
+};
+
+struct ConversionOutcome {
+  bool interrupted = false;  // the conversion still runs; nothing else is filled in
+  std::int32_t status = XLATR_UNEXPECTED;
+  std::string text;                // failures, or warnings of a success, on one line
+  std::vector<std::string> files;  // names without the directory
+};
+
+// Converts, and calls `onProgress` with the percent done, on this thread, every few milliseconds until the conversion
+// has ended or SIGINT was seen (interrupt.hpp). A conversion that was interrupted ends when the library is unloaded. To
+// be called once in the life of the program.
+[[nodiscard]] ConversionOutcome runConversion(const ConversionRequest& request,
+                                              const std::function<void(double)>& onProgress);
+
+}  // namespace xlatr::cli

@@ -1,0 +1,163 @@
+#include "formats.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "xlatr/objects.h"
+
+namespace xlatr::cli {
+
+namespace {
+
+template <auto Size, auto Copy, typename... Key>
+std::string textOf(Key... key) {
+  std::string text(std::size_t{Size(key...)} + 1, '\0');
+  Copy(key..., text.data(), static_cast<std::uint32_t>(text.size()));
+  text.pop_back();
+  return text;
+}
+
+template <auto Versions, auto VersionsSize>
+std::vector<double> versionsOf() {
+  const double* first = Versions();
+  return {first, first + VersionsSize()};
+}
+
+using FileInfo = std::unique_ptr<TraceFileInfo, decltype(&TraceFileInfo_Destruct)>;
+
+FileInfo fileInfo(const std::string& path) {
+  return {TraceFileInfo_Construct(path.c_str()), &TraceFileInfo_Destruct};
+}
+
+template <auto Construct, auto Destruct, auto Valid, auto Version, auto StartTime>
+TraceHeader headerOf(const std::string& path) {
+  const auto file = fileInfo(path);
+  const std::unique_ptr<std::remove_pointer_t<decltype(Construct(file.get()))>, decltype(Destruct)> info(
+      Construct(file.get()), Destruct);
+  return {Valid(info.get()), Version(info.get()), StartTime(info.get())};
+}
+
+// What the library's information objects tell of a format, one row a format that has them.
+struct FormatFamily {
+  TraceFormat format;
+  std::vector<double> (*versions)();
+  TraceHeader (*header)(const std::string& path);
+};
+
+constexpr std::array kFamilies{
+    FormatFamily{
+        XLATR_FORMAT_TRC, versionsOf<TrcInfo_GetSupportedVersions, TrcInfo_GetSupportedVersionsSize>,
+        headerOf<TrcInfo_Construct, TrcInfo_Destruct, TrcInfo_getValid, TrcInfo_GetVersion, TrcInfo_getStartTime>},
+};
+
+const FormatFamily* findFamily(TraceFormat format) {
+  const auto* row = std::find_if(kFamilies.begin(), kFamilies.end(),
+                                 [format](const FormatFamily& family) { return family.format == format; });
+  return row == kFamilies.end() ? nullptr : row;
+}
+
+// The format that users know by the name of its bus as well as by its extension.
+constexpr std::string_view kLinName = "lin";
+
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
+  for (char& character : lower) {
+    if (character >= 'A' && character <= 'Z') {
+      character = static_cast<char>(character - 'A' + 'a');
+    }
+  }
+  return lower;
+}
+
+}  // namespace
+
+const std::vector<TraceFormat>& allFormats() {
+  static const std::vector<TraceFormat> formats{XLATR_FORMAT_TRC, XLATR_FORMAT_BTR, XLATR_FORMAT_ASC,
+                                                XLATR_FORMAT_LIN, XLATR_FORMAT_CSV, XLATR_FORMAT_BTRC,
+                                                XLATR_FORMAT_MF4, XLATR_FORMAT_BLF};
+  return formats;
+}
+
+std::vector<TraceFormat> formatsOf(TraceFormat set) {
+  std::vector<TraceFormat> formats;
+  std::copy_if(allFormats().begin(), allFormats().end(), std::back_inserter(formats),
+               [set](TraceFormat format) { return (set & format) != 0; });
+  return formats;
+}
+
+std::string formatExtension(TraceFormat format) {
+  std::array<char, 16> extension{};
+  BaseTraceInfo_GetTraceExtension(format, extension.data(), static_cast<std::uint32_t>(extension.size()));
+  return extension.data();
+}
+
+std::string formatName(TraceFormat format) {
+  const std::string extension = formatExtension(format);
+  return extension.empty() ? extension : extension.substr(1);
+}
+
+std::string formatDescription(TraceFormat format) {
+  return textOf<BaseTraceInfo_GetTraceFormatDescriptionSize, BaseTraceInfo_GetTraceFormatDescription>(format);
+}
+
+std::string nameList(TraceFormat set) {
+  std::string list;
+  for (const TraceFormat format : formatsOf(set)) {
+    list += list.empty() ? "" : ", ";
+    list += formatName(format);
+  }
+  return list;
+}
+
+std::string extensionList() {
+  std::string list;
+  for (const TraceFormat format : allFormats()) {
+    list += list.empty() ? "" : ", ";
+    list += formatExtension(format);
+  }
+  return list;
+}
+
+TraceFormat formatFromName(std::string_view name) {
+  std::string wanted = lowerCase(name);
+  if (wanted.starts_with('.')) {
+    wanted.erase(0, 1);
+  } else if (wanted == kLinName) {
+    return XLATR_FORMAT_LIN;
+  }
+  const auto format = std::find_if(allFormats().begin(), allFormats().end(),
+                                   [&wanted](TraceFormat candidate) { return formatName(candidate) == wanted; });
+  return format == allFormats().end() ? TraceFormat{XLATR_FORMAT_NONE} : *format;
+}
+
+TraceFormat formatOfFile(const std::string& path) {
+  const auto file = fileInfo(path);
+  // A TraceFileInfo may stand wherever a BaseTraceInfo is asked for.
+  return BaseTraceInfo_getFormat(reinterpret_cast<const BaseTraceInfo*>(file.get()));
+}
+
+bool isConversionSource(TraceFormat format) {
+  return format != XLATR_FORMAT_BLF && xlatr_get_formats_convertible_from(format) != XLATR_FORMAT_NONE;
+}
+
+bool isConversionTarget(TraceFormat format) {
+  return (xlatr_get_formats_convertible_to(format) & ~XLATR_FORMAT_BLF) != XLATR_FORMAT_NONE;
+}
+
+std::vector<double> formatVersions(TraceFormat format) {
+  if (const FormatFamily* family = findFamily(format)) {
+    return family->versions();
+  }
+  const double current = BaseTraceInfo_GetTraceCurrentVersion(format);
+  return current > 0.0 ? std::vector<double>{current} : std::vector<double>{};
+}
+
+std::optional<TraceHeader> readTraceHeader(TraceFormat format, const std::string& path) {
+  const FormatFamily* family = findFamily(format);
+  return family == nullptr ? std::nullopt : std::optional(family->header(path));
+}
+
+}  // namespace xlatr::cli

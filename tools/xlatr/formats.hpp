@@ -1,0 +1,53 @@
+// What the program knows of the formats: all of it asked of the library, by flag.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "xlatr/xlatr.h"
+
+namespace xlatr::cli {
+
+// What the header of a trace states.
+struct TraceHeader {
+  bool valid;        // whether the file is a trace of its format that the library reads
+  double version;    // 0.0 when the header states none
+  double startDays;  // days since 1899-12-30; 0.0 when the header states none
+};
+
+// All eight flags, ascending.
+[[nodiscard]] const std::vector<TraceFormat>& allFormats();
+
+// The flags of a set, ascending.
+[[nodiscard]] std::vector<TraceFormat> formatsOf(TraceFormat set);
+
+// ".trc" and "trc"; the second is the name of a format in options, output and JSON.
+[[nodiscard]] std::string formatExtension(TraceFormat format);
+[[nodiscard]] std::string formatName(TraceFormat format);
+[[nodiscard]] std::string formatDescription(TraceFormat format);
+
+// "trc, asc": the names of a set, and all the extensions, for messages.
+[[nodiscard]] std::string nameList(TraceFormat set);
+[[nodiscard]] std::string extensionList();
+
+// The format of a name or an extension in any case ("trc", ".TRC", "lin"); XLATR_FORMAT_NONE for any other text.
+[[nodiscard]] TraceFormat formatFromName(std::string_view name);
+
+// The format of a file that exists, from its extension; XLATR_FORMAT_NONE for any other path.
+[[nodiscard]] TraceFormat formatOfFile(const std::string& path);
+
+// Whether a conversion can have the format as its source, or as its target. BLF is read through the library's objects
+// only, so what can be reached from BLF alone is no target.
+[[nodiscard]] bool isConversionSource(TraceFormat format);
+[[nodiscard]] bool isConversionTarget(TraceFormat format);
+
+// The file versions of the format that are known, ascending. Where the library lists none there is the current one, and
+// nothing when it has none either.
+[[nodiscard]] std::vector<double> formatVersions(TraceFormat format);
+
+// Reads the header of a file. Nothing when the library offers no information object for the format.
+[[nodiscard]] std::optional<TraceHeader> readTraceHeader(TraceFormat format, const std::string& path);
+
+}  // namespace xlatr::cli

@@ -1,0 +1,15 @@
+// xlatr formats
+#pragma once
+
+#include "exit_code.hpp"
+
+namespace xlatr::cli {
+
+struct FormatsArguments {
+  bool json = false;
+};
+
+// Prints one row a format: what it is, its versions, whether `convert` reads and writes it, and the library's targets.
+[[nodiscard]] ExitCode runFormats(const FormatsArguments& arguments);
+
+}  // namespace xlatr::cli

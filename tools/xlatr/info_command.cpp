@@ -1,0 +1,107 @@
+#include "info_command.hpp"
+
+#include <cstdint>
+#include <filesystem>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "command_failure.hpp"
+#include "formats.hpp"
+#include "output.hpp"
+#include "source_file.hpp"
+#include "start_time.hpp"
+
+namespace xlatr::cli {
+
+namespace {
+
+struct FileDescription {
+  std::string path;
+  TraceFormat format = XLATR_FORMAT_NONE;
+  std::uint64_t size = 0;
+  std::optional<TraceHeader> header;
+};
+
+FileDescription describe(const std::string& path) {
+  requireReadable(path);
+  FileDescription file;
+  file.path = path;
+  file.format = requireTraceFormat(path);
+  file.size = std::filesystem::file_size(path);
+  file.header = readTraceHeader(file.format, path);
+  return file;
+}
+
+std::string textOf(const FileDescription& file) {
+  const std::string startTime = file.header ? startTimeText(file.header->startDays) : std::string();
+  const std::string targets = nameList(xlatr_get_formats_convertible_from(file.format));
+  const bool versionStated = file.header && file.header->version > 0.0;
+  std::string validity = "not checked";
+  if (file.header) {
+    validity = file.header->valid ? "yes" : "no";
+  }
+  return oneLine(file.path) + "\n" +  //
+         "  format      " + formatName(file.format) + ", " + formatDescription(file.format) + "\n" + "  version     " +
+         (versionStated ? versionText(file.header->version) : "unknown") + "\n" + "  start time  " +
+         (startTime.empty() ? "unknown" : startTime) + "\n" + "  size        " + sizeText(file.size) + "\n" +
+         "  valid       " + validity + "\n" + "  targets     " + (targets.empty() ? "none" : targets) + "\n";
+}
+
+nlohmann::ordered_json jsonOf(const FileDescription& file) {
+  nlohmann::ordered_json json;
+  json["file"] = file.path;
+  json["format"] = formatName(file.format);
+  json["description"] = formatDescription(file.format);
+  json["version"] = nullptr;
+  json["startTime"] = nullptr;
+  json["size"] = file.size;
+  json["valid"] = nullptr;
+  if (file.header) {
+    if (file.header->version > 0.0) {
+      json["version"] = file.header->version;
+    }
+    const std::string startTime = startTimeText(file.header->startDays);
+    if (!startTime.empty()) {
+      json["startTime"] = startTime;
+    }
+    json["valid"] = file.header->valid;
+  }
+  json["targets"] = nlohmann::ordered_json::array();
+  for (const TraceFormat target : formatsOf(xlatr_get_formats_convertible_from(file.format))) {
+    json["targets"].push_back(formatName(target));
+  }
+  return json;
+}
+
+}  // namespace
+
+ExitCode runInfo(const InfoArguments& arguments) {
+  auto code = ExitCode::Done;
+  auto array = nlohmann::ordered_json::array();
+  bool first = true;
+  for (const auto& path : arguments.files) {
+    try {
+      const FileDescription file = describe(path);
+      if (arguments.json) {
+        array.push_back(jsonOf(file));
+      } else {
+        std::cout << (first ? "" : "\n") << textOf(file);
+      }
+      first = false;
+    } catch (const CommandFailure& failure) {
+      printError(failure.what());
+      code = failure.code();
+      if (arguments.json) {
+        array.push_back({{"file", path}, {"error", failure.what()}});
+      }
+    }
+  }
+  if (arguments.json) {
+    // A path need not be UTF-8, JSON must be.
+    std::cout << array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
+  }
+  return code;
+}
+
+}  // namespace xlatr::cli

@@ -1,0 +1,19 @@
+// xlatr info FILE...
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "exit_code.hpp"
+
+namespace xlatr::cli {
+
+struct InfoArguments {
+  std::vector<std::string> files;
+  bool json = false;
+};
+
+// Tells what each file is, in order. Answers Failed when at least one can't be read; the others are told all the same.
+[[nodiscard]] ExitCode runInfo(const InfoArguments& arguments);
+
+}  // namespace xlatr::cli

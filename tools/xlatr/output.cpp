@@ -1,0 +1,119 @@
+#include "output.hpp"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <iostream>
+
+#include "command_failure.hpp"
+
+namespace xlatr::cli {
+
+namespace {
+
+std::string fixedText(double value, int digits) {
+  std::array<char, 64> buffer{};
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, digits);
+  return {buffer.data(), end.ptr};
+}
+
+bool isLineBreak(char character) {
+  return character == '\n' || character == '\r';
+}
+
+bool isControl(char character) {
+  return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
+}
+
+}  // namespace
+
+void printError(std::string_view text) {
+  std::cerr << "xlatr: " + oneLine(text) + "\n";
+}
+
+void printWarning(std::string_view text) {
+  printError("warning: " + std::string(text));
+}
+
+std::string oneLine(std::string_view text) {
+  std::string line;
+  for (const char character : text) {
+    if (isLineBreak(character)) {
+      if (!line.empty() && line.back() != ' ') {
+        line += ' ';
+      }
+    } else {
+      line += isControl(character) ? '?' : character;
+    }
+  }
+  const auto first = line.find_first_not_of(' ');
+  if (first == std::string::npos) {
+    return {};
+  }
+  return line.substr(first, line.find_last_not_of(' ') - first + 1);
+}
+
+std::string versionText(double version) {
+  std::array<char, 64> buffer{};
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), version);
+  std::string text(buffer.data(), end.ptr);
+  if (text.find_first_not_of("0123456789") == std::string::npos) {
+    text += ".0";
+  }
+  return text;
+}
+
+std::string versionListText(const std::vector<double>& versions) {
+  std::string text;
+  for (const double version : versions) {
+    text += text.empty() ? "" : ", ";
+    text += versionText(version);
+  }
+  return text;
+}
+
+std::string sizeText(std::uint64_t bytes) {
+  if (bytes < 1000) {
+    return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+  }
+  static constexpr std::array kUnits{"kB", "MB", "GB", "TB"};
+  double size = static_cast<double>(bytes) / 1000.0;
+  std::size_t unit = 0;
+  // 999.95 would be printed as 1000.0.
+  while (size >= 999.95 && unit + 1 < kUnits.size()) {
+    size /= 1000.0;
+    ++unit;
+  }
+  return fixedText(size, 1) + " " + kUnits[unit];
+}
+
+std::string tableText(const std::vector<std::vector<std::string>>& rows) {
+  std::vector<std::size_t> widths;
+  for (const auto& row : rows) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (std::size_t column = 0; column < row.size(); ++column) {
+      widths[column] = std::max(widths[column], row[column].size());
+    }
+  }
+  std::string text;
+  for (const auto& row : rows) {
+    for (std::size_t column = 0; column < row.size(); ++column) {
+      text += row[column];
+      if (column + 1 < row.size()) {
+        text.append(widths[column] - row[column].size() + 2, ' ');
+      }
+    }
+    text += '\n';
+  }
+  return text;
+}
+
+void finishOutput() {
+  std::cout.flush();
+  if (!std::cout) {
+    throw CommandFailure(ExitCode::Failed, "standard output: can't be written; check where it leads to");
+  }
+}
+
+}  // namespace xlatr::cli
