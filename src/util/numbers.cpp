@@ -224,6 +224,10 @@ std::uint64_t parseUInt64(std::string_view text) {
   return parseUnsigned<std::uint64_t>(text, kUInt64Form);
 }
 
+bool tryParseUInt64(std::string_view text, std::uint64_t& out) noexcept {
+  return tryParseUnsigned(text, out, kUInt64Form);
+}
+
 std::int32_t parseInt32(std::string_view text) {
   const auto value = readInt32(text);
   if (!value) {

@@ -40,6 +40,7 @@ namespace xlatr {
 [[nodiscard]] bool tryParseUInt32(std::string_view text, std::uint32_t& out, int base) noexcept;
 
 [[nodiscard]] std::uint64_t parseUInt64(std::string_view text);
+[[nodiscard]] bool tryParseUInt64(std::string_view text, std::uint64_t& out) noexcept;
 
 // With an optional sign, behind which blanks may stand in front of a zero only: "- 0" is 0 and "- 5" is no number. A
 // sign alone is 0.
