@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include "core/asc_source.hpp"
 #include "core/trc_source.hpp"
+#include "formats/asc/asc_writer.hpp"
 #include "formats/trc/trc_writer.hpp"
 
 namespace xlatr {
@@ -16,6 +18,7 @@ std::unique_ptr<ITraceWriter> makePlainWriter(const WriterSettings& /*settings*/
 
 constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
+    FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
 };
 
 const FormatFactory* factoryOf(FormatFactories factories, TraceFormat format) {
