@@ -93,6 +93,20 @@ TEST_F(TrcWriterTest, givesNoNumberToAMessageWithoutText) {
   EXPECT_EQ(folder_.read("x.trc"), "     1)       10.500  3  Rx         0123  1  AA\r\n");
 }
 
+TEST_F(TrcWriterTest, givesANumberToAMappedMessageWithoutText) {
+  TrcWriter writer(folder_.file("x.trc"), false, 1.2);
+  writer.setActive(true);
+  AscMessage mapped;
+  writer.WriteMessage(mapped);
+  mapped.parseLine("0.5 2 123 Rx d 1 AA", 7.0);
+  writer.WriteMessage(mapped);
+  writer.WriteMessage(frame());
+  writer.setActive(false);
+  EXPECT_EQ(folder_.read("x.trc"),
+            "     2)      500.000  2  Rx         0123  1  AA\r\n"
+            "     3)       10.500  3  Rx         0123  1  AA\r\n");
+}
+
 TEST_F(TrcWriterTest, putsASemicolonInFrontOfACommentThatHasNone) {
   TrcWriter writer(folder_.file("x.trc"), false, 1.2);
   writer.setActive(true);
