@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <cstddef>
 #include <limits>
+#include <span>
 
 #include "messages/can_dlc.hpp"
 #include "util/hex.hpp"
@@ -21,22 +22,18 @@ constexpr std::string_view kNone = "-";
 // never gathered, so that a line of any length takes no memory of its own.
 class TokenCursor {
  public:
-  explicit TokenCursor(std::string_view line) : next_(line.data()), end_(line.data() + line.size()) { skipBlanks(); }
+  explicit TokenCursor(std::string_view line)
+      : next_(behindBlanks(line.data(), line.data() + line.size())), end_(line.data() + line.size()) {}
 
   [[nodiscard]] bool atEnd() const { return next_ == end_; }
 
   // The next token, or an empty text at the end of the line.
   [[nodiscard]] std::string_view peek() const {
-    const char* behind = next_;
-    while (behind != end_ && *behind != ' ') {
-      ++behind;
-    }
-    return {next_, static_cast<std::size_t>(behind - next_)};
+    return {next_, static_cast<std::size_t>(behindToken(next_, end_) - next_)};
   }
   std::string_view take() {
     const std::string_view token = peek();
-    next_ += token.size();
-    skipBlanks();
+    next_ = behindBlanks(next_ + token.size(), end_);
     return token;
   }
   void skip(int count) {
@@ -44,21 +41,29 @@ class TokenCursor {
       take();
     }
   }
-  // The common shape of payloads, one pair of hexadecimal digits and a blank or the end, without looking for a token's
-  // end first. Answers whether there was a pair.
-  bool takeHexPair(std::uint8_t& value) {
-    if (end_ - next_ < 2 || (end_ - next_ > 2 && next_[2] != ' ')) {
-      return false;
+  // Takes tokens as long as they are pairs of hexadecimal digits, which payloads consist of, and answers how many they
+  // were; at most as many as `bytes` has room for.
+  std::size_t takeHexPairs(std::span<std::uint8_t> bytes) {
+    const char* next = next_;  // in a register: the bytes written could be anything's, this object's too
+    const char* const end = end_;
+    std::size_t taken = 0;
+    for (; taken < bytes.size(); ++taken) {
+      const std::ptrdiff_t left = end - next;
+      if (left < 2 || (left > 2 && next[2] != ' ')) {
+        break;
+      }
+      const int both = hexDigitValue(next[0]) * 16 | hexDigitValue(next[1]);
+      if (both < 0) {
+        break;
+      }
+      bytes[taken] = static_cast<std::uint8_t>(both);
+      next = behindBlanks(next + 2, end);
     }
-    const int both = hexDigitValue(next_[0]) * 16 | hexDigitValue(next_[1]);
-    if (both < 0) {
-      return false;
-    }
-    value = static_cast<std::uint8_t>(both);
-    next_ += 2;
-    skipBlanks();
-    return true;
+    next_ = next;
+    return taken;
   }
+  // How many characters the line still has.
+  [[nodiscard]] std::size_t left() const { return static_cast<std::size_t>(end_ - next_); }
   // The last token of the line.
   [[nodiscard]] std::string_view last() const {
     const std::string_view rest = trimmed({next_, static_cast<std::size_t>(end_ - next_)}, " ");
@@ -66,10 +71,17 @@ class TokenCursor {
   }
 
  private:
-  void skipBlanks() {
-    while (next_ != end_ && *next_ == ' ') {
-      ++next_;
+  static const char* behindBlanks(const char* next, const char* end) {
+    while (next != end && *next == ' ') {
+      ++next;
     }
+    return next;
+  }
+  static const char* behindToken(const char* next, const char* end) {
+    while (next != end && *next != ' ') {
+      ++next;
+    }
+    return next;
   }
 
   const char* next_;
@@ -134,14 +146,18 @@ bool parseByteToken(std::string_view token, std::uint8_t& value) {
 enum class ByteForm { AnyWidth, Pair };
 
 bool parseData(TokenCursor& tokens, BrixMessage& message, ByteForm form) {
-  for (std::uint32_t count = message.length; count > 0; --count) {
-    std::uint8_t byte = 0;
-    if (!tokens.takeHexPair(byte) && (form == ByteForm::Pair || !parseByteToken(tokens.take(), byte))) {
-      return false;
+  auto& data = message.data;
+  data.resize(std::min<std::size_t>(message.length, tokens.left()));  // a byte has at least one character
+  std::size_t count = tokens.takeHexPairs(data);
+  while (count < data.size()) {
+    if (form == ByteForm::Pair || !parseByteToken(tokens.take(), data[count])) {
+      break;
     }
-    message.data.push_back(byte);
+    ++count;
+    count += tokens.takeHexPairs(std::span(data).subspan(count));
   }
-  return true;
+  data.resize(count);
+  return count == message.length;
 }
 
 // The words of the bus status, which only their bits tell where the line does not spell them out.
