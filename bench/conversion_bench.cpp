@@ -1,4 +1,4 @@
-// Whole conversions of a TRC file, from xlatr_convert to the closed target.
+// Whole conversions of TRC files and ASC logs, from xlatr_convert to the closed target.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -83,12 +83,12 @@ const Source& mixedSource() {
   return source;
 }
 
-void convert(const std::string& source, const std::string& target, double version) {
+void convert(const std::string& source, const std::string& target, TraceFormat format, double version) {
   ConversionOption option{};
   option.tag = XLATR_OPTION_TARGET_VERSION;
   option.value.version = version;
   ConversionOptions options{};
-  options.target_format = XLATR_FORMAT_TRC;
+  options.target_format = format;
   options.option_count = 1;
   options.options = &option;
   ConversionResult result{};
@@ -100,11 +100,11 @@ void convert(const std::string& source, const std::string& target, double versio
   }
 }
 
-void measure(benchmark::State& state, const Source& source, double version) {
-  const std::string target = benchFolder().path("target.trc");
+void measure(benchmark::State& state, const Source& source, TraceFormat format, double version) {
+  const std::string target = benchFolder().path(format == XLATR_FORMAT_ASC ? "target.asc" : "target.trc");
   try {
     for ([[maybe_unused]] auto step : state) {
-      convert(source.path, target, version);
+      convert(source.path, target, format, version);
     }
   } catch (const std::runtime_error& failure) {
     state.SkipWithError(failure.what());
@@ -115,13 +115,37 @@ void measure(benchmark::State& state, const Source& source, double version) {
   state.SetBytesProcessed(rounds * static_cast<std::int64_t>(source.size.bytes));
 }
 
+// The same frames as an ASC log of this version. Made from the TRC file by the library itself, since what is measured
+// is the reading.
+Source makeLog(const std::string& name, double version) {
+  Source log{.path = benchFolder().path(name), .size = plainSource().size};
+  convert(plainSource().path, log.path, XLATR_FORMAT_ASC, version);
+  log.size.bytes = std::filesystem::file_size(log.path);
+  return log;
+}
+
+const Source& plainLog(std::int64_t version) {
+  static const Source log7 = makeLog("plain7.asc", 7.0);
+  static const Source log8 = makeLog("plain8.asc", 8.0);
+  return version < 80 ? log7 : log8;
+}
+
 // The argument is the target version times ten.
 void convertPlain(benchmark::State& state) {
-  measure(state, plainSource(), static_cast<double>(state.range(0)) / 10);
+  measure(state, plainSource(), XLATR_FORMAT_TRC, static_cast<double>(state.range(0)) / 10);
 }
 
 void convertMixed(benchmark::State& state) {
-  measure(state, mixedSource(), static_cast<double>(state.range(0)) / 10);
+  measure(state, mixedSource(), XLATR_FORMAT_TRC, static_cast<double>(state.range(0)) / 10);
+}
+
+void convertPlainToAsc(benchmark::State& state) {
+  measure(state, plainSource(), XLATR_FORMAT_ASC, static_cast<double>(state.range(0)) / 10);
+}
+
+// The arguments are the versions of the source and of the target, both times ten.
+void convertPlainFromAsc(benchmark::State& state) {
+  measure(state, plainLog(state.range(0)), XLATR_FORMAT_TRC, static_cast<double>(state.range(1)) / 10);
 }
 
 BENCHMARK(convertPlain)
@@ -139,6 +163,21 @@ BENCHMARK(convertMixed)
     ->Arg(20)
     ->Arg(21)
     ->Arg(30)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+
+BENCHMARK(convertPlainToAsc)
+    ->ArgName("version_x10")
+    ->Arg(70)
+    ->Arg(80)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+BENCHMARK(convertPlainFromAsc)
+    ->ArgNames({"source_x10", "version_x10"})
+    ->Args({70, 21})
+    ->Args({80, 21})
     ->Unit(benchmark::kMillisecond)
     ->MeasureProcessCPUTime()
     ->UseRealTime();
