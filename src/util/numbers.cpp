@@ -161,11 +161,20 @@ auto parseAuto(std::string_view text, Parse parse) {
 }  // namespace
 
 bool parseBool(std::string_view text) {
-  const std::string_view body = trimmed(text);
-  if (body != "0" && body != "1") {
+  bool value = false;
+  if (!tryParseBool(text, value)) {
     throwParsingFailure("Bool is not 0 nor 1", text);
   }
-  return body == "1";
+  return value;
+}
+
+bool tryParseBool(std::string_view text, bool& out) noexcept {
+  const std::string_view body = trimmed(text);
+  if (body != "0" && body != "1") {
+    return false;
+  }
+  out = body == "1";
+  return true;
 }
 
 std::uint8_t parseHexPair(std::string_view text) {
@@ -199,6 +208,10 @@ std::uint16_t parseUInt16(std::string_view text) {
   return parseUnsigned<std::uint16_t>(text, kUInt16Form);
 }
 
+bool tryParseUInt16(std::string_view text, std::uint16_t& out) noexcept {
+  return tryParseUnsigned(text, out, kUInt16Form);
+}
+
 std::int16_t parseInt16Hex(std::string_view text) {
   return parseUnsigned<std::int16_t>(text, kInt16HexForm);
 }
@@ -224,6 +237,10 @@ std::uint64_t parseUInt64(std::string_view text) {
   return parseUnsigned<std::uint64_t>(text, kUInt64Form);
 }
 
+bool tryParseUInt64(std::string_view text, std::uint64_t& out) noexcept {
+  return tryParseUnsigned(text, out, kUInt64Form);
+}
+
 std::int32_t parseInt32(std::string_view text) {
   const auto value = readInt32(text);
   if (!value) {
@@ -234,6 +251,12 @@ std::int32_t parseInt32(std::string_view text) {
 
 std::uint8_t parseByteAuto(std::string_view text) {
   return parseAuto(text, parseByte);
+}
+
+bool tryParseByteAuto(std::string_view text, std::uint8_t& out) noexcept {
+  const PrefixedNumber number = readPrefix(text);
+  const NumberForm* form = findForm(kByteForms, number.base);
+  return !number.hasSuffix && form != nullptr && tryParseUnsigned(number.digits, out, *form);
 }
 
 std::uint32_t parseUInt32Auto(std::string_view text) {

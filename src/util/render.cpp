@@ -1,5 +1,6 @@
 #include "util/render.hpp"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -42,6 +43,26 @@ std::string formatted(double value, std::chars_format format, int precision) {
   return {text.data(), result.ptr};
 }
 
+// `units` is the value in units of its last decimal place.
+void appendUnits(TextBuffer& out, std::uint64_t units, int decimals, std::size_t width) {
+  const auto perWhole = static_cast<std::uint64_t>(kPowersOfTen[static_cast<std::size_t>(decimals)]);
+  const Digits whole(units / perWhole);
+  const auto places = static_cast<std::size_t>(decimals);
+  const std::size_t length = whole.view().size() + (places > 0 ? places + 1 : 0);
+  out.appendBlanks(length < width ? width - length : 0);
+  out.append(whole.view());
+  if (places == 0) {
+    return;
+  }
+  char* const fraction = out.extend(places + 1);
+  *fraction = '.';
+  std::uint64_t rest = units % perWhole;
+  for (std::size_t place = places; place > 0; --place) {
+    fraction[place] = static_cast<char>('0' + rest % 10);
+    rest /= 10;
+  }
+}
+
 }  // namespace
 
 std::string formatFixed(double value, int precision) {
@@ -61,23 +82,24 @@ void appendRoundedFixed(TextBuffer& out, double value, int decimals, std::size_t
     out.appendRight(formatFixed(scaled / scale, decimals), width);
     return;
   }
-  const auto units = static_cast<std::uint64_t>(scaled);
-  const auto perWhole = static_cast<std::uint64_t>(scale);
-  const Digits whole(units / perWhole);
-  const auto places = static_cast<std::size_t>(decimals);
-  const std::size_t length = whole.view().size() + (places > 0 ? places + 1 : 0);
-  out.appendBlanks(length < width ? width - length : 0);
-  out.append(whole.view());
-  if (places == 0) {
-    return;
+  appendUnits(out, static_cast<std::uint64_t>(scaled), decimals, width);
+}
+
+void appendFixed(TextBuffer& out, double value, int decimals) {
+  const double scaled = value * kPowersOfTen[static_cast<std::size_t>(decimals)];
+  // The product is off by less than kDoubt up to the limit. So, further than that from the middle between two units, it
+  // rounds as the exact value does.
+  constexpr double kLimit = 1e12;
+  constexpr double kDoubt = 1e-3;
+  if (scaled >= 0.0 && scaled < kLimit && !std::signbit(scaled)) {
+    const auto units = static_cast<std::uint64_t>(scaled);
+    const double rest = scaled - static_cast<double>(units);
+    if (std::fabs(rest - 0.5) > kDoubt) {
+      appendUnits(out, units + (rest > 0.5 ? 1 : 0), decimals, 0);
+      return;
+    }
   }
-  char* const fraction = out.extend(places + 1);
-  *fraction = '.';
-  std::uint64_t rest = units % perWhole;
-  for (std::size_t place = places; place > 0; --place) {
-    fraction[place] = static_cast<char>('0' + rest % 10);
-    rest /= 10;
-  }
+  out.append(formatFixed(value, decimals));
 }
 
 void appendDecimal(TextBuffer& out, std::uint64_t value) {
@@ -97,18 +119,26 @@ void appendHex(TextBuffer& out, std::uint32_t value, std::size_t digits) {
   out.append(hexDigits(text, value, digits));
 }
 
-void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes) {
+void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes, std::string_view separator) {
   if (bytes.empty()) {
     return;
   }
-  char* end = out.extend(bytes.size() * 3 - 1);
+  char* end = out.extend(bytes.size() * 2 + (bytes.size() - 1) * separator.size());
   const auto put = [&end](std::uint8_t byte) {
     std::memcpy(end, kHexPairs[byte].data(), 2);
     end += 2;
   };
   put(bytes.front());
+  if (separator.size() == 1) {
+    // What nearly all lines have: a byte is stored, where the general form would call a function.
+    for (const std::uint8_t byte : bytes.subspan(1)) {
+      *end++ = separator.front();
+      put(byte);
+    }
+    return;
+  }
   for (const std::uint8_t byte : bytes.subspan(1)) {
-    *end++ = ' ';
+    end = std::copy(separator.begin(), separator.end(), end);
     put(byte);
   }
 }
