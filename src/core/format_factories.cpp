@@ -4,6 +4,7 @@
 #include <array>
 
 #include "core/trc_source.hpp"
+#include "formats/csv/csv_writer.hpp"
 #include "formats/trc/trc_writer.hpp"
 
 namespace xlatr {
@@ -14,8 +15,15 @@ std::unique_ptr<ITraceWriter> makePlainWriter(const WriterSettings& /*settings*/
   return std::make_unique<Writer>();
 }
 
+std::unique_ptr<ITraceWriter> makeCsvWriter(const WriterSettings& settings) {
+  auto writer = std::make_unique<CsvWriter>();
+  writer->setSeparator(settings.separator);
+  return writer;
+}
+
 constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
+    FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
 };
 
 const FormatFactory* factoryOf(FormatFactories factories, TraceFormat format) {
