@@ -42,12 +42,16 @@ typedef struct ITraceReader ITraceReader;
 typedef struct ITraceWriter ITraceWriter;
 typedef struct BaseTraceInfo BaseTraceInfo;
 typedef struct TraceFileInfo TraceFileInfo;
-typedef struct CsvInfo CsvInfo;
-typedef struct CsvWriter CsvWriter;
 typedef struct TrcInfo TrcInfo;
 typedef struct TrcReader TrcReader;
 typedef struct TrcWriter TrcWriter;
 typedef struct MessageCan MessageCan;
+typedef struct AscInfo AscInfo;
+typedef struct AscReader AscReader;
+typedef struct AscWriter AscWriter;
+typedef struct MessageAsc MessageAsc;
+typedef struct CsvInfo CsvInfo;
+typedef struct CsvWriter CsvWriter;
 
 /* ---- ConverterLastError: the last failure of a thread ------------------------------------------------------------ */
 
@@ -182,8 +186,96 @@ XLATR_API uint32_t TrcWriter_getSourcePathSize(const TrcWriter* writer);
 XLATR_API void TrcWriter_getSourcePath(const TrcWriter* writer, char* buffer, uint32_t bufferSize);
 XLATR_API void TrcWriter_setSourcePath(TrcWriter* writer, const char* path);
 
-/* ---- CsvInfo: the head of a CSV table -----------------------------------------------------------------------------
- */
+/* ---- AscInfo: the head of an ASC log ---------------------------------------------------------------------------- */
+
+/* Reads the head of the file. Never fails: a file that can't be read or understood has an empty head. */
+XLATR_API AscInfo* AscInfo_Construct(const TraceFileInfo* file);
+XLATR_API void AscInfo_Destruct(AscInfo* info);
+/* Whether the file is an ASC log by its extension, whatever it holds. */
+XLATR_API bool AscInfo_getValid(const AscInfo* info);
+/* The file version as the head states it; 0.0 when it states none, and lines are read in the oldest form then. */
+XLATR_API double AscInfo_GetVersion(const AscInfo* info);
+/* The start of the recording in days since 1899-12-30; 0.0 when the head states none or the file is not valid. */
+XLATR_API double AscInfo_getStartTime(const AscInfo* info);
+XLATR_API uint32_t AscInfo_getPathSize(const AscInfo* info);
+XLATR_API void AscInfo_getPath(const AscInfo* info, char* buffer, uint32_t bufferSize);
+/* About the format itself; no object is needed. */
+XLATR_API uint32_t AscInfo_getFormatDescriptionSize(void);
+XLATR_API void AscInfo_getFormatDescription(char* buffer, uint32_t bufferSize);
+XLATR_API const TraceFormat* AscInfo_GetAllowedConvertions(void);
+XLATR_API uint32_t AscInfo_GetAllowedConvertionsSize(void);
+XLATR_API const double* AscInfo_GetSupportedVersions(void);
+XLATR_API uint32_t AscInfo_GetSupportedVersionsSize(void);
+XLATR_API double AscInfo_GetCurrentVersion(void);
+XLATR_API uint32_t AscInfo_GetExtensionSize(void);
+XLATR_API void AscInfo_GetExtension(char* buffer, uint32_t bufferSize);
+
+/* ---- AscReader: the messages of an ASC log ----------------------------------------------------------------------- */
+
+/* Copies the information object; the file is not touched before setActive. */
+XLATR_API AscReader* AscReader_Construct(const AscInfo* info);
+XLATR_API void AscReader_Destruct(AscReader* reader);
+XLATR_API const AscInfo* AscReader_getTrace(const AscReader* reader);
+/* true opens the file and starts at the first message, also when the reader is active already; false closes it. Answers
+   whether the reader is active now: a file that can't be opened leaves it inactive. */
+XLATR_API bool AscReader_setActive(AscReader* reader, bool active);
+/* Hands out the next message through `message` and answers true; answers false, and leaves `message` alone, at the end
+   of the file and while the reader is inactive. Every line gives a message, empty ones and comments one that is not
+   valid. A line that ends too early for what it begins as raises std::out_of_range, "invalid vector subscript". */
+XLATR_API bool AscReader_ReadNextMessage(AscReader* reader, MessageAsc** message);
+/* How much of the file was read, 0 to 100. */
+XLATR_API double AscReader_getPercentDone(const AscReader* reader);
+
+/* ---- MessageAsc: a message of an ASC log ------------------------------------------------------------------------- */
+
+XLATR_API void MessageAsc_Destruct(MessageAsc* message);
+XLATR_API uint32_t MessageAsc_getBus(const MessageAsc* message);
+/* Whether the line was understood as a frame, an error or a status. */
+XLATR_API bool MessageAsc_getValid(const MessageAsc* message);
+/* For logs with relative time stamps: adds `*reference` (seconds) to the message's time, stores the sum in `*reference`
+   and answers true. Answers false, and changes nothing, for a message with an absolute one. */
+XLATR_API bool MessageAsc_AdjustTime(MessageAsc* message, double* reference);
+/* The line as it stands in the file. */
+XLATR_API uint32_t MessageAsc_getParsingTextSize(const MessageAsc* message);
+XLATR_API void MessageAsc_getParsingText(const MessageAsc* message, char* buffer, uint32_t bufferSize);
+
+/* ---- AscWriter: writes an ASC log -------------------------------------------------------------------------------- */
+
+/* No file is touched before setActive. Below 8.0 `version` means the form of 7.0.0, from 8.0 on that of 8.1.0. */
+XLATR_API AscWriter* AscWriter_Construct(const char* targetPath, bool overrideExistingFile, double version);
+XLATR_API void AscWriter_Destruct(AscWriter* writer);
+/* A new, inactive writer with the same target path, override flag, version and owner bus; the caller owns it. */
+XLATR_API AscWriter* AscWriter_CreateNew(const AscWriter* writer);
+/* Write the head of the target version, with the source's start time; the second form sets the start time (days since
+   1899-12-30). A source that is not valid gets no head. Messages have the form of 7.0.0 until a head is written. */
+XLATR_API void AscWriter_WriteHeader(AscWriter* writer, const ITraceInfo* source);
+XLATR_API void AscWriter_WriteHeader_2(AscWriter* writer, const ITraceInfo* source, double startTime);
+/* Writes the text as a comment line; "// " is put in front unless it stands there. */
+XLATR_API void AscWriter_WriteComment(AscWriter* writer, const char* text);
+/* Writes the message as a line. A message that has no form in the version writes nothing, as a CAN FD frame below 8.0;
+   a CAN XL frame becomes a comment. */
+XLATR_API void AscWriter_WriteMessage(AscWriter* writer, const IMessage* message);
+/* true checks the target path and creates the file, false flushes and closes it; no effect when nothing changes. */
+XLATR_API void AscWriter_setActive(AscWriter* writer, bool active);
+XLATR_API bool AscWriter_getActive(const AscWriter* writer);
+/* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
+   at any time. A target equal to the source is refused when the writer becomes active. */
+XLATR_API uint32_t AscWriter_getTargetPathSize(const AscWriter* writer);
+XLATR_API void AscWriter_getTargetPath(const AscWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void AscWriter_setTargetPath(AscWriter* writer, const char* path);
+XLATR_API double AscWriter_getTargetVersion(const AscWriter* writer);
+XLATR_API void AscWriter_setTargetVersion(AscWriter* writer, double version);
+XLATR_API TraceFormat AscWriter_getTargetFormat(const AscWriter* writer);
+XLATR_API bool AscWriter_getOverrideExistingFile(const AscWriter* writer);
+XLATR_API void AscWriter_setOverrideExistingFile(AscWriter* writer, bool overrideExistingFile);
+/* The bus whose messages the writer is for, -1 for none; the writer itself does not look at it. */
+XLATR_API int32_t AscWriter_getOwnerBus(const AscWriter* writer);
+XLATR_API void AscWriter_setOwnerBus(AscWriter* writer, int32_t bus);
+XLATR_API uint32_t AscWriter_getSourcePathSize(const AscWriter* writer);
+XLATR_API void AscWriter_getSourcePath(const AscWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void AscWriter_setSourcePath(AscWriter* writer, const char* path);
+
+/* ---- CsvInfo: the head of a CSV table ---------------------------------------------------------------------------- */
 /* Tables are a target of conversions and no source, so there is nothing to construct one with. The first group is about
    the format itself and needs no object. */
 

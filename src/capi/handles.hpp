@@ -6,6 +6,10 @@
 #include <type_traits>
 #include <typeinfo>
 
+#include "formats/asc/asc_info.hpp"
+#include "formats/asc/asc_message.hpp"
+#include "formats/asc/asc_reader.hpp"
+#include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_info.hpp"
 #include "formats/csv/csv_writer.hpp"
 #include "formats/trc/trc_info.hpp"
@@ -39,6 +43,10 @@ XLATR_HANDLE(TrcInfo, xlatr::ITraceInfo, xlatr::TrcInfo);
 XLATR_HANDLE(TrcReader, xlatr::ITraceReader, xlatr::TrcReader);
 XLATR_HANDLE(TrcWriter, xlatr::ITraceWriter, xlatr::TrcWriter);
 XLATR_HANDLE(MessageCan, xlatr::IMessage, xlatr::BrixMessage);
+XLATR_HANDLE(AscInfo, xlatr::ITraceInfo, xlatr::AscInfo);
+XLATR_HANDLE(AscReader, xlatr::ITraceReader, xlatr::AscReader);
+XLATR_HANDLE(AscWriter, xlatr::ITraceWriter, xlatr::AscWriter);
+XLATR_HANDLE(MessageAsc, xlatr::IMessage, xlatr::AscMessage);
 #undef XLATR_HANDLE
 
 // The object behind a handle. A null handle, and one of an object of another class, raise a

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include "core/asc_source.hpp"
 #include "core/trc_source.hpp"
+#include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_writer.hpp"
 #include "formats/trc/trc_writer.hpp"
 
@@ -23,6 +25,7 @@ std::unique_ptr<ITraceWriter> makeCsvWriter(const WriterSettings& settings) {
 
 constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
+    FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
     FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
 };
 

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "messages/enum_text.hpp"
-#include "util/failures.hpp"
 #include "util/text.hpp"
 
 namespace xlatr {
@@ -225,6 +224,10 @@ std::string warningErrorsToText(std::uint32_t mask) {
 }
 
 std::uint32_t warningErrorsFromText(std::string_view text) {
+  return requireValue(tryWarningErrorsFromText(text), "String is not a WarningErrors", text);
+}
+
+std::optional<std::uint32_t> tryWarningErrorsFromText(std::string_view text) {
   const std::string upperCase = toUpperAscii(text);
   std::vector<std::string_view> words;
   splitText(upperCase, " ,", words, true, true);
@@ -235,7 +238,7 @@ std::uint32_t warningErrorsFromText(std::string_view text) {
       value = WarningErrors::BusWarning;
     }
     if (!value && word.find(kMakersMark) == std::string_view::npos) {
-      throwParsingFailure("String is not a WarningErrors", text);
+      return std::nullopt;
     }
     mask |= value ? static_cast<std::uint32_t>(*value) : 0;
   }

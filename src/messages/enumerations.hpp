@@ -158,5 +158,6 @@ enum class WarningErrors : std::uint32_t { BusLight = 4, BusWarning = 8, BusOff 
 // A word with "ZELK" in it is skipped: some status texts end in a maker's mark. Any other word is a failure, which
 // shows the whole text. An empty text is 0.
 [[nodiscard]] std::uint32_t warningErrorsFromText(std::string_view text);
+[[nodiscard]] std::optional<std::uint32_t> tryWarningErrorsFromText(std::string_view text);
 
 }  // namespace xlatr

@@ -119,6 +119,11 @@ void appendHex(TextBuffer& out, std::uint32_t value, std::size_t digits) {
   out.append(hexDigits(text, value, digits));
 }
 
+void appendHexRight(TextBuffer& out, std::uint32_t value, std::size_t width) {
+  std::array<char, 8> text;
+  out.appendRight(hexDigits(text, value, 1), width);
+}
+
 void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes, std::string_view separator) {
   if (bytes.empty()) {
     return;

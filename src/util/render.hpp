@@ -32,6 +32,8 @@ void appendDecimalLeft(TextBuffer& out, std::uint64_t value, std::size_t width);
 
 // Upper-case hexadecimal digits, filled with zeros to at least `digits`.
 void appendHex(TextBuffer& out, std::uint32_t value, std::size_t digits);
+// The digits without fill, right-aligned with blanks in `width` columns.
+void appendHexRight(TextBuffer& out, std::uint32_t value, std::size_t width);
 
 // Two upper-case hexadecimal digits for each byte, joined by the separator.
 void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes, std::string_view separator = " ");

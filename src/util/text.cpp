@@ -124,4 +124,11 @@ std::string toUpperAscii(std::string_view text) {
   return result;
 }
 
+std::size_t findIgnoreCase(std::string_view text, std::string_view upperCase) {
+  const auto found = std::search(text.begin(), text.end(), upperCase.begin(), upperCase.end(),
+                                 [](char character, char wanted) { return toUpperAscii(character) == wanted; });
+  return found == text.end() && !upperCase.empty() ? std::string_view::npos
+                                                   : static_cast<std::size_t>(found - text.begin());
+}
+
 }  // namespace xlatr

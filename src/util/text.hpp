@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <string>
@@ -48,6 +49,22 @@ void trimCharacters(std::string& text, std::string_view characters);
   return character >= '0' && character <= '9';
 }
 
+// The classes \s and \w of a regular expression in the C locale.
+[[nodiscard]] constexpr bool isSpaceCharacter(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+[[nodiscard]] constexpr bool isWordCharacter(char character) {
+  const char lower = static_cast<char>(character | 0x20);
+  return isDecimalDigit(character) || (lower >= 'a' && lower <= 'z') || character == '_';
+}
+
+// How many characters at the start of the text are of the class.
+template <class IsOfClass>
+[[nodiscard]] constexpr std::size_t countLeading(std::string_view text, IsOfClass isOfClass) {
+  return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isOfClass) - text.begin());
+}
+
 [[nodiscard]] constexpr char toUpperAscii(char character) {
   return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
 }
@@ -58,6 +75,14 @@ void trimCharacters(std::string& text, std::string_view characters);
 [[nodiscard]] constexpr bool equalsIgnoreCase(std::string_view left, std::string_view right) {
   return std::equal(left.begin(), left.end(), right.begin(), right.end(),
                     [](char a, char b) { return toUpperAscii(a) == toUpperAscii(b); });
+}
+
+// Where `upperCase`, which has no lower-case letters, stands in the text when ASCII letters of both cases count as
+// equal; npos when it does not.
+[[nodiscard]] std::size_t findIgnoreCase(std::string_view text, std::string_view upperCase);
+
+[[nodiscard]] inline bool containsIgnoreCase(std::string_view text, std::string_view upperCase) {
+  return findIgnoreCase(text, upperCase) != std::string_view::npos;
 }
 
 }  // namespace xlatr

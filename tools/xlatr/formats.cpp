@@ -51,6 +51,9 @@ constexpr std::array kFamilies{
     FormatFamily{
         XLATR_FORMAT_TRC, versionsOf<TrcInfo_GetSupportedVersions, TrcInfo_GetSupportedVersionsSize>,
         headerOf<TrcInfo_Construct, TrcInfo_Destruct, TrcInfo_getValid, TrcInfo_GetVersion, TrcInfo_getStartTime>},
+    FormatFamily{
+        XLATR_FORMAT_ASC, versionsOf<AscInfo_GetSupportedVersions, AscInfo_GetSupportedVersionsSize>,
+        headerOf<AscInfo_Construct, AscInfo_Destruct, AscInfo_getValid, AscInfo_GetVersion, AscInfo_getStartTime>},
 };
 
 const FormatFamily* findFamily(TraceFormat format) {

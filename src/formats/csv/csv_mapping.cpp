@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "formats/asc/asc_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -11,22 +12,9 @@ namespace {
 constexpr std::uint32_t kMaxPayload = 2048;
 constexpr std::size_t kDataRoom = 2050;
 
-// A remote frame has a length and no data; a row keeps zeros for it. A length beyond any frame's comes from a damaged
-// line and gets no memory.
-void setData(CsvMessage& target, const BrixMessage& source) {
-  target.data.reserve(kDataRoom);
-  if (source.remote) {
-    target.data.assign(std::min(source.length, kMaxPayload), 0);
-  } else {
-    target.data.assign(source.data.begin(), source.data.end());
-  }
-}
-
-}  // namespace
-
-void mapToCsv(const BrixMessage& source, CsvMessage& target) {
+// What messages of a CAN bus have in common, whatever format they are of.
+void takeCommon(const MessageStyleCan& source, CsvMessage& target) {
   target.reset();
-  target.time = source.timeOffset;
   target.id = source.getIdentifier();
   target.valid = source.getValid();
   target.length = source.getLength();
@@ -34,6 +22,34 @@ void mapToCsv(const BrixMessage& source, CsvMessage& target) {
   target.type = source.type;
   target.direction = source.direction;
   target.extended = source.extended;
+}
+
+void takeData(const MessageStyleCan& source, CsvMessage& target) {
+  target.data.reserve(kDataRoom);
+  target.data.assign(source.data.begin(), source.data.end());
+}
+
+// A remote frame has a length and no data; a row keeps zeros for it. A length beyond any frame's comes from a damaged
+// line and gets no memory.
+void setZeros(CsvMessage& target) {
+  target.data.assign(std::min(target.length, kMaxPayload), 0);
+}
+
+MessageKind kindOf(const AscMessage& source) {
+  if (!source.isRemote() && source.type == MessageType::Error) {
+    return MessageKind::ER;
+  }
+  if (!source.isRemote() && source.type == MessageType::Warng) {
+    return MessageKind::ST;
+  }
+  return messageKindOfAscFlags(source.flags);
+}
+
+}  // namespace
+
+void mapToCsv(const BrixMessage& source, CsvMessage& target) {
+  takeCommon(source, target);
+  target.time = source.timeOffset;
   target.kind = source.kind;
   target.text = source.comment;
   target.remote = source.remote;
@@ -44,7 +60,20 @@ void mapToCsv(const BrixMessage& source, CsvMessage& target) {
   target.af = source.xl.acceptance.value_or(target.af);
   target.rrs = source.xl.rrs.value_or(target.rrs);
   target.sec = source.xl.sec.value_or(target.sec);
-  setData(target, source);
+  if (target.remote) {
+    setZeros(target);
+  } else {
+    takeData(source, target);
+  }
+}
+
+void mapToCsv(const AscMessage& source, CsvMessage& target) {
+  constexpr double kMillisecondsPerSecond = 1000.0;
+  takeCommon(source, target);
+  target.time = source.time * kMillisecondsPerSecond;
+  target.kind = kindOf(source);
+  target.remote = source.isRemote();
+  takeData(source, target);
 }
 
 }  // namespace xlatr

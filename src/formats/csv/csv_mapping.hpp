@@ -5,10 +5,12 @@
 
 namespace xlatr {
 
+class AscMessage;
 class BrixMessage;
 
 // Fill `target` from a message of another format; whatever it held before is gone, but for its separator and columns.
 // Nothing is raised.
 void mapToCsv(const BrixMessage& source, CsvMessage& target);
+void mapToCsv(const AscMessage& source, CsvMessage& target);
 
 }  // namespace xlatr

@@ -20,11 +20,7 @@ constexpr std::size_t kGathered = std::size_t{1} << 20;
 constexpr std::size_t kKept = 4096;
 
 std::string_view leadingDigits(std::string_view text) {
-  std::size_t count = 0;
-  while (count < text.size() && isDecimalDigit(text[count])) {
-    ++count;
-  }
-  return text.substr(0, count);
+  return text.substr(0, countLeading(text, isDecimalDigit));
 }
 
 // The fields of a date in the order of the text, as their digits.

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "formats/asc/asc_message.hpp"
 #include "formats/csv/csv_header.hpp"
 #include "formats/csv/csv_mapping.hpp"
 #include "formats/trc/trc_message.hpp"
@@ -16,7 +17,7 @@ namespace {
 
 constexpr char kDefaultSeparator[] = ";";
 
-using Accepted = MessageClasses<BrixMessage>;
+using Accepted = MessageClasses<BrixMessage, AscMessage>;
 
 }  // namespace
 

@@ -11,25 +11,9 @@
 namespace xlatr {
 namespace {
 
-constexpr std::string_view kSpaces = " \t\n\v\f\r";
-
 bool isAlphanumeric(char character) {
   const char upper = toUpperAscii(character);
   return isDecimalDigit(character) || (upper >= 'A' && upper <= 'Z');
-}
-
-bool isWordCharacter(char character) {
-  return isAlphanumeric(character) || character == '_';
-}
-
-bool isSpace(char character) {
-  return kSpaces.find(character) != std::string_view::npos;
-}
-
-// How many characters at the start of the text are of the class.
-template <class IsOfClass>
-std::size_t countLeading(std::string_view text, IsOfClass isOfClass) {
-  return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isOfClass) - text.begin());
 }
 
 // Looks for `key` and hands what stands behind it to `match`, occurrence after occurrence, until that answers
@@ -60,14 +44,14 @@ std::optional<double> matchNumber(std::string_view text) {
 // Blanks, then dd.mm.yyyy HH:MM: and the seconds with whatever fraction; answers all of it.
 std::optional<std::string_view> matchDate(std::string_view text) {
   constexpr std::string_view kShape = "00.00.0000 00:00:";  // 0 is a digit, a blank any space
-  const std::size_t blanks = countLeading(text, isSpace);
+  const std::size_t blanks = countLeading(text, isSpaceCharacter);
   const std::string_view date = text.substr(blanks);
   if (date.size() <= kShape.size()) {
     return std::nullopt;
   }
   for (std::size_t at = 0; at < kShape.size(); ++at) {
     const bool fits = kShape[at] == '0'   ? isDecimalDigit(date[at])
-                      : kShape[at] == ' ' ? isSpace(date[at])
+                      : kShape[at] == ' ' ? isSpaceCharacter(date[at])
                                           : date[at] == kShape[at];
     if (!fits) {
       return std::nullopt;
@@ -119,7 +103,7 @@ std::optional<TrcColumnSet> matchColumns(std::string_view text) {
 }
 
 std::optional<std::string> matchName(std::string_view text) {
-  if (text.empty() || !isSpace(text.front())) {
+  if (text.empty() || !isSpaceCharacter(text.front())) {
     return std::nullopt;
   }
   return std::string(text.substr(1, countLeading(text.substr(1), isAlphanumeric)));
@@ -127,7 +111,7 @@ std::optional<std::string> matchName(std::string_view text) {
 
 bool hasOldStyleMark(std::string_view line) {
   const auto behindNet = [](std::string_view text) {
-    const bool matches = text.size() > 1 && isSpace(text[0]) && isWordCharacter(text[1]);
+    const bool matches = text.size() > 1 && isSpaceCharacter(text[0]) && isWordCharacter(text[1]);
     return matches ? std::optional(true) : std::nullopt;
   };
   return searchBehind(line, "BRIX-Net:", behindNet).has_value() || line.find("BRIX Scope") != std::string_view::npos;

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <limits>
 
 #include "messages/can_dlc.hpp"
-#include "util/hex.hpp"
 #include "util/numbers.hpp"
 #include "util/text.hpp"
+#include "util/token_cursor.hpp"
 
 namespace xlatr {
 namespace {
@@ -17,68 +16,11 @@ constexpr std::uint32_t kMaxClassicLength = 8;
 constexpr std::uint32_t kUnnumberedBus = 255;
 constexpr std::string_view kNone = "-";
 
-// Walks over the tokens of a line, which are what stands between runs of blanks. Tokens are looked at one by one and
-// never gathered, so that a line of any length takes no memory of its own.
-class TokenCursor {
- public:
-  explicit TokenCursor(std::string_view line) : next_(line.data()), end_(line.data() + line.size()) { skipBlanks(); }
-
-  [[nodiscard]] bool atEnd() const { return next_ == end_; }
-
-  // The next token, or an empty text at the end of the line.
-  [[nodiscard]] std::string_view peek() const {
-    const char* behind = next_;
-    while (behind != end_ && *behind != ' ') {
-      ++behind;
-    }
-    return {next_, static_cast<std::size_t>(behind - next_)};
-  }
-  std::string_view take() {
-    const std::string_view token = peek();
-    next_ += token.size();
-    skipBlanks();
-    return token;
-  }
-  void skip(int count) {
-    while (count-- > 0) {
-      take();
-    }
-  }
-  // The common shape of payloads, one pair of hexadecimal digits and a blank or the end, without looking for a token's
-  // end first. Answers whether there was a pair.
-  bool takeHexPair(std::uint8_t& value) {
-    if (end_ - next_ < 2 || (end_ - next_ > 2 && next_[2] != ' ')) {
-      return false;
-    }
-    const int both = hexDigitValue(next_[0]) * 16 | hexDigitValue(next_[1]);
-    if (both < 0) {
-      return false;
-    }
-    value = static_cast<std::uint8_t>(both);
-    next_ += 2;
-    skipBlanks();
-    return true;
-  }
-  // The last token of the line.
-  [[nodiscard]] std::string_view last() const {
-    const std::string_view rest = trimmed({next_, static_cast<std::size_t>(end_ - next_)}, " ");
-    return rest.substr(rest.rfind(' ') + 1);  // npos + 1 is 0
-  }
-
- private:
-  void skipBlanks() {
-    while (next_ != end_ && *next_ == ' ') {
-      ++next_;
-    }
-  }
-
-  const char* next_;
-  const char* end_;
-};
+using TrcTokens = TokenCursor<' '>;
 
 // Each of the parsers below answers false at the first token that is missing or can't be understood.
 
-bool parseTime(TokenCursor& tokens, BrixMessage& message) {
+bool parseTime(TrcTokens& tokens, BrixMessage& message) {
   const RealPrefix time = parseRealPrefix(tokens.take());
   message.timeOffset = time.value;
   return time.consumed > 0;
@@ -89,30 +31,30 @@ bool parseNumber(std::string_view token, std::uint32_t& value, int base) {
   return !token.empty() && tryParseUInt32(token, value, base);
 }
 
-bool parseIdentifier(TokenCursor& tokens, BrixMessage& message) {
+bool parseIdentifier(TrcTokens& tokens, BrixMessage& message) {
   constexpr std::size_t kLongestBaseIdentifier = 4;
   const std::string_view token = tokens.take();
   message.extended = token.size() > kLongestBaseIdentifier;
   return parseNumber(token, message.id, 16);
 }
 
-bool parseBus(TokenCursor& tokens, BrixMessage& message) {
+bool parseBus(TrcTokens& tokens, BrixMessage& message) {
   return parseNumber(tokens.take(), message.bus, 10);
 }
 
-bool parseTypeWord(TokenCursor& tokens, BrixMessage& message) {
+bool parseTypeWord(TrcTokens& tokens, BrixMessage& message) {
   const auto type = tryMessageTypeFromText(tokens.take());
   message.type = type.value_or(MessageType::Unknown);
   message.direction = message.type == MessageType::Tx ? MessageDirection::Tx : MessageDirection::Rx;
   return type.has_value();
 }
 
-bool parseReserved(TokenCursor& tokens, BrixMessage& message) {
+bool parseReserved(TrcTokens& tokens, BrixMessage& message) {
   const std::string_view token = tokens.take();
   return token == kNone || (!token.empty() && tryParseInt16Hex(token, message.reserved));
 }
 
-bool parseClassicLength(TokenCursor& tokens, BrixMessage& message) {
+bool parseClassicLength(TrcTokens& tokens, BrixMessage& message) {
   std::uint32_t length = 0;
   if (!parseNumber(tokens.take(), length, 10)) {
     return false;
@@ -133,7 +75,7 @@ bool parseByteToken(std::string_view token, std::uint8_t& value) {
 // Whether a byte of the payload must be exactly two digits long.
 enum class ByteForm { AnyWidth, Pair };
 
-bool parseData(TokenCursor& tokens, BrixMessage& message, ByteForm form) {
+bool parseData(TrcTokens& tokens, BrixMessage& message, ByteForm form) {
   for (std::uint32_t count = message.length; count > 0; --count) {
     std::uint8_t byte = 0;
     if (!tokens.takeHexPair(byte) && (form == ByteForm::Pair || !parseByteToken(tokens.take(), byte))) {
@@ -154,7 +96,7 @@ void nameStatus(BrixMessage& message) {
   }
 }
 
-bool takeRemoteWord(TokenCursor& tokens, BrixMessage& message) {
+bool takeRemoteWord(TrcTokens& tokens, BrixMessage& message) {
   if (!equalsIgnoreCase(tokens.peek(), "RTR")) {
     return false;
   }
@@ -164,7 +106,7 @@ bool takeRemoteWord(TokenCursor& tokens, BrixMessage& message) {
 }
 
 // What 1.0, 1.1 and 1.2 have behind their bus and type columns.
-bool parseClassicTail(TokenCursor& tokens, BrixMessage& message) {
+bool parseClassicTail(TrcTokens& tokens, BrixMessage& message) {
   if (!parseIdentifier(tokens, message) || !parseClassicLength(tokens, message)) {
     return false;
   }
@@ -188,26 +130,27 @@ bool parseClassicTail(TokenCursor& tokens, BrixMessage& message) {
   if (!parseData(tokens, message, ByteForm::AnyWidth)) {
     return false;
   }
-  message.comment.assign(tokens.last());
+  const std::string_view rest = trimmed(tokens.rest(), " ");
+  message.comment.assign(rest.substr(rest.rfind(' ') + 1));  // the last token; npos + 1 is 0
   return true;
 }
 
-bool parse10(TokenCursor& tokens, BrixMessage& message) {
+bool parse10(TrcTokens& tokens, BrixMessage& message) {
   message.type = MessageType::Rx;
   message.direction = MessageDirection::Rx;
   return parseTime(tokens, message) && parseClassicTail(tokens, message);
 }
 
-bool parse11(TokenCursor& tokens, BrixMessage& message) {
+bool parse11(TrcTokens& tokens, BrixMessage& message) {
   return parseTime(tokens, message) && parseTypeWord(tokens, message) && parseClassicTail(tokens, message);
 }
 
-bool parse12(TokenCursor& tokens, BrixMessage& message) {
+bool parse12(TrcTokens& tokens, BrixMessage& message) {
   return parseTime(tokens, message) && parseBus(tokens, message) && parseTypeWord(tokens, message) &&
          parseClassicTail(tokens, message);
 }
 
-bool parse13(TokenCursor& tokens, BrixMessage& message) {
+bool parse13(TrcTokens& tokens, BrixMessage& message) {
   if (!parseTime(tokens, message) || !parseBus(tokens, message) || !parseTypeWord(tokens, message) ||
       !parseIdentifier(tokens, message) || !parseReserved(tokens, message) || !parseClassicLength(tokens, message)) {
     return false;
@@ -243,7 +186,7 @@ MessageType typeOfKind(const BrixMessage& message) {
 }
 
 // An event's text is all that is left of the line, its words joined by one blank.
-void parseEvent(TokenCursor& tokens, BrixMessage& message) {
+void parseEvent(TrcTokens& tokens, BrixMessage& message) {
   while (!tokens.atEnd()) {
     if (!message.comment.empty()) {
       message.comment += ' ';
@@ -254,7 +197,7 @@ void parseEvent(TokenCursor& tokens, BrixMessage& message) {
 
 // Status, error counter and error lines have no identifier and a fixed length. Lines of 2.0 leave the length out too
 // and have their data right behind the direction.
-bool parseWithoutIdentifier(TokenCursor& tokens, TrcVersion version, BrixMessage& message) {
+bool parseWithoutIdentifier(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
   message.direction = MessageDirection::Rx;
   if (message.kind == MessageKind::ST) {
     message.length = 4;
@@ -274,14 +217,14 @@ bool parseWithoutIdentifier(TokenCursor& tokens, TrcVersion version, BrixMessage
   }
   if (version == TrcVersion::V3_0) {
     const auto present = [&message](TrcColumnSet column) { return (message.columnSet & column) != 0; };
-    tokens.skip(static_cast<int>(std::ranges::count_if(kXlColumns, present)));
+    tokens.skip(static_cast<std::size_t>(std::ranges::count_if(kXlColumns, present)));
   }
   return parseData(tokens, message, ByteForm::Pair);
 }
 
 // One of the columns that only CAN XL frames fill.
 template <class Value>
-bool parseXlColumn(TokenCursor& tokens, const BrixMessage& message, TrcColumnSet column, std::optional<Value>& field) {
+bool parseXlColumn(TrcTokens& tokens, const BrixMessage& message, TrcColumnSet column, std::optional<Value>& field) {
   if ((message.columnSet & column) == 0) {
     return true;
   }
@@ -297,7 +240,7 @@ bool parseXlColumn(TokenCursor& tokens, const BrixMessage& message, TrcColumnSet
   return true;
 }
 
-bool parseXlColumns(TokenCursor& tokens, BrixMessage& message) {
+bool parseXlColumns(TrcTokens& tokens, BrixMessage& message) {
   return parseXlColumn(tokens, message, trc_column::kVcid, message.xl.vcid) &&
          parseXlColumn(tokens, message, trc_column::kSdt, message.xl.sdt) &&
          parseXlColumn(tokens, message, trc_column::kAcceptance, message.xl.acceptance) &&
@@ -305,7 +248,7 @@ bool parseXlColumns(TokenCursor& tokens, BrixMessage& message) {
          parseXlColumn(tokens, message, trc_column::kSec, message.xl.sec);
 }
 
-bool parseLengthOrDlc(TokenCursor& tokens, BrixMessage& message) {
+bool parseLengthOrDlc(TrcTokens& tokens, BrixMessage& message) {
   std::uint32_t value = 0;
   if (!parseNumber(tokens.take(), value, 10)) {
     return false;
@@ -321,7 +264,7 @@ bool parseLengthOrDlc(TokenCursor& tokens, BrixMessage& message) {
   return true;
 }
 
-bool parseFrame(TokenCursor& tokens, TrcVersion version, BrixMessage& message) {
+bool parseFrame(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
   if (!parseIdentifier(tokens, message)) {
     return false;
   }
@@ -343,7 +286,7 @@ bool parseFrame(TokenCursor& tokens, TrcVersion version, BrixMessage& message) {
   return message.remote || parseData(tokens, message, ByteForm::AnyWidth);
 }
 
-bool parseColumns(TokenCursor& tokens, TrcVersion version, BrixMessage& message) {
+bool parseColumns(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
   message.columnBased = true;
   if (!parseTime(tokens, message)) {
     return false;
@@ -377,7 +320,7 @@ bool parseColumns(TokenCursor& tokens, TrcVersion version, BrixMessage& message)
   return understood;
 }
 
-bool parseTokens(TokenCursor& tokens, TrcVersion version, BrixMessage& message) {
+bool parseTokens(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
   if (!isColumnBased(version) || (message.columnSet & trc_column::kNumber) != 0) {
     tokens.take();  // the message number, which is counted anew on writing
   }
@@ -398,7 +341,7 @@ bool parseTokens(TokenCursor& tokens, TrcVersion version, BrixMessage& message) 
 }  // namespace
 
 void parseTrcLine(std::string_view line, TrcVersion version, BrixMessage& message) {
-  TokenCursor tokens(line);
+  TrcTokens tokens(line);
   message.valid = parseTokens(tokens, version, message);
   if (message.valid) {
     nameStatus(message);

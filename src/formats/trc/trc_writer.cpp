@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "formats/trc/trc_header.hpp"
+#include "formats/trc/trc_mapping.hpp"
 #include "messages/message_dispatch.hpp"
 #include "util/date_time.hpp"
 #include "util/failures.hpp"
@@ -15,7 +16,7 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<BrixMessage>;
+using Accepted = MessageClasses<BrixMessage, AscMessage>;
 
 // The columns that a version's header announces; below 2.0 there is nothing to announce.
 std::optional<TrcColumnSet> announcedColumns(TrcVersion version) {
@@ -82,8 +83,7 @@ void TrcWriter::WriteComment(std::string_view text) {
 
 void TrcWriter::WriteMessage(const IMessage& message) {
   requireActive();
-  const bool taken =
-      dispatchMessage(Accepted{}, message, [this](const BrixMessage& brixMessage) { write(brixMessage); });
+  const bool taken = dispatchMessage(Accepted{}, message, [this](const auto& known) { write(known); });
   if (!taken) {
     throwProcessingFailure("Object cannot be casted to any supported message trace");
   }
@@ -96,6 +96,15 @@ void TrcWriter::write(const BrixMessage& message) {
     writeLine(line_.view());
     ++messageCount_;
   }
+}
+
+// A message of another format has its number whether or not it has a text.
+void TrcWriter::write(const AscMessage& message) {
+  mapToTrc(message, mapped_);
+  ++messageCount_;
+  line_.clear();
+  mapped_.appendText(line_, getTargetVersion(), messageCount_, columnSet_);
+  writeLine(line_.view());
 }
 
 }  // namespace xlatr

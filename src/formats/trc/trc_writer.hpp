@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "formats/asc/asc_message.hpp"
 #include "formats/trc/trc_columns.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
@@ -36,9 +37,11 @@ class TrcWriter final : public TraceWriterText {
 
  private:
   void write(const BrixMessage& message);
+  void write(const AscMessage& message);
 
   std::uint64_t messageCount_ = 0;
   TrcColumnSet columnSet_ = 0;
+  BrixMessage mapped_;  // of another format's message, used again for each
   TextBuffer line_;
 };
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/asc/asc_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -13,7 +14,8 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-CsvMessage mapped(const BrixMessage& source) {
+template <class Source>
+CsvMessage mapped(const Source& source) {
   CsvMessage target(",");
   mapToCsv(source, target);
   return target;
@@ -100,6 +102,71 @@ TEST(CsvMapping, keepsNothingOfTheMessageBefore) {
   EXPECT_EQ(target.text, "");
   EXPECT_EQ(target.data, Bytes());
   EXPECT_EQ(target.bus, 1U);
+}
+
+AscMessage ascFrame() {
+  AscMessage message;
+  message.valid = true;
+  message.time = 1.5;
+  message.bus = 2;
+  message.id = 0x18FEF100;
+  message.extended = true;
+  message.type = MessageType::Tx;
+  message.direction = MessageDirection::Tx;
+  message.length = 2;
+  message.data = {0xAA, 0xBB};
+  message.commentText = "a name";
+  return message;
+}
+
+TEST(CsvMapping, takesAnAscMessage) {
+  const CsvMessage row = mapped(ascFrame());
+  EXPECT_TRUE(row.valid);
+  EXPECT_EQ(row.time, 1500.0);
+  EXPECT_EQ(row.bus, 2U);
+  EXPECT_EQ(row.id, 0x18FEF100U);
+  EXPECT_TRUE(row.extended);
+  EXPECT_EQ(row.type, MessageType::Tx);
+  EXPECT_EQ(row.kind, MessageKind::DT);
+  EXPECT_EQ(row.direction, MessageDirection::Tx);
+  EXPECT_EQ(row.length, 2U);
+  EXPECT_EQ(row.data, (Bytes{0xAA, 0xBB}));
+  EXPECT_FALSE(row.remote);
+  EXPECT_EQ(row.text, "");
+  EXPECT_EQ(row.reserved, CsvMessage::kNoReserved);
+  EXPECT_FALSE(row.wideRow);
+}
+
+TEST(CsvMapping, findsTheKindOfAnAscMessage) {
+  const struct {
+    const char* name;
+    std::uint32_t flags;
+    MessageType type;
+    MessageKind kind;
+    bool remote;
+  } cases[] = {
+      {"data", 0, MessageType::Rx, MessageKind::DT, false},
+      {"data of a converter", asc_flag::kClassicFrame, MessageType::Rx, MessageKind::DT, false},
+      {"remote", 0x10, MessageType::Rx, MessageKind::RR, true},
+      {"FD", 0x1000, MessageType::Rx, MessageKind::FD, false},
+      {"FD with BRS", 0x3000, MessageType::Tx, MessageKind::FB, false},
+      {"FD with ESI", 0x5000, MessageType::Rx, MessageKind::FE, false},
+      {"FD with both", 0x7000, MessageType::Rx, MessageKind::BI, false},
+      {"BRS without FD", 0x2000, MessageType::Rx, MessageKind::DT, false},
+      {"error", 0, MessageType::Error, MessageKind::ER, false},
+      {"FD error", 0x1000, MessageType::Error, MessageKind::ER, false},
+      {"status", 0, MessageType::Warng, MessageKind::ST, false},
+      {"remote before error", 0x10, MessageType::Error, MessageKind::RR, true},
+      {"remote before status", 0x10, MessageType::Warng, MessageKind::RR, true},
+      {"unknown type", 0, MessageType::Unknown, MessageKind::DT, false},
+  };
+  for (const auto& test : cases) {
+    AscMessage source = ascFrame();
+    source.flags = test.flags;
+    source.type = test.type;
+    EXPECT_EQ(mapped(source).kind, test.kind) << test.name;
+    EXPECT_EQ(mapped(source).remote, test.remote) << test.name;
+  }
 }
 
 }  // namespace

@@ -1,0 +1,54 @@
+// The flags field of a CAN FD line, which messages of ASC logs carry whatever line they came from.
+#pragma once
+
+#include <cstdint>
+
+#include "messages/enumerations.hpp"
+
+namespace xlatr {
+
+namespace asc_flag {
+inline constexpr std::uint32_t kRemote = 0x10;
+inline constexpr std::uint32_t kEdl = 0x1000;
+inline constexpr std::uint32_t kBrs = 0x2000;
+inline constexpr std::uint32_t kEsi = 0x4000;
+// What a classic data frame carries in a CANFD line that a converter wrote. It lies outside what a reader looks at.
+inline constexpr std::uint32_t kClassicFrame = 0x200000;
+// The bits that a reader keeps.
+inline constexpr std::uint32_t kReadMask = 0xFFFFF;
+}  // namespace asc_flag
+
+[[nodiscard]] constexpr MessageKind messageKindOfAscFlags(std::uint32_t flags) {
+  if ((flags & asc_flag::kRemote) != 0) {
+    return MessageKind::RR;
+  }
+  if ((flags & asc_flag::kEdl) == 0) {
+    return MessageKind::DT;
+  }
+  const bool brs = (flags & asc_flag::kBrs) != 0;
+  if ((flags & asc_flag::kEsi) != 0) {
+    return brs ? MessageKind::BI : MessageKind::FE;
+  }
+  return brs ? MessageKind::FB : MessageKind::FD;
+}
+
+[[nodiscard]] constexpr std::uint32_t ascFlagsOfMessageKind(MessageKind kind) {
+  switch (kind) {
+    case MessageKind::DT:
+      return asc_flag::kClassicFrame;
+    case MessageKind::FD:
+      return asc_flag::kEdl;
+    case MessageKind::FB:
+      return asc_flag::kEdl | asc_flag::kBrs;
+    case MessageKind::FE:
+      return asc_flag::kEdl | asc_flag::kEsi;
+    case MessageKind::BI:
+      return asc_flag::kEdl | asc_flag::kBrs | asc_flag::kEsi;
+    case MessageKind::RR:
+      return asc_flag::kRemote;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace xlatr

@@ -1,0 +1,41 @@
+// What the head of an ASC log tells.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "formats/asc/asc_head_keys.hpp"
+#include "formats/asc/asc_message.hpp"
+#include "io/trace_info.hpp"
+
+namespace xlatr {
+
+// Reads the head once, at construction. Nothing is raised for a file that can't be read or understood.
+//
+// The head ends in front of "begin triggerblock", behind the line that follows the first one with "version", or behind
+// ten lines. A file that ends before that has no head, and its messages begin at its end: it is no log.
+class AscInfo final : public TraceInfo {
+ public:
+  explicit AscInfo(TraceFileInfo file);
+
+  // An ASC log by its name, whatever it holds.
+  [[nodiscard]] bool getValid() const override { return isOfOwnFormat(); }
+
+  // The start of the recording as the head has it, its words one blank apart; empty when it has none.
+  [[nodiscard]] const std::string& dateText() const { return dateText_; }
+  // Whether identifiers and data are hexadecimal.
+  [[nodiscard]] bool hexBase() const { return hexBase_; }
+  [[nodiscard]] AscTimestamps timestampsMode() const { return timestampsMode_; }
+  // Bytes of a line end: 1 or 2, judged by the first line.
+  [[nodiscard]] std::uint8_t lineBreakSize() const { return lineBreakSize_; }
+
+ private:
+  [[nodiscard]] AscHeadKeys readHead();
+
+  std::string dateText_;
+  std::uint8_t lineBreakSize_ = 0;
+  AscTimestamps timestampsMode_ = AscTimestamps::Absolute;
+  bool hexBase_ = false;
+};
+
+}  // namespace xlatr

@@ -1,0 +1,13 @@
+// From the messages of other formats to those of ASC logs: one function a class that an ASC writer takes.
+#pragma once
+
+#include "formats/asc/asc_message.hpp"
+#include "formats/trc/trc_message.hpp"
+
+namespace xlatr {
+
+// Bus 0, which a trace without a bus column has, becomes bus 1. A frame of a kind that TRC gives no direction word of
+// its own, as CAN FD, gets its type from its direction. A CAN XL message has no form here; its text is for a comment.
+void mapToAsc(const BrixMessage& source, AscMessage& target);
+
+}  // namespace xlatr

@@ -1,0 +1,33 @@
+// Reads the messages of an ASC log.
+#pragma once
+
+#include <memory>
+
+#include "formats/asc/asc_info.hpp"
+#include "formats/asc/asc_message.hpp"
+#include "io/trace_reader.hpp"
+
+namespace xlatr {
+
+class AscReader final : public TraceReaderText {
+ public:
+  // Copies the information object; the file is opened by setActive.
+  explicit AscReader(AscInfo info);
+
+  [[nodiscard]] const AscInfo& getTrace() const { return info_; }
+
+  // The next message, made anew; null at the end of the file and while inactive. Every line gives one, valid or not: an
+  // empty line one that is not valid and has an empty parsing text. A line that is too short raises std::out_of_range.
+  // Relative times are as written; MessageAsc's AdjustTime sums them.
+  [[nodiscard]] std::unique_ptr<AscMessage> ReadNextMessage();
+  // The same into a message that is used again and again, so that reading allocates nothing; false at the end.
+  [[nodiscard]] bool readInto(AscMessage& message);
+
+ protected:
+  [[nodiscard]] const ITraceInfo& info() const override { return info_; }
+
+ private:
+  AscInfo info_;
+};
+
+}  // namespace xlatr

@@ -1,0 +1,75 @@
+#include "formats/trc/trc_mapping.hpp"
+
+namespace xlatr {
+namespace {
+
+constexpr std::size_t kReservedBytes = 70;  // more than the longest CAN FD frame
+
+// A message as it stands in a file with columns, whatever it came from.
+void prepare(BrixMessage& target) {
+  target.reset();
+  target.columnBased = true;
+  target.data.reserve(kReservedBytes);
+}
+
+void setErrorCounters(const AscMessage& source, BrixMessage& target) {
+  target.kind = MessageKind::EC;
+  target.direction = MessageDirection::Rx;
+  target.length = 2;
+  target.data = {static_cast<std::uint8_t>(source.rxErrors), static_cast<std::uint8_t>(source.txErrors)};
+}
+
+// Bits 6 and 7 of an ECC are the type of the error, bit 5 its direction, bits 0 to 4 its position.
+void setError(std::uint32_t errorCode, BrixMessage& target) {
+  target.kind = MessageKind::ER;
+  target.id = 1U << (errorCode >> 6 & 3U);
+  target.length = 4;
+  target.data = {static_cast<std::uint8_t>(errorCode >> 5 & 1U), static_cast<std::uint8_t>(errorCode & 0x1FU), 0, 0};
+}
+
+void setStatus(std::string_view text, BrixMessage& target) {
+  const std::uint32_t mask = tryWarningErrorsFromText(text).value_or(0);
+  target.kind = MessageKind::ST;
+  target.direction = MessageDirection::Rx;
+  target.length = 4;
+  target.data = {static_cast<std::uint8_t>(mask >> 24), static_cast<std::uint8_t>(mask >> 16),
+                 static_cast<std::uint8_t>(mask >> 8), static_cast<std::uint8_t>(mask)};
+}
+
+}  // namespace
+
+void mapToTrc(const AscMessage& source, BrixMessage& target) {
+  prepare(target);
+  target.timeOffset = source.time * 1000.0;
+  target.bus = source.bus;
+  target.id = source.id;
+  target.extended = source.extended;
+  target.valid = source.valid;
+  target.length = source.length;
+  target.type = source.type;
+  target.direction = source.direction;
+  target.remote = source.isRemote();
+  switch (source.type) {
+    case MessageType::Rx:
+    case MessageType::Tx:
+      target.kind = messageKindOfAscFlags(source.flags);
+      break;
+    case MessageType::Error:
+      if (source.lineKind == AscLineKind::Status) {
+        setErrorCounters(source, target);
+      } else {
+        setError(source.errorCode, target);
+      }
+      return;
+    case MessageType::Warng:
+      setStatus(source.commentText, target);
+      return;
+    default:
+      break;
+  }
+  if (!target.remote) {
+    target.data.assign(source.data.begin(), source.data.end());
+  }
+}
+
+}  // namespace xlatr

@@ -1,0 +1,14 @@
+// From the messages of other formats to those of TRC traces: one function a class that a TRC writer takes.
+#pragma once
+
+#include "formats/asc/asc_message.hpp"
+#include "formats/trc/trc_message.hpp"
+
+namespace xlatr {
+
+// The kind comes from the flags of the frame. Error counters keep the identifier of their line, which is none; an error
+// frame has the type of its ECC as identifier and direction and position as data; of a status text only the bits of the
+// words that TRC knows are left.
+void mapToTrc(const AscMessage& source, BrixMessage& target);
+
+}  // namespace xlatr
