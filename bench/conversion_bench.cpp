@@ -83,12 +83,12 @@ const Source& mixedSource() {
   return source;
 }
 
-void convert(const std::string& source, const std::string& target, double version) {
+void convert(const std::string& source, const std::string& target, TraceFormat format, double version) {
   ConversionOption option{};
   option.tag = XLATR_OPTION_TARGET_VERSION;
   option.value.version = version;
   ConversionOptions options{};
-  options.target_format = XLATR_FORMAT_TRC;
+  options.target_format = format;
   options.option_count = 1;
   options.options = &option;
   ConversionResult result{};
@@ -100,11 +100,11 @@ void convert(const std::string& source, const std::string& target, double versio
   }
 }
 
-void measure(benchmark::State& state, const Source& source, double version) {
+void measure(benchmark::State& state, const Source& source, TraceFormat format, double version) {
   const std::string target = benchFolder().path("target.trc");
   try {
     for ([[maybe_unused]] auto step : state) {
-      convert(source.path, target, version);
+      convert(source.path, target, format, version);
     }
   } catch (const std::runtime_error& failure) {
     state.SkipWithError(failure.what());
@@ -117,11 +117,19 @@ void measure(benchmark::State& state, const Source& source, double version) {
 
 // The argument is the target version times ten.
 void convertPlain(benchmark::State& state) {
-  measure(state, plainSource(), static_cast<double>(state.range(0)) / 10);
+  measure(state, plainSource(), XLATR_FORMAT_TRC, static_cast<double>(state.range(0)) / 10);
 }
 
 void convertMixed(benchmark::State& state) {
-  measure(state, mixedSource(), static_cast<double>(state.range(0)) / 10);
+  measure(state, mixedSource(), XLATR_FORMAT_TRC, static_cast<double>(state.range(0)) / 10);
+}
+
+void convertPlainToCsv(benchmark::State& state) {
+  measure(state, plainSource(), XLATR_FORMAT_CSV, 1.0);
+}
+
+void convertMixedToCsv(benchmark::State& state) {
+  measure(state, mixedSource(), XLATR_FORMAT_CSV, 1.0);
 }
 
 BENCHMARK(convertPlain)
@@ -142,6 +150,8 @@ BENCHMARK(convertMixed)
     ->Unit(benchmark::kMillisecond)
     ->MeasureProcessCPUTime()
     ->UseRealTime();
+BENCHMARK(convertPlainToCsv)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+BENCHMARK(convertMixedToCsv)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 
 }  // namespace
 
