@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -122,6 +123,36 @@ TEST_P(CsvTableOfObjects, isTheGoldenFile) {
 
 INSTANTIATE_TEST_SUITE_P(Several, CsvTableOfObjects, testing::Values("2.1", "3.0"),
                          [](const auto& test) { return test.param == "2.1" ? "from2_1" : "from3_0"; });
+
+// A log has no columns of CAN XL, and its times are seconds.
+TEST(CsvTableOfALog, holdsItsFramesAndItsOtherLines) {
+  const WorkingDirectory directory;
+  writeFile("log.asc",
+            "date Thu Nov 01 10:20:30.123 2012\n"
+            "base hex  timestamps absolute\n"
+            "no internal events logged\n"
+            "// version 7.0.0\n"
+            "Begin Triggerblock Thu Nov 01 10:20:30.123 2012\n"
+            "   0.000000 Start of measurement\n"
+            "   0.100000 1  123             Rx   d 2 AA BB\n"
+            "   0.200012 2  18FEF100x       Tx   d 1 0C\n"
+            "   0.300000 1  123             Rx   r\n"
+            "   0.400000 1  7FF             Rx   d 0\n"
+            "End TriggerBlock\n");
+  const Outcome outcome = convert("log.asc", "log.csv", std::nullopt, XLATR_FORMAT_CSV);
+  expectSuccess(outcome, {"log.csv"});
+  const std::string table = readFile("log.csv");
+  EXPECT_TRUE(table.starts_with("$STARTTIME=41214.4309042014")) << table;
+  EXPECT_EQ(table.find("CAN XL"), std::string::npos);
+  const std::size_t columns = table.find("Number;");
+  ASSERT_NE(columns, std::string::npos);
+  EXPECT_EQ(splitLines(table.substr(columns)),
+            (std::vector<std::string>{
+                "Number;Time (ms);Bus;Direction;Type;ID (hex);Reserved;Length;D0;D1;D2;D3;D4;D5;D6;D7;;D...",
+                "Begin Triggerblock Thu Nov 01 10:20:30.123 2012", "   0.000000 Start of measurement",
+                "1;100.000;1;Rx;DT;0123;-;2;AA;BB", "2;200.012;2;Tx;DT;18FEF100;-;1;0C", "3;300.000;1;Rx;RR;0123;-;0;",
+                "4;400.000;1;Rx;DT;07FF;-;0;", "End TriggerBlock"}));
+}
 
 // What a command prints, or nothing when it fails.
 std::string outputOf(const std::string& command) {

@@ -2,9 +2,6 @@
 
 #include <algorithm>
 
-#include "formats/asc/asc_message.hpp"
-#include "formats/trc/trc_message.hpp"
-
 namespace xlatr {
 namespace {
 

@@ -2,10 +2,8 @@
 
 #include <utility>
 
-#include "formats/asc/asc_message.hpp"
 #include "formats/csv/csv_header.hpp"
 #include "formats/csv/csv_mapping.hpp"
-#include "formats/trc/trc_message.hpp"
 #include "messages/message_dispatch.hpp"
 #include "util/date_time.hpp"
 #include "util/failures.hpp"

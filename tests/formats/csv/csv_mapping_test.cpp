@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "formats/asc/asc_message.hpp"
-#include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
 namespace {
