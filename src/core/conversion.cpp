@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -33,13 +32,13 @@ Element* allocateZeroed(std::size_t count) {
 
 void replaceText(ConversionResult& result, std::string_view text) {
   char* const copy = allocateZeroed<char>(text.size() + 1);
-  std::memcpy(copy, text.data(), text.size());
+  text.copy(copy, text.size());
   std::free(std::exchange(result.text, copy));
 }
 
 char* copyOfFileName(const std::string& name) {
   char* const copy = allocateZeroed<char>(XLATR_FILE_NAME_SIZE);
-  std::memcpy(copy, name.data(), std::min<std::size_t>(name.size(), XLATR_FILE_NAME_SIZE - 1));
+  name.copy(copy, XLATR_FILE_NAME_SIZE - 1);
   return copy;
 }
 

@@ -46,24 +46,18 @@ std::int64_t truncateToSeconds(double value) {
   return value > -kLimit ? static_cast<std::int64_t>(value) : std::numeric_limits<std::int64_t>::min();
 }
 
-// How a count of days becomes a fraction of a second.
-struct OleRule {
-  double (*toMillisecond)(double);
-  double lowestCarried;   // the microseconds that count as the next millisecond,
-  double highestCarried;  // from and to
-};
-
-DateTime splitOleDate(double days, const OleRule& rule) {
+DateTime splitOleDate(double days, double (*toWhole)(double)) {
   // One operation a statement, so that no compiler may fuse two of them and round differently.
   const double daySeconds = days * kSecondsPerDay;
   const double value = daySeconds - kOleEpochSeconds;
   DateTime result(truncateToSeconds(value), 0, 0, true);
   const double remainder = value - static_cast<double>(result.seconds);
-  const double millisecond = rule.toMillisecond(remainder * 1000.0);
+  const double millisecond = toWhole(remainder * 1000.0);
   const double allMicroseconds = remainder * 1000000.0;
   const double wholeMilliseconds = millisecond * 1000.0;
   const double microsecond = std::round(std::max(0.0, allMicroseconds - wholeMilliseconds));
-  const bool carried = microsecond >= rule.lowestCarried && microsecond <= rule.highestCarried;
+  // Only a truncated millisecond leaves so many; a rounded one leaves 500 at most.
+  const bool carried = microsecond >= 999.0;
   result.millisecond = static_cast<std::int32_t>(millisecond) + (carried ? 1 : 0);
   result.microsecond = carried ? 0 : static_cast<std::int32_t>(microsecond);
   return result;
@@ -157,11 +151,11 @@ DateTime DateTime::fromLocalFields(const CalendarFields& fields, std::int32_t mi
 }
 
 DateTime DateTime::fromOleDate(double days) {
-  return splitOleDate(days, {[](double value) { return std::round(value); }, 999.0, 999.0});
+  return splitOleDate(days, [](double milliseconds) { return std::round(milliseconds); });
 }
 
 DateTime DateTime::fromOleDateTruncated(double days) {
-  return splitOleDate(days, {[](double value) { return std::trunc(value); }, 999.0, 1000.0});
+  return splitOleDate(days, [](double milliseconds) { return std::trunc(milliseconds); });
 }
 
 DateTime DateTime::parseGerman(std::string_view text) {

@@ -72,8 +72,29 @@ bool isAllZeros(std::string_view text) {
   return text.find_first_not_of('0') == std::string_view::npos;
 }
 
+// Nearly every number in a trace: a few digits and nothing else, which none of the oddities concerns and which can't
+// overflow. Nothing for every other text, which is then read in full.
+std::optional<std::uint64_t> readFewDigits(std::string_view text, int base) {
+  constexpr std::size_t kMostDigits = 8;
+  if (text.empty() || text.size() > kMostDigits) {
+    return std::nullopt;
+  }
+  std::uint64_t value = 0;
+  for (const char character : text) {
+    const int digit = hexDigitValue(character);
+    if (digit < 0 || digit >= base) {
+      return std::nullopt;
+    }
+    value = value * static_cast<std::uint64_t>(base) + static_cast<std::uint64_t>(digit);
+  }
+  return value;
+}
+
 // A zero is checked against the text with its blanks, all others without: that is how " 0" and a text of blanks fail.
 std::optional<std::uint64_t> readUnsigned(std::string_view text, const NumberForm& form) {
+  if (const auto value = readFewDigits(text, form.base)) {
+    return *value <= form.maximum ? value : std::nullopt;
+  }
   const auto value = readDigits(trimmed(text), form.base);
   if (!value || *value > form.maximum || (*value == 0 && !isAllZeros(text))) {
     return std::nullopt;

@@ -13,15 +13,20 @@ namespace {
 
 constexpr std::array<double, 10> kPowersOfTen = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
 
-// Digits of a number, in a buffer of its own.
+// The decimal digits of a number, at least `least` of them, in a buffer of its own.
 class Digits {
  public:
-  explicit Digits(std::uint64_t value) : end_(std::to_chars(text_.data(), text_.data() + text_.size(), value).ptr) {}
-  [[nodiscard]] std::string_view view() const { return {text_.data(), static_cast<std::size_t>(end_ - text_.data())}; }
+  explicit Digits(std::uint64_t value, std::size_t least = 1) {
+    do {
+      text_[--begin_] = static_cast<char>('0' + value % 10);
+      value /= 10;
+    } while (value != 0 || text_.size() - begin_ < least);
+  }
+  [[nodiscard]] std::string_view view() const { return {text_.data() + begin_, text_.size() - begin_}; }
 
  private:
-  std::array<char, 20> text_;
-  char* end_;
+  std::array<char, 20> text_;  // what the largest number has
+  std::size_t begin_ = text_.size();
 };
 
 std::string_view hexDigits(std::array<char, 8>& text, std::uint32_t value, std::size_t digits) {
@@ -45,21 +50,16 @@ std::string formatted(double value, std::chars_format format, int precision) {
 
 // `units` is the value in units of its last decimal place.
 void appendUnits(TextBuffer& out, std::uint64_t units, int decimals, std::size_t width) {
-  const auto perWhole = static_cast<std::uint64_t>(kPowersOfTen[static_cast<std::size_t>(decimals)]);
-  const Digits whole(units / perWhole);
   const auto places = static_cast<std::size_t>(decimals);
-  const std::size_t length = whole.view().size() + (places > 0 ? places + 1 : 0);
+  const Digits digits(units, places + 1);
+  const std::string_view whole = digits.view().substr(0, digits.view().size() - places);
+  const std::string_view fraction = digits.view().substr(whole.size());
+  const std::size_t length = whole.size() + (places > 0 ? places + 1 : 0);
   out.appendBlanks(length < width ? width - length : 0);
-  out.append(whole.view());
-  if (places == 0) {
-    return;
-  }
-  char* const fraction = out.extend(places + 1);
-  *fraction = '.';
-  std::uint64_t rest = units % perWhole;
-  for (std::size_t place = places; place > 0; --place) {
-    fraction[place] = static_cast<char>('0' + rest % 10);
-    rest /= 10;
+  out.append(whole);
+  if (places > 0) {
+    out.append('.');
+    out.append(fraction);
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 #include "util/hex.hpp"
@@ -15,24 +16,18 @@ namespace xlatr {
 template <char... kSeparators>
 class TokenCursor {
  public:
-  explicit TokenCursor(std::string_view line) : next_(line.data()), end_(line.data() + line.size()) {
-    skipSeparators();
-  }
+  explicit TokenCursor(std::string_view line)
+      : next_(behindSeparators(line.data(), line.data() + line.size())), end_(line.data() + line.size()) {}
 
   [[nodiscard]] bool atEnd() const { return next_ == end_; }
 
   // The next token, or an empty text at the end of the line.
   [[nodiscard]] std::string_view peek() const {
-    const char* behind = next_;
-    while (behind != end_ && !isSeparator(*behind)) {
-      ++behind;
-    }
-    return {next_, static_cast<std::size_t>(behind - next_)};
+    return {next_, static_cast<std::size_t>(behindToken(next_, end_) - next_)};
   }
   std::string_view take() {
     const std::string_view token = peek();
-    next_ += token.size();
-    skipSeparators();
+    next_ = behindSeparators(next_ + token.size(), end_);
     return token;
   }
   // Answers whether there were as many tokens.
@@ -43,20 +38,26 @@ class TokenCursor {
     }
     return count == 0;
   }
-  // The common shape of payloads, one pair of hexadecimal digits and a separator or the end, without looking for a
-  // token's end first. Answers whether there was a pair.
-  bool takeHexPair(std::uint8_t& value) {
-    if (end_ - next_ < 2 || (end_ - next_ > 2 && !isSeparator(next_[2]))) {
-      return false;
+  // Takes tokens as long as they are pairs of hexadecimal digits, which payloads consist of, and answers how many they
+  // were; at most as many as `bytes` has room for.
+  std::size_t takeHexPairs(std::span<std::uint8_t> bytes) {
+    const char* next = next_;  // in a register: the bytes written could be anything's, this object's too
+    const char* const end = end_;
+    std::size_t taken = 0;
+    for (; taken < bytes.size(); ++taken) {
+      const std::ptrdiff_t left = end - next;
+      if (left < 2 || (left > 2 && !isSeparator(next[2]))) {
+        break;
+      }
+      const int both = hexDigitValue(next[0]) * 16 | hexDigitValue(next[1]);
+      if (both < 0) {
+        break;
+      }
+      bytes[taken] = static_cast<std::uint8_t>(both);
+      next = behindSeparators(next + 2, end);
     }
-    const int both = hexDigitValue(next_[0]) * 16 | hexDigitValue(next_[1]);
-    if (both < 0) {
-      return false;
-    }
-    value = static_cast<std::uint8_t>(both);
-    next_ += 2;
-    skipSeparators();
-    return true;
+    next_ = next;
+    return taken;
   }
   // What is left of the line.
   [[nodiscard]] std::string_view rest() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }
@@ -64,10 +65,17 @@ class TokenCursor {
  private:
   [[nodiscard]] static constexpr bool isSeparator(char character) { return ((character == kSeparators) || ...); }
 
-  void skipSeparators() {
-    while (next_ != end_ && isSeparator(*next_)) {
-      ++next_;
+  static const char* behindSeparators(const char* next, const char* end) {
+    while (next != end && isSeparator(*next)) {
+      ++next;
     }
+    return next;
+  }
+  static const char* behindToken(const char* next, const char* end) {
+    while (next != end && !isSeparator(*next)) {
+      ++next;
+    }
+    return next;
   }
 
   const char* next_;

@@ -22,56 +22,51 @@ std::string traceOf(int lines) {
   return trace;
 }
 
-TEST(ConversionThreads, convertHundredsOfFilesAtOnce) {
-  constexpr int kConversions = 300;
-  const TempFolder folder;
-  const std::string source = folder.write("source.trc", traceOf(2000));
-  Options options;
-  options.version(2.1);
-  options.asynchronous = true;
-  std::deque<Result> results(kConversions);
-  std::vector<std::uint64_t> ids;
-  for (int index = 0; index < kConversions; ++index) {
-    ConversionProgress progress{};
-    const std::string target = folder.file("out" + std::to_string(index) + ".trc");
-    ASSERT_EQ(options.convert(source.c_str(), target.c_str(), &results[static_cast<std::size_t>(index)], &progress),
-              XLATR_SUCCESS);
-    ids.push_back(progress.id);
+// Conversions of one source to out0.trc, out1.trc and so on, all running.
+struct RunningConversions {
+  RunningConversions(const TempFolder& folder, int lines, double version, std::size_t count) : results(count) {
+    const std::string source = folder.write("source.trc", traceOf(lines));
+    Options options;
+    options.version(version);
+    options.asynchronous = true;
+    for (std::size_t index = 0; index < count; ++index) {
+      ConversionProgress progress{};
+      const std::string target = folder.file("out" + std::to_string(index) + ".trc");
+      EXPECT_EQ(options.convert(source.c_str(), target.c_str(), &results[index], &progress), XLATR_SUCCESS);
+      ids.push_back(progress.id);
+    }
   }
-  for (const std::uint64_t id : ids) {
+
+  std::deque<Result> results;
+  std::vector<std::uint64_t> ids;
+};
+
+TEST(ConversionThreads, convertHundredsOfFilesAtOnce) {
+  const TempFolder folder;
+  RunningConversions running(folder, 2000, 2.1, 300);
+  for (const std::uint64_t id : running.ids) {
     waitForEnd(id);
   }
-  const std::string expected = folder.read("out0.trc");
-  const std::size_t behindPath = expected.find(";   Start time");
-  for (int index = 0; index < kConversions; ++index) {
-    const Result& result = results[static_cast<std::size_t>(index)];
-    EXPECT_EQ(result.status(), XLATR_SUCCESS) << result.text();
+  // All but the line that names the target is the same.
+  const auto behindTarget = [&folder](std::size_t index) {
     const std::string written = folder.read("out" + std::to_string(index) + ".trc");
-    EXPECT_TRUE(written.substr(written.find(";   Start time")) == expected.substr(behindPath)) << index;
+    return written.substr(written.find(";   Start time"));
+  };
+  const std::string expected = behindTarget(0);
+  for (std::size_t index = 0; index < running.results.size(); ++index) {
+    EXPECT_EQ(running.results[index].status(), XLATR_SUCCESS) << running.results[index].text();
+    EXPECT_TRUE(behindTarget(index) == expected) << index;
   }
 }
 
 TEST(ConversionThreads, tellSeveralCallersHowFarTheyAre) {
-  constexpr int kConversions = 8;
   const TempFolder folder;
-  const std::string source = folder.write("source.trc", traceOf(50000));
-  Options options;
-  options.version(2.0);
-  options.asynchronous = true;
-  std::deque<Result> results(kConversions);
-  std::vector<std::uint64_t> ids;
-  for (int index = 0; index < kConversions; ++index) {
-    ConversionProgress progress{};
-    const std::string target = folder.file("out" + std::to_string(index) + ".trc");
-    ASSERT_EQ(options.convert(source.c_str(), target.c_str(), &results[static_cast<std::size_t>(index)], &progress),
-              XLATR_SUCCESS);
-    ids.push_back(progress.id);
-  }
+  RunningConversions running(folder, 50000, 2.0, 8);
   std::vector<std::thread> callers;
-  std::atomic<int> endsSeen = 0;
+  std::atomic<std::size_t> endsSeen = 0;
   for (int caller = 0; caller < 4; ++caller) {
-    callers.emplace_back([&ids, &endsSeen] {
-      for (const std::uint64_t id : ids) {
+    callers.emplace_back([&running, &endsSeen] {
+      for (const std::uint64_t id : running.ids) {
         waitForEnd(id);
         ++endsSeen;
       }
@@ -80,8 +75,8 @@ TEST(ConversionThreads, tellSeveralCallersHowFarTheyAre) {
   for (std::thread& caller : callers) {
     caller.join();
   }
-  EXPECT_EQ(endsSeen, 4 * kConversions);
-  for (const Result& result : results) {
+  EXPECT_EQ(endsSeen, 4 * running.ids.size());
+  for (const Result& result : running.results) {
     EXPECT_TRUE(result.finished());
     EXPECT_EQ(result.files().size(), 4U);
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -40,6 +41,11 @@ std::string_view lineAt(std::string_view text, std::size_t offset) {
   const std::size_t begin = lastBreak == std::string_view::npos ? 0 : lastBreak + 1;
   const std::size_t end = text.find('\n', offset);
   return text.substr(begin, end == std::string_view::npos ? std::string_view::npos : end + 1 - begin);
+}
+
+bool updatesGoldenFiles() {
+  const char* value = std::getenv("XLATR_UPDATE_GOLDEN");
+  return value != nullptr && std::string_view(value) == "1";
 }
 
 }  // namespace
@@ -153,6 +159,15 @@ testing::AssertionResult sameBytes(std::string_view actual, std::string_view exp
   return testing::AssertionFailure() << "first difference at offset " << offset << ", line " << line << "\n  actual   "
                                      << escaped(lineAt(actual, offset)) << "\n  expected "
                                      << escaped(lineAt(expected, offset));
+}
+
+void expectGolden(const fs::path& written, const fs::path& golden) {
+  const std::string content = readFile(written);
+  if (updatesGoldenFiles()) {
+    writeFile(golden, content);
+    return;
+  }
+  EXPECT_TRUE(sameBytes(content, readFile(golden))) << "in " << written << " against " << golden;
 }
 
 const std::vector<TrcVersion>& trcVersions() {

@@ -61,6 +61,10 @@ void writeFile(const std::filesystem::path& path, std::string_view content);
 // line ends and trailing blanks visible.
 [[nodiscard]] testing::AssertionResult sameBytes(std::string_view actual, std::string_view expected);
 
+// The written file equals the golden one. With XLATR_UPDATE_GOLDEN=1 in the environment the golden one is rewritten
+// instead.
+void expectGolden(const std::filesystem::path& written, const std::filesystem::path& golden);
+
 // The seven file versions of TRC, as text and as the number that options carry.
 struct TrcVersion {
   const char* text;

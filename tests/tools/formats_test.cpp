@@ -74,7 +74,7 @@ TEST(FormatsCommand, jsonHoldsTheMatrix) {
   ASSERT_EQ(json.size(), 8U);
   for (const auto& row : json) {
     EXPECT_TRUE(row.at("format").is_string()) << row;
-    EXPECT_EQ(row.at("extension"), "." + row.at("format").get<std::string>());
+    EXPECT_EQ(row.at("extension"), std::string(".").append(row.at("format").get<std::string>()));
     EXPECT_TRUE(row.at("description").is_string()) << row;
     EXPECT_TRUE(row.at("versions").is_array()) << row;
     EXPECT_TRUE(row.at("reads").is_boolean()) << row;

@@ -8,11 +8,9 @@ namespace xlatr::cli {
 namespace {
 
 TEST(ProgressText, fillsFromTheLeft) {
-  const std::string empty(40, '.');
-  const std::string full(40, '#');
-  EXPECT_EQ(progressText(0.0), "[" + empty + "]   0 %");
-  EXPECT_EQ(progressText(50.0), "[" + full.substr(20) + empty.substr(20) + "]  50 %");
-  EXPECT_EQ(progressText(100.0), "[" + full + "] 100 %");
+  EXPECT_EQ(progressText(0.0), "[........................................]   0 %");
+  EXPECT_EQ(progressText(50.0), "[####################....................]  50 %");
+  EXPECT_EQ(progressText(100.0), "[########################################] 100 %");
 }
 
 TEST(ProgressText, showsTheEndOnlyAtTheEnd) {

@@ -43,7 +43,7 @@ CLI::App* addConvert(CLI::App& app, ConvertArguments& arguments) {
   command->add_flag("-q,--quiet", arguments.quiet, "No progress bar and no list of files; errors and warnings only");
   command->footer(
       "A target without a bus column (trc 1.0, 1.1, 2.0) becomes one file a bus, as drive_BUS1.trc;\n"
-      "a btr source becomes one file a session, as drive_S0.trc.\n\n"
+      "a btr source becomes one file a session, as drive_S1.trc.\n\n"
       "Examples:\n"
       "  xlatr convert drive.trc drive-2.1.trc --target-version 2.1\n"
       "  xlatr convert drive.trc out/drive.csv --separator tab\n"

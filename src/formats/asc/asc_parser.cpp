@@ -1,5 +1,6 @@
 #include "formats/asc/asc_parser.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -7,7 +8,6 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "util/numbers.hpp"
 #include "util/text.hpp"
@@ -82,24 +82,30 @@ bool parseTypeWord(std::string_view token, AscMessage& message) {
   return true;
 }
 
-bool parseData(AscTokens& tokens, AscMessage& message) {
-  for (std::uint32_t count = message.length; count > 0; --count) {
-    std::uint8_t byte = 0;
-    if (message.hexBase) {
-      if (!tokens.takeHexPair(byte)) {
-        tokens.require();
-        return false;
-      }
-    } else {
-      std::uint32_t value = 0;
-      if (!parseByteOfBase(tokens.require(), value, 10)) {
-        return false;
-      }
-      byte = static_cast<std::uint8_t>(value);
-    }
-    message.data.push_back(byte);
+bool parseHexData(AscTokens& tokens, AscMessage& message) {
+  auto& data = message.data;
+  data.resize(std::min<std::size_t>(message.length, tokens.rest().size()));  // a byte has at least one character
+  data.resize(tokens.takeHexPairs(data));
+  if (data.size() < message.length) {
+    tokens.require();
+    return false;
   }
   return true;
+}
+
+bool parseDecimalData(AscTokens& tokens, AscMessage& message) {
+  for (std::uint32_t count = message.length; count > 0; --count) {
+    std::uint32_t value = 0;
+    if (!parseByteOfBase(tokens.require(), value, 10)) {
+      return false;
+    }
+    message.data.push_back(static_cast<std::uint8_t>(value));
+  }
+  return true;
+}
+
+bool parseData(AscTokens& tokens, AscMessage& message) {
+  return message.hexBase ? parseHexData(tokens, message) : parseDecimalData(tokens, message);
 }
 
 // The "ID = ..." item that newer loggers put behind the data when the identifier field holds a name. Answers whether it

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <limits>
+#include <span>
 
 #include "messages/can_dlc.hpp"
 #include "util/numbers.hpp"
@@ -76,14 +78,18 @@ bool parseByteToken(std::string_view token, std::uint8_t& value) {
 enum class ByteForm { AnyWidth, Pair };
 
 bool parseData(TrcTokens& tokens, BrixMessage& message, ByteForm form) {
-  for (std::uint32_t count = message.length; count > 0; --count) {
-    std::uint8_t byte = 0;
-    if (!tokens.takeHexPair(byte) && (form == ByteForm::Pair || !parseByteToken(tokens.take(), byte))) {
-      return false;
+  auto& data = message.data;
+  data.resize(std::min<std::size_t>(message.length, tokens.rest().size()));  // a byte has at least one character
+  std::size_t count = tokens.takeHexPairs(data);
+  while (count < data.size()) {
+    if (form == ByteForm::Pair || !parseByteToken(tokens.take(), data[count])) {
+      break;
     }
-    message.data.push_back(byte);
+    ++count;
+    count += tokens.takeHexPairs(std::span(data).subspan(count));
   }
-  return true;
+  data.resize(count);
+  return count == message.length;
 }
 
 // The words of the bus status, which only their bits tell where the line does not spell them out.

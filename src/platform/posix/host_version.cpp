@@ -2,6 +2,7 @@
 
 #include <link.h>
 
+#include <bit>
 #include <cstddef>
 #include <span>
 
@@ -32,7 +33,7 @@ int readProgram(dl_phdr_info* program, std::size_t /*size*/, void* result) {
     if (header.p_type != PT_NOTE || !isLoaded(header, headers)) {
       continue;
     }
-    const auto* const start = reinterpret_cast<const std::byte*>(program->dlpi_addr + header.p_vaddr);
+    const auto* const start = std::bit_cast<const std::byte*>(program->dlpi_addr + header.p_vaddr);
     const auto note = findPackageNote({start, header.p_memsz}, header.p_align);
     if (const auto parts = note ? packageNoteVersion(*note) : std::nullopt) {
       version = {HostVersionState::Found, *parts};

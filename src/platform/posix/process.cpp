@@ -140,8 +140,9 @@ std::optional<std::uint32_t> Process::waitFor(std::chrono::milliseconds limit) {
   const auto start = std::chrono::steady_clock::now();
   while (!state_->exitCode) {
     state_->exitCode = reap(state_->id, WNOHANG);
-    // Compared as a span and not as a point in time, so that no limit is too large to add.
-    if (state_->exitCode || std::chrono::steady_clock::now() - start >= limit) {
+    // Compared in milliseconds: the largest limit fits neither a point in time nor a finer unit.
+    const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
+    if (state_->exitCode || waited >= limit) {
       break;
     }
     // A wait for one child with a limit does not exist; a signal handler belongs to the host.

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <ios>
+#include <iterator>
 
 #include <string>
 
@@ -93,6 +95,20 @@ TEST_F(TrcWriterTest, givesNoNumberToAMessageWithoutText) {
   EXPECT_EQ(folder_.read("x.trc"), "     1)       10.500  3  Rx         0123  1  AA\r\n");
 }
 
+TEST_F(TrcWriterTest, givesANumberToAMappedMessageWithoutText) {
+  TrcWriter writer(folder_.file("x.trc"), false, 1.2);
+  writer.setActive(true);
+  AscMessage mapped;
+  writer.WriteMessage(mapped);
+  mapped.parseLine("0.5 2 123 Rx d 1 AA", 7.0);
+  writer.WriteMessage(mapped);
+  writer.WriteMessage(frame());
+  writer.setActive(false);
+  EXPECT_EQ(folder_.read("x.trc"),
+            "     2)      500.000  2  Rx         0123  1  AA\r\n"
+            "     3)       10.500  3  Rx         0123  1  AA\r\n");
+}
+
 TEST_F(TrcWriterTest, putsASemicolonInFrontOfACommentThatHasNone) {
   TrcWriter writer(folder_.file("x.trc"), false, 1.2);
   writer.setActive(true);
@@ -175,6 +191,22 @@ TEST_F(TrcWriterTest, listsTheBusesOfALoggersFileByItsExactExtension) {
       EXPECT_EQ(header.find(";   N/A") == std::string::npos, test.listed) << test.source << " in " << version;
     }
   }
+}
+
+TEST_F(TrcWriterTest, writesTheHeaderOfALoggersFileByteForByte) {
+  const std::filesystem::path golden = XLATR_GOLDEN_DIR "/trc";
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.path());  // so that the header names the target as it stands in the golden file
+  for (const std::string version : {"1.3", "2.0", "2.1", "3.0"}) {
+    TrcWriter writer("out.trc", true, std::stod(version));
+    writer.setActive(true);
+    writer.WriteHeader(StubInfo("logger.btr", true, 43525.6041724653));
+    writer.setActive(false);
+    std::ifstream expected(golden / ("header-" + version + "-btr.trc"), std::ios::binary);
+    ASSERT_TRUE(expected) << version;
+    EXPECT_EQ(folder_.read("out.trc"), std::string(std::istreambuf_iterator<char>(expected), {})) << version;
+  }
+  std::filesystem::current_path(before);
 }
 
 TEST_F(TrcWriterTest, refusesAMessageOfAClassThatItDoesNotKnow) {

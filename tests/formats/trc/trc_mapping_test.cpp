@@ -1,0 +1,118 @@
+#include "formats/trc/trc_mapping.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/thread.hpp"
+#include "util/failures.hpp"
+
+namespace xlatr {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+BrixMessage mapped(std::string_view line, double version = 7.0) {
+  AscMessage source;
+  source.parseLine(line, version);
+  EXPECT_TRUE(source.valid) << line;
+  BrixMessage message;
+  message.comment = "of an earlier message";
+  message.reserved = 5;
+  mapToTrc(source, message);
+  return message;
+}
+
+TEST(TrcMapping, copiesWhatBothKnow) {
+  const BrixMessage message = mapped("1.5 3 123x Tx d 2 0A B0");
+  EXPECT_EQ(message.timeOffset, 1500.0);
+  EXPECT_EQ(message.bus, 3U);
+  EXPECT_EQ(message.type, MessageType::Tx);
+  EXPECT_EQ(message.kind, MessageKind::DT);
+  EXPECT_EQ(message.direction, MessageDirection::Tx);
+  EXPECT_EQ(message.id, 0x123U);
+  EXPECT_TRUE(message.extended);
+  EXPECT_EQ(message.length, 2U);
+  EXPECT_EQ(message.data, (Bytes{0x0A, 0xB0}));
+  EXPECT_EQ(message.comment, "");
+  EXPECT_EQ(message.parsingText, "");
+  EXPECT_EQ(message.reserved, -1);
+  EXPECT_TRUE(message.columnBased);
+  EXPECT_TRUE(message.valid);
+  EXPECT_FALSE(message.remote);
+}
+
+TEST(TrcMapping, takesTheKindFromTheFlags) {
+  const struct {
+    const char* flags;
+    MessageKind kind;
+  } cases[] = {{"0", MessageKind::DT},    {"200000", MessageKind::DT}, {"2000", MessageKind::DT},
+               {"1000", MessageKind::FD}, {"3000", MessageKind::FB},   {"5000", MessageKind::FE},
+               {"7000", MessageKind::BI}, {"10", MessageKind::RR},     {"7010", MessageKind::RR}};
+  for (const auto& test : cases) {
+    const BrixMessage message =
+        mapped("1.5 CANFD 3 Rx 123 0 0 2 2 0A B0 0 0 " + std::string(test.flags) + " 0 0 0 0 0", 8.1);
+    EXPECT_EQ(message.kind, test.kind) << test.flags;
+    EXPECT_EQ(message.remote, test.kind == MessageKind::RR) << test.flags;
+    EXPECT_EQ(message.data.size(), test.kind == MessageKind::RR ? 0U : 2U) << test.flags;
+    EXPECT_EQ(message.length, 2U) << test.flags;
+  }
+}
+
+TEST(TrcMapping, makesErrorCountersOfTwoBytes) {
+  const BrixMessage message = mapped("0.5 CAN 1 Status:error counter change (Zelkworks) - TxErr: 3 RxErr: 260");
+  EXPECT_EQ(message.kind, MessageKind::EC);
+  EXPECT_EQ(message.type, MessageType::Error);
+  EXPECT_EQ(message.direction, MessageDirection::Rx);
+  EXPECT_EQ(message.length, 2U);
+  EXPECT_EQ(message.data, (Bytes{4, 3}));
+  EXPECT_EQ(message.id, 0xFFFFFFFFU);
+}
+
+TEST(TrcMapping, takesErrorsApart) {
+  const struct {
+    const char* bits;
+    std::uint32_t id;
+    Bytes data;
+  } cases[] = {
+      {"00000000", 1, {0, 0, 0, 0}},  {"00100110", 1, {1, 6, 0, 0}},  {"01000110", 2, {0, 6, 0, 0}},
+      {"10111111", 4, {1, 31, 0, 0}}, {"11011111", 8, {0, 31, 0, 0}}, {"111011111", 8, {0, 31, 0, 0}},
+  };
+  for (const auto& test : cases) {
+    const BrixMessage message = mapped("0.5 1 ErrorFrame ECC: " + std::string(test.bits));
+    EXPECT_EQ(message.kind, MessageKind::ER) << test.bits;
+    EXPECT_EQ(message.type, MessageType::Error) << test.bits;
+    EXPECT_EQ(message.id, test.id) << test.bits;
+    EXPECT_EQ(message.length, 4U) << test.bits;
+    EXPECT_EQ(message.data, test.data) << test.bits;
+  }
+}
+
+TEST(TrcMapping, keepsTheBitsOfAStatus) {
+  const std::string before = lastErrorText(platform::currentThreadId());
+  const struct {
+    const char* text;
+    Bytes data;
+  } cases[] = {{"BusOff (Zelkworks)", {0, 0, 0, 16}},
+               {"BusHeavy, BusPassive (Zelkworks)", {0, 4, 0, 8}},
+               {"(Zelkworks)", {0, 0, 0, 0}},
+               {"BusOff and an unknown word (Zelkworks)", {0, 0, 0, 0}}};
+  for (const auto& test : cases) {
+    const BrixMessage message = mapped("0.5 CAN 1 Status:" + std::string(test.text));
+    EXPECT_EQ(message.kind, MessageKind::ST) << test.text;
+    EXPECT_EQ(message.type, MessageType::Warng) << test.text;
+    EXPECT_EQ(message.direction, MessageDirection::Rx) << test.text;
+    EXPECT_EQ(message.length, 4U) << test.text;
+    EXPECT_EQ(message.data, test.data) << test.text;
+    EXPECT_EQ(message.comment, "") << test.text;
+  }
+  EXPECT_EQ(lastErrorText(platform::currentThreadId()), before);
+}
+
+TEST(TrcMapping, knowsNoKindOfAnUnknownType) {
+  EXPECT_EQ(mapped("1.5 3 123 Unknown d 2 0A B0").kind, MessageKind::Unknown);
+}
+
+}  // namespace
+}  // namespace xlatr
