@@ -19,6 +19,18 @@ std::string fixedText(double value, int decimals) {
   return std::string(out.view());
 }
 
+// What is undefined there is for a sanitizer to see.
+TEST(TextBuffer, takesNothingWhileItIsFresh) {
+  TextBuffer out;
+  out.append(std::string_view());
+  out.appendBlanks(0);
+  out.appendRight(std::string_view(), 0);
+  EXPECT_TRUE(out.empty());
+  EXPECT_EQ(out.view(), "");
+  out.appendRight("x", 3);
+  EXPECT_EQ(out.view(), "  x");
+}
+
 TEST(AppendFixed, printsTheDecimals) {
   const struct {
     const char* name;
