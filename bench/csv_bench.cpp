@@ -56,7 +56,7 @@ void parseRows(benchmark::State& state) {
   const xlatr::CsvColumnLine line = xlatr::parseCsvColumnLine(sample.columns);
   CsvMessage message(line.separator);
   message.columns = line.columns;
-  for (auto step : state) {
+  for ([[maybe_unused]] auto step : state) {
     for (const std::string_view row : sample.rows) {
       message.reset();
       message.parseRow(row, sample.blfRows);
@@ -81,7 +81,7 @@ void printRows(benchmark::State& state) {
   }
   CsvMessage row(";");
   TextBuffer out;
-  for (auto step : state) {
+  for ([[maybe_unused]] auto step : state) {
     std::uint64_t number = 1234567;
     for (const xlatr::BrixMessage& source : sources) {
       out.clear();

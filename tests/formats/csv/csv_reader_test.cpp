@@ -101,8 +101,8 @@ TEST(CsvReader, handsOutEveryLineOfATableWithoutSeparator) {
 
 TEST(CsvReader, endsAt100PercentWithEitherLineEnd) {
   const test::TempFolder folder;
-  for (const std::string end : {"\n", "\r\n"}) {
-    CsvReader reader = openedReader(folder, "Number;Bus" + end + "1;2" + end);
+  for (const char* const content : {"Number;Bus\n1;2\n", "Number;Bus\r\n1;2\r\n"}) {
+    CsvReader reader = openedReader(folder, content);
     ASSERT_TRUE(reader.setActive(true));
     EXPECT_LT(reader.getPercentDone(), 100.0);
     EXPECT_EQ(textsOf(reader), (std::vector<std::string>{"-1;2"}));

@@ -31,6 +31,10 @@ class StubInfo final : public TraceInfo {
   bool valid_;
 };
 
+constexpr std::string_view kWideColumnLine =
+    "Number,Time (ms),Bus,Direction,Type,ID/PID "
+    "(hex),Reserved,VCID,SDT,AF,RRS,SEC,Length,D0,D1,D2,D3,D4,D5,D6,D7,,D...";
+
 class ForeignMessage final : public Message {};
 
 BrixMessage frame() {
@@ -110,8 +114,7 @@ TEST_F(CsvWriterTest, writesTheHeadOfATrcSource) {
                 "     Reserved column: Destination address of a J1939 message, if any",
                 "-------------------------------------------------------------------------------",
                 "",
-                "Number,Time (ms),Bus,Direction,Type,ID/PID (hex),Reserved,VCID,SDT,AF,RRS,SEC,Length,D0,D1,D2,D3,D4,"
-                "D5,D6,D7,,D...",
+                kWideColumnLine,
             }));
 }
 
@@ -192,7 +195,7 @@ TEST_F(CsvWriterTest, knowsTheSourceByItsExtensionInAnyCase) {
 TEST_F(CsvWriterTest, theFurtherDataStandBehindTwoSeparators) {
   for (const std::string separator : {";", ",", "\t", "::", ""}) {
     const std::string head = headOf(StubInfo("x.asc"), separator);
-    EXPECT_TRUE(head.ends_with("D7" + separator + separator + "D...\r\n")) << head;
+    EXPECT_TRUE(head.ends_with(std::string("D7").append(separator).append(separator).append("D...\r\n"))) << head;
   }
 }
 
