@@ -89,7 +89,7 @@ std::string kindOf(bool remote, bool fd, bool brs, bool esi) {
   return esi ? "FE" : "FD";
 }
 
-std::string paddedId(std::string id, bool extended) {
+std::string paddedId(const std::string& id, bool extended) {
   const std::size_t digits = extended ? 8 : 4;
   return std::string(digits - std::min(digits, id.size()), '0') + id;
 }

@@ -20,7 +20,7 @@ class ConvertCommand : public testing::Test {
  protected:
   void SetUp() override { here.write("drive.trc", traceOfBuses({1, 2})); }
 
-  const Workspace here;
+  const Workspace here{};
 };
 
 TEST_F(ConvertCommand, writesTheTargetAndNamesIt) {
@@ -180,6 +180,15 @@ TEST_F(ConvertCommand, whatTheLibraryReportsIsOneLineAndCode1) {
     EXPECT_THAT(run.errors, HasSubstr(target));
     EXPECT_EQ(run.output, "") << target;
   }
+}
+
+TEST_F(ConvertCommand, aPairWithoutReaderNamesBothFormats) {
+  here.write("log.blf", "x");
+  const Ended run = here.run({"convert", "log.blf", "x.trc"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
+  EXPECT_THAT(run.errors, HasSubstr("can't convert blf into trc"));
+  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "log.blf"));
 }
 
 TEST_F(ConvertCommand, aSourceThatIsNotValidIsWrittenWithAWarning) {

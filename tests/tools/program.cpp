@@ -5,10 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
 
 namespace xlatr::cli {
 
@@ -21,37 +17,11 @@ int openForWriting(const std::filesystem::path& path) {
   return ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
 }
 
-std::string contentsOf(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 }  // namespace
-
-Workspace::Workspace() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "xlatr-cli-XXXXXX").string();
-  if (::mkdtemp(pattern.data()) == nullptr) {
-    throw std::runtime_error("no folder for the test");
-  }
-  folder_ = pattern;
-}
-
-Workspace::~Workspace() {
-  std::error_code error;
-  std::filesystem::remove_all(folder_, error);
-}
-
-void Workspace::write(std::string_view name, std::string_view contents) const {
-  std::ofstream(folder_ / name, std::ios::binary) << contents;
-}
-
-std::string Workspace::read(std::string_view name) const {
-  return contentsOf(folder_ / name);
-}
 
 std::vector<std::string> Workspace::names() const {
   std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
     const std::string name = entry.path().filename().string();
     if (name != kOutputName && name != kErrorsName) {
       names.push_back(name);
@@ -62,11 +32,11 @@ std::vector<std::string> Workspace::names() const {
 }
 
 Ended Workspace::run(const std::vector<std::string>& arguments) const {
-  const int errors = openForWriting(folder_ / kErrorsName);
+  const int errors = openForWriting(*this / kErrorsName);
   const pid_t program = start(arguments, errors);
   ::close(errors);
   const int exitCode = wait(program);
-  return {exitCode, contentsOf(folder_ / kOutputName), contentsOf(folder_ / kErrorsName)};
+  return {exitCode, read(kOutputName), read(kErrorsName)};
 }
 
 pid_t Workspace::start(const std::vector<std::string>& arguments, int errors) const {
@@ -78,11 +48,12 @@ pid_t Workspace::start(const std::vector<std::string>& arguments, int errors) co
     pointers.push_back(word.data());
   }
   pointers.push_back(nullptr);
-  const int output = openForWriting(folder_ / kOutputName);
+  const int output = openForWriting(*this / kOutputName);
   const pid_t program = ::fork();
   if (program == 0) {
     // Only calls that are safe between fork and exec.
-    if (::chdir(folder_.c_str()) == 0 && ::dup2(output, STDOUT_FILENO) >= 0 && ::dup2(errors, STDERR_FILENO) >= 0) {
+    if (::chdir(folder_.path().c_str()) == 0 && ::dup2(output, STDOUT_FILENO) >= 0 &&
+        ::dup2(errors, STDERR_FILENO) >= 0) {
       ::execv(pointers.front(), pointers.data());
     }
     ::_exit(127);

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "support/temp_folder.hpp"
+
 namespace xlatr::cli {
 
 // What a program left that has ended. One that a signal ended has 128 and the signal as its exit code.
@@ -17,19 +19,16 @@ struct Ended {
   std::string errors;
 };
 
-// A fresh folder that is removed with the object; the program runs in it.
+// A folder of its own in which the program runs.
 class Workspace {
  public:
-  Workspace();
-  ~Workspace();
-  Workspace(const Workspace&) = delete;
-  Workspace& operator=(const Workspace&) = delete;
-
   // The path of a name in the folder.
-  [[nodiscard]] std::filesystem::path operator/(std::string_view name) const { return folder_ / name; }
+  [[nodiscard]] std::filesystem::path operator/(std::string_view name) const { return folder_.path() / name; }
 
-  void write(std::string_view name, std::string_view contents) const;
-  [[nodiscard]] std::string read(std::string_view name) const;
+  void write(std::string_view name, std::string_view contents) const {
+    static_cast<void>(folder_.write(name, contents));
+  }
+  [[nodiscard]] std::string read(std::string_view name) const { return folder_.read(name); }
   // The names in the folder, sorted.
   [[nodiscard]] std::vector<std::string> names() const;
 
@@ -41,7 +40,7 @@ class Workspace {
   [[nodiscard]] static int wait(pid_t program);
 
  private:
-  std::filesystem::path folder_;
+  test::TempFolder folder_;
 };
 
 // A TRC trace of version 2.1 with one frame on each of the buses.

@@ -172,25 +172,30 @@ Leftover leftoverOf(const TargetFiles& files) {
 }
 
 [[noreturn]] void failConversion(const std::string& source, const TargetFiles& files, const std::string& reason) {
-  // What the library says of a pair of formats that it has no reader or no writer for is short.
-  if (reason.find("not supported") != std::string::npos ||
-      reason.find("converting object is invalid") != std::string::npos) {
-    fail(source + ": " + reason + "; see 'xlatr formats' for what can be converted");
-  }
   const Leftover leftover = leftoverOf(files);
   fail(source + ": " + reason + "; " + leftover.state + ": mend that and " + leftover.retry);
 }
 
-void requireSuccess(const ConvertArguments& arguments, const TargetFiles& files, const ConversionOutcome& outcome) {
+// The library's own words for a pair of formats that it has no reader or no writer for don't say which.
+bool isMissingReaderOrWriter(const std::string& reason) {
+  return reason.find("not supported") != std::string::npos ||
+         reason.find("converting object is invalid") != std::string::npos;
+}
+
+void requireSuccess(const ConversionRequest& request, const TargetFiles& files, const ConversionOutcome& outcome) {
   switch (outcome.status) {
     case XLATR_SUCCESS:
       return;
     case XLATR_NOTHING_CONVERTED:
-      fail(arguments.source + ": there is nothing to convert in it; check the file and the sessions you named");
+      fail(request.source + ": there is nothing to convert in it; check the file and the sessions you named");
     case XLATR_FAILED:
-      failConversion(arguments.source, files, outcome.text.empty() ? "the conversion failed" : outcome.text);
+      if (isMissingReaderOrWriter(outcome.text)) {
+        fail(request.source + ": this version of xlatr can't convert " + formatName(formatOfFile(request.source)) +
+             " into " + formatName(request.format) + " (" + outcome.text + "); choose another target format");
+      }
+      failConversion(request.source, files, outcome.text.empty() ? "the conversion failed" : outcome.text);
     default:
-      failConversion(arguments.source, files,
+      failConversion(request.source, files,
                      "the conversion ended with the unknown status " + std::to_string(outcome.status));
   }
 }
@@ -222,7 +227,7 @@ ExitCode runConvert(const ConvertArguments& arguments) {
     printError(arguments.source + ": interrupted; " + leftover.state + ", " + leftover.retry);
     return ExitCode::Interrupted;
   }
-  requireSuccess(arguments, files, outcome);
+  requireSuccess(request, files, outcome);
 
   if (!arguments.quiet) {
     printWritten(files, outcome.files);
