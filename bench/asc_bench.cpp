@@ -54,7 +54,7 @@ void countLines(benchmark::State& state, const Sample& sample) {
 void parseLines(benchmark::State& state) {
   const Sample& sample = kSamples[state.range(0)];
   AscMessage message;
-  for (auto step : state) {
+  for ([[maybe_unused]] auto step : state) {
     for (const std::string_view line : sample.lines) {
       message.reset();
       message.parseLine(line, sample.version);
@@ -75,7 +75,7 @@ void printLines(benchmark::State& state) {
   }
   AscMessage message;
   TextBuffer line;
-  for (auto step : state) {
+  for ([[maybe_unused]] auto step : state) {
     for (const BrixMessage& source : sources) {
       mapToAsc(source, message);
       line.clear();

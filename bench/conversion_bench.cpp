@@ -101,7 +101,7 @@ void convert(const std::string& source, const std::string& target, TraceFormat f
 }
 
 void measure(benchmark::State& state, const Source& source, TraceFormat format, double version) {
-  const std::string target = benchFolder().path(format == XLATR_FORMAT_ASC ? "target.asc" : "target.trc");
+  const std::string target = benchFolder().path("target");  // which gets the extension of its format
   try {
     for ([[maybe_unused]] auto step : state) {
       convert(source.path, target, format, version);
@@ -148,6 +148,14 @@ void convertPlainFromAsc(benchmark::State& state) {
   measure(state, plainLog(state.range(0)), XLATR_FORMAT_TRC, static_cast<double>(state.range(1)) / 10);
 }
 
+void convertPlainToCsv(benchmark::State& state) {
+  measure(state, plainSource(), XLATR_FORMAT_CSV, 1.0);
+}
+
+void convertMixedToCsv(benchmark::State& state) {
+  measure(state, mixedSource(), XLATR_FORMAT_CSV, 1.0);
+}
+
 BENCHMARK(convertPlain)
     ->ArgName("version_x10")
     ->Arg(20)
@@ -166,6 +174,8 @@ BENCHMARK(convertMixed)
     ->Unit(benchmark::kMillisecond)
     ->MeasureProcessCPUTime()
     ->UseRealTime();
+BENCHMARK(convertPlainToCsv)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+BENCHMARK(convertMixedToCsv)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 
 BENCHMARK(convertPlainToAsc)
     ->ArgName("version_x10")

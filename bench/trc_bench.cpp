@@ -52,7 +52,7 @@ void countLines(benchmark::State& state, const Sample& sample) {
 void parseLines(benchmark::State& state) {
   const Sample& sample = kSamples[state.range(0)];
   BrixMessage message;
-  for (auto step : state) {
+  for ([[maybe_unused]] auto step : state) {
     for (const std::string_view line : sample.lines) {
       message.reset();
       message.parseLine(line, sample.version, sample.columns);
@@ -70,7 +70,7 @@ void printLines(benchmark::State& state) {
     messages[index].parseLine(sample.lines[index], sample.version, sample.columns);
   }
   TextBuffer line;
-  for (auto step : state) {
+  for ([[maybe_unused]] auto step : state) {
     for (const BrixMessage& message : messages) {
       line.clear();
       message.appendText(line, sample.version, 1234567, sample.columns);

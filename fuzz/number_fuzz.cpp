@@ -51,20 +51,25 @@ void checkNumbers(std::string_view text) {
           attemptOut<std::int16_t>([text](auto& out) { return tryParseInt16Hex(text, out); }));
   require(attempt([text] { return parseUInt32Auto(text); }) ==
           attemptOut<std::uint32_t>([text](auto& out) { return tryParseUInt32Auto(text, out); }));
+  require(attempt([text] { return parseByteAuto(text); }) ==
+          attemptOut<std::uint8_t>([text](auto& out) { return tryParseByteAuto(text, out); }));
+  require(attempt([text] { return parseUInt64(text); }) ==
+          attemptOut<std::uint64_t>([text](auto& out) { return tryParseUInt64(text, out); }));
   for (const int base : {0, 2, 8, 10, 16, 36}) {
     require(attempt([text, base] { return parseUInt32(text, base); }) ==
             attemptOut<std::uint32_t>([text, base](auto& out) { return tryParseUInt32(text, out, base); }));
     attempt([text, base] { return parseByte(text, base); });
   }
-  attempt([text] { return parseBool(text); });
+  require(attempt([text] { return parseBool(text); }) ==
+          attemptOut<bool>([text](bool& out) { return tryParseBool(text, out); }));
   attempt([text] { return parseHexPair(text); });
-  attempt([text] { return parseByteAuto(text); });
 
   // A wider parser accepts whatever a narrower one does, with the same value.
   const auto narrow = attempt([text] { return parseUInt16(text); });
   const auto wide = attempt([text] { return parseUInt32(text, 10); });
   const auto widest = attempt([text] { return parseUInt64(text); });
   const auto withSign = attempt([text] { return parseInt32(text); });
+  require(narrow == attemptOut<std::uint16_t>([text](auto& out) { return tryParseUInt16(text, out); }));
   require(!narrow || (wide && *wide == *narrow));
   require(!wide || (widest && *widest == *wide));
   require(!narrow || (withSign && *withSign == *narrow));

@@ -50,6 +50,8 @@ typedef struct AscInfo AscInfo;
 typedef struct AscReader AscReader;
 typedef struct AscWriter AscWriter;
 typedef struct MessageAsc MessageAsc;
+typedef struct CsvInfo CsvInfo;
+typedef struct CsvWriter CsvWriter;
 
 /* ---- ConverterLastError: the last failure of a thread ------------------------------------------------------------ */
 
@@ -272,6 +274,67 @@ XLATR_API void AscWriter_setOwnerBus(AscWriter* writer, int32_t bus);
 XLATR_API uint32_t AscWriter_getSourcePathSize(const AscWriter* writer);
 XLATR_API void AscWriter_getSourcePath(const AscWriter* writer, char* buffer, uint32_t bufferSize);
 XLATR_API void AscWriter_setSourcePath(AscWriter* writer, const char* path);
+
+/* ---- CsvInfo: the head of a CSV table ---------------------------------------------------------------------------- */
+/* Tables are a target of conversions and no source, so there is nothing to construct one with. The first group is about
+   the format itself and needs no object. */
+
+XLATR_API uint32_t CsvInfo_getFormatDescriptionSize(void);
+XLATR_API void CsvInfo_getFormatDescription(char* buffer, uint32_t bufferSize);
+/* Empty: the array may be null. */
+XLATR_API const TraceFormat* CsvInfo_GetAllowedConvertions(void);
+XLATR_API uint32_t CsvInfo_GetAllowedConvertionsSize(void);
+XLATR_API const double* CsvInfo_GetSupportedVersions(void);
+XLATR_API uint32_t CsvInfo_GetSupportedVersionsSize(void);
+XLATR_API double CsvInfo_GetCurrentVersion(void);
+XLATR_API uint32_t CsvInfo_GetExtensionSize(void);
+XLATR_API void CsvInfo_GetExtension(char* buffer, uint32_t bufferSize);
+/* Whether the file is a CSV file by its name. */
+XLATR_API bool CsvInfo_getValid(const CsvInfo* info);
+/* Always 0.0: tables state no version. */
+XLATR_API double CsvInfo_GetVersion(const CsvInfo* info);
+/* The start of the recording in days since 1899-12-30; 0.0 when the head states none. */
+XLATR_API double CsvInfo_getStartTime(const CsvInfo* info);
+XLATR_API uint32_t CsvInfo_getPathSize(const CsvInfo* info);
+XLATR_API void CsvInfo_getPath(const CsvInfo* info, char* buffer, uint32_t bufferSize);
+
+/* ---- CsvWriter: writes a CSV table ------------------------------------------------------------------------------- */
+
+/* No file is touched before setActive. CSV has the one version 1.0. */
+XLATR_API CsvWriter* CsvWriter_Construct(const char* targetPath, bool overrideExistingFile, double version);
+XLATR_API void CsvWriter_Destruct(CsvWriter* writer);
+/* A new, inactive writer with the same target path, override flag, version and owner bus, and with the separator ";";
+   the caller owns it. */
+XLATR_API CsvWriter* CsvWriter_CreateNew(const CsvWriter* writer);
+/* Write the head and the names of the columns, with the source's path and start time; the second form sets the start
+   time (days since 1899-12-30). A source that is not valid gets no head. */
+XLATR_API void CsvWriter_WriteHeader(CsvWriter* writer, const ITraceInfo* source);
+XLATR_API void CsvWriter_WriteHeader_2(CsvWriter* writer, const ITraceInfo* source, double startTime);
+/* Writes the text as a line of its own, as it is; an empty one writes nothing. */
+XLATR_API void CsvWriter_WriteComment(CsvWriter* writer, const char* text);
+/* Writes the message as a numbered row, also one that is not valid. */
+XLATR_API void CsvWriter_WriteMessage(CsvWriter* writer, const IMessage* message);
+/* true checks the target path and creates the file, false flushes and closes it; no effect when nothing changes. */
+XLATR_API void CsvWriter_setActive(CsvWriter* writer, bool active);
+XLATR_API bool CsvWriter_getActive(const CsvWriter* writer);
+/* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
+   at any time. A target equal to the source is refused when the writer becomes active. */
+XLATR_API uint32_t CsvWriter_getTargetPathSize(const CsvWriter* writer);
+XLATR_API void CsvWriter_getTargetPath(const CsvWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void CsvWriter_setTargetPath(CsvWriter* writer, const char* path);
+XLATR_API double CsvWriter_getTargetVersion(const CsvWriter* writer);
+XLATR_API void CsvWriter_setTargetVersion(CsvWriter* writer, double version);
+XLATR_API TraceFormat CsvWriter_getTargetFormat(const CsvWriter* writer);
+XLATR_API bool CsvWriter_getOverrideExistingFile(const CsvWriter* writer);
+XLATR_API void CsvWriter_setOverrideExistingFile(CsvWriter* writer, bool overrideExistingFile);
+/* The bus whose messages the writer is for, -1 for none; the writer itself does not look at it. */
+XLATR_API int32_t CsvWriter_getOwnerBus(const CsvWriter* writer);
+XLATR_API void CsvWriter_setOwnerBus(CsvWriter* writer, int32_t bus);
+XLATR_API uint32_t CsvWriter_getSourcePathSize(const CsvWriter* writer);
+XLATR_API void CsvWriter_getSourcePath(const CsvWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void CsvWriter_setSourcePath(CsvWriter* writer, const char* path);
+/* What stands between cells, of any length, by default ";". Cells are never quoted. Refused like the other setters. */
+XLATR_API void CsvWriter_setSeparator(CsvWriter* writer, const char* separator);
 
 #ifdef __cplusplus
 }

@@ -52,11 +52,9 @@ inline std::uint32_t countOf(std::size_t count) {
     return xlatr::formatRow(format).currentVersion;                                                                    \
   }
 
-// What an information family answers of its object.
-#define XLATR_INFO_OBJECT_FAMILY(Family)                 \
-  void Family##_Destruct(::Family* handle) {             \
-    xlatr::capi::destruct(handle);                       \
-  }                                                      \
+// What an information family answers of its object, and the end of that. The first alone is for a family whose objects
+// the library keeps.
+#define XLATR_INFO_OBJECT_GETTERS(Family)                \
   double Family##_GetVersion(const ::Family* handle) {   \
     return xlatr::capi::object(handle).getVersion();     \
   }                                                      \
@@ -64,6 +62,11 @@ inline std::uint32_t countOf(std::size_t count) {
     return xlatr::capi::object(handle).getStartTime();   \
   }                                                      \
   XLATR_TEXT_PAIR(Family, getPath, getPathSize, self.getPath())
+#define XLATR_INFO_OBJECT_FAMILY(Family)     \
+  void Family##_Destruct(::Family* handle) { \
+    xlatr::capi::destruct(handle);           \
+  }                                          \
+  XLATR_INFO_OBJECT_GETTERS(Family)
 
 // A reader over an information family and a message family.
 #define XLATR_READER_FAMILY(Family, InfoFamily, MessageFamily)                                        \

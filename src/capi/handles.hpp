@@ -10,6 +10,8 @@
 #include "formats/asc/asc_message.hpp"
 #include "formats/asc/asc_reader.hpp"
 #include "formats/asc/asc_writer.hpp"
+#include "formats/csv/csv_info.hpp"
+#include "formats/csv/csv_writer.hpp"
 #include "formats/trc/trc_info.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_reader.hpp"
@@ -35,6 +37,8 @@ XLATR_HANDLE(IMessage, xlatr::IMessage, xlatr::IMessage);
 XLATR_HANDLE(ITraceInfo, xlatr::ITraceInfo, xlatr::ITraceInfo);
 XLATR_HANDLE(BaseTraceInfo, xlatr::BaseTraceInfo, xlatr::BaseTraceInfo);
 XLATR_HANDLE(TraceFileInfo, xlatr::BaseTraceInfo, xlatr::TraceFileInfo);
+XLATR_HANDLE(CsvInfo, xlatr::ITraceInfo, xlatr::CsvInfo);
+XLATR_HANDLE(CsvWriter, xlatr::ITraceWriter, xlatr::CsvWriter);
 XLATR_HANDLE(TrcInfo, xlatr::ITraceInfo, xlatr::TrcInfo);
 XLATR_HANDLE(TrcReader, xlatr::ITraceReader, xlatr::TrcReader);
 XLATR_HANDLE(TrcWriter, xlatr::ITraceWriter, xlatr::TrcWriter);

@@ -6,6 +6,7 @@
 #include "core/asc_source.hpp"
 #include "core/trc_source.hpp"
 #include "formats/asc/asc_writer.hpp"
+#include "formats/csv/csv_writer.hpp"
 #include "formats/trc/trc_writer.hpp"
 
 namespace xlatr {
@@ -16,9 +17,16 @@ std::unique_ptr<ITraceWriter> makePlainWriter(const WriterSettings& /*settings*/
   return std::make_unique<Writer>();
 }
 
+std::unique_ptr<ITraceWriter> makeCsvWriter(const WriterSettings& settings) {
+  auto writer = std::make_unique<CsvWriter>();
+  writer->setSeparator(settings.separator);
+  return writer;
+}
+
 constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
     FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
+    FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
 };
 
 const FormatFactory* factoryOf(FormatFactories factories, TraceFormat format) {

@@ -182,11 +182,20 @@ auto parseAuto(std::string_view text, Parse parse) {
 }  // namespace
 
 bool parseBool(std::string_view text) {
-  const std::string_view body = trimmed(text);
-  if (body != "0" && body != "1") {
+  bool value = false;
+  if (!tryParseBool(text, value)) {
     throwParsingFailure("Bool is not 0 nor 1", text);
   }
-  return body == "1";
+  return value;
+}
+
+bool tryParseBool(std::string_view text, bool& out) noexcept {
+  const std::string_view body = trimmed(text);
+  if (body != "0" && body != "1") {
+    return false;
+  }
+  out = body == "1";
+  return true;
 }
 
 std::uint8_t parseHexPair(std::string_view text) {
@@ -218,6 +227,10 @@ bool tryParseByte(std::string_view text, std::uint8_t& out) noexcept {
 
 std::uint16_t parseUInt16(std::string_view text) {
   return parseUnsigned<std::uint16_t>(text, kUInt16Form);
+}
+
+bool tryParseUInt16(std::string_view text, std::uint16_t& out) noexcept {
+  return tryParseUnsigned(text, out, kUInt16Form);
 }
 
 std::int16_t parseInt16Hex(std::string_view text) {
@@ -259,6 +272,12 @@ std::int32_t parseInt32(std::string_view text) {
 
 std::uint8_t parseByteAuto(std::string_view text) {
   return parseAuto(text, parseByte);
+}
+
+bool tryParseByteAuto(std::string_view text, std::uint8_t& out) noexcept {
+  const PrefixedNumber number = readPrefix(text);
+  const NumberForm* form = findForm(kByteForms, number.base);
+  return !number.hasSuffix && form != nullptr && tryParseUnsigned(number.digits, out, *form);
 }
 
 std::uint32_t parseUInt32Auto(std::string_view text) {

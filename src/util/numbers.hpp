@@ -20,6 +20,7 @@ namespace xlatr {
 
 // "0" or "1" with blanks around; unlike a number, an empty text is none of them.
 [[nodiscard]] bool parseBool(std::string_view text);
+[[nodiscard]] bool tryParseBool(std::string_view text, bool& out) noexcept;
 
 // Exactly two hexadecimal digits, without blanks.
 [[nodiscard]] std::uint8_t parseHexPair(std::string_view text);
@@ -29,6 +30,7 @@ namespace xlatr {
 [[nodiscard]] bool tryParseByte(std::string_view text, std::uint8_t& out) noexcept;
 
 [[nodiscard]] std::uint16_t parseUInt16(std::string_view text);
+[[nodiscard]] bool tryParseUInt16(std::string_view text, std::uint16_t& out) noexcept;
 
 // Hexadecimal of a signed 16-bit number without a sign: 0 to 7FFF. A number with the top bit set is out of range and
 // not a negative one.
@@ -52,6 +54,7 @@ namespace xlatr {
 // A text that ends in "h" is always refused as a bad hexadecimal number, even "10h": readers take a refused token for a
 // name, and files have been read that way ever since. The failure shows a zero character in the place of the "h".
 [[nodiscard]] std::uint8_t parseByteAuto(std::string_view text);
+[[nodiscard]] bool tryParseByteAuto(std::string_view text, std::uint8_t& out) noexcept;
 [[nodiscard]] std::uint32_t parseUInt32Auto(std::string_view text);
 [[nodiscard]] bool tryParseUInt32Auto(std::string_view text, std::uint32_t& out) noexcept;
 

@@ -1,5 +1,6 @@
 #include "util/render.hpp"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -47,6 +48,21 @@ std::string formatted(double value, std::chars_format format, int precision) {
   return {text.data(), result.ptr};
 }
 
+// `units` is the value in units of its last decimal place.
+void appendUnits(TextBuffer& out, std::uint64_t units, int decimals, std::size_t width) {
+  const auto places = static_cast<std::size_t>(decimals);
+  const Digits digits(units, places + 1);
+  const std::string_view whole = digits.view().substr(0, digits.view().size() - places);
+  const std::string_view fraction = digits.view().substr(whole.size());
+  const std::size_t length = whole.size() + (places > 0 ? places + 1 : 0);
+  out.appendBlanks(length < width ? width - length : 0);
+  out.append(whole);
+  if (places > 0) {
+    out.append('.');
+    out.append(fraction);
+  }
+}
+
 }  // namespace
 
 std::string formatFixed(double value, int precision) {
@@ -66,17 +82,24 @@ void appendRoundedFixed(TextBuffer& out, double value, int decimals, std::size_t
     out.appendRight(formatFixed(scaled / scale, decimals), width);
     return;
   }
-  const auto places = static_cast<std::size_t>(decimals);
-  const Digits digits(static_cast<std::uint64_t>(scaled), places + 1);
-  const std::string_view whole = digits.view().substr(0, digits.view().size() - places);
-  const std::string_view fraction = digits.view().substr(whole.size());
-  const std::size_t length = whole.size() + (places > 0 ? places + 1 : 0);
-  out.appendBlanks(length < width ? width - length : 0);
-  out.append(whole);
-  if (places > 0) {
-    out.append('.');
-    out.append(fraction);
+  appendUnits(out, static_cast<std::uint64_t>(scaled), decimals, width);
+}
+
+void appendFixed(TextBuffer& out, double value, int decimals) {
+  const double scaled = value * kPowersOfTen[static_cast<std::size_t>(decimals)];
+  // The product is off by less than kDoubt up to the limit. So, further than that from the middle between two units, it
+  // rounds as the exact value does.
+  constexpr double kLimit = 1e12;
+  constexpr double kDoubt = 1e-3;
+  if (scaled >= 0.0 && scaled < kLimit && !std::signbit(scaled)) {
+    const auto units = static_cast<std::uint64_t>(scaled);
+    const double rest = scaled - static_cast<double>(units);
+    if (std::fabs(rest - 0.5) > kDoubt) {
+      appendUnits(out, units + (rest > 0.5 ? 1 : 0), decimals, 0);
+      return;
+    }
   }
+  out.append(formatFixed(value, decimals));
 }
 
 void appendDecimal(TextBuffer& out, std::uint64_t value) {
@@ -101,18 +124,26 @@ void appendHexRight(TextBuffer& out, std::uint32_t value, std::size_t width) {
   out.appendRight(hexDigits(text, value, 1), width);
 }
 
-void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes) {
+void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes, std::string_view separator) {
   if (bytes.empty()) {
     return;
   }
-  char* end = out.extend(bytes.size() * 3 - 1);
+  char* end = out.extend(bytes.size() * 2 + (bytes.size() - 1) * separator.size());
   const auto put = [&end](std::uint8_t byte) {
     std::memcpy(end, kHexPairs[byte].data(), 2);
     end += 2;
   };
   put(bytes.front());
+  if (separator.size() == 1) {
+    // What nearly all lines have: a byte is stored, where the general form would call a function.
+    for (const std::uint8_t byte : bytes.subspan(1)) {
+      *end++ = separator.front();
+      put(byte);
+    }
+    return;
+  }
   for (const std::uint8_t byte : bytes.subspan(1)) {
-    *end++ = ' ';
+    end = std::copy(separator.begin(), separator.end(), end);
     put(byte);
   }
 }

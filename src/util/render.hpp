@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "util/text_buffer.hpp"
 
@@ -16,6 +17,9 @@ namespace xlatr {
 // The value with up to `precision` significant digits, without trailing zeros, in scientific notation when its exponent
 // is below -4 or at or above the precision ("%.*g").
 [[nodiscard]] std::string formatGeneral(double value, int precision);
+
+// formatFixed into a buffer, exact to the last digit. At most 9 decimals.
+void appendFixed(TextBuffer& out, double value, int decimals);
 
 // The value rounded to `decimals` places first (half away from zero, so that 123.45 becomes 123.5), then in fixed
 // notation, right-aligned in `width` columns. At most 9 decimals.
@@ -31,8 +35,8 @@ void appendHex(TextBuffer& out, std::uint32_t value, std::size_t digits);
 // The digits without fill, right-aligned with blanks in `width` columns.
 void appendHexRight(TextBuffer& out, std::uint32_t value, std::size_t width);
 
-// Two upper-case hexadecimal digits for each byte, joined by one blank.
-void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes);
+// Two upper-case hexadecimal digits for each byte, joined by the separator.
+void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes, std::string_view separator = " ");
 
 // An identifier as TRC lines show it: eight columns, right-aligned; eight zero-filled upper-case hexadecimal digits for
 // an extended one, at least `width` of them for a base one.

@@ -30,8 +30,17 @@ class TextBuffer {
   }
 
   void append(char character) { *extend(1) = character; }
-  void append(std::string_view text) { std::memcpy(extend(text.size()), text.data(), text.size()); }
-  void appendBlanks(std::size_t count) { std::memset(extend(count), ' ', count); }
+  // Neither memcpy nor memset may be given the null pointer that an empty text and a fresh buffer have.
+  void append(std::string_view text) {
+    if (!text.empty()) {
+      std::memcpy(extend(text.size()), text.data(), text.size());
+    }
+  }
+  void appendBlanks(std::size_t count) {
+    if (count > 0) {
+      std::memset(extend(count), ' ', count);
+    }
+  }
 
   // The text padded with blanks to `width` characters; longer texts stay whole.
   void appendRight(std::string_view text, std::size_t width) {

@@ -72,6 +72,7 @@ TEST(Objects, ignoreNullInDestruct) {
   TrcReader_Destruct(nullptr);
   TrcWriter_Destruct(nullptr);
   MessageCan_Destruct(nullptr);
+  CsvWriter_Destruct(nullptr);
 }
 
 TEST(Objects, refuseNullEverywhereElse) {
@@ -81,6 +82,23 @@ TEST(Objects, refuseNullEverywhereElse) {
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(TraceFileInfo_getSize(nullptr)); }), expected);
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(TrcReader_Construct(nullptr)); }), expected);
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(MessageCan_getBus(nullptr)); }), expected);
+  EXPECT_EQ(processingFailureOf([] { static_cast<void>(CsvInfo_getValid(nullptr)); }), expected);
+  EXPECT_EQ(processingFailureOf([] { CsvWriter_setSeparator(nullptr, ","); }), expected);
+}
+
+TEST(Objects, refuseAnObjectOfAnotherFamily) {
+  const std::string expected = "Object is of another class";
+  TrcWriter* const writer = TrcWriter_Construct("x.trc", false, 1.2);
+  auto* const cast = reinterpret_cast<CsvWriter*>(writer);
+  EXPECT_EQ(processingFailureOf([cast] { CsvWriter_setSeparator(cast, ","); }), expected);
+  TrcWriter_Destruct(writer);
+  TrcInfo* const info = TrcInfo_Construct_2("x.trc");
+  const auto* const castInfo = reinterpret_cast<const CsvInfo*>(info);
+  EXPECT_EQ(processingFailureOf([castInfo] { static_cast<void>(CsvInfo_getValid(castInfo)); }), expected);
+  EXPECT_EQ(processingFailureOf([castInfo] { static_cast<void>(CsvInfo_GetVersion(castInfo)); }), expected);
+  EXPECT_EQ(processingFailureOf([castInfo] { static_cast<void>(CsvInfo_getStartTime(castInfo)); }), expected);
+  EXPECT_EQ(processingFailureOf([castInfo] { static_cast<void>(CsvInfo_getPathSize(castInfo)); }), expected);
+  TrcInfo_Destruct(info);
 }
 
 TEST(BaseTraceInfoExports, describeFormatsByFlag) {
@@ -258,6 +276,69 @@ TEST_F(ObjectsTest, anActiveWriterRefusesNewPropertiesByExceptionAndByText) {
   EXPECT_EQ(lastError(), kFrozen);
   EXPECT_EQ(processingFailureOf([writer] { TrcWriter_setOwnerBus(writer, 1); }), kFrozen);
   TrcWriter_Destruct(writer);
+}
+
+TEST(CsvInfoExports, answerForTheFormatWithoutAnObject) {
+  EXPECT_EQ(textOf(CsvInfo_getFormatDescriptionSize(), CsvInfo_getFormatDescription), "Character-separated values");
+  EXPECT_EQ(textOf(CsvInfo_GetExtensionSize(), CsvInfo_GetExtension), ".csv");
+  EXPECT_EQ(CsvInfo_GetCurrentVersion(), 1.0);
+  EXPECT_EQ(CsvInfo_GetAllowedConvertionsSize(), 0U);
+  static_cast<void>(CsvInfo_GetAllowedConvertions());
+  ASSERT_EQ(CsvInfo_GetSupportedVersionsSize(), 1U);
+  EXPECT_EQ(CsvInfo_GetSupportedVersions()[0], 1.0);
+}
+
+TEST_F(ObjectsTest, csvWriterKeepsWhatItsSettersSet) {
+  CsvWriter* const writer = CsvWriter_Construct("a.csv", true, 1.0);
+  EXPECT_EQ(TEXT_OF(CsvWriter, getTargetPath, getTargetPathSize, writer), "a.csv");
+  EXPECT_TRUE(CsvWriter_getOverrideExistingFile(writer));
+  EXPECT_EQ(CsvWriter_getTargetVersion(writer), 1.0);
+  EXPECT_EQ(CsvWriter_getOwnerBus(writer), -1);
+  EXPECT_EQ(CsvWriter_getTargetFormat(writer), XLATR_FORMAT_CSV);
+  EXPECT_FALSE(CsvWriter_getActive(writer));
+  CsvWriter_setTargetPath(writer, "b.csv");
+  CsvWriter_setOverrideExistingFile(writer, false);
+  CsvWriter_setTargetVersion(writer, 2.0);
+  CsvWriter_setOwnerBus(writer, 5);
+  CsvWriter_setSourcePath(writer, "s.trc");
+  CsvWriter_setSeparator(writer, ",");
+  EXPECT_EQ(TEXT_OF(CsvWriter, getTargetPath, getTargetPathSize, writer), "b.csv");
+  EXPECT_FALSE(CsvWriter_getOverrideExistingFile(writer));
+  EXPECT_EQ(CsvWriter_getTargetVersion(writer), 2.0);
+  EXPECT_EQ(CsvWriter_getOwnerBus(writer), 5);
+  EXPECT_EQ(TEXT_OF(CsvWriter, getSourcePath, getSourcePathSize, writer), "s.trc");
+
+  CsvWriter* const fresh = CsvWriter_CreateNew(writer);
+  EXPECT_EQ(TEXT_OF(CsvWriter, getTargetPath, getTargetPathSize, fresh), "b.csv");
+  EXPECT_EQ(CsvWriter_getTargetVersion(fresh), 2.0);
+  EXPECT_EQ(CsvWriter_getOwnerBus(fresh), 5);
+  EXPECT_EQ(TEXT_OF(CsvWriter, getSourcePath, getSourcePathSize, fresh), "");
+  CsvWriter_Destruct(fresh);
+  CsvWriter_Destruct(writer);
+}
+
+TEST_F(ObjectsTest, csvWriterWritesAWholeTable) {
+  TrcInfo* const info = TrcInfo_Construct_2(path_.c_str());
+  TrcReader* const reader = TrcReader_Construct(info);
+  CsvWriter* const writer = CsvWriter_Construct(folder_.file("y.csv").c_str(), false, 1.0);
+  ASSERT_TRUE(TrcReader_setActive(reader, true));
+  CsvWriter_setSeparator(writer, ",");
+  CsvWriter_setActive(writer, true);
+  EXPECT_TRUE(CsvWriter_getActive(writer));
+  EXPECT_EQ(processingFailureOf([writer] { CsvWriter_setSeparator(writer, "#"); }), kFrozen);
+  CsvWriter_WriteHeader_2(writer, reinterpret_cast<const ITraceInfo*>(info), 44404.5);
+  CsvWriter_WriteComment(writer, "a comment");
+  MessageCan* message = nullptr;
+  ASSERT_TRUE(TrcReader_ReadNextMessage(reader, &message));
+  CsvWriter_WriteMessage(writer, reinterpret_cast<const IMessage*>(message));
+  MessageCan_Destruct(message);
+  CsvWriter_setActive(writer, false);
+  CsvWriter_Destruct(writer);
+  TrcReader_Destruct(reader);
+  TrcInfo_Destruct(info);
+  const std::string written = folder_.read("y.csv");
+  EXPECT_TRUE(written.starts_with("$STARTTIME=44404.5\r\n")) << written;
+  EXPECT_TRUE(written.ends_with(",,D...\r\na comment\r\n1,10.500,3,Rx,DT,0123,-,-,-,-,-,-,1,AA\r\n")) << written;
 }
 
 TEST(ConverterLastErrorExports, keepTheLaterTextOfEachThread) {

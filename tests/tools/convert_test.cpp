@@ -67,6 +67,25 @@ TEST_F(ConvertCommand, convertsToAnAscLogAndBack) {
   EXPECT_THAT(here.names(), ElementsAre("back.trc", "drive.trc", "x.asc"));
 }
 
+TEST_F(ConvertCommand, aTableHasTheSeparatorThatWasAskedFor) {
+  struct Case {
+    std::vector<std::string> arguments;
+    const char* separator;
+  };
+  for (const auto& [arguments, separator] : std::initializer_list<Case>{
+           {{}, ";"}, {{"--separator", ","}, ","}, {{"--separator", "tab"}, "\t"}, {{"--separator", "\\t"}, "\t"}}) {
+    std::vector<std::string> command{"convert", "-f", "drive.trc", "drive.csv"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const Ended run = here.run(command);
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_THAT(run.output, testing::StartsWith("wrote drive.csv ("));
+    const std::string table = here.read("drive.csv");
+    EXPECT_THAT(table, testing::StartsWith("$STARTTIME=44403.2222"));
+    EXPECT_THAT(table, HasSubstr(std::string("\nNumber") + separator + "Time (ms)" + separator + "Bus" + separator));
+    EXPECT_THAT(table, HasSubstr(std::string("\n2") + separator));
+  }
+}
+
 TEST_F(ConvertCommand, aTargetThatExistsIsKept) {
   here.write("copy.trc", "precious");
   const Ended run = here.run({"convert", "drive.trc", "copy.TRC"});

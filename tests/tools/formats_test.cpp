@@ -90,6 +90,7 @@ TEST(FormatsCommand, jsonHoldsTheMatrix) {
   EXPECT_EQ(csv.at("format"), "csv");
   EXPECT_EQ(csv.at("reads"), false);
   EXPECT_EQ(csv.at("writes"), true);
+  EXPECT_EQ(csv.at("versions"), nlohmann::json({1.0}));
   EXPECT_EQ(csv.at("targets"), nlohmann::json::array());
 }
 

@@ -56,6 +56,18 @@ TEST(InfoCommand, aFileWithoutHeaderIsNotValid) {
   EXPECT_THAT(run.output, HasSubstr("  valid       no\n"));
 }
 
+// A table is a target only: there is nothing to check it for.
+TEST(InfoCommand, tellsOfATableWhatItsNameTells) {
+  const Workspace here;
+  here.write("drive.trc", traceOfBuses({1}));
+  ASSERT_EQ(here.run({"convert", "drive.trc", "drive.csv"}).exitCode, 0);
+  const Ended run = here.run({"info", "drive.csv"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_THAT(run.output, testing::StartsWith("drive.csv\n  format      csv, Character-separated values\n"));
+  EXPECT_THAT(run.output, HasSubstr("  valid       not checked\n"));
+  EXPECT_THAT(run.output, HasSubstr("  targets     none\n"));
+}
+
 TEST(InfoCommand, jsonIsAnArrayWithOneObjectAFile) {
   const Workspace here;
   const std::string trace = traceOfBuses({1});

@@ -57,6 +57,10 @@ TEST(ParseBool, readsZeroAndOne) {
   };
   for (const Case& c : cases) {
     EXPECT_EQ(outcome(parseBool, c.text), c.expected) << c.name;
+    bool value = false;
+    const bool read = tryParseBool(c.text, value);
+    EXPECT_EQ(read, c.expected.size() == 1) << c.name;
+    EXPECT_EQ(value, c.expected == "1") << c.name;
   }
 }
 
@@ -133,6 +137,8 @@ TEST(ParseUInt16, readsDecimals) {
   };
   for (const Case& c : cases) {
     EXPECT_EQ(outcome(parseUInt16, c.text), c.expected) << c.name;
+    const bool fails = c.expected.front() == 'S';
+    EXPECT_EQ(tryOutcome<std::uint16_t>(tryParseUInt16, c.text), fails ? "refused" : c.expected) << c.name;
   }
 }
 
@@ -204,6 +210,8 @@ TEST(ParseUInt64, readsDecimals) {
   };
   for (const Case& c : cases) {
     EXPECT_EQ(outcome(parseUInt64, c.text), c.expected) << c.name;
+    const bool fails = c.expected.front() == 'S';
+    EXPECT_EQ(tryOutcome<std::uint64_t>(tryParseUInt64, c.text), fails ? "refused" : c.expected) << c.name;
   }
 }
 
@@ -281,6 +289,8 @@ void expectOfEachStrictParser(const Case (&cases)[Size]) {
     EXPECT_EQ(tryOutcome<std::int16_t>(tryParseInt16Hex, c.text), c.expected) << c.name;
     EXPECT_EQ(tryOutcome<std::uint32_t>(tryParseUInt32, c.text, 10), c.expected) << c.name;
     EXPECT_EQ(tryOutcome<std::uint32_t>(tryParseUInt32, c.text, 16), c.expected) << c.name;
+    EXPECT_EQ(tryOutcome<std::uint16_t>(tryParseUInt16, c.text), c.expected) << c.name;
+    EXPECT_EQ(tryOutcome<std::uint64_t>(tryParseUInt64, c.text), c.expected) << c.name;
   }
 }
 
@@ -458,12 +468,15 @@ TEST(ParseByteAuto, takesTheBaseFromThePrefix) {
   };
   for (const Case& c : cases) {
     EXPECT_EQ(outcome(parseByteAuto, c.text), c.expected) << c.name;
+    const bool fails = c.expected.front() == 'S';
+    EXPECT_EQ(tryOutcome<std::uint8_t>(tryParseByteAuto, c.text), fails ? "refused" : c.expected) << c.name;
   }
 }
 
 TEST(ParseByteAuto, refusesBinaryNumbersAsABaseNotSupported) {
   EXPECT_EQ(outcome(parseByteAuto, "0b101"), "Base not supported: {2}");
   EXPECT_EQ(outcome(parseByteAuto, "0Bxyz"), "Base not supported: {2}");
+  EXPECT_EQ(tryOutcome<std::uint8_t>(tryParseByteAuto, "0b101"), "refused");
 }
 
 TEST(TryParseUInt64, readsWhatTheThrowingFormReads) {

@@ -1,0 +1,109 @@
+// Cutting a row into its cells.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "util/hex.hpp"
+
+namespace xlatr {
+
+// Walks over the cells of a row, which are what stands between runs of separator characters: an empty cell is none, and
+// the cells behind it move up. The row and the separators must outlive the cursor.
+class CsvCellCursor {
+ public:
+  CsvCellCursor(std::string_view row, std::string_view separators)
+      : next_(row.data()), end_(row.data() + row.size()), separators_(separators) {
+    skipSeparators();
+  }
+
+  [[nodiscard]] bool atEnd() const { return next_ == end_; }
+  // The row from the next cell on.
+  [[nodiscard]] std::string_view rest() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }
+
+  // The next cell; empty at the end of the row.
+  std::string_view take() {
+    const char* const begin = next_;
+    while (next_ != end_ && !isSeparator(*next_)) {
+      ++next_;
+    }
+    const std::string_view cell(begin, static_cast<std::size_t>(next_ - begin));
+    skipSeparators();
+    return cell;
+  }
+
+  // Takes a cell that is exactly one pair of hexadecimal digits; stays where it is at any other.
+  [[nodiscard]] bool takeHexPair(std::uint8_t& value) {
+    if (end_ - next_ < 2 || (end_ - next_ > 2 && !isSeparator(next_[2])) || isSeparator(next_[0]) ||
+        isSeparator(next_[1])) {
+      return false;
+    }
+    const int both = hexDigitValue(next_[0]) * 16 | hexDigitValue(next_[1]);
+    if (both < 0) {
+      return false;
+    }
+    value = static_cast<std::uint8_t>(both);
+    next_ += 2;
+    skipSeparators();
+    return true;
+  }
+
+ private:
+  [[nodiscard]] bool isSeparator(char character) const {
+    return separators_.size() == 1 ? character == separators_.front()
+                                   : separators_.find(character) != std::string_view::npos;
+  }
+  void skipSeparators() {
+    while (next_ != end_ && isSeparator(*next_)) {
+      ++next_;
+    }
+  }
+
+  const char* next_;
+  const char* end_;
+  std::string_view separators_;
+};
+
+// The cells of a row by their places. Those of the first columns are found once; nothing is allocated, however many
+// cells a row has.
+class CsvCells {
+ public:
+  CsvCells(std::string_view row, std::string_view separators)
+      : separators_(separators), behindKnown_(row, separators) {}
+
+  // A cursor at the cell of this place, counted from 0; at its end where the row has fewer cells.
+  [[nodiscard]] CsvCellCursor from(std::size_t place) {
+    while (count_ <= place && count_ < known_.size()) {
+      known_[count_++] = behindKnown_.rest();
+      behindKnown_.take();
+    }
+    if (place < count_) {
+      return {known_[place], separators_};
+    }
+    CsvCellCursor cursor = behindKnown_;
+    for (std::size_t skipped = count_; skipped < place && !cursor.atEnd(); ++skipped) {
+      cursor.take();
+    }
+    return cursor;
+  }
+
+  // The cell of this place, or nothing.
+  [[nodiscard]] std::optional<std::string_view> at(std::size_t place) {
+    CsvCellCursor cursor = from(place);
+    return cursor.atEnd() ? std::nullopt : std::optional(cursor.take());
+  }
+
+ private:
+  // More than a row of ours has in front of its data, and than the converter's has in all.
+  static constexpr std::size_t kKnown = 32;
+
+  std::string_view separators_;
+  std::array<std::string_view, kKnown> known_;  // the row from each cell on; `count_` of them
+  std::size_t count_ = 0;
+  CsvCellCursor behindKnown_;
+};
+
+}  // namespace xlatr

@@ -1,0 +1,22 @@
+// The lines at the start of a CSV table, down to the names of its columns.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace xlatr {
+
+// What a head says beyond its layout.
+struct CsvHeaderValues {
+  std::string startNumber;  // the start time in days since 1899-12-30
+  std::string startText;    // the same as date text
+  std::string sourcePath;
+  std::string libraryVersion;
+};
+
+// The lines in order, without line ends; the empty ones among them are lines, too. A head for a TRC source has the
+// columns of CAN XL, one for a session file its buses; the extension of the source's path tells, in any case.
+[[nodiscard]] std::vector<std::string> csvHeaderLines(const CsvHeaderValues& values, std::string_view separator);
+
+}  // namespace xlatr

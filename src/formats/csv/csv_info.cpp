@@ -1,0 +1,42 @@
+#include "formats/csv/csv_info.hpp"
+
+#include <exception>
+#include <utility>
+
+#include "formats/csv/csv_start_time.hpp"
+#include "io/line_input.hpp"
+#include "util/files.hpp"
+
+namespace xlatr {
+
+CsvInfo::CsvInfo(TraceFileInfo file) : TraceInfo(std::move(file), XLATR_FORMAT_CSV) {
+  if (isOfOwnFormat()) {
+    lineBreakSize_ = static_cast<std::uint8_t>(detectLineEnding(getPath()));
+    readHead();
+  }
+}
+
+void CsvInfo::readHead() {
+  CsvStartTime start;
+  try {
+    LineInput input(getPath());
+    std::string_view line;
+    while (columnLine_.empty() && input.next(line)) {
+      start.look(line);
+      headerLength_ = input.position();
+      if (line.find(kCsvNumberName) != std::string_view::npos) {
+        columnLine_ = line;
+      }
+    }
+  } catch (const std::exception&) {
+    return;  // half a head tells nothing
+  }
+  start.finish();
+  startTime_ = start.days();
+  blfTable_ = start.isBlfTable();
+  CsvColumnLine parsed = parseCsvColumnLine(columnLine_);
+  columns_ = parsed.columns;
+  separator_ = std::move(parsed.separator);
+}
+
+}  // namespace xlatr

@@ -1,0 +1,76 @@
+#include "formats/csv/csv_mapping.hpp"
+
+#include <algorithm>
+
+namespace xlatr {
+namespace {
+
+// The longest frame that there is, of CAN XL, has 2048 bytes.
+constexpr std::uint32_t kMaxPayload = 2048;
+constexpr std::size_t kDataRoom = 2050;
+
+// What messages of a CAN bus have in common, whatever format they are of.
+void takeCommon(const MessageStyleCan& source, CsvMessage& target) {
+  target.reset();
+  target.id = source.getIdentifier();
+  target.valid = source.getValid();
+  target.length = source.getLength();
+  target.bus = source.bus;
+  target.type = source.type;
+  target.direction = source.direction;
+  target.extended = source.extended;
+}
+
+void takeData(const MessageStyleCan& source, CsvMessage& target) {
+  target.data.reserve(kDataRoom);
+  target.data.assign(source.data.begin(), source.data.end());
+}
+
+// A remote frame has a length and no data; a row keeps zeros for it. A length beyond any frame's comes from a damaged
+// line and gets no memory.
+void setZeros(CsvMessage& target) {
+  target.data.assign(std::min(target.length, kMaxPayload), 0);
+}
+
+MessageKind kindOf(const AscMessage& source) {
+  if (!source.isRemote() && source.type == MessageType::Error) {
+    return MessageKind::ER;
+  }
+  if (!source.isRemote() && source.type == MessageType::Warng) {
+    return MessageKind::ST;
+  }
+  return messageKindOfAscFlags(source.flags);
+}
+
+}  // namespace
+
+void mapToCsv(const BrixMessage& source, CsvMessage& target) {
+  takeCommon(source, target);
+  target.time = source.timeOffset;
+  target.kind = source.kind;
+  target.text = source.comment;
+  target.remote = source.remote;
+  target.reserved = static_cast<std::uint16_t>(source.reserved);  // -1, none, is 0xFFFF
+  target.wideRow = true;
+  target.vcid = source.xl.vcid.value_or(target.vcid);
+  target.sdt = source.xl.sdt.value_or(target.sdt);
+  target.af = source.xl.acceptance.value_or(target.af);
+  target.rrs = source.xl.rrs.value_or(target.rrs);
+  target.sec = source.xl.sec.value_or(target.sec);
+  if (target.remote) {
+    setZeros(target);
+  } else {
+    takeData(source, target);
+  }
+}
+
+void mapToCsv(const AscMessage& source, CsvMessage& target) {
+  constexpr double kMillisecondsPerSecond = 1000.0;
+  takeCommon(source, target);
+  target.time = source.time * kMillisecondsPerSecond;
+  target.kind = kindOf(source);
+  target.remote = source.isRemote();
+  takeData(source, target);
+}
+
+}  // namespace xlatr

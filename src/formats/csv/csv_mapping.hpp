@@ -1,0 +1,15 @@
+// What becomes a row: one function for each message class that a CSV writer accepts.
+#pragma once
+
+#include "formats/asc/asc_message.hpp"
+#include "formats/csv/csv_message.hpp"
+#include "formats/trc/trc_message.hpp"
+
+namespace xlatr {
+
+// Fill `target` from a message of another format; whatever it held before is gone, but for its separator and columns.
+// Nothing is raised.
+void mapToCsv(const BrixMessage& source, CsvMessage& target);
+void mapToCsv(const AscMessage& source, CsvMessage& target);
+
+}  // namespace xlatr

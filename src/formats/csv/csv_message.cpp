@@ -1,0 +1,57 @@
+#include "formats/csv/csv_message.hpp"
+
+#include "formats/csv/csv_parser.hpp"
+#include "formats/csv/csv_printer.hpp"
+
+namespace xlatr {
+
+void CsvMessage::reset() {
+  id = kNoIdentifier;
+  valid = false;
+  length = 0;
+  data.clear();
+  bus = 255;
+  type = MessageType::Unknown;
+  direction = MessageDirection::None;
+  extended = false;
+  kind = MessageKind::Unknown;
+  time = 0.0;
+  remote = false;
+  text.clear();
+  reserved = kNoReserved;
+  vcid = 0xFF;
+  sdt = 0xFF;
+  af = 0xFFFFFFFF;
+  rrs = 0;
+  sec = 0;
+  wideRow = false;
+  parsingText.clear();
+  objectType = 0;
+  objectTimestamp = 0;
+  objectFlags = 0;
+  comment.clear();
+  blfId = 0;
+  channel = 0;
+  flags = 0;
+  flagsExt = 0;
+  ecc = 0;
+  canFdFlags = 0;
+  dir = 0;
+  crc = 0;
+  objectVersion = 0;
+  checksumModel = 0;
+}
+
+void CsvMessage::parseRow(std::string_view row, bool blfRow) {
+  if (blfRow) {
+    parseBlfRow(row, *this);
+  } else {
+    parseCsvRow(row, *this);
+  }
+}
+
+void CsvMessage::toRow(TextBuffer& out, std::uint64_t number) const {
+  appendCsvRow(out, *this, number);
+}
+
+}  // namespace xlatr

@@ -1,0 +1,68 @@
+// A row of a CSV table.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "formats/csv/csv_columns.hpp"
+#include "messages/message.hpp"
+#include "util/text_buffer.hpp"
+
+namespace xlatr {
+
+// One row, of the table that is written here or of the wider one that the external BLF converter writes, and what
+// becomes one. Bus numbers count from 1.
+class CsvMessage final : public MessageStyleCan {
+ public:
+  CsvMessage() = default;
+  explicit CsvMessage(std::string columnSeparator) : separator(std::move(columnSeparator)) {}
+
+  static constexpr std::uint16_t kNoReserved = 0xFFFF;
+
+  // Back to what a new message is, but for the separator and the columns; keeps the storage of texts and data.
+  void reset();
+
+  // Fills a fresh message from a row, cut at the separator, whose cells stand where the columns say. A row that can't
+  // be understood leaves the message not valid, with what was read up to there; nothing is raised for it. `blfRow`: the
+  // row is one of the external converter's.
+  void parseRow(std::string_view row, bool blfRow);
+
+  // Appends the message as the row of this number, without line end. The trailing text is not written.
+  void toRow(TextBuffer& out, std::uint64_t number) const;
+
+  MessageKind kind = MessageKind::Unknown;
+  double time = 0.0;  // milliseconds since the start of the trace
+  bool remote = false;
+  std::string text;                      // what follows the data in a row
+  std::uint16_t reserved = kNoReserved;  // 0xFFFF for none
+  std::uint8_t vcid = 0xFF;              // the five fields of CAN XL
+  std::uint8_t sdt = 0xFF;
+  std::uint32_t af = 0xFFFFFFFF;
+  std::uint8_t rrs = 0;
+  std::uint8_t sec = 0;
+  bool wideRow = false;     // the row has the columns of CAN XL
+  std::string parsingText;  // the row as read
+
+  // What the rows of the external converter hold, named as its columns are.
+  std::uint32_t objectType = 0;
+  std::uint64_t objectTimestamp = 0;  // 10 microseconds when the object's flag is 1, otherwise nanoseconds
+  std::uint32_t objectFlags = 0;
+  std::string comment;
+  std::uint32_t blfId = 0;
+  std::uint16_t channel = 0;
+  std::uint32_t flags = 0;
+  std::uint16_t flagsExt = 0;
+  std::uint8_t ecc = 0;
+  std::uint8_t canFdFlags = 0;
+  std::uint8_t dir = 0;
+  std::uint16_t crc = 0;
+  std::uint16_t objectVersion = 0;
+  std::uint8_t checksumModel = 0;
+
+  std::string separator;  // between cells; when reading, each of its characters is one
+  CsvColumns columns;     // where a row that is read has its cells
+};
+
+}  // namespace xlatr
