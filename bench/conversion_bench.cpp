@@ -1,4 +1,4 @@
-// Whole conversions of a TRC file, from xlatr_convert to the closed target.
+// Whole conversions of TRC files and ASC logs, from xlatr_convert to the closed target.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -101,7 +101,7 @@ void convert(const std::string& source, const std::string& target, TraceFormat f
 }
 
 void measure(benchmark::State& state, const Source& source, TraceFormat format, double version) {
-  const std::string target = benchFolder().path("target.trc");
+  const std::string target = benchFolder().path("target");
   try {
     for ([[maybe_unused]] auto step : state) {
       convert(source.path, target, format, version);
@@ -115,6 +115,21 @@ void measure(benchmark::State& state, const Source& source, TraceFormat format, 
   state.SetBytesProcessed(rounds * static_cast<std::int64_t>(source.size.bytes));
 }
 
+// The same frames as an ASC log of this version. Made from the TRC file by the library itself, since what is measured
+// is the reading.
+Source makeLog(const std::string& name, double version) {
+  Source log{.path = benchFolder().path(name), .size = plainSource().size};
+  convert(plainSource().path, log.path, XLATR_FORMAT_ASC, version);
+  log.size.bytes = std::filesystem::file_size(log.path);
+  return log;
+}
+
+const Source& plainLog(std::int64_t version) {
+  static const Source log7 = makeLog("plain7.asc", 7.0);
+  static const Source log8 = makeLog("plain8.asc", 8.0);
+  return version < 80 ? log7 : log8;
+}
+
 // The argument is the target version times ten.
 void convertPlain(benchmark::State& state) {
   measure(state, plainSource(), XLATR_FORMAT_TRC, static_cast<double>(state.range(0)) / 10);
@@ -122,6 +137,15 @@ void convertPlain(benchmark::State& state) {
 
 void convertMixed(benchmark::State& state) {
   measure(state, mixedSource(), XLATR_FORMAT_TRC, static_cast<double>(state.range(0)) / 10);
+}
+
+void convertPlainToAsc(benchmark::State& state) {
+  measure(state, plainSource(), XLATR_FORMAT_ASC, static_cast<double>(state.range(0)) / 10);
+}
+
+// The arguments are the versions of the source and of the target, both times ten.
+void convertPlainFromAsc(benchmark::State& state) {
+  measure(state, plainLog(state.range(0)), XLATR_FORMAT_TRC, static_cast<double>(state.range(1)) / 10);
 }
 
 void convertPlainToCsv(benchmark::State& state) {
@@ -152,6 +176,21 @@ BENCHMARK(convertMixed)
     ->UseRealTime();
 BENCHMARK(convertPlainToCsv)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 BENCHMARK(convertMixedToCsv)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+
+BENCHMARK(convertPlainToAsc)
+    ->ArgName("version_x10")
+    ->Arg(70)
+    ->Arg(80)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+BENCHMARK(convertPlainFromAsc)
+    ->ArgNames({"source_x10", "version_x10"})
+    ->Args({70, 21})
+    ->Args({80, 21})
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
 
 }  // namespace
 

@@ -28,6 +28,9 @@ void BufferedOutput::open(const std::string& path) {
 }
 
 void BufferedOutput::write(std::string_view bytes) {
+  if (bytes.empty()) {
+    return;  // an empty text may have no place in memory
+  }
   if (bytes.size() > kBlockSize - used_) {
     flush();
     if (bytes.size() > kBlockSize) {

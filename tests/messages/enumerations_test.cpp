@@ -316,6 +316,12 @@ TEST(WarningErrors, areReadFromTheirNames) {
   }
 }
 
+TEST(WarningErrors, areNothingOfAnUnknownWordInTheTryForm) {
+  EXPECT_EQ(tryWarningErrorsFromText("BUSHEAVY, BUSOFF"), 24U);
+  EXPECT_EQ(tryWarningErrorsFromText(""), 0U);
+  EXPECT_EQ(tryWarningErrorsFromText("BUSOFF BUS"), std::nullopt);
+}
+
 TEST(WarningErrors, skipTheMakersMark) {
   EXPECT_EQ(warningErrorsFromText("BUSOFF (ZELKWORKS)"), 16U);
   EXPECT_EQ(warningErrorsFromText("(zelkworks) BUSLIGHT"), 4U);

@@ -60,6 +60,13 @@ TEST_F(ConvertCommand, toNamesTheFormatWhateverTheExtension) {
   EXPECT_THAT(here.names(), ElementsAre("drive.trc", "x.log.trc", "y.trc"));
 }
 
+TEST_F(ConvertCommand, convertsToAnAscLogAndBack) {
+  EXPECT_EQ(here.run({"convert", "drive.trc", "x.asc", "--target-version", "7.0"}).exitCode, 0);
+  EXPECT_THAT(here.read("x.asc"), HasSubstr("\r\n// version 7.0.0\r\n"));
+  EXPECT_EQ(here.run({"convert", "x.asc", "back.trc"}).exitCode, 0);
+  EXPECT_THAT(here.names(), ElementsAre("back.trc", "drive.trc", "x.asc"));
+}
+
 TEST_F(ConvertCommand, aTableHasTheSeparatorThatWasAskedFor) {
   struct Case {
     std::vector<std::string> arguments;

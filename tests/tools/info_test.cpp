@@ -30,6 +30,22 @@ TEST(InfoCommand, tellsWhatAFileIs) {
   EXPECT_EQ(run.errors, "");
 }
 
+TEST(InfoCommand, tellsWhatALogIs) {
+  const Workspace here;
+  here.write("drive.asc",
+             "date Mon Jul 26 05:19:59.721 2021\nbase hex  timestamps absolute\n// version 8.1.0\n0.1 1 100 Rx d 0\n");
+  const Ended run = here.run({"info", "drive.asc"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.output,
+            "drive.asc\n"
+            "  format      asc, CANalyzer ASCII logging file\n"
+            "  version     8.1\n"
+            "  start time  2021-07-26T05:19:59.721\n"
+            "  size        98 bytes\n"
+            "  valid       yes\n"
+            "  targets     trc, csv\n");
+}
+
 TEST(InfoCommand, aFileWithoutHeaderIsNotValid) {
   const Workspace here;
   here.write("junk.trc", "no trace at all\n");

@@ -479,5 +479,16 @@ TEST(ParseByteAuto, refusesBinaryNumbersAsABaseNotSupported) {
   EXPECT_EQ(tryOutcome<std::uint8_t>(tryParseByteAuto, "0b101"), "refused");
 }
 
+TEST(TryParseUInt64, readsWhatTheThrowingFormReads) {
+  std::uint64_t value = 7;
+  EXPECT_TRUE(tryParseUInt64(" 12", value));
+  EXPECT_EQ(value, 12U);
+  EXPECT_TRUE(tryParseUInt64("18446744073709551616", value));
+  EXPECT_EQ(value, 18446744073709551615U);
+  EXPECT_FALSE(tryParseUInt64(" 0", value));
+  EXPECT_FALSE(tryParseUInt64("x", value));
+  EXPECT_EQ(value, 18446744073709551615U);
+}
+
 }  // namespace
 }  // namespace xlatr

@@ -191,5 +191,25 @@ TEST(Ascii, knowsTheLettersOfAsciiOnly) {
   }
 }
 
+TEST(FindIgnoreCase, findsAnUpperCaseTextInAnyCase) {
+  EXPECT_EQ(findIgnoreCase("Begin TriggerBlock", "TRIGGERBLOCK"), 6U);
+  EXPECT_EQ(findIgnoreCase("aab", "AB"), 1U);
+  EXPECT_EQ(findIgnoreCase("trigger", "TRIGGERBLOCK"), std::string_view::npos);
+  EXPECT_EQ(findIgnoreCase("", "A"), std::string_view::npos);
+  EXPECT_EQ(findIgnoreCase("", ""), 0U);
+  EXPECT_TRUE(containsIgnoreCase("x:=y", ":="));
+  EXPECT_FALSE(containsIgnoreCase("x:y", ":="));
+}
+
+TEST(CharacterClasses, areThoseOfTheCLocale) {
+  for (int code = 0; code < 256; ++code) {
+    const char character = static_cast<char>(code);
+    const std::string one(1, character);
+    EXPECT_EQ(isSpaceCharacter(character), code != 0 && std::string(" \t\n\v\f\r").find(one) != std::string::npos);
+    const bool isLetter = (code >= 'A' && code <= 'Z') || (code >= 'a' && code <= 'z');
+    EXPECT_EQ(isWordCharacter(character), isLetter || (code >= '0' && code <= '9') || code == '_') << code;
+  }
+}
+
 }  // namespace
 }  // namespace xlatr

@@ -414,22 +414,34 @@ constexpr std::array kLineMarks = {
 
 constexpr std::string_view kErrorFrameMark = "ERRORFRAME";
 
+// All marks, and what lines of status and error are known by, have one of these characters. Without a way out of the
+// loop the compiler looks at many of them at a time.
+bool hasMarkCharacter(std::string_view line) {
+  unsigned found = 0;
+  for (const char character : line) {
+    const char lower = static_cast<char>(character | 0x20);
+    found |= static_cast<unsigned>(character == ':') | static_cast<unsigned>(lower == 'g') |
+             static_cast<unsigned>(lower == 'm');
+  }
+  return found != 0;
+}
+
 // Whether the line can hold any of the marks, or be one of status or error: all of these have a colon, a "GG", "GP",
-// "GM" or "G " or the "AM" of "FRAME" in them. Frames, which nearly all lines are, have none, and one pass over a line
-// is all that they cost. An occasional yes for nothing does no harm.
+// "GM" or "G " or the "AM" of "FRAME" in them. Frames, which nearly all lines are, have none, not even those with a
+// "Length" behind their data. An occasional yes for nothing does no harm.
 bool mayBeMarked(std::string_view line) {
-  for (std::size_t at = 0; at < line.size(); ++at) {
-    const char character = toUpperAscii(line[at]);
-    if (character == ':') {
+  if (!hasMarkCharacter(line)) {
+    return false;
+  }
+  char last = '\0';
+  for (const char original : line) {
+    const char character = toUpperAscii(original);
+    const bool inPair = (character == 'M' && (last == 'A' || last == 'G')) ||
+                        (last == 'G' && (character == 'G' || character == 'P' || character == ' '));
+    if (character == ':' || inPair) {
       return true;
     }
-    if (character != 'G' && character != 'A') {
-      continue;
-    }
-    const char next = at + 1 < line.size() ? toUpperAscii(line[at + 1]) : '\0';
-    if (next == 'M' || (character == 'G' && (next == 'G' || next == 'P' || next == ' '))) {
-      return true;
-    }
+    last = character;
   }
   return false;
 }

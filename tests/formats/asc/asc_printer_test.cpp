@@ -164,6 +164,13 @@ TEST(AscPrinter, roundsTheTimeToMicroseconds) {
   }
 }
 
+// A fresh buffer has no storage yet, and a time this wide needs no blank in front of it.
+TEST(AscPrinter, printsATimeThatFillsItsColumnsIntoAFreshBuffer) {
+  AscMessage message = frame();
+  message.time = 1e308;
+  EXPECT_EQ(text7(message).substr(0, 3), "100");
+}
+
 TEST(AscPrinter, printsStatusAndErrorsTheSameInBothForms) {
   const struct {
     const char* name;
