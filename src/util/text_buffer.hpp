@@ -21,7 +21,7 @@ class TextBuffer {
 
   // Makes the text `count` characters longer and answers where they are to be written.
   char* extend(std::size_t count) {
-    if (capacity_ - size_ <= count) {  // also for none in a new buffer, so that there always is a place to answer
+    if (capacity_ - size_ < count) {
       grow(count);
     }
     char* const end = storage_.get() + size_;
