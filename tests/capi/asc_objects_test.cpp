@@ -6,30 +6,13 @@
 #include <stdexcept>
 #include <string>
 
+#include "support/object_text.hpp"
 #include "support/temp_folder.hpp"
 #include "xlatr/failures.hpp"
 #include "xlatr/objects.h"
 
 namespace xlatr::test {
 namespace {
-
-// A text pair, read with a buffer that fits and with one that is too small.
-std::string textOf(std::uint32_t size, const std::function<void(char*, std::uint32_t)>& copy) {
-  std::string whole(size + std::size_t{1}, '#');
-  copy(whole.data(), size + 1);
-  EXPECT_EQ(whole.back(), '\0');
-  whole.pop_back();
-  char one[2] = {'#', '#'};
-  copy(one, 1);
-  EXPECT_EQ(one[0], '\0');
-  EXPECT_EQ(one[1], '#');
-  copy(nullptr, 5);
-  return whole;
-}
-
-#define TEXT_OF(Family, name, nameSize, object) \
-  textOf(Family##_##nameSize(object),           \
-         [&](char* buffer, std::uint32_t bufferSize) { Family##_##name(object, buffer, bufferSize); })
 
 std::string processingFailureOf(const std::function<void()>& action) {
   try {

@@ -9,6 +9,7 @@
 
 #include <unistd.h>
 
+#include "support/object_text.hpp"
 #include "support/temp_folder.hpp"
 #include "xlatr/failures.hpp"
 
@@ -16,35 +17,6 @@ namespace xlatr::test {
 namespace {
 
 constexpr char kFrozen[] = "Cannot change property value when object is active";
-
-// Reads a text pair with buffers of several sizes, which must agree.
-std::string textOf(std::uint32_t size, const std::function<void(char*, std::uint32_t)>& copy) {
-  std::string whole(size + 1, '#');
-  copy(whole.data(), size + 1);
-  EXPECT_EQ(whole.back(), '\0');
-  whole.pop_back();
-  char one[2] = {'#', '#'};
-  copy(one, 1);
-  EXPECT_EQ(one[0], '\0');
-  EXPECT_EQ(one[1], '#');
-  copy(one, 0);
-  copy(nullptr, 0);
-  copy(nullptr, 5);
-  EXPECT_EQ(one[0], '\0');
-  std::string larger(size + 10, '#');
-  copy(larger.data(), size + 10);
-  EXPECT_EQ(larger.substr(0, larger.find('\0')), whole);
-  if (size > 1) {
-    std::string cut(size, '#');
-    copy(cut.data(), size);
-    EXPECT_EQ(cut.substr(0, cut.find('\0')), whole.substr(0, size - 1));
-  }
-  return whole;
-}
-
-#define TEXT_OF(Family, name, nameSize, object) \
-  textOf(Family##_##nameSize(object),           \
-         [&](char* buffer, std::uint32_t bufferSize) { Family##_##name(object, buffer, bufferSize); })
 
 std::string lastErrorOf(std::uint32_t thread) {
   char buffer[256];

@@ -8,39 +8,20 @@
 
 #include "formats/asc/asc_info.hpp"
 #include "support/temp_folder.hpp"
-#include "util/failures.hpp"
+#include "support/writer_stubs.hpp"
 
 namespace xlatr {
 namespace {
 
-class StubInfo final : public TraceInfo {
- public:
-  explicit StubInfo(bool valid = true, double startTime = 44403.25)
-      : TraceInfo(TraceFileInfo(""), XLATR_FORMAT_TRC), valid_(valid) {
-    startTime_ = startTime;
-  }
-  [[nodiscard]] bool getValid() const override { return valid_; }
-
- private:
-  bool valid_;
-};
-
-class ForeignMessage final : public Message {};
+using test::failureOf;
+using test::ForeignMessage;
+using test::StubInfo;
 
 BrixMessage frame(std::string_view line = "10.5 DT 3 0123 Rx - 1 AA") {
   BrixMessage message;
   message.parseLine(line, 3.0, kTrcColumns21 & ~trc_column::kNumber);
   EXPECT_TRUE(message.valid) << line;
   return message;
-}
-
-std::string failureOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const ConverterProcessingException& failure) {
-    return failure.what();
-  }
-  return "no failure";
 }
 
 const std::string kHead7 =
@@ -76,7 +57,7 @@ TEST_F(AscWriterTest, hasItsDefaults) {
 }
 
 TEST_F(AscWriterTest, writesOneOfTwoHeads) {
-  const auto writeHead = [](AscWriter& writer) { writer.WriteHeader(StubInfo()); };
+  const auto writeHead = [](AscWriter& writer) { writer.WriteHeader(StubInfo("source.trc")); };
   for (const double version : {0.0, 7.0, 7.99}) {
     EXPECT_EQ(written(version, writeHead), kHead7) << version;
   }
@@ -87,7 +68,7 @@ TEST_F(AscWriterTest, writesOneOfTwoHeads) {
 
 TEST_F(AscWriterTest, writesAHeadThatItsReaderFinds) {
   written(15.0, [](AscWriter& writer) {
-    writer.WriteHeader(StubInfo());
+    writer.WriteHeader(StubInfo("source.trc"));
     writer.WriteMessage(frame());
   });
   const AscInfo info{TraceFileInfo(folder_.file("x.asc"))};
@@ -99,11 +80,11 @@ TEST_F(AscWriterTest, writesAHeadThatItsReaderFinds) {
 }
 
 TEST_F(AscWriterTest, writesNoHeadForASourceThatIsNotValid) {
-  EXPECT_EQ(written(8.0, [](AscWriter& writer) { writer.WriteHeader(StubInfo(false)); }), "");
+  EXPECT_EQ(written(8.0, [](AscWriter& writer) { writer.WriteHeader(StubInfo("source.trc", false)); }), "");
   // And the form stays that of 7.0.0.
   EXPECT_EQ(written(8.0,
                     [](AscWriter& writer) {
-                      writer.WriteHeader(StubInfo(false));
+                      writer.WriteHeader(StubInfo("source.trc", false));
                       writer.WriteMessage(frame());
                     }),
             "   0.010500 3  123             Rx   d 1 AA\r\n");
@@ -111,13 +92,13 @@ TEST_F(AscWriterTest, writesNoHeadForASourceThatIsNotValid) {
 
 TEST_F(AscWriterTest, writesTheStartTimeItIsGiven) {
   EXPECT_TRUE(written(7.0, [](AscWriter& writer) {
-                writer.WriteHeader_2(StubInfo(), 45721.5);
+                writer.WriteHeader_2(StubInfo("source.trc"), 45721.5);
               }).starts_with("date Wed Mar 05 12:00:00.000 2025\r\n"));
 }
 
 TEST_F(AscWriterTest, writesFdFramesFrom8OnOnly) {
   const auto writeFd = [](AscWriter& writer) {
-    writer.WriteHeader(StubInfo());
+    writer.WriteHeader(StubInfo("source.trc"));
     writer.WriteMessage(frame("10.5 FD 3 0123 Rx - 1 AA"));
   };
   EXPECT_EQ(written(7.0, writeFd), kHead7);
@@ -128,7 +109,7 @@ TEST_F(AscWriterTest, writesFdFramesFrom8OnOnly) {
 TEST_F(AscWriterTest, writesClassicFramesFrom8OnAsCanFdLines) {
   EXPECT_EQ(written(8.0,
                     [](AscWriter& writer) {
-                      writer.WriteHeader(StubInfo());
+                      writer.WriteHeader(StubInfo("source.trc"));
                       writer.WriteMessage(frame());
                     }),
             kHead8 + "   0.010500 CANFD   3 Rx        123  " + std::string(32, ' ') +
@@ -171,8 +152,8 @@ TEST_F(AscWriterTest, refusesAMessageOfAClassThatItDoesNotKnow) {
 
 TEST_F(AscWriterTest, writesNothingBeforeItIsActive) {
   AscWriter writer(folder_.file("x.asc"));
-  EXPECT_EQ(failureOf([&] { writer.WriteHeader(StubInfo()); }), "Writer is not initialized");
-  EXPECT_EQ(failureOf([&] { writer.WriteHeader(StubInfo(false)); }), "no failure");
+  EXPECT_EQ(failureOf([&] { writer.WriteHeader(StubInfo("source.trc")); }), "Writer is not initialized");
+  EXPECT_EQ(failureOf([&] { writer.WriteHeader(StubInfo("source.trc", false)); }), "no failure");
   EXPECT_EQ(failureOf([&] { writer.WriteComment("text"); }), "Writer is not initialized");
   EXPECT_EQ(failureOf([&] { writer.WriteMessage(frame()); }), "Writer is not initialized");
   EXPECT_FALSE(folder_.has("x.asc"));

@@ -3,53 +3,30 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <string_view>
 
 #include "formats/csv/csv_info.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "support/temp_folder.hpp"
-#include "util/failures.hpp"
+#include "support/writer_stubs.hpp"
 #include "util/host.hpp"
 
 namespace xlatr {
 namespace {
 
-// An information object that says what the test wants it to.
-class StubInfo final : public TraceInfo {
- public:
-  explicit StubInfo(std::string path, bool valid = true, double startTime = 44403.25)
-      : TraceInfo(TraceFileInfo(""), XLATR_FORMAT_TRC), path_(std::move(path)), valid_(valid) {
-    startTime_ = startTime;
-  }
-  [[nodiscard]] bool getValid() const override { return valid_; }
-  [[nodiscard]] std::string getPath() const override { return path_; }
-
- private:
-  std::string path_;
-  bool valid_;
-};
+using test::failureOf;
+using test::ForeignMessage;
+using test::StubInfo;
 
 constexpr std::string_view kWideColumnLine =
     "Number,Time (ms),Bus,Direction,Type,ID/PID "
     "(hex),Reserved,VCID,SDT,AF,RRS,SEC,Length,D0,D1,D2,D3,D4,D5,D6,D7,,D...";
 
-class ForeignMessage final : public Message {};
-
 BrixMessage frame() {
   BrixMessage message;
   message.parseLine("1) 10.5 3 Rx 0123 1 AA", 1.2, 0);
   return message;
-}
-
-std::string failureOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const ConverterProcessingException& failure) {
-    return failure.what();
-  }
-  return "no failure";
 }
 
 std::string joined(std::initializer_list<std::string_view> lines) {

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <ios>
 #include <iterator>
 
@@ -13,41 +12,19 @@
 #include "formats/trc/trc_header.hpp"
 #include "formats/trc/trc_info.hpp"
 #include "support/temp_folder.hpp"
-#include "util/failures.hpp"
+#include "support/writer_stubs.hpp"
 
 namespace xlatr {
 namespace {
 
-// An information object that says what the test wants it to.
-class StubInfo final : public TraceInfo {
- public:
-  explicit StubInfo(std::string path, bool valid = true, double startTime = 44403.25)
-      : TraceInfo(TraceFileInfo(""), XLATR_FORMAT_TRC), path_(std::move(path)), valid_(valid) {
-    startTime_ = startTime;
-  }
-  [[nodiscard]] bool getValid() const override { return valid_; }
-  [[nodiscard]] std::string getPath() const override { return path_; }
-
- private:
-  std::string path_;
-  bool valid_;
-};
-
-class ForeignMessage final : public Message {};
+using test::failureOf;
+using test::ForeignMessage;
+using test::StubInfo;
 
 BrixMessage frame() {
   BrixMessage message;
   message.parseLine("1) 10.5 3 Rx 0123 1 AA", 1.2, 0);
   return message;
-}
-
-std::string failureOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const ConverterProcessingException& failure) {
-    return failure.what();
-  }
-  return "no failure";
 }
 
 class TrcWriterTest : public testing::Test {
