@@ -137,6 +137,19 @@ INSTANTIATE_TEST_SUITE_P(All, AscToTrc,
                                   identifier(std::get<1>(pair.param));
                          });
 
+class AscToCsv : public testing::TestWithParam<std::string> {};
+
+TEST_P(AscToCsv, writesTheGoldenTable) {
+  const WorkingDirectory directory;
+  const std::string sourceName = "source-" + GetParam() + ".asc";
+  fs::copy_file(ascDirectory() / sourceName, sourceName);
+  expectSuccess(convert(sourceName, "out.csv", std::nullopt, XLATR_FORMAT_CSV), {"out.csv"});
+  expectGolden("out.csv", ascDirectory() / (GetParam() + "-to-csv.csv"));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, AscToCsv, testing::ValuesIn(sourceNames()),
+                         [](const testing::TestParamInfo<std::string>& name) { return identifier(name.param); });
+
 TEST(AscGoldenFiles, areAllInUse) {
   std::set<std::string> known = {"README.md"};
   for (const std::string& version : trcVersionTexts()) {
@@ -146,6 +159,7 @@ TEST(AscGoldenFiles, areAllInUse) {
   }
   for (const Source& source : sources()) {
     known.insert(std::string("source-") + source.name + ".asc");
+    known.insert(std::string(source.name) + "-to-csv.csv");
     for (const std::string& version : kTargetVersions) {
       for (const std::string& ending : endings(source, trcVersion(version))) {
         known.insert(std::string(source.name) + "-to-" + version + ending);
