@@ -156,6 +156,11 @@ void convertMixedToCsv(benchmark::State& state) {
   measure(state, mixedSource(), XLATR_FORMAT_CSV, 1.0);
 }
 
+// The argument is the version of the source times ten.
+void convertPlainLogToCsv(benchmark::State& state) {
+  measure(state, plainLog(state.range(0)), XLATR_FORMAT_CSV, 1.0);
+}
+
 BENCHMARK(convertPlain)
     ->ArgName("version_x10")
     ->Arg(20)
@@ -188,6 +193,14 @@ BENCHMARK(convertPlainFromAsc)
     ->ArgNames({"source_x10", "version_x10"})
     ->Args({70, 21})
     ->Args({80, 21})
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+
+BENCHMARK(convertPlainLogToCsv)
+    ->ArgName("source_x10")
+    ->Arg(70)
+    ->Arg(80)
     ->Unit(benchmark::kMillisecond)
     ->MeasureProcessCPUTime()
     ->UseRealTime();
