@@ -12,7 +12,7 @@ struct CsvHeaderValues {
   std::string startNumber;  // the start time in days since 1899-12-30
   std::string startText;    // the same as date text
   std::string sourcePath;
-  std::string libraryVersion;
+  std::string hostVersion;
 };
 
 // The lines in order, without line ends; the empty ones among them are lines, too. A head for a TRC source has the

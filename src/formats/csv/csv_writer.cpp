@@ -51,7 +51,7 @@ void CsvWriter::WriteHeader(const ITraceInfo& source) {
   values.startNumber = formatGeneral(startTime, kStartNumberDigits);
   values.startText = DateTime::fromOleDate(startTime).toSlashedText();
   values.sourcePath = source.getPath();
-  values.libraryVersion = getHostVersionText();
+  values.hostVersion = getHostVersionText();
   for (const std::string& line : csvHeaderLines(values, row_.separator)) {
     writeLine("", line);  // an empty line is one here
   }

@@ -15,7 +15,7 @@ struct TrcHeaderValues {
   std::string sourcePath;
   std::string startText;    // the start time as date text in the form of the version
   std::string startNumber;  // the start time in days since 1899-12-30
-  std::string libraryVersion;
+  std::string hostVersion;
   bool fromLogger = false;  // the source is a session file, whose buses are known
 };
 

@@ -70,7 +70,7 @@ void TrcWriter::WriteHeader(const ITraceInfo& source) {
   values.sourcePath = source.getPath();
   values.startText = showsMicroseconds(*version) ? start.toDottedTextMicro() : start.toDottedText();
   values.startNumber = formatGeneral(startTime, kStartNumberDigits);
-  values.libraryVersion = getHostVersionText();
+  values.hostVersion = getHostVersionText();
   values.fromLogger = getFileExtension(values.sourcePath) == ".btr";  // a name in capitals is none of the logger's
   for (const std::string& line : trcHeaderLines(*version, values)) {
     writeLine(line);
