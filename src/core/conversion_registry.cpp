@@ -17,6 +17,8 @@ constexpr bool kIdleReaperPolls = true;
 
 }  // namespace
 
+std::vector<std::unique_ptr<Conversion>>* ConversionRegistry::ofTheParent_ = nullptr;
+
 ConversionRegistry& ConversionRegistry::instance() {
   static ConversionRegistry registry;
   return registry;
@@ -32,9 +34,7 @@ ConversionRegistry::~ConversionRegistry() {
     // A process that was forked off has the registry but none of its threads: there is nobody to wait for, and the
     // conversions go on in the other process.
     reaper_.detach();
-    for (auto& conversion : conversions_) {
-      static_cast<void>(conversion.release());
-    }
+    ofTheParent_ = new std::vector<std::unique_ptr<Conversion>>(std::move(conversions_));
     return;
   }
   {

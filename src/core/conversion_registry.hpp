@@ -46,6 +46,9 @@ class ConversionRegistry {
   std::atomic<bool> idle_ = false;
   const std::int64_t process_;
   std::thread reaper_;
+
+  // Where a forked process keeps the conversions that it does not run, so that they count as held and not as leaked.
+  static std::vector<std::unique_ptr<Conversion>>* ofTheParent_;
 };
 
 }  // namespace xlatr
