@@ -4,9 +4,11 @@
 #include <array>
 
 #include "core/asc_source.hpp"
+#include "core/btrc_source.hpp"
 #include "core/trc_source.hpp"
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_writer.hpp"
+#include "formats/native/btrc_writer.hpp"
 #include "formats/trc/trc_writer.hpp"
 
 namespace xlatr {
@@ -27,6 +29,7 @@ constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
     FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
     FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
+    FormatFactory{XLATR_FORMAT_BTRC, makeBtrcSource, makePlainWriter<BtrcWriter>},
 };
 
 const FormatFactory* factoryOf(FormatFactories factories, TraceFormat format) {

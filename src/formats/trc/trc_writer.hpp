@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "formats/asc/asc_message.hpp"
 #include "formats/trc/trc_columns.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
@@ -37,7 +36,8 @@ class TrcWriter final : public TraceWriterText {
 
  private:
   void write(const BrixMessage& message);
-  void write(const AscMessage& message);
+  template <class Other>
+  void write(const Other& message);
 
   std::uint64_t messageCount_ = 0;
   TrcColumnSet columnSet_ = 0;
