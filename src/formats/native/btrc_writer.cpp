@@ -14,8 +14,7 @@ namespace xlatr {
 namespace {
 
 constexpr std::int8_t kMicroseconds = -6;
-constexpr std::uint64_t kBlockSize =
-    std::uint64_t{Native_RecordInfo::kDefaultBlockSize} * BtrcFileHeader::kBlockUnit;
+constexpr std::uint64_t kBlockSize = std::uint64_t{Native_RecordInfo::kDefaultBlockSize} * BtrcFileHeader::kBlockUnit;
 
 constexpr std::int32_t kMicrosecondsPerMillisecond = 1000;
 
@@ -36,8 +35,7 @@ Native_RecordTimeCalibration calibrationOf(const DateTime& date, std::uint64_t s
   record.hour = static_cast<std::uint8_t>(date.hour);
   record.minute = static_cast<std::uint8_t>(date.minute);
   record.second = static_cast<std::uint8_t>(date.second);
-  record.microseconds =
-      static_cast<std::uint32_t>(date.millisecond * kMicrosecondsPerMillisecond + date.microsecond);
+  record.microseconds = static_cast<std::uint32_t>(date.millisecond * kMicrosecondsPerMillisecond + date.microsecond);
   return record;
 }
 

@@ -50,7 +50,8 @@ struct StatusFlag {
   std::uint8_t flag;
   WarningErrors status;
 };
-constexpr std::array kStatusFlags = {StatusFlag{0x80, WarningErrors::BusOff}, StatusFlag{0x40, WarningErrors::BusWarning},
+constexpr std::array kStatusFlags = {StatusFlag{0x80, WarningErrors::BusOff},
+                                     StatusFlag{0x40, WarningErrors::BusWarning},
                                      StatusFlag{0x20, WarningErrors::BusPassive}};
 
 MessageKind kindOfFdFlags(std::uint16_t flags) {

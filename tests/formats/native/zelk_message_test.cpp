@@ -44,7 +44,8 @@ TEST(ZelkMessage, isEmptyAtFirst) {
 }
 
 TEST(ZelkMessage, takesAReceivedFrame) {
-  const ZelkBinaryMessage message = read(received(1, 5000, frameInfo(3, 2, 2, 0x18FEF100), std::string("\xAA\xBB\0\0", 4)));
+  const ZelkBinaryMessage message =
+      read(received(1, 5000, frameInfo(3, 2, 2, 0x18FEF100), std::string("\xAA\xBB\0\0", 4)));
   EXPECT_TRUE(message.getValid());
   EXPECT_EQ(message.GetRecordType(), RecordType::CanRxMsg);
   EXPECT_EQ(message.type, MessageType::Rx);
@@ -97,8 +98,8 @@ TEST(ZelkMessage, takesFdFramesByTheirFlags) {
   const struct {
     unsigned flags;
     MessageKind kind;
-  } cases[] = {{0x10, MessageKind::FD}, {0x30, MessageKind::FB}, {0x50, MessageKind::FE}, {0x70, MessageKind::BI},
-               {0x00, MessageKind::FD}, {0x22, MessageKind::FB}};
+  } cases[] = {{0x10, MessageKind::FD}, {0x30, MessageKind::FB}, {0x50, MessageKind::FE},
+               {0x70, MessageKind::BI}, {0x00, MessageKind::FD}, {0x22, MessageKind::FB}};
   for (const auto& test : cases) {
     const ZelkBinaryMessage rx = read(received(3, 9, frameInfo(0, 9, test.flags, 0x100), "123456789012"));
     EXPECT_TRUE(rx.getValid()) << test.flags;
@@ -254,18 +255,12 @@ TEST(ZelkMessage, shortRecordSaysSoWithItsBytes) {
   const struct {
     std::uint16_t type;
     const char* label;
-  } cases[] = {{1, "Native_RecordCanRxMsg raw data: "},
-               {3, "Native_RecordCanRxFdMsg raw data: "},
-               {4, "Native_RecordCanTxMsg raw data: "},
-               {6, "Native_RecordCanTxFdMsg raw data: "},
-               {7, "Native_RecordCanError raw data(EF) : "},
-               {8, "Native_RecordCanStatus raw data : "},
-               {9, "Native_RecordCanBusLoad raw data : "},
-               {10, "Native_RecordCanBitrate raw data : "},
-               {11, "Native_RecordCanBitrate raw data : "},
-               {0x10, "Native_RecordCanCritical raw data : "},
-               {0x11, "Native_RecordCanCritical raw data : "},
-               {0x8001, "Native_RecordCounter raw data: "}};
+  } cases[] = {{1, "Native_RecordCanRxMsg raw data: "},        {3, "Native_RecordCanRxFdMsg raw data: "},
+               {4, "Native_RecordCanTxMsg raw data: "},        {6, "Native_RecordCanTxFdMsg raw data: "},
+               {7, "Native_RecordCanError raw data(EF) : "},   {8, "Native_RecordCanStatus raw data : "},
+               {9, "Native_RecordCanBusLoad raw data : "},     {10, "Native_RecordCanBitrate raw data : "},
+               {11, "Native_RecordCanBitrate raw data : "},    {0x10, "Native_RecordCanCritical raw data : "},
+               {0x11, "Native_RecordCanCritical raw data : "}, {0x8001, "Native_RecordCounter raw data: "}};
   for (const auto& test : cases) {
     const std::string bytes = record(test.type, "ab");
     const ZelkBinaryMessage message = read(bytes);
@@ -283,10 +278,14 @@ TEST(ZelkMessage, shortRecordSaysSoWithItsBytes) {
 }
 
 TEST(ZelkMessage, everyCutRecordIsNotValid) {
-  const std::string records[] = {plainFrame(9), received(3, 9, frameInfo(0, 15, 0x10, 1), std::string(64, 'x')),
-                                 sent(4, 9, frameInfo(0, 1, 0, 1), "1234"), sent(5, 9, frameInfo(0, 1, 1, 1), ""),
-                                 sent(6, 9, frameInfo(0, 9, 0x10, 1), "123456789012"), errorRecord(0),
-                                 record(8, std::string(12, 'x')), counter(1, 2, 3)};
+  const std::string records[] = {plainFrame(9),
+                                 received(3, 9, frameInfo(0, 15, 0x10, 1), std::string(64, 'x')),
+                                 sent(4, 9, frameInfo(0, 1, 0, 1), "1234"),
+                                 sent(5, 9, frameInfo(0, 1, 1, 1), ""),
+                                 sent(6, 9, frameInfo(0, 9, 0x10, 1), "123456789012"),
+                                 errorRecord(0),
+                                 record(8, std::string(12, 'x')),
+                                 counter(1, 2, 3)};
   for (const std::string& whole : records) {
     for (std::size_t size = 4; size < whole.size(); ++size) {
       EXPECT_FALSE(read(whole.substr(0, size)).valid) << size << " of " << whole.size();
@@ -422,8 +421,8 @@ TEST(ZelkMessage, makesDataFrames) {
 }
 
 TEST(ZelkMessage, dlcOfADataFrameIsTheLowByteOfItsLength) {
-  EXPECT_EQ(imageOf({.length = 0x20C}), received(1, 2500, frameInfo(2, 12, 0, 0x123),
-                                                 std::string("\x0A\xB0", 2) + std::string(22, '\0')));
+  EXPECT_EQ(imageOf({.length = 0x20C}),
+            received(1, 2500, frameInfo(2, 12, 0, 0x123), std::string("\x0A\xB0", 2) + std::string(22, '\0')));
   EXPECT_EQ(imageOf({.length = 0x14}), received(1, 2500, frameInfo(2, 4, 0, 0x123), std::string("\x0A\xB0\0\0", 4)))
       << "of which a record has four bits";
 }
@@ -446,8 +445,8 @@ TEST(ZelkMessage, lengthsOfFdFramesBecomeTheCodeThatHoldsThem) {
   const struct {
     std::uint32_t length;
     unsigned dlc;
-  } cases[] = {{0, 0},   {8, 8},   {9, 9},   {12, 9},  {13, 10}, {16, 10}, {17, 11}, {20, 11},
-               {21, 12}, {24, 12}, {25, 13}, {32, 13}, {33, 14}, {48, 14}, {49, 15}, {64, 15}, {1000, 15}};
+  } cases[] = {{0, 0},   {8, 8},   {9, 9},   {12, 9},  {13, 10}, {16, 10}, {17, 11}, {20, 11},  {21, 12},
+               {24, 12}, {25, 13}, {32, 13}, {33, 14}, {48, 14}, {49, 15}, {64, 15}, {1000, 15}};
   for (const auto& test : cases) {
     const ZelkBinaryMessage message = made({.kind = MessageKind::FD, .length = test.length, .data = Bytes(64, 7)});
     EXPECT_EQ(message.rawBytes[13], test.dlc) << test.length;
@@ -470,9 +469,16 @@ TEST(ZelkMessage, makesStatusRecordsFromTheirBytes) {
   const struct {
     Bytes data;
     unsigned flags;
-  } cases[] = {{{0, 4, 0, 0}, 0x20},    {{0, 0, 0, 0x10}, 0x80}, {{0, 0, 0, 0x08}, 0x40}, {{0, 4, 0, 0x18}, 0xE0},
-               {{0, 4, 0, 0x18, 9}, 0xE0}, {{0, 0x18}, 0xC0},       {{0, 4, 0x18}, 0},       {{0x18}, 0},
-               {{}, 0},                 {{0xFF, 0xFB, 0xFF, 0xE7}, 0}};
+  } cases[] = {{{0, 4, 0, 0}, 0x20},
+               {{0, 0, 0, 0x10}, 0x80},
+               {{0, 0, 0, 0x08}, 0x40},
+               {{0, 4, 0, 0x18}, 0xE0},
+               {{0, 4, 0, 0x18, 9}, 0xE0},
+               {{0, 0x18}, 0xC0},
+               {{0, 4, 0x18}, 0},
+               {{0x18}, 0},
+               {{}, 0},
+               {{0xFF, 0xFB, 0xFF, 0xE7}, 0}};
   for (const auto& test : cases) {
     EXPECT_EQ(imageOf({.kind = MessageKind::ST, .data = test.data}),
               record(8, number(2500, 8) + number(2, 1) + number(test.flags, 1) + number(0, 2)));
@@ -508,8 +514,7 @@ TEST(ZelkMessage, makesATextOfAnEvent) {
   const ZelkBinaryMessage message = made({.kind = MessageKind::EV, .comment = "start"});
   EXPECT_EQ(message.GetRecordType(), RecordType::TextMsg);
   EXPECT_TRUE(message.valid);
-  EXPECT_EQ(imageOf({.kind = MessageKind::EV, .comment = "start"}),
-            record(0x8002, "TODO 'Event Framer (EV)': start "));
+  EXPECT_EQ(imageOf({.kind = MessageKind::EV, .comment = "start"}), record(0x8002, "TODO 'Event Framer (EV)': start "));
 }
 
 TEST(ZelkMessage, makesATextOfAnythingElse) {
