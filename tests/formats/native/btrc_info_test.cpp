@@ -48,14 +48,13 @@ TEST_F(BtrcInfoTest, readsTheHeadOfAFile) {
   EXPECT_EQ(header.firstFramePosition, 32U);
   EXPECT_EQ(header.systemTime, kStart);
   EXPECT_EQ(header.blockBytes(), 8192U);
-  EXPECT_EQ(header.getRTCRawDataString(),
-            "18 00 03 80 C6 29 66 22 C8 20 E3 00 EA 07 0B 15 0D 0E 0F 00 06 12 0F 00 ");
+  EXPECT_EQ(header.getRTCRawDataString(), "18 00 03 80 C6 29 66 22 C8 20 E3 00 EA 07 0B 15 0D 0E 0F 00 06 12 0F 00 ");
 }
 
 TEST_F(BtrcInfoTest, microsecondsBeyondASecondCountOn) {
-  const std::string late = record(0x8003, number(5, 8) + number(2026, 2) + number(11, 1) + number(21, 1) +
-                                              number(13, 1) + number(14, 1) + number(12, 1) + number(0, 1) +
-                                              number(3987654, 4));
+  const std::string late =
+      record(0x8003, number(5, 8) + number(2026, 2) + number(11, 1) + number(21, 1) + number(13, 1) + number(14, 1) +
+                         number(12, 1) + number(0, 1) + number(3987654, 4));
   EXPECT_DOUBLE_EQ(infoOf(filled(info() + late)).getStartTime(), kStartDays);
 }
 

@@ -131,7 +131,8 @@ TEST(BtrcReader, readsOverTheEndsOfItsOwnBuffer) {
 TEST(BtrcReader, skipsToTheNextBlock) {
   FileReader reader(filled(head() + plainFrame(5) + plainFrame(6)) + counter(0, 2, 2) + plainFrame(7));
   ASSERT_NE(reader->ReadNextMessage(), nullptr);
-  EXPECT_EQ(reader->SkipCurrentBlock(), "Block Size: 8192 | Old position: 56 | New position 8192 | 8136 bytes advanced");
+  EXPECT_EQ(reader->SkipCurrentBlock(),
+            "Block Size: 8192 | Old position: 56 | New position 8192 | 8136 bytes advanced");
   EXPECT_LT(reader->getPercentDone(), 1.0) << "which follows at the next record";
   EXPECT_EQ(reader.types(), (Types{0x8001, 1}));
 }
@@ -148,7 +149,8 @@ TEST(BtrcReader, atTheEndOfABlockAWholeOneIsSkipped) {
 TEST(BtrcReader, skippingBehindTheEndOfTheFileEndsReading) {
   FileReader reader(head() + plainFrame(5) + plainFrame(6));
   ASSERT_NE(reader->ReadNextMessage(), nullptr);
-  EXPECT_EQ(reader->SkipCurrentBlock(), "Block Size: 8192 | Old position: 56 | New position 8192 | 8136 bytes advanced");
+  EXPECT_EQ(reader->SkipCurrentBlock(),
+            "Block Size: 8192 | Old position: 56 | New position 8192 | 8136 bytes advanced");
   EXPECT_EQ(reader->ReadNextMessage(), nullptr);
 }
 

@@ -204,8 +204,8 @@ TEST_F(BtrcWriterTest, textsAreRecordsAndCounted) {
   std::string file = fillFirstBlock(8);
   writer_.WriteComment("hello");
   writer_.WriteComment("");
-  EXPECT_EQ(written(), filled(filled(file) + counter(0, records_, records_) + record(0x8002, "hello   ") +
-                              record(0x8002, "")))
+  EXPECT_EQ(written(),
+            filled(filled(file) + counter(0, records_, records_) + record(0x8002, "hello   ") + record(0x8002, "")))
       << "the totals that a text comes behind have no time";
 }
 
@@ -241,8 +241,7 @@ TEST_F(BtrcWriterTest, messageOfNoRecordBecomesAText) {
   broken.valid = false;
   broken.comment = "odd";
   writer_.WriteMessage(broken);
-  EXPECT_EQ(written(), filled(headOfStart() + record(0x8002, "TODO 'Event Framer (EV)': go") +
-                              record(0x8002, "odd ")));
+  EXPECT_EQ(written(), filled(headOfStart() + record(0x8002, "TODO 'Event Framer (EV)': go") + record(0x8002, "odd ")));
 }
 
 std::string parsingFailureOf(const std::function<void()>& action) {
