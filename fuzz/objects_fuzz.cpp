@@ -1,6 +1,6 @@
-// Random sequences of calls to the exported functions, with random arguments, within the rules of ownership: whatever is
-// called in whatever order, nothing but the documented exceptions may come out. The first byte chooses the format of the
-// source file, the second how many bytes of the input it holds, and what follows is the sequence of calls.
+// Random sequences of calls to the exported functions, with random arguments, within the rules of ownership: whatever
+// is called in whatever order, nothing but the documented exceptions may come out. The first byte chooses the format of
+// the source file, the second how many bytes of the input it holds, and what follows is the sequence of calls.
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -48,8 +48,8 @@ class Input {
     return taken;
   }
   double version() {
-    constexpr std::array kVersions{0.0, 1.0, 1.1, 1.2, 2.0, 2.1, 3.0, 4.1, 4.2, 8.1, -1.0, 1e300,
-                                   std::numeric_limits<double>::quiet_NaN()};
+    constexpr std::array kVersions{
+        0.0, 1.0, 1.1, 1.2, 2.0, 2.1, 3.0, 4.1, 4.2, 8.1, -1.0, 1e300, std::numeric_limits<double>::quiet_NaN()};
     return kVersions.at(choice(kVersions.size()));
   }
 
@@ -111,20 +111,30 @@ class ReaderSlot {
         reopen(world.paths.next(input));
         world.info = Info::asTraceInfo(info_.get());
         break;
-      case 1: Family::setActive(reader(), input.flag()); break;
+      case 1:
+        Family::setActive(reader(), input.flag());
+        break;
       case 2:
-      case 3: readNext(world); break;
-      case 4: require(!(Family::getPercentDone(reader()) < 0.0)); break;
+      case 3:
+        readNext(world);
+        break;
+      case 4:
+        require(!(Family::getPercentDone(reader()) < 0.0));
+        break;
       case 5:
         readText(input, Info::getPathSize(info()),
                  [this](char* buffer, std::uint32_t size) { Info::getPath(info(), buffer, size); });
         break;
-      case 6: static_cast<void>(Info::getValid(info())); break;
+      case 6:
+        static_cast<void>(Info::getValid(info()));
+        break;
       case 7:
         static_cast<void>(Info::getVersion(info()));
         static_cast<void>(Info::getStartTime(info()));
         break;
-      default: static_cast<void>(Message::getValid(message_.get())); break;
+      default:
+        static_cast<void>(Message::getValid(message_.get()));
+        break;
     }
   }
 
@@ -171,9 +181,15 @@ class WriterSlot {
         writer_.reset(Family::construct(path.c_str(), overrideExistingFile, input.version()));
         break;
       }
-      case 1: Family::setActive(writer(), input.flag()); break;
-      case 2: Family::writeHeader(writer(), world.info); break;
-      case 3: Family::writeHeader2(writer(), world.info, input.version() * 10000.0); break;
+      case 1:
+        Family::setActive(writer(), input.flag());
+        break;
+      case 2:
+        Family::writeHeader(writer(), world.info);
+        break;
+      case 3:
+        Family::writeHeader2(writer(), world.info, input.version() * 10000.0);
+        break;
       case 4: {
         const auto bytes = input.take(input.byte());
         const std::string text(bytes.begin(), bytes.end());
@@ -182,16 +198,28 @@ class WriterSlot {
       }
       case 5:
       case 6:
-      case 7: Family::writeMessage(writer(), world.message); break;
-      case 8: writer_.reset(Family::createNew(writer())); break;
-      case 9: Family::setTargetPath(writer(), world.paths.next(input).c_str()); break;
-      case 10: Family::setTargetVersion(writer(), input.version()); break;
-      case 11: Family::setSourcePath(writer(), world.paths.next(input).c_str()); break;
+      case 7:
+        Family::writeMessage(writer(), world.message);
+        break;
+      case 8:
+        writer_.reset(Family::createNew(writer()));
+        break;
+      case 9:
+        Family::setTargetPath(writer(), world.paths.next(input).c_str());
+        break;
+      case 10:
+        Family::setTargetVersion(writer(), input.version());
+        break;
+      case 11:
+        Family::setSourcePath(writer(), world.paths.next(input).c_str());
+        break;
       case 12:
         readText(input, Family::getTargetPathSize(writer()),
                  [this](char* buffer, std::uint32_t size) { Family::getTargetPath(writer(), buffer, size); });
         break;
-      default: Family::setOverrideExistingFile(writer(), input.flag()); break;
+      default:
+        Family::setOverrideExistingFile(writer(), input.flag());
+        break;
     }
   }
 
