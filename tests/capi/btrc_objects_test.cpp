@@ -34,8 +34,8 @@ class BtrcObjectsTest : public testing::Test {
   }
 
   TempFolder folder_;
-  std::string path_ = folder_.write("x.btrc", filled(head() + plainFrame(kStart + 5, 3) + record(0x8002, "text")) +
-                                                  filled(counter(0, 2, 2)));
+  std::string path_ = folder_.write(
+      "x.btrc", filled(head() + plainFrame(kStart + 5, 3) + record(0x8002, "text")) + filled(counter(0, 2, 2)));
   TraceFileInfo* file_ = TraceFileInfo_Construct(path_.c_str());
   BtrcInfo* info_ = BtrcInfo_Construct(file_);
 };
@@ -71,8 +71,7 @@ TEST(BtrcObjects, answerForTheirFormatWithoutAnObject) {
   EXPECT_EQ(BtrcInfo_GetAllowedConvertions()[2], XLATR_FORMAT_CSV);
 }
 
-constexpr char kCalibrationBytes[] =
-    "18 00 03 80 C6 29 66 22 C8 20 E3 00 EA 07 0B 15 0D 0E 0F 00 06 12 0F 00 ";
+constexpr char kCalibrationBytes[] = "18 00 03 80 C6 29 66 22 C8 20 E3 00 EA 07 0B 15 0D 0E 0F 00 06 12 0F 00 ";
 
 TEST_F(BtrcObjectsTest, tellOfTheHead) {
   EXPECT_TRUE(BtrcInfo_GetValid(info_));
@@ -194,8 +193,9 @@ TEST_F(BtrcObjectsTest, writeAFileFromATrcMessage) {
   MessageCan_Destruct(message);
   TrcReader_Destruct(reader);
   TrcInfo_Destruct(trace);
-  EXPECT_EQ(folder_.read("y.btrc"), filled(info(0) + record(0x8002, "note") +
-                                           received(1, 10500, frameInfo(2, 1, 0, 0x123), std::string("\xAA\0\0\0", 4))));
+  EXPECT_EQ(folder_.read("y.btrc"),
+            filled(info(0) + record(0x8002, "note") +
+                   received(1, 10500, frameInfo(2, 1, 0, 0x123), std::string("\xAA\0\0\0", 4))));
 }
 
 }  // namespace
