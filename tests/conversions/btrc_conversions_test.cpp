@@ -269,8 +269,9 @@ TEST(BtrcToAsc, writesFramesInBothForms) {
   expectSuccess(convert("in.btrc", "new.asc", 8.0, XLATR_FORMAT_ASC), {"new.asc"});
   const Lines lines = splitLines(readFile("new.asc"));
   ASSERT_EQ(lines.size(), 7U);
-  EXPECT_EQ(lines[5], "   0.002500 CANFD   2 Rx        200                                   1 0 9 12 31 32 33 34 35 36 37 "
-                      "38 39 30 31 32        0    0     3000        0        0        0        0        0");
+  EXPECT_EQ(lines[5],
+            "   0.002500 CANFD   2 Rx        200                                   1 0 9 12 31 32 33 34 35 36 37 "
+            "38 39 30 31 32        0    0     3000        0        0        0        0        0");
 }
 
 TEST(BtrcToCsv, writesFramesAsRows) {
@@ -280,15 +281,16 @@ TEST(BtrcToCsv, writesFramesAsRows) {
   const Lines lines = splitLines(readFile("out.csv"));
   ASSERT_GT(lines.size(), 3U);
   EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
-            (Lines{"1;1.000;1;Rx;DT;0123;-;4;01;02;03;04", "2;2.500;2;Rx;FB;0200;-;12;31;32;33;34;35;36;37;38;39;30;31;32",
-                   "3;3.000;1;Tx;RR;0300;-;8;"}));
+            (Lines{"1;1.000;1;Rx;DT;0123;-;4;01;02;03;04",
+                   "2;2.500;2;Rx;FB;0200;-;12;31;32;33;34;35;36;37;38;39;30;31;32", "3;3.000;1;Tx;RR;0300;-;8;"}));
 }
 
 // Damage --------------------------------------------------------------------------------------------------------------
 
 TEST(BtrcDamage, anyFlippedByteAndAnyLengthEndsWell) {
   const WorkingDirectory directory;
-  const std::string whole = head() + plainFrame(kStart + 1) + sent(4, kStart + 7, frameInfo(0, 8, 0, 0x7FF), "12345678") +
+  const std::string whole = head() + plainFrame(kStart + 1) +
+                            sent(4, kStart + 7, frameInfo(0, 8, 0, 0x7FF), "12345678") +
                             record(7, number(kStart, 8) + number(0, 8)) + record(0x8002, "text") +
                             received(3, kStart + 9, frameInfo(0, 9, 0x30, 1), "123456789012") + filler(40);
   for (std::size_t index = 0; index < whole.size(); ++index) {

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "formats/native/zelk_message.hpp"
 #include "support/btrc_image.hpp"
 #include "support/temp_folder.hpp"
-#include "formats/native/zelk_message.hpp"
 
 namespace xlatr {
 namespace {
@@ -87,10 +87,11 @@ TEST_F(BtrcSourceTest, recordThatCanNotBeWrittenCostsTheRestOfItsBlock) {
 }
 
 TEST_F(BtrcSourceTest, impossibleDateIsReported) {
-  EXPECT_EQ(convert(filled(info() + calibration(kStart, 13) + plainFrame(5, 0, 1))),
-            (Texts{"-->INVALID CALCULATION TIME RECORD (RTC). Raw data: 18 00 03 80 C6 29 66 22 C8 20 E3 00 EA 07 0D 15 "
-                   "0D 0E 0F 00 06 12 0F 00 .",
-                   "-->RTC replaced by creation information of the file in.btrc.", "message 1"}));
+  EXPECT_EQ(
+      convert(filled(info() + calibration(kStart, 13) + plainFrame(5, 0, 1))),
+      (Texts{"-->INVALID CALCULATION TIME RECORD (RTC). Raw data: 18 00 03 80 C6 29 66 22 C8 20 E3 00 EA 07 0D 15 "
+             "0D 0E 0F 00 06 12 0F 00 .",
+             "-->RTC replaced by creation information of the file in.btrc.", "message 1"}));
   EXPECT_EQ(message_,
             "The source file 'in.btrc' had an invalid calculation time record (RTC).\n"
             "This information was replaced with the creation date/time of the source file.\n");

@@ -100,8 +100,8 @@ std::string errorRecord(const Entry& entry) {
 
 std::string statusRecord(const Entry& entry) {
   const std::span<const std::uint8_t> data = entry.payload();
-  const std::uint32_t flags =
-      ((data[3] & 0x10U) != 0 ? 0x80U : 0) | ((data[3] & 0x08U) != 0 ? 0x40U : 0) | ((data[1] & 0x04U) != 0 ? 0x20U : 0);
+  const std::uint32_t flags = ((data[3] & 0x10U) != 0 ? 0x80U : 0) | ((data[3] & 0x08U) != 0 ? 0x40U : 0) |
+                              ((data[1] & 0x04U) != 0 ? 0x20U : 0);
   return busRecord(8, entry, flags, {}, 2);
 }
 
