@@ -1,6 +1,6 @@
-// A whole binary trace, read to its end and written as TRC, and from there as a binary trace again, through the exported
-// functions. The lowest bits of the first byte choose the TRC version and whether blocks are skipped now and then, the
-// rest of the input is the file.
+// A whole binary trace, read to its end and written as TRC, and from there as a binary trace again, through the
+// exported functions. The lowest bits of the first byte choose the TRC version and whether blocks are skipped now and
+// then, the rest of the input is the file.
 #include <array>
 #include <cstddef>
 #include <cstdint>
