@@ -203,6 +203,67 @@ std::string image() {
                 sent(5, kStart + 3000, frameInfo(0, 8, 1, 0x300), ""));
 }
 
+// A record of every type, a millisecond apart.
+std::string everyRecord() {
+  const auto time = [](unsigned milliseconds) { return kStart + milliseconds * 1000; };
+  const auto error = [&](unsigned milliseconds, unsigned flags, unsigned position) {
+    return record(7, number(time(milliseconds), 8) + number(0, 1) + number(flags, 1) + number(position, 1) +
+                         number(0x60, 1) + number(7, 1) + number(0, 3));
+  };
+  return filled(head() + plainFrame(time(1)) + received(1, time(2), frameInfo(2, 8, 2, 0x18FEF100), "12345678") +
+                received(2, time(3), frameInfo(0, 0, 1, 0x100), "") +
+                received(3, time(4), frameInfo(0, 9, 0x72, 0x18FEF101), "123456789012") +
+                sent(4, time(5), frameInfo(0, 1, 0, 0x7FF), std::string("A\0\0\0", 4)) +
+                sent(5, time(6), frameInfo(0, 8, 1, 0x300), "") +
+                sent(6, time(7), frameInfo(0, 15, 0x10, 0x301), "1234567890123456") + error(8, 0xC0, 0) +
+                error(9, 0x90, 0x0B) + record(8, number(time(10), 8) + number(0, 1) + number(0xE0, 1) + number(0, 2)) +
+                record(9, number(time(11), 8) + number(0, 4)) + record(10, number(0, 12)) + record(11, number(0, 20)) +
+                record(0x10, number(time(12), 8) + number(0, 8)) + record(0x11, number(time(13), 8) + number(0, 8)) +
+                record(0x8002, "text") + counter(time(14), 16, 16) + record(0x000C, "unknown "));
+}
+
+TEST(BtrcToTrc, writesWhatEveryRecordHolds) {
+  const WorkingDirectory directory;
+  writeFile("in.btrc", everyRecord());
+  expectSuccess(convert("in.btrc", "out.trc", 2.1), {"out.trc"});
+  EXPECT_EQ(
+      linesBehindHeader("out.trc", "2.1"),
+      (Lines{"      1         1.000 DT 1      0123 Rx -  4    01 02 03 04",
+             "      2         2.000 DT 3  18FEF100 Rx -  8    31 32 33 34 35 36 37 38",
+             "      3         3.000 RR 1      0100 Rx -  0    ",
+             "      4         4.000 BI 1  18FEF101 Rx -  9    31 32 33 34 35 36 37 38 39 30 31 32",
+             "      5         5.000 DT 1      07FF Tx -  1    41", "      6         6.000 RR 1      0300 Tx -  8    ",
+             "      7         7.000 FD 1      0301 Tx -  15   31 32 33 34 35 36 37 38 39 30 31 32 33 34 35 36",
+             "      8         8.000 EC 1         - Rx -  2    07 60",
+             "      9         9.000 ER 1         - Rx -  4    01 0B 07 60",
+             "     10        10.000 ST 1         - Rx -  4    00 04 00 18"}));
+  expectSuccess(convert("in.btrc", "old.trc", 1.3), {"old.trc"});
+  EXPECT_EQ(linesBehindHeader("old.trc", "1.3"),
+            (Lines{"      1)        1.000 1  Rx        0123 -  4    01 02 03 04",
+                   "      2)        2.000 3  Rx    18FEF100 -  8    31 32 33 34 35 36 37 38",
+                   "      3)        3.000 1  Rx        0100 -  0    RTR",
+                   "      4)        5.000 1  Tx        07FF -  1    41",
+                   "      5)        6.000 1  Tx        0300 -  8    RTR",
+                   "      6)        8.000 1  Error FFFFFFFF -  2    07 60",
+                   "      7)        9.000 1  Error     0002 -  4    01 0B 07 60",
+                   "      8)       10.000 1  Warng FFFFFFFF -  4    00 04 00 18"}));
+}
+
+// The counters of an error are behind two zeros, which is where a line looks for them.
+TEST(BtrcToAsc, writesWhatEveryRecordHolds) {
+  const WorkingDirectory directory;
+  writeFile("in.btrc", everyRecord());
+  expectSuccess(convert("in.btrc", "out.asc", 7.0, XLATR_FORMAT_ASC), {"out.asc"});
+  const Lines lines = splitLines(readFile("out.asc"));
+  EXPECT_EQ(Lines(lines.begin() + 4, lines.end()),
+            (Lines{"   0.001000 1  123             Rx   d 4 01 02 03 04",
+                   "   0.002000 3  18FEF100x       Rx   d 8 31 32 33 34 35 36 37 38",
+                   "   0.003000 1  100             Rx   r 0", "   0.005000 1  7FF             Tx   d 1 41",
+                   "   0.006000 1  300             Tx   r 8",
+                   "   0.008000 CAN 1  Status:error counter change (Zelkworks) - TxErr: 0 RxErr: 0",
+                   "   0.009000 1  ErrorFrame ECC: 01101011", "   0.010000 CAN 1  Status:"}));
+}
+
 TEST(BtrcToTrc, messageOnBus0GoesToTheFileOfBus1) {
   const WorkingDirectory directory;
   writeFile("in.btrc", image());
