@@ -14,7 +14,8 @@ inline constexpr std::size_t kBlock = 8192;
 inline std::string number(std::uint64_t value, std::size_t width) {
   std::string bytes;
   for (std::size_t index = 0; index < width; ++index) {
-    bytes += static_cast<char>(value >> (8 * index));
+    bytes += static_cast<char>(value);
+    value >>= 8;
   }
   return bytes;
 }
