@@ -10,7 +10,7 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<BrixMessage>;
+using Accepted = MessageClasses<BrixMessage, SessionMessage>;
 
 }  // namespace
 
@@ -62,6 +62,13 @@ void AscWriter::write(const BrixMessage& message) {
   }
   mapToAsc(message, mapped_);
   mapped_.textVersion8 = version8_;
+  writeMapped();
+}
+
+// The logger's frames are classic ones, which every version reads in the old form.
+void AscWriter::write(const SessionMessage& message) {
+  mapToAsc(message, mapped_);
+  mapped_.textVersion8 = false;
   writeMapped();
 }
 
