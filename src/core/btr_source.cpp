@@ -36,9 +36,7 @@ class BtrSource final : public TraceSource {
 
   // The logger has five buses, and what it recorded is written whether it makes sense or not.
   [[nodiscard]] bool warnsOfHighBuses() const override { return false; }
-  [[nodiscard]] std::optional<std::uint32_t> bus() const override {
-    return sector_[current_].entry.getSource() + 1U;
-  }
+  [[nodiscard]] std::optional<std::uint32_t> bus() const override { return sector_[current_].entry.getSource() + 1U; }
   [[nodiscard]] Verdict judge(const TargetKind& /*target*/) const override { return Verdict::Write; }
   void write(ITraceWriter& writer, const TargetKind& /*target*/) override { writer.WriteMessage(sector_[current_]); }
 

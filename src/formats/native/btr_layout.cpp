@@ -65,13 +65,9 @@ SessionDateTime SessionDateTime::fromSectorWords(std::uint32_t stamp, std::uint3
 }
 
 DateTime SessionDateTime::parseDateTime() const {
-  return DateTime::fromLocalFields({.year = kFirstYear + year,
-                                    .month = month,
-                                    .day = day,
-                                    .hour = hour,
-                                    .minute = minute,
-                                    .second = second},
-                                   hundredths * 10, 0);
+  return DateTime::fromLocalFields(
+      {.year = kFirstYear + year, .month = month, .day = day, .hour = hour, .minute = minute, .second = second},
+      hundredths * 10, 0);
 }
 
 DateTime SessionDateTime::toDateTime() const {

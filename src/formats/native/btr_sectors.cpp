@@ -1,6 +1,5 @@
 #include "formats/native/btr_sectors.hpp"
 
-
 namespace xlatr {
 
 BtrSectors::BtrSectors(const std::string& path, std::size_t ahead)

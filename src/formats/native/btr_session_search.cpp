@@ -60,8 +60,7 @@ void findSessionEnd(BtrSectors& sectors, std::uint64_t sectorCount, BtrSessionEn
   const SessionDateTime& start = entry.description.dateAndTime;
   const auto matches = [&](std::int64_t number) {
     const DataSector sector = readSector(sectors, number);
-    return sector.belongsTo(start) &&
-           SessionDateTime::fromSectorWords(sector.stamp, sector.time).compareTo(start) == 0;
+    return sector.belongsTo(start) && SessionDateTime::fromSectorWords(sector.stamp, sector.time).compareTo(start) == 0;
   };
   try {
     const auto high = static_cast<std::int64_t>(std::min(sectorCount, kAddressable));

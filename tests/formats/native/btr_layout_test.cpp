@@ -67,9 +67,10 @@ TEST(BtrLayout, readsAndWritesAnEntry) {
 }
 
 TEST(BtrLayout, readsAndWritesADataSector) {
-  const std::string image = test::BtrImage(1)
-                                .sector(0, {}, {{.id = 0x7FF, .bus = 1, .length = 2, .timestamp = 5, .data = {1, 2}}}, 7)
-                                .bytes();
+  const std::string image =
+      test::BtrImage(1)
+          .sector(0, {}, {{.id = 0x7FF, .bus = 1, .length = 2, .timestamp = 5, .data = {1, 2}}}, 7)
+          .bytes();
   const auto sector = DataSector::fromBytes(SectorBytes(reinterpret_cast<const std::uint8_t*>(image.data()), 512));
   EXPECT_EQ(sector.stamp, 0x07180301U);
   EXPECT_EQ(sector.wrapCounter(), 7);
@@ -123,8 +124,9 @@ TEST(SessionDateTimes, becomeDays) {
 }
 
 TEST(SessionDateTimes, becomeSecond0Of1970WhenTheyAreNone) {
-  for (const auto& [field, value] : {std::pair(&SessionDateTime::month, 13), std::pair(&SessionDateTime::day, 0),
-                                     std::pair(&SessionDateTime::hour, 24), std::pair(&SessionDateTime::hundredths, 100)}) {
+  for (const auto& [field, value] :
+       {std::pair(&SessionDateTime::month, 13), std::pair(&SessionDateTime::day, 0),
+        std::pair(&SessionDateTime::hour, 24), std::pair(&SessionDateTime::hundredths, 100)}) {
     const SessionDateTime none = with(kDate, field, static_cast<std::uint8_t>(value));
     EXPECT_EQ(none.toDouble(), 25569.0) << value;
     EXPECT_THROW(static_cast<void>(none.parseDateTime()), ConverterParsingException) << value;
