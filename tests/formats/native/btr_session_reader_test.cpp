@@ -211,14 +211,14 @@ TEST_F(BtrSessionReaderTest, raisesWhenTheFileEndsBeforeTheSession) {
 
 TEST_F(BtrSessionReaderTest, passesOverUnusedSlots) {
   const std::vector<SessionMessage> messages = messagesOf({{
-      {.id = 0xFFFFFFFF},                                // unused
-      {.id = 0x20000000},                                // no identifier
-      {.id = 0x80000000, .flags = 0x10},                 // neither
-      {.id = 0xFFFFFFFF, .flags = 0x02},                 // neither
-      {.id = 0xFFFFFFFF, .flags = 0x10, .bus = 15},      // the logger's own
-      {.id = 0xFFFFFFFF, .bus = 15},                     // the same
-      {.id = 0xFFFFFFFF, .flags = 0x10, .bus = 2},       // a status frame
-      {.id = 0x1FFFFFFF},                                // a frame behind all of them
+      {.id = 0xFFFFFFFF},                            // unused
+      {.id = 0x20000000},                            // no identifier
+      {.id = 0x80000000, .flags = 0x10},             // neither
+      {.id = 0xFFFFFFFF, .flags = 0x02},             // neither
+      {.id = 0xFFFFFFFF, .flags = 0x10, .bus = 15},  // the logger's own
+      {.id = 0xFFFFFFFF, .bus = 15},                 // the same
+      {.id = 0xFFFFFFFF, .flags = 0x10, .bus = 2},   // a status frame
+      {.id = 0x1FFFFFFF},                            // a frame behind all of them
   }});
   ASSERT_EQ(messages.size(), 2U);
   EXPECT_EQ(messages[0].getIdentifier(), 0xFFFFFFFFU);

@@ -166,8 +166,8 @@ TEST_F(BtrSessionWriterTest, writesAYearBefore2000As0) {
   writer_.setActive(true);
   writer_.WriteHeader(StubInfo("s.trc", true, 36500.5));  // 1999-12-06, a Monday
   writer_.setActive(false);
-  const BtrDate date{.year = 0, .month = 12, .day = 6, .hour = 12, .minute = 0, .second = 0, .hundredths = 0,
-                     .dayOfWeek = 1};
+  const BtrDate date{
+      .year = 0, .month = 12, .day = 6, .hour = 12, .minute = 0, .second = 0, .hundredths = 0, .dayOfWeek = 1};
   EXPECT_EQ(folder_.read("x.btr"), BtrImage(2).session(0, {.date = date}).sector(1, date).bytes());
 }
 
@@ -175,8 +175,8 @@ TEST_F(BtrSessionWriterTest, writesTheNullDateOfATraceWithoutAStart) {
   writer_.setActive(true);
   writer_.WriteHeader(StubInfo("s.trc", true, 0.0));
   writer_.setActive(false);
-  const BtrDate date{.year = 0, .month = 12, .day = 30, .hour = 0, .minute = 0, .second = 0, .hundredths = 0,
-                     .dayOfWeek = 6};
+  const BtrDate date{
+      .year = 0, .month = 12, .day = 30, .hour = 0, .minute = 0, .second = 0, .hundredths = 0, .dayOfWeek = 6};
   EXPECT_EQ(folder_.read("x.btr"), BtrImage(2).session(0, {.date = date}).sector(1, date).bytes());
 }
 
@@ -225,8 +225,15 @@ TEST(BtrMapping, roundsTheTimeAndCutsItTo32Bits) {
   const struct {
     double milliseconds;
     std::uint32_t timestamp;
-  } cases[] = {{0.0, 0},          {0.0004, 0},      {0.0005, 1},       {4294967.295, 0xFFFFFFFF}, {4294967.296, 0},
-               {4294967.297, 1},  {-0.001, 0xFFFFFFFF}, {1e300, 0},    {-1e300, 0},
+  } cases[] = {{0.0, 0},
+               {0.0004, 0},
+               {0.0005, 1},
+               {4294967.295, 0xFFFFFFFF},
+               {4294967.296, 0},
+               {4294967.297, 1},
+               {-0.001, 0xFFFFFFFF},
+               {1e300, 0},
+               {-1e300, 0},
                {std::numeric_limits<double>::quiet_NaN(), 0}};
   for (const auto& test : cases) {
     EXPECT_EQ(mapToBtrEntry(frame(1, test.milliseconds)).timestamp, test.timestamp) << test.milliseconds;
