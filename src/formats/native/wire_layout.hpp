@@ -28,13 +28,14 @@ struct WireField {
   std::size_t offset;
 };
 
+template <class Owner, class Value>
+WireField(Value Owner::*, std::size_t) -> WireField<Owner, Value>;
+
 template <class Value>
 concept WireNumber = std::is_integral_v<Value> || std::is_enum_v<Value>;
 
 template <class Value>
-concept WireStructure = requires {
-  Value::wireFields();
-};
+concept WireStructure = requires { Value::wireFields(); };
 
 // The bytes of a value in a file.
 template <class Value>
