@@ -132,10 +132,13 @@ void SessionDateTime_getDateTimeItems(const SessionDateTime* date, std::uint8_t*
                                       std::uint8_t* day, std::uint8_t* hour, std::uint8_t* minute, std::uint8_t* second,
                                       std::uint8_t* hundredths) {
   const xlatr::SessionDateTime& items = object(date);
-  const std::pair<std::uint8_t*, std::uint8_t> parts[] = {
-      {year, items.year},     {month, items.month},   {day, items.day},
-      {hour, items.hour},     {minute, items.minute}, {second, items.second},
-      {hundredths, items.hundredths}};
+  const std::pair<std::uint8_t*, std::uint8_t> parts[] = {{year, items.year},
+                                                          {month, items.month},
+                                                          {day, items.day},
+                                                          {hour, items.hour},
+                                                          {minute, items.minute},
+                                                          {second, items.second},
+                                                          {hundredths, items.hundredths}};
   for (const auto& [out, value] : parts) {
     if (out != nullptr) {
       *out = value;

@@ -57,7 +57,7 @@ class WriterFamily : public testing::Test {
   std::string target_ = folder_.file("target.trace");
 };
 
-using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, CsvWriterType>;
+using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, CsvWriterType, BtrWriterType>;
 TYPED_TEST_SUITE(WriterFamily, WriterFamilies, FamilyName);
 
 TYPED_TEST(WriterFamily, ignoresNullInDestruct) {

@@ -195,7 +195,9 @@ class FrameData {
   // Zeros, of which the first are replaced by the bytes of `source`, as many as fit.
   FrameData(std::size_t size, std::span<const std::uint8_t> source);
 
-  [[nodiscard]] std::span<const std::uint8_t> bytes() const { return {large_.empty() ? small_.data() : large_.data(), size_}; }
+  [[nodiscard]] std::span<const std::uint8_t> bytes() const {
+    return {large_.empty() ? small_.data() : large_.data(), size_};
+  }
 
  private:
   std::size_t size_ = 0;
@@ -341,12 +343,11 @@ class Native_RecordCanError final : public FixedRecord<Native_RecordCanError, IT
   std::array<std::uint8_t, 3> reserved{};
 
   static constexpr auto wireFields() {
-    return std::tuple(WireField{&Native_RecordCanError::header, 0}, WireField{&Native_RecordCanError::timestamp, 4},
-                      WireField{&Native_RecordCanError::bus, 12}, WireField{&Native_RecordCanError::flags, 13},
-                      WireField{&Native_RecordCanError::errorPosition, 14},
-                      WireField{&Native_RecordCanError::txErrorCounter, 15},
-                      WireField{&Native_RecordCanError::rxErrorCounter, 16},
-                      WireField{&Native_RecordCanError::reserved, 17});
+    return std::tuple(
+        WireField{&Native_RecordCanError::header, 0}, WireField{&Native_RecordCanError::timestamp, 4},
+        WireField{&Native_RecordCanError::bus, 12}, WireField{&Native_RecordCanError::flags, 13},
+        WireField{&Native_RecordCanError::errorPosition, 14}, WireField{&Native_RecordCanError::txErrorCounter, 15},
+        WireField{&Native_RecordCanError::rxErrorCounter, 16}, WireField{&Native_RecordCanError::reserved, 17});
   }
 };
 
@@ -394,11 +395,11 @@ class Native_RecordCanBitrate final : public FixedRecord<Native_RecordCanBitrate
   std::uint32_t frequency = 0;
 
   static constexpr auto wireFields() {
-    return std::tuple(
-        WireField{&Native_RecordCanBitrate::header, 0}, WireField{&Native_RecordCanBitrate::bus, 4},
-        WireField{&Native_RecordCanBitrate::warningLimit, 5}, WireField{&Native_RecordCanBitrate::prescaler, 6},
-        WireField{&Native_RecordCanBitrate::tseg1, 8}, WireField{&Native_RecordCanBitrate::tseg2, 10},
-        WireField{&Native_RecordCanBitrate::sjw, 11}, WireField{&Native_RecordCanBitrate::frequency, 12});
+    return std::tuple(WireField{&Native_RecordCanBitrate::header, 0}, WireField{&Native_RecordCanBitrate::bus, 4},
+                      WireField{&Native_RecordCanBitrate::warningLimit, 5},
+                      WireField{&Native_RecordCanBitrate::prescaler, 6}, WireField{&Native_RecordCanBitrate::tseg1, 8},
+                      WireField{&Native_RecordCanBitrate::tseg2, 10}, WireField{&Native_RecordCanBitrate::sjw, 11},
+                      WireField{&Native_RecordCanBitrate::frequency, 12});
   }
 };
 
@@ -506,9 +507,9 @@ class Native_RecordCounter final : public FixedRecord<Native_RecordCounter> {
   std::uint64_t totalMessages = 0;
 
   static constexpr auto wireFields() {
-    return std::tuple(
-        WireField{&Native_RecordCounter::header, 0}, WireField{&Native_RecordCounter::timestamp, 4},
-        WireField{&Native_RecordCounter::totalRecords, 12}, WireField{&Native_RecordCounter::totalMessages, 20});
+    return std::tuple(WireField{&Native_RecordCounter::header, 0}, WireField{&Native_RecordCounter::timestamp, 4},
+                      WireField{&Native_RecordCounter::totalRecords, 12},
+                      WireField{&Native_RecordCounter::totalMessages, 20});
   }
 };
 
@@ -516,7 +517,8 @@ class Native_RecordCounter final : public FixedRecord<Native_RecordCounter> {
 class Native_RecordInvalid final : public ISerializable {
  public:
   Native_RecordInvalid() : Native_RecordInvalid(kRecordHeaderSize) {}
-  explicit Native_RecordInvalid(std::size_t size) : header(std::max(size, kRecordHeaderSize), RecordType::Invalid), filler(header.size - kRecordHeaderSize) {}
+  explicit Native_RecordInvalid(std::size_t size)
+      : header(std::max(size, kRecordHeaderSize), RecordType::Invalid), filler(header.size - kRecordHeaderSize) {}
 
   [[nodiscard]] std::vector<std::uint8_t> Serialize() const override;
   void appendTo(std::vector<std::uint8_t>& out) const;

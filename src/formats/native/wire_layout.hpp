@@ -35,7 +35,9 @@ template <class Value>
 concept WireNumber = std::is_integral_v<Value> || std::is_enum_v<Value>;
 
 template <class Value>
-concept WireStructure = requires { Value::wireFields(); };
+concept WireStructure = requires {
+  Value::wireFields();
+};
 
 // The bytes of a value in a file.
 template <class Value>

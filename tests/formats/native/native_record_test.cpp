@@ -81,8 +81,8 @@ TEST(NativeRecord, receivedFrameOfThreeBytesIsPaddedWithAZero) {
 
 TEST(NativeRecord, receivedFrameTakesAtMostEightBytes) {
   const Native_RecordCanRxMsg record(counting(12), kTime, {0, 9, 0, 0x100});
-  EXPECT_EQ(record.Serialize(), (Bytes{0x20, 0x00, 0x01, 0x00} + kReceivedHead + Bytes{0, 9, 0, 0, 0, 1, 0, 0} +
-                                 counting(8) + Bytes(4)));
+  EXPECT_EQ(record.Serialize(),
+            (Bytes{0x20, 0x00, 0x01, 0x00} + kReceivedHead + Bytes{0, 9, 0, 0, 0, 1, 0, 0} + counting(8) + Bytes(4)));
 }
 
 TEST(NativeRecord, receivedFdFrameOfCode15Has64Bytes) {
@@ -209,8 +209,8 @@ TEST(NativeRecord, timeCalibrationIsACalendarDate) {
 }
 
 TEST(NativeRecord, counterHoldsTheTotals) {
-  const Bytes image = Bytes{0x1C, 0x00, 0x01, 0x80} + kReceivedHead +
-                      Bytes{5, 1, 0, 0, 0, 0, 0, 0} + Bytes{4, 0, 0, 0, 0, 0, 0, 1};
+  const Bytes image =
+      Bytes{0x1C, 0x00, 0x01, 0x80} + kReceivedHead + Bytes{5, 1, 0, 0, 0, 0, 0, 0} + Bytes{4, 0, 0, 0, 0, 0, 0, 1};
   EXPECT_EQ(Native_RecordCounter(kTime, 0x105, 0x0100000000000004).Serialize(), image);
   expectRoundTrip<Native_RecordCounter>(image);
 }
