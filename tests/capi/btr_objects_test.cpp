@@ -28,7 +28,8 @@ constexpr BtrDate kSecond{.minute = 16};
 std::string twoSessions() {
   BtrImage image(8);
   image.session(0, {.firstSector = 1, .date = kFirst}).session(1, {.firstSector = 4, .date = kSecond});
-  image.sector(1, kFirst, {{.id = 1, .bus = 2, .length = 1, .timestamp = 1000}, {.id = 2, .bus = 4, .timestamp = 2000}});
+  image.sector(1, kFirst,
+               {{.id = 1, .bus = 2, .length = 1, .timestamp = 1000}, {.id = 2, .bus = 4, .timestamp = 2000}});
   image.sector(2, kFirst).sector(3, kFirst, {{.id = 3}, {.id = 4, .bus = 15}, {.id = 5}});
   for (const std::uint32_t sector : {4U, 5U, 6U}) {
     image.sector(sector, kSecond, {{.id = sector}}, sector == 6 ? 1 : 2);
@@ -38,7 +39,9 @@ std::string twoSessions() {
 
 class BtrObjectsTest : public testing::Test {
  protected:
-  Entry session(std::uint32_t index) const { return {BtrInfo_GetSession(info_.get(), index), &BtrSessionEntry_Destruct}; }
+  Entry session(std::uint32_t index) const {
+    return {BtrInfo_GetSession(info_.get(), index), &BtrSessionEntry_Destruct};
+  }
   Reader readerOf(std::uint32_t index) const {
     return {BtrSessionReader_Construct(session(index).get(), true), &BtrSessionReader_Destruct};
   }
@@ -200,9 +203,8 @@ TEST_F(BtrObjectsTest, readersOpenAndCloseTheirFile) {
   EXPECT_FALSE(BtrSessionReader_setActive(reader.get(), false));
   EXPECT_FALSE(Sector().read(reader));
   std::uint32_t count = 0;
-  EXPECT_EQ(processingFailureOf([&] {
-              static_cast<void>(BtrSessionReader_ReadNextSector(reader.get(), nullptr, &count, nullptr));
-            }),
+  EXPECT_EQ(processingFailureOf(
+                [&] { static_cast<void>(BtrSessionReader_ReadNextSector(reader.get(), nullptr, &count, nullptr)); }),
             "Object cannot be null");
 }
 
@@ -236,8 +238,8 @@ TEST_F(BtrObjectsTest, writeAFileFromATrcMessage) {
   MessageCan_Destruct(message);
   TrcReader_Destruct(reader);
   TrcInfo_Destruct(trace);
-  const BtrDate date{.year = 21, .month = 7, .day = 26, .hour = 6, .minute = 0, .second = 0, .hundredths = 0,
-                     .dayOfWeek = 1};
+  const BtrDate date{
+      .year = 21, .month = 7, .day = 26, .hour = 6, .minute = 0, .second = 0, .hundredths = 0, .dayOfWeek = 1};
   EXPECT_EQ(folder_.read("y.btr"),
             BtrImage(2)
                 .session(0, {.date = date, .version = 2})
@@ -251,9 +253,8 @@ TEST_F(BtrObjectsTest, aWriterRefusesAMessageOfItsOwnFormat) {
   ASSERT_TRUE(sector.read(reader));
   BtrSessionWriter* const writer = BtrSessionWriter_Construct(folder_.file("y.btr").c_str(), -1, 3.0);
   BtrSessionWriter_setActive(writer, true);
-  EXPECT_EQ(processingFailureOf([&] {
-              BtrSessionWriter_WriteMessage(writer, reinterpret_cast<const IMessage*>(sector.messages[0]));
-            }),
+  EXPECT_EQ(processingFailureOf(
+                [&] { BtrSessionWriter_WriteMessage(writer, reinterpret_cast<const IMessage*>(sector.messages[0])); }),
             "Object cannot be casted to any supported message trace");
   BtrSessionWriter_Destruct(writer);
 }
