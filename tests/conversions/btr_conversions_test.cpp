@@ -116,13 +116,14 @@ TEST(BtrConversions, haveNothingToConvertInAFileWithoutSessions) {
 
 TEST(BtrConversions, makeAFileASessionAndBusWithoutABusColumn) {
   const WorkingDirectory directory;
-  writeFile("in.btr", threeSessions()
-                          .sector(1, atMinute(0), {{.id = 1, .bus = 0}, {.id = 2, .bus = 4}, {.id = 3, .bus = 0}})
-                          .bytes());
+  writeFile(
+      "in.btr",
+      threeSessions().sector(1, atMinute(0), {{.id = 1, .bus = 0}, {.id = 2, .bus = 4}, {.id = 3, .bus = 0}}).bytes());
   expectSuccess(convertSessions({1, 2}, XLATR_FORMAT_TRC, "./out.trc", 1.1),
                 {"out_S1_BUS1.trc", "out_S1_BUS5.trc", "out_S2_BUS2.trc"});
   const std::string busOne = readFile("out_S1_BUS1.trc");
-  EXPECT_TRUE(busOne.ends_with("\r\n     1)         0.0  Rx         0001  0  \r\n     2)         0.0  Rx         0003  0  \r\n"))
+  EXPECT_TRUE(busOne.ends_with(
+      "\r\n     1)         0.0  Rx         0001  0  \r\n     2)         0.0  Rx         0003  0  \r\n"))
       << busOne;
 }
 
@@ -160,12 +161,11 @@ TEST(BtrConversions, followTheWrapsOfTheTimeStamps) {
   image.sector(2, {}, {btrTick(70 * kMinute), {.id = 3, .bus = 1, .timestamp = 71 * kMinute}, btrTick(3 * kMinute)});
   image.sector(3, {}, {{.id = 4, .bus = 1, .timestamp = 4 * kMinute}, {.id = 5, .bus = 2, .timestamp = 5 * kMinute}});
   expectSuccess(toTable(image), {"out_S1.csv"});
-  EXPECT_EQ(rowsOf("out_S1.csv"), (Names{
-                                      "1;8589934.576;1;Rx;DT;0001;-;0;",   // 2^32 + 0xFFFFFFF0 microseconds
-                                      "2;8589934.608;1;Rx;DT;0002;-;0;",   // 2 * 2^32 + 16
-                                      "3;8554967.296;2;Rx;DT;0003;-;0;",   // 2^32 + 71 minutes
-                                      "4;8829934.592;2;Rx;DT;0004;-;0;",   // 2 * 2^32 + 4 minutes
-                                      "5;8889934.592;3;Rx;DT;0005;-;0;"}));  // a bus silent until then, likewise
+  EXPECT_EQ(rowsOf("out_S1.csv"), (Names{"1;8589934.576;1;Rx;DT;0001;-;0;",     // 2^32 + 0xFFFFFFF0 microseconds
+                                         "2;8589934.608;1;Rx;DT;0002;-;0;",     // 2 * 2^32 + 16
+                                         "3;8554967.296;2;Rx;DT;0003;-;0;",     // 2^32 + 71 minutes
+                                         "4;8829934.592;2;Rx;DT;0004;-;0;",     // 2 * 2^32 + 4 minutes
+                                         "5;8889934.592;3;Rx;DT;0005;-;0;"}));  // a bus silent until then, likewise
 }
 
 TEST(BtrConversions, failInTheSessionThatMakesNoSenseAndKeepTheOthers) {
@@ -216,15 +216,19 @@ TEST(BtrConversions, makeAFileOfATrace) {
             "a line that is no frame\n");
   expectSuccess(convert("in.trc", "out.btr", std::nullopt, XLATR_FORMAT_BTR), {"out.btr"});
   const BtrDate date{.dayOfWeek = 5};
-  EXPECT_TRUE(sameBytes(
-      readFile("out.btr"),
-      BtrImage(2)
-          .session(0, {.date = date})
-          .sector(1, date,
-                  {{.id = 0x123, .bus = 0, .length = 2, .timestamp = 10500, .data = {0xAA, 0xBB}},
-                   {.id = 0x1ABCDEF0, .flags = 2, .bus = 4, .length = 8, .timestamp = 11000, .data = {1, 2, 3, 4, 5, 6, 7, 8}},
-                   {.id = 0x7FF, .flags = 1, .bus = 1, .length = 4, .timestamp = 12000}})
-          .bytes()));
+  EXPECT_TRUE(sameBytes(readFile("out.btr"),
+                        BtrImage(2)
+                            .session(0, {.date = date})
+                            .sector(1, date,
+                                    {{.id = 0x123, .bus = 0, .length = 2, .timestamp = 10500, .data = {0xAA, 0xBB}},
+                                     {.id = 0x1ABCDEF0,
+                                      .flags = 2,
+                                      .bus = 4,
+                                      .length = 8,
+                                      .timestamp = 11000,
+                                      .data = {1, 2, 3, 4, 5, 6, 7, 8}},
+                                     {.id = 0x7FF, .flags = 1, .bus = 1, .length = 4, .timestamp = 12000}})
+                            .bytes()));
 }
 
 // The frames of a TRC 2.1 file, without number and header.
@@ -243,8 +247,14 @@ Names framesOf(const std::string& path) {
 TEST(BtrConversions, carryClassicFramesThereAndBack) {
   const WorkingDirectory directory;
   tracegen::RecordingOptions options;
-  options.traffic = {.seed = 5, .buses = 5, .identifiers = 20, .fdShare = 0, .remoteRate = 200, .disturbanceRate = 0,
-                     .eventRate = 0, .commentRate = 0};
+  options.traffic = {.seed = 5,
+                     .buses = 5,
+                     .identifiers = 20,
+                     .fdShare = 0,
+                     .remoteRate = 200,
+                     .disturbanceRate = 0,
+                     .eventRate = 0,
+                     .commentRate = 0};
   options.maxMessages = 30000;
   tracegen::generateFile(options, "in.trc");
   expectSuccess(convert("in.trc", "mid.btr", std::nullopt, XLATR_FORMAT_BTR), {"mid.btr"});
@@ -289,10 +299,10 @@ TEST(BtrConversions, leaveOutWhatASessionHasNoFormFor) {
             " 7 7.000 DT 1 0007 Tx - 1 BB\n");
   expectSuccess(convert("in.trc", "mid.btr", std::nullopt, XLATR_FORMAT_BTR), {"mid.btr"});
   expectSuccess(convert("mid.btr", "./out.trc", 2.1), {"out_S1.trc"});
-  EXPECT_EQ(framesOf("out_S1.trc"), (Names{"        1.000 DT 1      0001 Rx -  1    AA",
-                                           "        5.000 ER 1         - Rx -  5    04 00 0C 1E 02",
-                                           "        6.000 EC 1         - Rx -  2    03 04",
-                                           "        7.000 DT 1      0007 Rx -  1    BB"}));
+  EXPECT_EQ(
+      framesOf("out_S1.trc"),
+      (Names{"        1.000 DT 1      0001 Rx -  1    AA", "        5.000 ER 1         - Rx -  5    04 00 0C 1E 02",
+             "        6.000 EC 1         - Rx -  2    03 04", "        7.000 DT 1      0007 Rx -  1    BB"}));
 }
 
 TEST(BtrConversions, runHundredsOfSessionsAtOnce) {
@@ -306,12 +316,13 @@ TEST(BtrConversions, runHundredsOfSessionsAtOnce) {
     const std::uint32_t sector = base + 1 + index % 16;
     const BtrDate date{.hour = static_cast<std::uint8_t>(index / 60), .minute = static_cast<std::uint8_t>(index % 60)};
     const bool linked = index % 16 == 15;
-    image.session(index % 16,
-                  {.firstSector = sector,
-                   .date = date,
-                   .continued = linked ? std::uint8_t{1} : std::uint8_t{0},
-                   .nextDirectory = linked && index + 1 < kDirectories * 16 ? static_cast<std::uint32_t>(base + kStride) : 0},
-                  base);
+    image.session(
+        index % 16,
+        {.firstSector = sector,
+         .date = date,
+         .continued = linked ? std::uint8_t{1} : std::uint8_t{0},
+         .nextDirectory = linked && index + 1 < kDirectories * 16 ? static_cast<std::uint32_t>(base + kStride) : 0},
+        base);
     image.sector(sector, date, {{.id = index}});
     files.push_back("out_S" + std::to_string(index + 1) + ".csv");
   }
