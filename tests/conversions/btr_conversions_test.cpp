@@ -269,6 +269,58 @@ TEST(BtrConversions, carryClassicFramesThereAndBack) {
   EXPECT_EQ(framesOf("out_S1.trc"), expected);
 }
 
+// A frame line without its number, taken apart into time and the rest.
+struct TimedLine {
+  double time;
+  std::string rest;
+};
+
+std::vector<TimedLine> timedFramesOf(const std::string& path) {
+  std::vector<TimedLine> lines;
+  for (const std::string& frame : framesOf(path)) {
+    lines.push_back({std::stod(frame), frame.substr(frame.find_first_of("DR"))});  // DT or RR
+  }
+  return lines;
+}
+
+// The generator writes the same traffic as sessions and as lines, with code of its own for both.
+TEST(BtrConversions, readWhatTheGeneratorRecords) {
+  for (const bool circular : {false, true}) {
+    const WorkingDirectory directory;
+    tracegen::RecordingOptions options;
+    options.traffic = {.seed = 7,
+                       .buses = 5,
+                       .identifiers = 10,
+                       .fdShare = 0,
+                       .remoteRate = 200,
+                       .disturbanceRate = 0,
+                       .eventRate = 0,
+                       .commentRate = 0};
+    options.maxMessages = 7000;
+    tracegen::generateFile(options, "lines.trc");
+    options.form = tracegen::Form::Btr;
+    options.btr = {.sessions = 35, .circular = circular};
+    tracegen::generateFile(options, "in.btr");
+    ASSERT_EQ(convertSessions({}, XLATR_FORMAT_TRC, "./out.trc", 2.1).code, XLATR_SUCCESS);
+    const std::vector<TimedLine> expected = timedFramesOf("lines.trc");
+    ASSERT_EQ(expected.size(), 7000U);
+    for (std::size_t session = 0; session < 35; ++session) {
+      const std::vector<TimedLine> lines = timedFramesOf("out_S" + std::to_string(session + 1) + ".trc");
+      ASSERT_EQ(lines.size(), 200U) << session;
+      for (std::size_t index = 0; index < lines.size(); ++index) {
+        const TimedLine& same = expected[session * 200 + index];
+        std::string rest = same.rest;
+        if (const auto sent = rest.find(" Tx "); sent != std::string::npos) {
+          rest[sent + 1] = 'R';
+        }
+        ASSERT_EQ(lines[index].rest, rest) << session << " " << index;
+        ASSERT_NEAR(lines[index].time - lines[0].time, same.time - expected[session * 200].time, 1e-6) << index;
+      }
+      ASSERT_EQ(lines[0].time, session % 2 == 0 ? 0.0 : 4293967.296) << "a second before the time stamps wrap";
+    }
+  }
+}
+
 TEST(BtrConversions, carryTimesBeyond71MinutesThereAndBack) {
   const WorkingDirectory directory;
   Names lines = {";$FILEVERSION=2.1", ";$STARTTIME=45352.34410011574", ";$COLUMNS=N,O,T,B,I,d,R,L,D"};
