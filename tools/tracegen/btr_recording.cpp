@@ -70,8 +70,7 @@ struct StoredDate {
 // The slot of a frame. What is no frame is an error or a status, which have no identifier.
 void putEntry(Sector& sector, std::size_t at, const Entry& entry, std::uint32_t timestamp) {
   const bool frame = entry.kind == EntryKind::Data || entry.kind == EntryKind::Remote;
-  const unsigned flags =
-      frame ? (entry.kind == EntryKind::Remote ? 0x01U : 0U) | (entry.extended ? 0x02U : 0U) : 0x10U;
+  const unsigned flags = frame ? (entry.kind == EntryKind::Remote ? 0x01U : 0U) | (entry.extended ? 0x02U : 0U) : 0x10U;
   put(sector, at, frame ? entry.canId : kUnusedId, 4);
   put(sector, at + 4, flags, 1);
   put(sector, at + 5, (entry.bus - 1U) << 4U | entry.dataLength, 1);
@@ -90,7 +89,8 @@ class Session {
       entry_ = &model.next();
       firstUs_ = entry_->timeUs;
     }
-    date_ = StoredDate::fromMicroseconds((kStartUnixSeconds + std::uint64_t{index} * 60) * kMicrosecondsASecond + firstUs_);
+    date_ =
+        StoredDate::fromMicroseconds((kStartUnixSeconds + std::uint64_t{index} * 60) * kMicrosecondsASecond + firstUs_);
   }
 
   // An empty session has an empty sector.
