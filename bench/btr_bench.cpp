@@ -20,7 +20,8 @@ constexpr std::uint64_t kMessages = 480000;  // in 20,000 sectors, 10 MB
 class Recording {
  public:
   Recording(std::uint32_t sessions, std::uint64_t messages)
-      : path_((std::filesystem::temp_directory_path() / ("xlatr_bench_" + std::to_string(std::random_device()()) + ".btr"))
+      : path_((std::filesystem::temp_directory_path() /
+               ("xlatr_bench_" + std::to_string(std::random_device()()) + ".btr"))
                   .string()) {
     tracegen::RecordingOptions options;
     options.traffic.makePlain();

@@ -78,6 +78,9 @@ constexpr std::array kFamilies{
     FormatFamily{
         XLATR_FORMAT_ASC, versionsOf<AscInfo_GetSupportedVersions, AscInfo_GetSupportedVersionsSize>,
         headerOf<AscInfo_Construct, AscInfo_Destruct, AscInfo_getValid, AscInfo_GetVersion, AscInfo_getStartTime>},
+    FormatFamily{
+        XLATR_FORMAT_BTRC, versionsOf<BtrcInfo_GetSupportedVersions, BtrcInfo_GetSupportedVersionsSize>,
+        headerOf<BtrcInfo_Construct, BtrcInfo_Destruct, BtrcInfo_GetValid, BtrcInfo_GetVersion, BtrcInfo_getStartTime>},
 };
 
 const FormatFamily* findFamily(TraceFormat format) {

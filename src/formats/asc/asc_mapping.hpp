@@ -3,6 +3,7 @@
 
 #include "formats/asc/asc_message.hpp"
 #include "formats/native/session_message.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -12,5 +13,8 @@ namespace xlatr {
 void mapToAsc(const BrixMessage& source, AscMessage& target);
 // An error frame has four data bytes, of which a line shows the direction and the position of the error.
 void mapToAsc(const SessionMessage& source, AscMessage& target);
+
+// As above, but for the counters of an error, which move behind two zero bytes.
+void mapToAsc(const ZelkBinaryMessage& source, AscMessage& target);
 
 }  // namespace xlatr

@@ -7,6 +7,7 @@
 
 #include "formats/asc/asc_message.hpp"
 #include "formats/native/session_message.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
 #include "util/text_buffer.hpp"
@@ -32,6 +33,9 @@ class AscWriter final : public TraceWriterText {
  private:
   void write(const BrixMessage& message);
   void write(const SessionMessage& message);
+  void write(const ZelkBinaryMessage& message);
+  template <class Other>
+  void writeMapped(const Other& message);
   void writeMapped();
 
   bool version8_ = false;

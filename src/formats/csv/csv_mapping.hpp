@@ -4,6 +4,7 @@
 #include "formats/asc/asc_message.hpp"
 #include "formats/csv/csv_message.hpp"
 #include "formats/native/session_message.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -13,5 +14,6 @@ namespace xlatr {
 void mapToCsv(const BrixMessage& source, CsvMessage& target);
 void mapToCsv(const SessionMessage& source, CsvMessage& target);
 void mapToCsv(const AscMessage& source, CsvMessage& target);
+void mapToCsv(const ZelkBinaryMessage& source, CsvMessage& target);
 
 }  // namespace xlatr

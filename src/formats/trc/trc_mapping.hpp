@@ -3,6 +3,7 @@
 
 #include "formats/asc/asc_message.hpp"
 #include "formats/native/session_message.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -13,5 +14,8 @@ namespace xlatr {
 void mapToTrc(const AscMessage& source, BrixMessage& target);
 // An error frame of two bytes holds error counters. The bytes of an error are copied, since they are the error.
 void mapToTrc(const SessionMessage& source, BrixMessage& target);
+
+// The text of a record that is no frame becomes the parsing text, which no file shows.
+void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target);
 
 }  // namespace xlatr
