@@ -12,6 +12,9 @@
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_info.hpp"
 #include "formats/csv/csv_writer.hpp"
+#include "formats/native/btr_info.hpp"
+#include "formats/native/btr_session_reader.hpp"
+#include "formats/native/btr_session_writer.hpp"
 #include "formats/native/btrc_info.hpp"
 #include "formats/native/btrc_reader.hpp"
 #include "formats/native/btrc_writer.hpp"
@@ -56,6 +59,15 @@ XLATR_HANDLE(AscInfo, xlatr::ITraceInfo, xlatr::AscInfo);
 XLATR_HANDLE(AscReader, xlatr::ITraceReader, xlatr::AscReader);
 XLATR_HANDLE(AscWriter, xlatr::ITraceWriter, xlatr::AscWriter);
 XLATR_HANDLE(MessageAsc, xlatr::IMessage, xlatr::AscMessage);
+XLATR_HANDLE(BtrInfo, xlatr::ITraceInfo, xlatr::BtrInfo);
+XLATR_HANDLE(BtrSessionReader, xlatr::ITraceReader, xlatr::BtrSessionReader);
+XLATR_HANDLE(BtrSessionWriter, xlatr::ITraceWriter, xlatr::BtrSessionWriter);
+XLATR_HANDLE(SessionMessage, xlatr::IMessage, xlatr::SessionMessage);
+XLATR_HANDLE(BtrSessionEntry, xlatr::BtrSessionEntry, xlatr::BtrSessionEntry);
+XLATR_HANDLE(SessionDescriptor, xlatr::SessionDescriptor, xlatr::SessionDescriptor);
+XLATR_HANDLE(SessionLocation, xlatr::SessionLocation, xlatr::SessionLocation);
+XLATR_HANDLE(SessionDateTime, xlatr::SessionDateTime, xlatr::SessionDateTime);
+XLATR_HANDLE(MsgEntry, xlatr::MsgEntry, xlatr::MsgEntry);
 #undef XLATR_HANDLE
 
 // The object behind a handle. A null handle, and one of an object of another class, raise a

@@ -58,7 +58,7 @@ class WriterFamily : public testing::Test {
   std::string target_ = folder_.file("target.trace");
 };
 
-using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, CsvWriterType, BtrcWriterType>;
+using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, CsvWriterType, BtrcWriterType, BtrWriterType>;
 TYPED_TEST_SUITE(WriterFamily, WriterFamilies, FamilyName);
 
 TYPED_TEST(WriterFamily, ignoresNullInDestruct) {

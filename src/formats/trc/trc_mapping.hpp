@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/native/session_message.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
@@ -11,6 +12,8 @@ namespace xlatr {
 // frame has the type of its ECC as identifier and direction and position as data; of a status text only the bits of the
 // words that TRC knows are left.
 void mapToTrc(const AscMessage& source, BrixMessage& target);
+// An error frame of two bytes holds error counters. The bytes of an error are copied, since they are the error.
+void mapToTrc(const SessionMessage& source, BrixMessage& target);
 
 // The text of a record that is no frame becomes the parsing text, which no file shows.
 void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target);
