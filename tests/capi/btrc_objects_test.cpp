@@ -2,13 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 #include "support/btrc_image.hpp"
+#include "support/object_failures.hpp"
+#include "support/object_families.hpp"
 #include "support/object_text.hpp"
 #include "support/temp_folder.hpp"
-#include "xlatr/failures.hpp"
 #include "xlatr/objects.h"
 
 namespace xlatr::test {
@@ -16,47 +16,22 @@ namespace {
 
 using namespace btrc;
 
-template <class Failure>
-std::string failureTextOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const Failure& failure) {
-    return failure.what();
-  }
-  return "no failure";
-}
-
 class BtrcObjectsTest : public testing::Test {
  protected:
-  ~BtrcObjectsTest() override {
-    BtrcInfo_Destruct(info_);
-    TraceFileInfo_Destruct(file_);
-  }
-
   TempFolder folder_;
   std::string path_ = folder_.write(
       "x.btrc", filled(head() + plainFrame(kStart + 5, 3) + record(0x8002, "text")) + filled(counter(0, 2, 2)));
-  TraceFileInfo* file_ = TraceFileInfo_Construct(path_.c_str());
-  BtrcInfo* info_ = BtrcInfo_Construct(file_);
+  Owned<BtrcInfoType> info_ = openInfo<BtrcInfoType>(path_.c_str());
 };
-
-TEST(BtrcObjects, ignoreNullInDestruct) {
-  BtrcInfo_Destruct(nullptr);
-  BtrcFileHeader_Destruct(nullptr);
-  BtrcReader_Destruct(nullptr);
-  BtrcWriter_Destruct(nullptr);
-  MessageBinaryFD_Destruct(nullptr);
-}
 
 TEST(BtrcObjects, refuseNullEverywhereElse) {
   const std::string expected = "Object cannot be null";
-  const auto textOfFailure = failureTextOf<ConverterProcessingException>;
-  EXPECT_EQ(textOfFailure([] { static_cast<void>(BtrcInfo_Construct(nullptr)); }), expected);
-  EXPECT_EQ(textOfFailure([] { static_cast<void>(BtrcInfo_GetHeader(nullptr)); }), expected);
-  EXPECT_EQ(textOfFailure([] { static_cast<void>(BtrcFileHeader_getVersion(nullptr)); }), expected);
-  EXPECT_EQ(textOfFailure([] { BtrcReader_SkipCurrentBlock(nullptr, nullptr, 0); }), expected);
-  EXPECT_EQ(textOfFailure([] { BtrcWriter_WriteComment(nullptr, ""); }), expected);
-  EXPECT_EQ(textOfFailure([] { static_cast<void>(MessageBinaryFD_getBus(nullptr)); }), expected);
+  EXPECT_EQ(processingFailureOf([] { static_cast<void>(BtrcInfo_Construct(nullptr)); }), expected);
+  EXPECT_EQ(processingFailureOf([] { static_cast<void>(BtrcInfo_GetHeader(nullptr)); }), expected);
+  EXPECT_EQ(processingFailureOf([] { static_cast<void>(BtrcFileHeader_getVersion(nullptr)); }), expected);
+  EXPECT_EQ(processingFailureOf([] { BtrcReader_SkipCurrentBlock(nullptr, nullptr, 0); }), expected);
+  EXPECT_EQ(processingFailureOf([] { BtrcWriter_WriteComment(nullptr, ""); }), expected);
+  EXPECT_EQ(processingFailureOf([] { static_cast<void>(MessageBinaryFD_getBus(nullptr)); }), expected);
 }
 
 TEST(BtrcObjects, answerForTheirFormatWithoutAnObject) {
@@ -74,11 +49,11 @@ TEST(BtrcObjects, answerForTheirFormatWithoutAnObject) {
 constexpr char kCalibrationBytes[] = "18 00 03 80 C6 29 66 22 C8 20 E3 00 EA 07 0B 15 0D 0E 0F 00 06 12 0F 00 ";
 
 TEST_F(BtrcObjectsTest, tellOfTheHead) {
-  EXPECT_TRUE(BtrcInfo_GetValid(info_));
-  EXPECT_EQ(BtrcInfo_GetVersion(info_), 1.0);
-  EXPECT_NEAR(BtrcInfo_getStartTime(info_), 46347.5515739, 1e-6);
-  EXPECT_EQ(TEXT_OF(BtrcInfo, getPath, getPathSize, info_), path_);
-  const BtrcFileHeader* const header = BtrcInfo_GetHeader(info_);
+  EXPECT_TRUE(BtrcInfo_GetValid(info_.get()));
+  EXPECT_EQ(BtrcInfo_GetVersion(info_.get()), 1.0);
+  EXPECT_NEAR(BtrcInfo_getStartTime(info_.get()), 46347.5515739, 1e-6);
+  EXPECT_EQ(TEXT_OF(BtrcInfo, getPath, getPathSize, info_.get()), path_);
+  const BtrcFileHeader* const header = BtrcInfo_GetHeader(info_.get());
   EXPECT_TRUE(BtrcFileHeader_getValid(header));
   EXPECT_FALSE(BtrcFileHeader_getErrorOnRTC(header));
   EXPECT_EQ(BtrcFileHeader_getSystemTime(header), kStart);
@@ -105,7 +80,7 @@ TEST_F(BtrcObjectsTest, readAHeadByItsPathAlone) {
 }
 
 TEST_F(BtrcObjectsTest, handOutMessagesThatTheCallerOwns) {
-  BtrcReader* const reader = BtrcReader_Construct(info_);
+  BtrcReader* const reader = BtrcReader_Construct(info_.get());
   EXPECT_EQ(TEXT_OF(BtrcInfo, getPath, getPathSize, BtrcReader_getTrace(reader)), path_);
   MessageBinaryFD* frame = nullptr;
   EXPECT_FALSE(BtrcReader_ReadNextMessage(reader, &frame));
@@ -145,29 +120,6 @@ TEST_F(BtrcObjectsTest, handOutMessagesThatTheCallerOwns) {
   MessageBinaryFD_Destruct(totals);
 }
 
-TEST_F(BtrcObjectsTest, keepWhatTheirSettersSet) {
-  BtrcWriter* const writer = BtrcWriter_Construct("a.btrc", true, 1.0);
-  EXPECT_EQ(TEXT_OF(BtrcWriter, getTargetPath, getTargetPathSize, writer), "a.btrc");
-  EXPECT_TRUE(BtrcWriter_getOverrideExistingFile(writer));
-  EXPECT_EQ(BtrcWriter_getTargetVersion(writer), 1.0);
-  EXPECT_EQ(BtrcWriter_getOwnerBus(writer), -1);
-  EXPECT_EQ(BtrcWriter_getTargetFormat(writer), XLATR_FORMAT_BTRC);
-  BtrcWriter_setTargetPath(writer, "b.btrc");
-  BtrcWriter_setOverrideExistingFile(writer, false);
-  BtrcWriter_setTargetVersion(writer, 0.0);
-  BtrcWriter_setOwnerBus(writer, 5);
-  BtrcWriter_setSourcePath(writer, "s.trc");
-  EXPECT_EQ(TEXT_OF(BtrcWriter, getSourcePath, getSourcePathSize, writer), "s.trc");
-  BtrcWriter* const fresh = BtrcWriter_CreateNew(writer);
-  EXPECT_EQ(TEXT_OF(BtrcWriter, getTargetPath, getTargetPathSize, fresh), "b.btrc");
-  EXPECT_FALSE(BtrcWriter_getOverrideExistingFile(fresh));
-  EXPECT_EQ(BtrcWriter_getTargetVersion(fresh), 0.0);
-  EXPECT_EQ(BtrcWriter_getOwnerBus(fresh), 5);
-  EXPECT_EQ(TEXT_OF(BtrcWriter, getSourcePath, getSourcePathSize, fresh), "");
-  BtrcWriter_Destruct(fresh);
-  BtrcWriter_Destruct(writer);
-}
-
 TEST_F(BtrcObjectsTest, writeAFileFromATrcMessage) {
   const std::string source =
       folder_.write("s.trc", ";$FILEVERSION=1.2\n;$STARTTIME=46347.25\n1) 10.5 3 Rx 0123 1 AA\n");
@@ -186,7 +138,7 @@ TEST_F(BtrcObjectsTest, writeAFileFromATrcMessage) {
   BtrcWriter_WriteHeader_2(writer, reinterpret_cast<const ITraceInfo*>(trace), 46347.25);
   BtrcWriter_WriteComment(writer, "note");
   BtrcWriter_WriteMessage(writer, anyMessage);
-  EXPECT_EQ(failureTextOf<ConverterProcessingException>([&] { BtrcWriter_setTargetVersion(writer, 1.0); }),
+  EXPECT_EQ(processingFailureOf([&] { BtrcWriter_setTargetVersion(writer, 1.0); }),
             "Cannot change property value when object is active");
   BtrcWriter_setActive(writer, false);
   BtrcWriter_Destruct(writer);
