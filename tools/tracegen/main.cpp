@@ -56,7 +56,7 @@ void addOutputOptions(CLI::App& app, Arguments& arguments) {
                                                     {"btrc", tracegen::Form::Btrc},
                                                     {"btr", tracegen::Form::Btr}};
   app.add_option("--form", recording.form,
-                 "trc; the same traffic as a SocketCAN log: candump; as a binary trace: btrc; as sessions: btr")
+                 "trc; the same traffic as a SocketCAN log: candump; as a binary trace: btrc; as session files: btr")
       ->transform(CLI::CheckedTransformer(forms));
   app.add_option("--damage-rate", recording.damageRate, "Damaged blocks of a btrc file, in 10000")
       ->capture_default_str();
