@@ -17,6 +17,7 @@ void handOut(const std::vector<xlatr::SessionMessage>& sector, SessionMessage***
     return;
   }
   std::vector<std::unique_ptr<xlatr::SessionMessage>> copies;
+  copies.reserve(sector.size());
   for (const xlatr::SessionMessage& message : sector) {
     copies.push_back(std::make_unique<xlatr::SessionMessage>(message));
   }

@@ -99,7 +99,7 @@ class Session {
   }
 
   void describe(Sector& directory, std::uint32_t firstSector) const {
-    const std::size_t at = index_ % kSessionsADirectory * 32;
+    const std::size_t at = std::size_t{index_ % kSessionsADirectory} * 32;
     put(directory, at, 3, 1);
     put(directory, at + 8, date_.time, 4);
     put(directory, at + 12, date_.weekday, 1);

@@ -21,10 +21,10 @@ static_assert(kWireSize<SessionDescriptor> == 32);
 static_assert(kEntriesOffset + DataSector::kEntries * kWireSize<MsgEntry> == kTimeOffset);
 
 int signOf(std::strong_ordering order) {
-  if (order == std::strong_ordering::equal) {
+  if (std::is_eq(order)) {
     return 0;
   }
-  return order < 0 ? -1 : 1;
+  return std::is_lt(order) ? -1 : 1;
 }
 
 std::uint8_t byteOf(std::uint32_t word, unsigned index) {
