@@ -4,6 +4,7 @@
 #include <array>
 
 #include "core/asc_source.hpp"
+#include "core/lin_source.hpp"
 #include "core/trc_source.hpp"
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_writer.hpp"
@@ -26,6 +27,7 @@ std::unique_ptr<ITraceWriter> makeCsvWriter(const WriterSettings& settings) {
 constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
     FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
+    FormatFactory{XLATR_FORMAT_LIN, makeLinSource, nullptr},
     FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
 };
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/lin/lin_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -9,5 +10,9 @@ namespace xlatr {
 // Bus 0, which a trace without a bus column has, becomes bus 1. A frame of a kind that TRC gives no direction word of
 // its own, as CAN FD, gets its type from its direction. A CAN XL message has no form here; its text is for a comment.
 void mapToAsc(const BrixMessage& source, AscMessage& target);
+
+// A LIN frame becomes one of CAN on bus 1 and of type Rx; one of more than 8 bytes leaves the message empty and not
+// valid.
+void mapToAsc(const KorlMessage& source, AscMessage& target);
 
 }  // namespace xlatr

@@ -10,7 +10,7 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<BrixMessage>;
+using Accepted = MessageClasses<BrixMessage, KorlMessage>;
 
 }  // namespace
 
@@ -61,11 +61,16 @@ void AscWriter::write(const BrixMessage& message) {
     return;
   }
   mapToAsc(message, mapped_);
-  mapped_.textVersion8 = version8_;
+  writeMapped();
+}
+
+void AscWriter::write(const KorlMessage& message) {
+  mapToAsc(message, mapped_);
   writeMapped();
 }
 
 void AscWriter::writeMapped() {
+  mapped_.textVersion8 = version8_;
   line_.clear();
   if (mapped_.textVersion8) {
     mapped_.toText8(line_);

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/lin/lin_message.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
 #include "util/text_buffer.hpp"
@@ -30,6 +31,7 @@ class AscWriter final : public TraceWriterText {
 
  private:
   void write(const BrixMessage& message);
+  void write(const KorlMessage& message);
   void writeMapped();
 
   bool version8_ = false;

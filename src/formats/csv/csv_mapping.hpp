@@ -2,7 +2,9 @@
 #pragma once
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/blf/blf_message.hpp"
 #include "formats/csv/csv_message.hpp"
+#include "formats/lin/lin_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -11,5 +13,9 @@ namespace xlatr {
 // Nothing is raised.
 void mapToCsv(const BrixMessage& source, CsvMessage& target);
 void mapToCsv(const AscMessage& source, CsvMessage& target);
+// One of more than 8 bytes leaves the row as a new one.
+void mapToCsv(const KorlMessage& source, CsvMessage& target);
+void mapToCsv(const BlfCanMessage& source, CsvMessage& target);
+void mapToCsv(const BlfLinMessage& source, CsvMessage& target);
 
 }  // namespace xlatr

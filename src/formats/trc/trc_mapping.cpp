@@ -6,10 +6,17 @@ namespace {
 constexpr std::size_t kReservedBytes = 70;  // more than the longest CAN FD frame
 
 // A message as it stands in a file with columns, whatever it came from.
-void prepare(BrixMessage& target) {
+void prepare(const MessageStyleCan& source, BrixMessage& target) {
   target.reset();
   target.columnBased = true;
   target.data.reserve(kReservedBytes);
+  target.bus = source.bus;
+  target.id = source.id;
+  target.extended = source.extended;
+  target.valid = source.valid;
+  target.length = source.length;
+  target.type = source.type;
+  target.direction = source.direction;
 }
 
 void setErrorCounters(const AscMessage& source, BrixMessage& target) {
@@ -39,15 +46,8 @@ void setStatus(std::string_view text, BrixMessage& target) {
 }  // namespace
 
 void mapToTrc(const AscMessage& source, BrixMessage& target) {
-  prepare(target);
+  prepare(source, target);
   target.timeOffset = source.time * 1000.0;
-  target.bus = source.bus;
-  target.id = source.id;
-  target.extended = source.extended;
-  target.valid = source.valid;
-  target.length = source.length;
-  target.type = source.type;
-  target.direction = source.direction;
   target.remote = source.isRemote();
   switch (source.type) {
     case MessageType::Rx:
@@ -68,6 +68,20 @@ void mapToTrc(const AscMessage& source, BrixMessage& target) {
       break;
   }
   if (!target.remote) {
+    target.data.assign(source.data.begin(), source.data.end());
+  }
+}
+
+void mapToTrc(const BlfCanMessage& source, BrixMessage& target) {
+  prepare(source, target);
+  target.timeOffset = source.milliseconds();
+  target.kind = source.kind();
+  target.remote = source.remote;
+  if (source.type == MessageType::Error) {
+    setError(source.errorByte, target);
+  } else if (source.remote) {
+    target.length = 0;
+  } else {
     target.data.assign(source.data.begin(), source.data.end());
   }
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/blf/blf_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -10,5 +11,8 @@ namespace xlatr {
 // frame has the type of its ECC as identifier and direction and position as data; of a status text only the bits of the
 // words that TRC knows are left.
 void mapToTrc(const AscMessage& source, BrixMessage& target);
+
+// A remote frame loses its length with its data, which no log keeps. An error frame is told by its ECC as above.
+void mapToTrc(const BlfCanMessage& source, BrixMessage& target);
 
 }  // namespace xlatr

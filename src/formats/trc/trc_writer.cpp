@@ -16,7 +16,7 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<BrixMessage, AscMessage>;
+using Accepted = MessageClasses<BrixMessage, AscMessage, BlfCanMessage, BlfLinMessage>;
 
 // The columns that a version's header announces; below 2.0 there is nothing to announce.
 std::optional<TrcColumnSet> announcedColumns(TrcVersion version) {
@@ -98,9 +98,22 @@ void TrcWriter::write(const BrixMessage& message) {
   }
 }
 
-// A message of another format has its number whether or not it has a text.
 void TrcWriter::write(const AscMessage& message) {
   mapToTrc(message, mapped_);
+  writeMapped();
+}
+
+void TrcWriter::write(const BlfCanMessage& message) {
+  mapToTrc(message, mapped_);
+  writeMapped();
+}
+
+void TrcWriter::write(const BlfLinMessage& message) {
+  WriteComment(message.getAsCommentary() + " (LIN)");
+}
+
+// A message of another format has its number whether or not it has a text.
+void TrcWriter::writeMapped() {
   ++messageCount_;
   line_.clear();
   mapped_.appendText(line_, getTargetVersion(), messageCount_, columnSet_);
