@@ -93,7 +93,8 @@ Piece ContentInput::read(ByteQueue& content) {
 
 std::uint16_t ContentInput::progress() const {
   constexpr double kAll = 10000.0;
-  const double share = static_cast<double>(scanner_.position()) / static_cast<double>(std::max<std::uint64_t>(fileSize_, 1));
+  const double share =
+      static_cast<double>(scanner_.position()) / static_cast<double>(std::max<std::uint64_t>(fileSize_, 1));
   return static_cast<std::uint16_t>(std::min(share, 1.0) * kAll);
 }
 

@@ -44,9 +44,9 @@ class ContentInput {
  private:
   enum class State : std::uint8_t {
     BetweenObjects,
-    Copying,   // `left_` bytes of a stored container or of an object outside of containers
+    Copying,    // `left_` bytes of a stored container or of an object outside of containers
     Inflating,  // `left_` packed bytes of a container
-    Skipping,  // `left_` bytes of a container that can't be unpacked
+    Skipping,   // `left_` bytes of a container that can't be unpacked
   };
   class Inflater;
 

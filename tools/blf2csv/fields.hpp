@@ -7,20 +7,16 @@
 
 namespace blf2csv {
 
-// Bytes from which little-endian numbers are read at any offset. What lies beyond the end is 0, so that no number in the
-// file can lead out of it. The bytes must outlive the view.
+// Bytes from which little-endian numbers are read at any offset. What lies beyond the end is 0, so that no number in
+// the file can lead out of it. The bytes must outlive the view.
 class Fields {
  public:
   Fields() = default;
   explicit Fields(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
 
   [[nodiscard]] std::size_t size() const { return bytes_.size(); }
-  [[nodiscard]] std::uint16_t u16(std::size_t offset) const {
-    return static_cast<std::uint16_t>(number<2>(offset));
-  }
-  [[nodiscard]] std::uint32_t u32(std::size_t offset) const {
-    return static_cast<std::uint32_t>(number<4>(offset));
-  }
+  [[nodiscard]] std::uint16_t u16(std::size_t offset) const { return static_cast<std::uint16_t>(number<2>(offset)); }
+  [[nodiscard]] std::uint32_t u32(std::size_t offset) const { return static_cast<std::uint32_t>(number<4>(offset)); }
   [[nodiscard]] std::uint64_t u64(std::size_t offset) const { return number<8>(offset); }
   // A number of 1, 2 or 4 bytes; of no bytes it is 0.
   [[nodiscard]] std::uint32_t sized(std::size_t offset, std::size_t width) const {

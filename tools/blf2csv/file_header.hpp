@@ -9,10 +9,10 @@
 namespace blf2csv {
 
 struct FileHeader {
-  std::uint64_t firstObject = 0;              // offset in the file
-  std::uint32_t apiNumber = 0;                // as it stands
-  std::uint32_t objectCount = 0;              // as it stands; a log that was not closed may have 0
-  std::array<std::uint16_t, 8> startTime{};   // by DateField, all 0 where there is none or no such date; local time
+  std::uint64_t firstObject = 0;             // offset in the file
+  std::uint32_t apiNumber = 0;               // as it stands
+  std::uint32_t objectCount = 0;             // as it stands; a log that was not closed may have 0
+  std::array<std::uint16_t, 8> startTime{};  // by DateField, all 0 where there is none or no such date; local time
 };
 
 // Takes the header from the first bytes of a file. Throws std::runtime_error, whose text names the path, when they are

@@ -1,5 +1,6 @@
 // BLF2CSV.exe: turns a BLF log into the table that the library reads, and answers what the library asks about a log.
 // The answer to a question goes to standard output and, as far as eight bits hold it, into the exit code.
+#include <csignal>
 #include <cstdint>
 #include <exception>
 #include <iostream>
@@ -7,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "blf2csv/progress_channel.hpp"
 #include "blf2csv/table_conversion.hpp"
 
 namespace {
@@ -27,7 +29,16 @@ constexpr std::string_view kUsage =
     "The first form writes the table of a BLF log. NAME is the name of the shared memory\n"
     "in which it tells its progress and is asked to stop.\n";
 
-void complain(std::string_view text) { std::cerr << "BLF2CSV: " << text << '\n'; }
+volatile std::sig_atomic_t interrupted = 0;
+
+// A conversion that is interrupted ends as one that is asked to: it leaves nothing behind.
+extern "C" void interrupt(int /*signal*/) {
+  interrupted = 1;
+}
+
+void complain(std::string_view text) {
+  std::cerr << "BLF2CSV: " << text << '\n';
+}
 
 int answer(std::int32_t value) {
   std::cout << value << std::endl;
@@ -47,7 +58,8 @@ int answerAbout(const std::string& path, Query query) {
 
 int convert(const std::string& path, const std::string& target, const std::string& /*name*/) {
   blf2csv::Remarks remarks;
-  const auto outcome = blf2csv::convertToFile(path, target, [](std::uint16_t) { return true; }, remarks);
+  const auto outcome = blf2csv::convertToFile(
+      path, target, [](std::uint16_t) { return true; }, remarks);
   for (const std::string& line : remarks.lines()) {
     complain(path + ": " + line);
   }
@@ -75,6 +87,8 @@ int run(std::span<char*> arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGINT, interrupt);
+  std::signal(SIGTERM, interrupt);
   try {
     return run(std::span(argv, static_cast<std::size_t>(argc)));
   } catch (const std::exception& failure) {

@@ -17,9 +17,9 @@ struct ObjectKind {
   };
   // What tells classic frames, remote frames and CAN FD frames apart, where one type has several of them.
   struct Forms {
-    std::uint32_t remoteFlag = 0;   // in `flags`
-    Place dlc = {};                 // what a remote frame asks for
-    Place fd = {};                  // a frame is classic where none of these bits is set
+    std::uint32_t remoteFlag = 0;  // in `flags`
+    Place dlc = {};                // what a remote frame asks for
+    Place fd = {};                 // a frame is classic where none of these bits is set
     std::uint32_t fdFlag = 0;
   };
 
@@ -39,9 +39,15 @@ struct ObjectKind {
 
 namespace {
 
-constexpr Place u8(std::uint8_t offset) { return {offset, 1}; }
-constexpr Place u16(std::uint8_t offset) { return {offset, 2}; }
-constexpr Place u32(std::uint8_t offset) { return {offset, 4}; }
+constexpr Place u8(std::uint8_t offset) {
+  return {offset, 1};
+}
+constexpr Place u16(std::uint8_t offset) {
+  return {offset, 2};
+}
+constexpr Place u32(std::uint8_t offset) {
+  return {offset, 4};
+}
 
 constexpr std::uint8_t kMostClassic = 8;
 constexpr std::uint8_t kMostFd = 64;
@@ -59,7 +65,9 @@ constexpr ObjectKind classicFrame(std::uint32_t type) {
 }
 
 // What happened on a CAN bus and is no frame that a row has cells for.
-constexpr ObjectKind canEvent(std::uint32_t type) { return {.type = type, .channel = u16(0)}; }
+constexpr ObjectKind canEvent(std::uint32_t type) {
+  return {.type = type, .channel = u16(0)};
+}
 
 // LIN frames of the first layout; 12 is one whose checksum is wrong.
 constexpr ObjectKind linFrame(std::uint32_t type) {
@@ -85,21 +93,21 @@ constexpr ObjectKind timedLinFrame(std::uint32_t type) {
 // In the order of the types.
 constexpr auto kKinds = std::to_array<ObjectKind>({
     classicFrame(1),
-    canEvent(2),                                      // error frame
-    canEvent(3),                                      // overload frame
-    canEvent(4),                                      // bus statistics
-    linFrame(11),                                     //
-    linFrame(12),                                     //
-    {.type = 15, .channel = u16(0), .id = u8(2)},     // LIN header without response
-    {.type = 20, .channel = u16(0)},                  // LIN bus falls asleep or wakes up
-    {.type = 21, .channel = u16(0)},                  // LIN wake-up
-    canEvent(31),                                     // error counters
-    canEvent(44),                                     // synchronization pulse
-    timedLinFrame(57),                                //
+    canEvent(2),                                                              // error frame
+    canEvent(3),                                                              // overload frame
+    canEvent(4),                                                              // bus statistics
+    linFrame(11),                                                             //
+    linFrame(12),                                                             //
+    {.type = 15, .channel = u16(0), .id = u8(2)},                             // LIN header without response
+    {.type = 20, .channel = u16(0)},                                          // LIN bus falls asleep or wakes up
+    {.type = 21, .channel = u16(0)},                                          // LIN wake-up
+    canEvent(31),                                                             // error counters
+    canEvent(44),                                                             // synchronization pulse
+    timedLinFrame(57),                                                        //
     {.type = 58, .channel = u16(12), .id = u8(37), .checksumModel = u8(39)},  // LIN header without response
     timedLinFrame(60),                                                        //
     {.type = 62, .channel = u16(12)},                                         // LIN wake-up
-    {.type = 73,  // CAN error frame with detail
+    {.type = 73,                                                              // CAN error frame with detail
      .channel = u16(0),
      .id = u32(16),
      .flags = u32(4),
@@ -163,7 +171,9 @@ constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF;
 constexpr std::array<std::uint8_t, kMostClassic> kNoData{};
 
 // The length that a DLC stands for; the upper half of its byte is not part of it.
-constexpr std::size_t classicLength(std::size_t dlc) { return std::min<std::size_t>(dlc & 0x0F, kMostClassic); }
+constexpr std::size_t classicLength(std::size_t dlc) {
+  return std::min<std::size_t>(dlc & 0x0F, kMostClassic);
+}
 
 std::span<const std::uint8_t> payloadOf(const ObjectKind& kind, const Object& object, std::uint32_t flags,
                                         Remarks& remarks) {

@@ -24,9 +24,8 @@ bool ObjectScanner::find(ByteQueue& bytes, bool complete, BaseHeader& header) {
       continue;
     }
     const Fields fields(bytes.bytes());
-    header = {.headerSize = fields.u16(kObjectHeaderSize),
-              .size = fields.u32(kObjectSize),
-              .type = fields.u32(kObjectType)};
+    header = {
+        .headerSize = fields.u16(kObjectHeaderSize), .size = fields.u32(kObjectSize), .type = fields.u32(kObjectType)};
     if (isPlausible(header)) {
       return true;
     }
