@@ -102,7 +102,9 @@ inline std::string containerOf(std::uint16_t method, const std::string& packed, 
       .str();
 }
 
-inline std::string stored(const std::string& content) { return containerOf(0, content, content.size()); }
+inline std::string stored(const std::string& content) {
+  return containerOf(0, content, content.size());
+}
 
 inline std::string deflated(const std::string& content) {
   std::string packed(::compressBound(static_cast<uLong>(content.size())), '\0');
@@ -115,7 +117,9 @@ inline std::string deflated(const std::string& content) {
   return packed;
 }
 
-inline std::string zipped(const std::string& content) { return containerOf(2, deflated(content), content.size()); }
+inline std::string zipped(const std::string& content) {
+  return containerOf(2, deflated(content), content.size());
+}
 
 // Year, month, weekday, day, hour, minute, second, millisecond.
 using Date = std::array<std::uint16_t, 8>;
@@ -140,7 +144,9 @@ inline std::string file(const FileHead& head, const std::string& contents) {
   return bytes.u64(0).zeros(64).text(contents).str();
 }
 
-inline std::string file(const std::string& contents) { return file(FileHead(), contents); }
+inline std::string file(const std::string& contents) {
+  return file(FileHead(), contents);
+}
 
 // Classic CAN frames, the duration of type 86 included.
 struct ClassicFrame {

@@ -56,14 +56,19 @@ int answerAbout(const std::string& path, Query query) {
   }
 }
 
-int convert(const std::string& path, const std::string& target, const std::string& /*name*/) {
+int convert(const std::string& path, const std::string& target, const std::string& name) {
+  std::signal(SIGINT, interrupt);
+  std::signal(SIGTERM, interrupt);
+  blf2csv::ProgressChannel channel(name);
+  const auto goOn = [&channel](std::uint16_t progress) { return channel.tell(progress) && interrupted == 0; };
   blf2csv::Remarks remarks;
-  const auto outcome = blf2csv::convertToFile(
-      path, target, [](std::uint16_t) { return true; }, remarks);
+  if (blf2csv::convertToFile(path, target, goOn, remarks) == blf2csv::Outcome::Stopped) {
+    return kExitStopped;
+  }
   for (const std::string& line : remarks.lines()) {
     complain(path + ": " + line);
   }
-  return outcome == blf2csv::Outcome::Stopped ? kExitStopped : kExitDone;
+  return kExitDone;
 }
 
 int run(std::span<char*> arguments) {
@@ -87,8 +92,6 @@ int run(std::span<char*> arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::signal(SIGINT, interrupt);
-  std::signal(SIGTERM, interrupt);
   try {
     return run(std::span(argv, static_cast<std::size_t>(argc)));
   } catch (const std::exception& failure) {

@@ -66,9 +66,10 @@ void requireOtherFile(const std::string& path, const std::string& target) {
   }
 }
 
+// What is no plain file, such as a device or a pipe, was not made here.
 void removeUnfinished(const xlatr::platform::File& file, const std::string& target) {
   std::error_code gone;
-  if (file.isOpen()) {
+  if (file.isOpen() && std::filesystem::is_regular_file(target, gone)) {
     std::filesystem::remove(target, gone);
   }
 }

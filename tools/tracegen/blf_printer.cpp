@@ -39,18 +39,20 @@ void appendDate(std::string& text, std::uint64_t timeUs) {
   const year_month_day date(day);
   const hh_mm_ss clock(time - day);
   append(text, static_cast<std::uint64_t>(static_cast<int>(date.year())), 2);
-  for (const std::uint64_t field : {std::uint64_t{static_cast<unsigned>(date.month())},
-                                    std::uint64_t{weekday(day).c_encoding()},
-                                    std::uint64_t{static_cast<unsigned>(date.day())}}) {
+  for (const std::uint64_t field :
+       {std::uint64_t{static_cast<unsigned>(date.month())}, std::uint64_t{weekday(day).c_encoding()},
+        std::uint64_t{static_cast<unsigned>(date.day())}}) {
     append(text, field, 2);
   }
-  for (const auto field : {clock.hours().count(), clock.minutes().count(), clock.seconds().count(),
-                           clock.subseconds().count()}) {
+  for (const auto field :
+       {clock.hours().count(), clock.minutes().count(), clock.seconds().count(), clock.subseconds().count()}) {
     append(text, static_cast<std::uint64_t>(field), 2);
   }
 }
 
-std::uint32_t rawId(const Entry& entry) { return entry.canId | (entry.extended ? kExtendedFlag : 0); }
+std::uint32_t rawId(const Entry& entry) {
+  return entry.canId | (entry.extended ? kExtendedFlag : 0);
+}
 
 std::uint8_t fdDlc(std::uint32_t length) {
   return static_cast<std::uint8_t>(std::lower_bound(kFdLengths.begin(), kFdLengths.end(), length) - kFdLengths.begin());
@@ -63,7 +65,7 @@ BlfPrinter::BlfPrinter() : fileSize_(kFileHeaderSize), unpackedSize_(kFileHeader
 std::string BlfPrinter::header() const {
   std::string text = "LOGG";
   append(text, kFileHeaderSize, 4);
-  append(text, 4'07'01'00, 4);                  // version of the programming interface, two digits a part
+  append(text, 4'07'01'00, 4);                    // version of the programming interface, two digits a part
   for (const unsigned byte : {0U, 6U, 1U, 0U}) {  // program, compression level, its version
     append(text, byte, 1);
   }
@@ -78,7 +80,9 @@ std::string BlfPrinter::header() const {
 }
 
 // What is known only at the end is 0 so far, as in a log whose recorder was cut off.
-void BlfPrinter::printHeader(TextOutput& output) { output.text(header()); }
+void BlfPrinter::printHeader(TextOutput& output) {
+  output.text(header());
+}
 
 void BlfPrinter::printEntry(const Entry& entry, TextOutput& output) {
   switch (entry.kind) {
@@ -116,7 +120,9 @@ void BlfPrinter::number(std::uint64_t value, std::size_t width) {
   }
 }
 
-void BlfPrinter::zeros(std::size_t count) { content_.insert(content_.end(), count, 0); }
+void BlfPrinter::zeros(std::size_t count) {
+  content_.insert(content_.end(), count, 0);
+}
 
 void BlfPrinter::addObject(std::uint32_t type, const Entry& entry, std::size_t bodySize) {
   constexpr std::uint64_t kNsPerUs = 1000;

@@ -258,8 +258,8 @@ TEST(Blf2CsvContainers, ManyFramesAcrossManyContainers) {
 
 TEST(Blf2CsvFile, WhatIsNoLogIsRefused) {
   const std::string log = file(stored(frames(1)));
-  for (const std::string& bytes : {std::string(), std::string("LOGG"), log.substr(0, 143), "x" + log.substr(1),
-                                   std::string(1000, '\0')}) {
+  for (const std::string& bytes :
+       {std::string(), std::string("LOGG"), log.substr(0, 143), "x" + log.substr(1), std::string(1000, '\0')}) {
     EXPECT_THROW(static_cast<void>(convertLog(bytes)), std::runtime_error);
   }
 }

@@ -26,9 +26,12 @@ using xlatr::test::blf::zipped;
 std::string mixedLog() {
   std::string content = classicFrame({.dlc = 8}) + classicFrame({.type = 86, .flags = 0x80});
   content += object({.type = 100}, Bytes().u16(1).u8(0).u8(9).u32(5).zeros(5).u8(1).u8(12).zeros(5).counting(68).str());
-  content += object({.type = 101}, Bytes().u8(1).u8(9).u8(12).u8(0).u32(5).zeros(4).u32(0x1000).zeros(24).counting(12).str());
-  content += object({.type = 57, .headerVersion = 2}, Bytes().zeros(12).u16(1).zeros(23).u8(3).u8(4).zeros(73).counting(8).zeros(32).str());
-  content += object({.type = 92}, "other") + object({.type = 73}, Bytes().u16(1).zeros(8).u8(8).zeros(13).counting(8).str());
+  content +=
+      object({.type = 101}, Bytes().u8(1).u8(9).u8(12).u8(0).u32(5).zeros(4).u32(0x1000).zeros(24).counting(12).str());
+  content += object({.type = 57, .headerVersion = 2},
+                    Bytes().zeros(12).u16(1).zeros(23).u8(3).u8(4).zeros(73).counting(8).zeros(32).str());
+  content +=
+      object({.type = 92}, "other") + object({.type = 73}, Bytes().u16(1).zeros(8).u8(8).zeros(13).counting(8).str());
   return file(zipped(content.substr(0, 100)) + stored(content.substr(100)) + classicFrame({}));
 }
 

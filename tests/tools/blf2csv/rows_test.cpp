@@ -7,7 +7,8 @@
 #include "support/blf_builder.hpp"
 #include "tools/blf2csv/table.hpp"
 
-// The row of every object type, from bodies in which each field has bytes of its own and what has no column is leftovers.
+// The row of every object type, from bodies in which each field has bytes of its own and what has no column is
+// leftovers.
 namespace blf2csv {
 namespace {
 
@@ -68,29 +69,12 @@ std::string variable101(unsigned dlc, unsigned valid, std::uint32_t flags, unsig
 }
 
 std::string linFrame(unsigned length, unsigned direction) {
-  return Bytes()
-      .u16(2)
-      .u8(0x3C)
-      .u8(length)
-      .counting(8, 0x21)
-      .leftovers(4)
-      .u16(0x9A)
-      .u8(direction)
-      .leftovers(5)
-      .str();
+  return Bytes().u16(2).u8(0x3C).u8(length).counting(8, 0x21).leftovers(4).u16(0x9A).u8(direction).leftovers(5).str();
 }
 
 // The common beginning of the newer LIN types, up to the byte times.
 Bytes linHead(std::uint16_t channel, unsigned id, unsigned length, unsigned checksumModel) {
-  return Bytes()
-      .u64(67195000)
-      .u32(19200)
-      .u16(channel)
-      .leftovers(2)
-      .leftovers(21)
-      .u8(id)
-      .u8(length)
-      .u8(checksumModel);
+  return Bytes().u64(67195000).u32(19200).u16(channel).leftovers(2).leftovers(21).u8(id).u8(length).u8(checksumModel);
 }
 
 std::string timedLinFrame(unsigned length, unsigned direction) {
@@ -118,8 +102,7 @@ std::vector<Case> cases() {
       {"classic on channel 0", 1, classic(0, 0, 0, 1), "1;0;0;0;0;0;0;0;7;0;0"},
       {"classic on channel 65535", 1, classic(65535, 0, 0, 1), "1;65535;0;0;0;0;0;0;7;0;0"},
       {"classic with a DLC above 8", 1, classic(1, 0, 15, 1), "1;1;0;0;0;0;0;0;7;0;" + kClassicData},
-      {"a remote frame has the length it asks for", 1, classic(1, 0x80, 3, 0x10),
-       "16;1;128;0;0;0;0;0;7;0;3;00;00;00"},
+      {"a remote frame has the length it asks for", 1, classic(1, 0x80, 3, 0x10), "16;1;128;0;0;0;0;0;7;0;3;00;00;00"},
       {"a remote frame asks for at most eight", 1, classic(1, 0x81, 12, 0x10),
        "16;1;129;0;0;0;0;0;7;0;8;00;00;00;00;00;00;00;00"},
       {"classic with duration", 86, timedClassic(0x01, 8), "2047;2;1;0;0;0;0;0;7;0;" + kClassicData},
@@ -133,18 +116,27 @@ std::vector<Case> cases() {
       {"error counters with detail", 74, Bytes().u16(1).leftovers(30).str(), "0;1;0;0;0;0;0;0;7;0;0"},
       {"changed settings", 129, Bytes().u16(1).leftovers(9).str(), "0;1;0;0;0;0;0;0;7;0;0"},
       {"error frame with detail", 73,
-       Bytes().u16(1).leftovers(2).u32(0x0F).u8(0x5A).u8(0xEE).u8(0xF2).leftovers(5).u32(0x456).u16(0x2120).leftovers(2)
-           .counting(8).str(),
+       Bytes()
+           .u16(1)
+           .leftovers(2)
+           .u32(0x0F)
+           .u8(0x5A)
+           .u8(0xEE)
+           .u8(0xF2)
+           .leftovers(5)
+           .u32(0x456)
+           .u16(0x2120)
+           .leftovers(2)
+           .counting(8)
+           .str(),
        "1110;1;15;8480;90;0;0;0;7;0;2;01;02"},
       {"error frame with an unknown identifier", 73,
-       Bytes().u16(1).zeros(8).u8(0).zeros(5).u32(0xFFFFFFFF).zeros(4).counting(8).str(),
-       "0;1;0;0;0;0;0;0;7;0;0"},
+       Bytes().u16(1).zeros(8).u8(0).zeros(5).u32(0xFFFFFFFF).zeros(4).counting(8).str(), "0;1;0;0;0;0;0;0;7;0;0"},
       {"FD array", 100, array100(0, 9, 0x80000100, 0x01, 12), "2147483904;1;0;0;0;1;0;0;7;0;12" + counted(12)},
       {"FD array with all bits and all data", 100, array100(1, 15, 0x100, 0x07, 64),
        "256;1;1;0;0;7;0;0;7;0;64" + counted(64)},
       {"classic frame in an array", 100, array100(0, 8, 0x100, 0x00, 8), "256;1;0;0;0;0;0;0;7;0;8" + counted(8)},
-      {"remote frame in an array", 100, array100(0x80, 4, 0x100, 0x00, 0),
-       "256;1;128;0;0;0;0;0;7;0;4;00;00;00;00"},
+      {"remote frame in an array", 100, array100(0x80, 4, 0x100, 0x00, 0), "256;1;128;0;0;0;0;0;7;0;4;00;00;00;00"},
       {"FD of any length", 101, variable101(13, 32, 0x3000, 0, Bytes().counting(32).str()),
        "2557891634;3;12288;0;0;0;0;0;7;0;32" + counted(32)},
       {"FD sent", 101, variable101(15, 64, 0x7000, 1, Bytes().counting(64).str()),
@@ -154,8 +146,19 @@ std::vector<Case> cases() {
       {"remote frame of any length", 101, variable101(5, 0, 0x0010, 0, ""),
        "2557891634;3;16;0;0;0;0;0;7;0;5;00;00;00;00;00"},
       {"FD error frame", 104,
-       Bytes().u8(2).u8(9).u8(3).u8(0x77).u16(0x0123).u16(0x4567).leftovers(4).u32(0x321).leftovers(28).counting(3)
-           .leftovers(8).str(),
+       Bytes()
+           .u8(2)
+           .u8(9)
+           .u8(3)
+           .u8(0x77)
+           .u16(0x0123)
+           .u16(0x4567)
+           .leftovers(4)
+           .u32(0x321)
+           .leftovers(28)
+           .counting(3)
+           .leftovers(8)
+           .str(),
        "801;2;291;17767;119;0;0;0;7;0;3;01;02;03"},
       {"LIN frame", 11, linFrame(8, 0), "60;2;0;0;0;0;0;154;7;0;8;21;22;23;24;25;26;27;28"},
       {"LIN frame without the last field", 11, linFrame(2, 1).substr(0, 20), "60;2;0;0;0;0;1;154;7;0;2;21;22"},
@@ -175,7 +178,8 @@ std::vector<Case> cases() {
 TEST(Blf2CsvRows, EachTypeHasItsRow) {
   for (const Case& example : cases()) {
     SCOPED_TRACE(example.name);
-    const std::string log = file(stored(object({.type = example.type, .timestamp = 1234567890123, .version = 7}, example.body)));
+    const std::string log =
+        file(stored(object({.type = example.type, .timestamp = 1234567890123, .version = 7}, example.body)));
     const Converted converted = convertLog(log);
     EXPECT_EQ(converted.rows(), "1;" + std::to_string(example.type) + ";1234567890123;2;1;-;" + example.cells + "\n");
     EXPECT_TRUE(converted.remarks.lines().empty()) << converted.remarks.lines().front();
@@ -198,9 +202,9 @@ TEST(Blf2CsvRows, AShortBodyIsAnInvalidRow) {
     std::uint32_t type;
     std::size_t least;
   };
-  for (const Short& example :
-       {Short{1, 16}, {2, 2}, {3, 2}, {4, 2}, {11, 19}, {12, 19}, {15, 3}, {20, 2}, {21, 2}, {31, 2}, {44, 2}, {57, 123},
-        {58, 40}, {60, 123}, {62, 14}, {73, 24}, {74, 2}, {86, 16}, {100, 20}, {101, 40}, {104, 44}, {129, 2}}) {
+  for (const Short& example : {Short{1, 16}, {2, 2},   {3, 2},    {4, 2},    {11, 19},  {12, 19},  {15, 3},  {20, 2},
+                               {21, 2},      {31, 2},  {44, 2},   {57, 123}, {58, 40},  {60, 123}, {62, 14}, {73, 24},
+                               {74, 2},      {86, 16}, {100, 20}, {101, 40}, {104, 44}, {129, 2}}) {
     SCOPED_TRACE(example.type);
     for (const std::size_t size : {example.least - 1, example.least}) {
       const Header header{.type = example.type, .timestamp = 9};
@@ -209,8 +213,7 @@ TEST(Blf2CsvRows, AShortBodyIsAnInvalidRow) {
       const Converted converted = convertLog(log);
       const bool valid = size == example.least;
       const std::string start = "1;" + std::to_string(example.type) + (valid ? ";9;2;1;-;" : ";9;2;0;cut short;");
-      EXPECT_EQ(converted.rows(),
-                start + "0;0;0;0;0;0;0;0;0;0;0\n" + "2;3;0;2;1;-;0;65535;0;0;0;0;0;0;0;0;0\n");
+      EXPECT_EQ(converted.rows(), start + "0;0;0;0;0;0;0;0;0;0;0\n" + "2;3;0;2;1;-;0;65535;0;0;0;0;0;0;0;0;0\n");
       EXPECT_EQ(converted.remarks.times(Remark::CutObject), valid ? 0U : 1U);
     }
   }
@@ -246,8 +249,8 @@ TEST(Blf2CsvRows, TimesAreHandedOnAsTheyStand) {
   const auto frame = [](std::uint64_t timestamp, std::uint32_t flags) {
     return object({.type = 3, .timestamp = timestamp, .flags = flags}, std::string(8, '\0'));
   };
-  const Converted converted = convertLog(
-      file(stored(frame(7, kTenMicroseconds) + frame(UINT64_MAX, 2) + frame(1, 0) + frame(2, 0x80000001))));
+  const Converted converted =
+      convertLog(file(stored(frame(7, kTenMicroseconds) + frame(UINT64_MAX, 2) + frame(1, 0) + frame(2, 0x80000001))));
   EXPECT_EQ(converted.rows(),
             "1;3;7;1;1;-;0;0;0;0;0;0;0;0;0;0;0\n"
             "2;3;18446744073709551615;2;1;-;0;0;0;0;0;0;0;0;0;0;0\n"
