@@ -67,8 +67,8 @@ struct LinType {
   std::uint32_t objectType;
   MessageKind kind;
   ErrorCode error = ErrorCode::None;
-  bool answered = false;           // somebody sent data: they, the direction and the checksum count
-  bool hasChecksumModel = false;   // the row says which one
+  bool answered = false;          // somebody sent data: they, the direction and the checksum count
+  bool hasChecksumModel = false;  // the row says which one
   std::string_view eventText = {};
 };
 

@@ -14,8 +14,8 @@ bool isClockCharacter(char character) {
 // Digits, with one point at most behind each run of them.
 std::size_t countDateCharacters(std::string_view text) {
   std::size_t count = 0;
-  while (count < text.size() && (isDecimalDigit(text[count]) ||
-                                 (text[count] == '.' && count > 0 && isDecimalDigit(text[count - 1])))) {
+  while (count < text.size() &&
+         (isDecimalDigit(text[count]) || (text[count] == '.' && count > 0 && isDecimalDigit(text[count - 1])))) {
     ++count;
   }
   return count;

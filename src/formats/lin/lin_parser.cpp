@@ -54,8 +54,7 @@ bool parse(LinTokens tokens, KorlMessage& message) {
   if (tokens.atEnd() || !tryParseUInt64(tokens.take(), message.timestamp) ||
       !takeWord(tokens, tryDirectionTypeFromText, message.direction) || !takeNumber(tokens, message.id, 16) ||
       !takeNumber(tokens, message.length, 10) || !takeData(tokens, message) ||
-      !takeNumber(tokens, message.checksum, 16) ||
-      !takeWord(tokens, tryChecksumTypeFromText, message.checksumType)) {
+      !takeNumber(tokens, message.checksum, 16) || !takeWord(tokens, tryChecksumTypeFromText, message.checksumType)) {
     return false;
   }
   const std::string_view last = tokens.take();

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "formats/lin/lin_message.hpp"
 #include "formats/blf/blf_message.hpp"
+#include "formats/lin/lin_message.hpp"
 #include "io/trace_writer.hpp"
 #include "util/text_buffer.hpp"
 
