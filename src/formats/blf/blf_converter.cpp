@@ -1,5 +1,7 @@
 #include "formats/blf/blf_converter.hpp"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <optional>
 #include <string_view>
@@ -28,6 +30,13 @@ std::optional<std::int32_t> parseAnswer(std::string_view output) {
   const char* const end = output.data() + output.size();
   const auto [behind, error] = std::from_chars(output.data(), end, number);
   return error == std::errc() && behind == end ? std::optional(number) : std::nullopt;
+}
+
+// Two decimal digits each, and what the others leave in front.
+std::array<std::int32_t, 4> versionPairs(std::int32_t version) {
+  constexpr std::int32_t kPair = 100;
+  const std::int32_t code = std::max(version, 0);
+  return {code / (kPair * kPair * kPair), code / (kPair * kPair) % kPair, code / kPair % kPair, code % kPair};
 }
 
 }  // namespace
@@ -65,12 +74,16 @@ bool BlfConverter::start(const std::string& source, const std::string& table, co
 }
 
 double blfVersionNumber(std::int32_t version) {
-  constexpr std::int32_t kPair = 100;
-  if (version < 0) {
-    return 0.0;
+  const auto pairs = versionPairs(version);
+  return pairs[0] + pairs[1] / 100.0 + pairs[2] / 10000.0 + pairs[3] / 1000000.0;
+}
+
+std::string blfVersionText(std::int32_t version) {
+  std::string text;
+  for (const std::int32_t pair : versionPairs(version)) {
+    text.append(text.empty() ? "" : ".").append(std::to_string(pair));
   }
-  return version / (kPair * kPair * kPair) + version / (kPair * kPair) % kPair / 100.0 +
-         version / kPair % kPair / 10000.0 + version % kPair / 1000000.0;
+  return text.append("\n");
 }
 
 double blfCurrentVersion() {

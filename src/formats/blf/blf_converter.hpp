@@ -36,8 +36,9 @@ class BlfConverter {
   std::string path_;
 };
 
-// 4070100 is 4.0701; a negative one, which is none, is 0.0.
+// 4070100 is 4.0701, and "4.7.1.0" with a line end. A negative one, which is none, is 0.0.
 [[nodiscard]] double blfVersionNumber(std::int32_t version);
+[[nodiscard]] std::string blfVersionText(std::int32_t version);
 
 // The number of the API version of the converter beside the library. It is asked once, at the first call. Safe from any
 // thread.

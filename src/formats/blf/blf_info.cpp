@@ -8,9 +8,14 @@ namespace xlatr {
 BlfInfo::BlfInfo(TraceFileInfo file, BlfConverter converter)
     : TraceInfo(std::move(file), XLATR_FORMAT_BLF), converter_(std::move(converter)) {
   if (isOfOwnFormat()) {
-    fileVersion_ = blfVersionNumber(converter_.queryFileVersion(getPath()));
+    versionCode_ = std::max(converter_.queryFileVersion(getPath()), 0);
+    fileVersion_ = blfVersionNumber(versionCode_);
     objectsCount_ = static_cast<std::uint32_t>(std::max(converter_.queryObjectsCount(getPath()), 0));
   }
+}
+
+std::string BlfInfo::getVersionText() const {
+  return getValid() ? blfVersionText(versionCode_) : std::string();
 }
 
 }  // namespace xlatr

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "formats/blf/blf_converter.hpp"
 #include "io/trace_info.hpp"
@@ -16,6 +17,8 @@ class BlfInfo final : public TraceInfo {
 
   // A BLF log by its name, whatever it holds.
   [[nodiscard]] bool getValid() const override { return isOfOwnFormat(); }
+  // All four parts and a line end, "4.7.1.0\n"; empty when the file is not valid.
+  [[nodiscard]] std::string getVersionText() const override;
   // What the converter beside the library calls its API's.
   [[nodiscard]] double getCurrentVersion() const override { return blfCurrentVersion(); }
 
@@ -25,6 +28,7 @@ class BlfInfo final : public TraceInfo {
 
  private:
   BlfConverter converter_;
+  std::int32_t versionCode_ = 0;
   std::uint32_t objectsCount_ = 0;
 };
 
