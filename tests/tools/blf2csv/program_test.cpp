@@ -37,10 +37,14 @@ using xlatr::test::blf::stored;
 
 constexpr char kRow[] = "1;1;0;2;1;-;291;1;0;0;0;0;0;0;0;0;2;11;12\n";
 
-std::string smallLog() { return file({.objects = 300}, stored(classicFrame({.dlc = 2}))); }
+std::string smallLog() {
+  return file({.objects = 300}, stored(classicFrame({.dlc = 2})));
+}
 
 // A name that no other test uses at the same time.
-std::string blockName(const std::string& test) { return "BLF2CSV_TEST_" + test + std::to_string(::getpid()); }
+std::string blockName(const std::string& test) {
+  return "BLF2CSV_TEST_" + test + std::to_string(::getpid());
+}
 
 bool isLeft(const std::string& name) {
   return std::ifstream("/dev/shm/" + name).is_open() || std::ifstream("/dev/shm/sem." + name + "_MUTEX").is_open();
@@ -179,12 +183,12 @@ TEST(Blf2CsvProgram, FailsWithOneLineAndWithoutTable) {
     std::vector<std::string> paths;
     const char* message;
   };
-  for (const Case& failing : {Case{{"text.blf", "t.csv"}, "text.blf: is no BLF log"},
-                              Case{{"missing.blf", "t.csv"}, "missing.blf: cannot open"},
-                              Case{{".", "t.csv"}, ".: cannot open"},
-                              Case{{"a.blf", "no/folder/t.csv"}, "no/folder/t.csv: cannot create"},
-                              Case{{"a.blf", "a.blf"}, "a.blf: is the log itself"},
-                              Case{{"a.blf", "./a.blf"}, "./a.blf: is the log itself"}}) {
+  for (const Case& failing :
+       {Case{{"text.blf", "t.csv"}, "text.blf: is no BLF log"},
+        Case{{"missing.blf", "t.csv"}, "missing.blf: cannot open"}, Case{{".", "t.csv"}, ".: cannot open"},
+        Case{{"a.blf", "no/folder/t.csv"}, "no/folder/t.csv: cannot create"},
+        Case{{"a.blf", "a.blf"}, "a.blf: is the log itself"},
+        Case{{"a.blf", "./a.blf"}, "./a.blf: is the log itself"}}) {
     const Ended run = here.run({failing.paths[0], failing.paths[1], name});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.output, "");
@@ -210,8 +214,11 @@ TEST(Blf2CsvProgram, FailsWhenTheDiskIsFull) {
 
 TEST(Blf2CsvProgram, ShowsItsUseForOtherArguments) {
   const Workspace here;
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{}, {"-GetApiVersion", "x"}, {"-GetFileVersion"}, {"a.blf", "a.csv"}, {"a", "b", "c", "d"}}) {
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{},
+                                                    {"-GetApiVersion", "x"},
+                                                    {"-GetFileVersion"},
+                                                    {"a.blf", "a.csv"},
+                                                    {"a", "b", "c", "d"}}) {
     const Ended run = here.run(arguments);
     EXPECT_EQ(run.exitCode, 3);
     EXPECT_THAT(run.errors, testing::StartsWith("usage: BLF2CSV.exe LOG TABLE NAME\n"));

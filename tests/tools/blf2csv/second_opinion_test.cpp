@@ -162,7 +162,18 @@ std::string fdFrame(std::uint32_t id, unsigned dlc, unsigned length, std::uint64
 
 std::string anyLengthFrame(std::uint32_t id, unsigned dlc, unsigned length, std::uint32_t flags, unsigned direction) {
   Bytes body;
-  body.u8(3).u8(dlc).u8(length).u8(0).u32(id).zeros(4).u32(flags).zeros(18).u8(direction).zeros(5).counting(length).zeros(8);
+  body.u8(3)
+      .u8(dlc)
+      .u8(length)
+      .u8(0)
+      .u32(id)
+      .zeros(4)
+      .u32(flags)
+      .zeros(18)
+      .u8(direction)
+      .zeros(5)
+      .counting(length)
+      .zeros(8);
   return object({.type = 101, .timestamp = 40'000'000}, body.str());
 }
 
@@ -177,7 +188,8 @@ TEST_F(SecondOpinionOfTshark, FramesByHand) {
   for (const std::uint32_t type : {1U, 86U}) {
     for (unsigned dlc = 0; dlc <= 8; ++dlc) {
       content += classicFrame({.type = type, .channel = 1, .id = 0x7FF - dlc, .dlc = static_cast<std::uint8_t>(dlc)});
-      content += classicFrame({.type = type, .channel = 5, .id = 0x80000000 | dlc, .flags = 0x01, .dlc = static_cast<std::uint8_t>(dlc)});
+      content += classicFrame(
+          {.type = type, .channel = 5, .id = 0x80000000 | dlc, .flags = 0x01, .dlc = static_cast<std::uint8_t>(dlc)});
       content += classicFrame({.type = type, .id = 0x9FFFFFFF, .flags = 0x80, .dlc = static_cast<std::uint8_t>(dlc)});
     }
     content += classicFrame({.type = type, .timestamp = 12345, .timeUnit = xlatr::test::blf::kTenMicroseconds});
@@ -224,14 +236,19 @@ TEST(SecondOpinionOfRecordings, EveryObjectIsAsListed) {
     EXPECT_TRUE(converted.table.starts_with("$BLFSTARTTIME=14/11/2023 22:13:20.123\n"));
     EXPECT_TRUE(converted.remarks.lines().empty());
     const std::vector<Row> rows = readRows(converted.table);
-    const std::vector<std::string> lines = split(readFile(fs::path(entry.path()).replace_extension(".expected.csv")), '\n');
+    const std::vector<std::string> lines =
+        split(readFile(fs::path(entry.path()).replace_extension(".expected.csv")), '\n');
     ASSERT_EQ(rows.size() + 2, lines.size());
     for (std::size_t index = 0; index < rows.size(); ++index) {
       // time_ns, kind, bus, id, ide, dir, edl, brs, esi, dlc, length, data, err
       const Row& row = rows[index];
       const std::vector<std::string> cells = split(lines[index + 1], ',');
       SCOPED_TRACE(lines[index + 1]);
-      const std::string kind = row.type == 2 ? "error" : row.type == 3 ? "overload" : row.isLin() ? "lin" : row.isRemote() ? "remote" : "data";
+      const std::string kind = row.type == 2    ? "error"
+                               : row.type == 3  ? "overload"
+                               : row.isLin()    ? "lin"
+                               : row.isRemote() ? "remote"
+                                                : "data";
       EXPECT_EQ(std::to_string(row.timeNs), cells.at(0));
       EXPECT_EQ(kind, cells.at(1));
       EXPECT_EQ(row.channel, toNumber(cells.at(2)));
