@@ -7,7 +7,8 @@
 
 #include "conversions/conversion_support.hpp"
 
-// LIN traces of every version, with every direction, checksum type, length and combination of errors, as tables and logs.
+// LIN traces of every version, with every direction, checksum type, length and combination of errors, as tables and
+// logs.
 namespace xlatr::conversions {
 namespace {
 
