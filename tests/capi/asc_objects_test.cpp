@@ -2,26 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <stdexcept>
 #include <string>
 
 #include "support/object_text.hpp"
+#include "support/processing_failure.hpp"
 #include "support/temp_folder.hpp"
 #include "xlatr/failures.hpp"
 #include "xlatr/objects.h"
 
 namespace xlatr::test {
 namespace {
-
-std::string processingFailureOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const ConverterProcessingException& failure) {
-    return failure.what();
-  }
-  return "no failure";
-}
 
 class AscObjectsTest : public testing::Test {
  protected:

@@ -40,8 +40,8 @@ class Installation {
   [[nodiscard]] std::string noted(const std::string& name) const { return root_.read("lib/" + name); }
 
   void standIn(const std::string& conversion) const {
-    test::writeStandIn(root_, R"(printf '%s' "$3" > "$(dirname "$0")/block"; echo $$ > "$(dirname "$0")/pid"; )" +
-                                  conversion);
+    test::writeStandIn(root_,
+                       R"(printf '%s' "$3" > "$(dirname "$0")/block"; echo $$ > "$(dirname "$0")/pid"; )" + conversion);
     fs::rename(root_.file("BLF2CSV.exe"), converter());
   }
 

@@ -123,22 +123,21 @@ class BlfConversion {
   TargetWriter& writerOf(std::uint32_t bus) {
     if (target_.files.perBus && (currentWriter_ == nullptr || currentBus_ != bus)) {
       const auto opened = writers_.find(bus);
-      currentWriter_ = opened != writers_.end()
-                           ? opened->second.get()
-                           : openWriter(bus, target_.files.stem + "_BUS" + std::to_string(bus) +
-                                                 target_.files.extension);
+      currentWriter_ =
+          opened != writers_.end()
+              ? opened->second.get()
+              : openWriter(bus, target_.files.stem + "_BUS" + std::to_string(bus) + target_.files.extension);
       currentBus_ = bus;
     }
     return *currentWriter_;
   }
 
   TargetWriter* openWriter(std::uint32_t bus, const std::string& name) {
-    auto writer = openTargetWriter(
-        {.format = request_.format, .version = target_.version, .separator = target_.separator}, request_.source,
-        target_.files.directory + name);
+    auto writer =
+        openTargetWriter({.format = request_.format, .version = target_.version, .separator = target_.separator},
+                         request_.source, target_.files.directory + name);
     files_.push_back(name);
-    writer->writeHeader(reinterpret_cast<const ITraceInfo*>(info_.get()),
-                        BlfReader_getCSVInfoStartTime(reader_.get()));
+    writer->writeHeader(reinterpret_cast<const ITraceInfo*>(info_.get()), BlfReader_getCSVInfoStartTime(reader_.get()));
     return (writers_[bus] = std::move(writer)).get();
   }
 

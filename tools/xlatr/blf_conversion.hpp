@@ -8,8 +8,8 @@
 
 namespace xlatr::cli {
 
-// Raises a CommandFailure with ExitCode::Failed, which names the path, when the program that reads BLF logs is not where
-// the library looks for it or can't be run.
+// Raises a CommandFailure with ExitCode::Failed, which names the path, when the program that reads BLF logs is not
+// where the library looks for it or can't be run.
 void requireBlfConverter(const std::string& source);
 
 // What of the request a BLF log needs beside its source and target format.
