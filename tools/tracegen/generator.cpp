@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "tracegen/blf_printer.hpp"
 #include "tracegen/candump_printer.hpp"
 
 namespace tracegen {
@@ -39,6 +40,9 @@ std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
   if (options.form == Form::Candump) {
     return std::make_unique<CandumpPrinter>();
   }
+  if (options.form == Form::Blf) {
+    return std::make_unique<BlfPrinter>();
+  }
   return std::make_unique<TrcPrinter>(TrcForm{.version = options.version,
                                               .carriageReturn = options.carriageReturn,
                                               .buses = options.traffic.buses,
@@ -69,6 +73,8 @@ RecordingSize generate(const RecordingOptions& options, const Sink& sink) {
       ++size.messages;
     }
   }
+  printer->printEnd(output);
+  size.finalHeader = printer->finalHeader();
   output.flush();
   size.bytes = output.written();
   return size;
@@ -95,6 +101,11 @@ RecordingSize generateFile(const RecordingOptions& options, const std::string& p
     throwFileFailure(path, errno);
   }
   const RecordingSize size = writeTo(file.get());
+  const std::string& header = size.finalHeader;
+  if (!header.empty() && (std::fseek(file.get(), 0, SEEK_SET) != 0 ||
+                          std::fwrite(header.data(), 1, header.size(), file.get()) != header.size())) {
+    throwFileFailure(path, errno);
+  }
   // Closing writes what stdio still holds, so its answer counts.
   if (std::fclose(file.release()) != 0) {
     throwFileFailure(path, errno);
