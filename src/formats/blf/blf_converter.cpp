@@ -74,8 +74,8 @@ bool BlfConverter::start(const std::string& source, const std::string& table, co
 }
 
 double blfVersionNumber(std::int32_t version) {
-  const auto pairs = versionPairs(version);
-  return pairs[0] + pairs[1] / 100.0 + pairs[2] / 10000.0 + pairs[3] / 1000000.0;
+  constexpr double kScale = 1e6;  // one division rounds once: the sum of the pairs would not print as it reads
+  return std::max(version, 0) / kScale;
 }
 
 std::string blfVersionText(std::int32_t version) {

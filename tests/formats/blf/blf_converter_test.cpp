@@ -105,7 +105,7 @@ TEST_F(BlfConverterTest, negativeAnswersAreNone) {
 }
 
 TEST(BlfVersion, isFourPairsOfDigits) {
-  EXPECT_DOUBLE_EQ(blfVersionNumber(4070100), 4.0701);
+  EXPECT_EQ(blfVersionNumber(4070100), 4.0701);
   EXPECT_DOUBLE_EQ(blfVersionNumber(12345678), 12.345678);
   EXPECT_DOUBLE_EQ(blfVersionNumber(99), 0.000099);
   EXPECT_EQ(blfVersionNumber(0), 0.0);
