@@ -151,8 +151,7 @@ TEST_F(BlfObjectsTest, writeEveryTargetOfALog) {
   TrcWriter_Destruct(trace);
   CsvWriter_Destruct(table);
   KorlWriter_Destruct(lin);
-  EXPECT_EQ(folder_.read("y.trc"),
-            "      1         1.000 DT     0123 Rx 2    AA BB\r\n;BLF Object Type 57 (LIN)\r\n");
+  EXPECT_EQ(folder_.read("y.trc"), "      1         1.000 DT     0123 Rx 2    AA BB\r\n;BLF Object Type 57 (LIN)\r\n");
   EXPECT_EQ(folder_.read("y.csv"),
             "1;1.000;2;Rx;DT;0123;-;2;AA;BB\r\n2;2.500;1;Tx;DT;002A;-;1;CC\r\n3;0.000;1;None;Unknown;0000;-;0;\r\n");
   EXPECT_EQ(folder_.read("y.ltrc"),

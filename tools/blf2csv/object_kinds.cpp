@@ -35,6 +35,7 @@ struct ObjectKind {
   Place checksumModel = {};
   Payload payload = {};
   Forms forms = {};
+  std::string_view comment = {};  // what objects are that a row has no cells for
 };
 
 namespace {
@@ -64,9 +65,9 @@ constexpr ObjectKind classicFrame(std::uint32_t type) {
           .forms = kClassicForms};
 }
 
-// What happened on a CAN bus and is no frame that a row has cells for.
-constexpr ObjectKind canEvent(std::uint32_t type) {
-  return {.type = type, .channel = u16(0)};
+// What happened on a CAN bus and is no frame that a row has cells for. It reaches the user as a comment.
+constexpr ObjectKind canEvent(std::uint32_t type, std::string_view comment) {
+  return {.type = type, .channel = u16(0), .comment = comment};
 }
 
 // LIN frames of the first layout; 12 is one whose checksum is wrong.
@@ -93,16 +94,16 @@ constexpr ObjectKind timedLinFrame(std::uint32_t type) {
 // In the order of the types.
 constexpr auto kKinds = std::to_array<ObjectKind>({
     classicFrame(1),
-    canEvent(2),                                                              // error frame
-    canEvent(3),                                                              // overload frame
-    canEvent(4),                                                              // bus statistics
-    linFrame(11),                                                             //
-    linFrame(12),                                                             //
-    {.type = 15, .channel = u16(0), .id = u8(2)},                             // LIN header without response
-    {.type = 20, .channel = u16(0)},                                          // LIN bus falls asleep or wakes up
-    {.type = 21, .channel = u16(0)},                                          // LIN wake-up
-    canEvent(31),                                                             // error counters
-    canEvent(44),                                                             // synchronization pulse
+    canEvent(2, "error frame"),
+    canEvent(3, "overload frame"),
+    canEvent(4, "bus statistics"),
+    linFrame(11),                                  //
+    linFrame(12),                                  //
+    {.type = 15, .channel = u16(0), .id = u8(2)},  // LIN header without response
+    {.type = 20, .channel = u16(0)},               // LIN bus falls asleep or wakes up
+    {.type = 21, .channel = u16(0)},               // LIN wake-up
+    canEvent(31, "error counters"),
+    canEvent(44, "synchronization pulse"),
     timedLinFrame(57),                                                        //
     {.type = 58, .channel = u16(12), .id = u8(37), .checksumModel = u8(39)},  // LIN header without response
     timedLinFrame(60),                                                        //
@@ -114,7 +115,7 @@ constexpr auto kKinds = std::to_array<ObjectKind>({
      .flagsExt = u16(20),
      .ecc = u8(8),
      .payload = {.length = u8(10), .lengthIsDlc = true, .offset = 24, .most = kMostClassic}},
-    canEvent(74),  // error counters with detail
+    canEvent(74, "error counters"),
     classicFrame(86),
     {.type = 100,  // CAN or CAN FD frame with an array of data
      .channel = u16(0),
@@ -137,7 +138,7 @@ constexpr auto kKinds = std::to_array<ObjectKind>({
      .flagsExt = u16(6),
      .ecc = u8(3),
      .payload = {.length = u8(2), .offset = 44, .most = kMostFd}},
-    canEvent(129),  // settings of the bus changed
+    canEvent(129, "bus settings changed"),
 });
 static_assert(std::is_sorted(kKinds.begin(), kKinds.end(),
                              [](const auto& left, const auto& right) { return left.type < right.type; }));
@@ -164,6 +165,8 @@ constexpr auto kKindsByType = [] {
   return kinds;
 }();
 static_assert(leastBody(kKinds[11]) <= UINT8_MAX);
+
+constexpr std::string_view kCutShort = "cut short";
 
 // In place of an identifier that the recorder did not get to see.
 constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF;
@@ -201,16 +204,21 @@ const ObjectKind* findObjectKind(std::uint32_t type) {
   return place < kKinds.size() ? &kKinds[place] : nullptr;
 }
 
-bool readCells(const ObjectKind& kind, const Object& object, Cells& cells, Remarks& remarks) {
+Cells readCells(const ObjectKind& kind, const Object& object, Remarks& remarks) {
   const Fields& body = object.body;
-  cells = {};
+  Cells cells;
   cells.id = kind.id.of(body);
   cells.channel = static_cast<std::uint16_t>(kind.channel.of(body));
+  cells.comment = kind.comment;
   if (cells.id == kNoIdentifier) {
     cells.id = 0;
   }
   if (body.size() < kKindsByType[kind.type].leastBody) {
-    return false;
+    cells.comment = kCutShort;
+    remarks.note(Remark::CutObject, object.offset);
+  }
+  if (!cells.comment.empty()) {
+    return cells;
   }
   cells.flags = kind.flags.of(body);
   cells.flagsExt = static_cast<std::uint16_t>(kind.flagsExt.of(body));
@@ -222,7 +230,7 @@ bool readCells(const ObjectKind& kind, const Object& object, Cells& cells, Remar
   if (kind.payload.most > 0) {
     cells.data = payloadOf(kind, object, cells.flags, remarks);
   }
-  return true;
+  return cells;
 }
 
 }  // namespace blf2csv
