@@ -40,7 +40,9 @@ class Log {
   fs::path folder_;
 };
 
-bool goOn(std::uint16_t /*progress*/) { return true; }
+bool goOn(std::uint16_t /*progress*/) {
+  return true;
+}
 
 template <class Convert>
 void run(benchmark::State& state, Convert convert) {

@@ -2,15 +2,12 @@
 // converter beside it.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <cmath>
 #include <filesystem>
 #include <string>
 
 #include "support/blf_stand_in.hpp"
+#include "support/object_failures.hpp"
 #include "support/object_text.hpp"
-#include "support/processing_failure.hpp"
 #include "support/temp_folder.hpp"
 #include "xlatr/objects.h"
 
@@ -151,8 +148,7 @@ TEST_F(BlfObjectsTest, writeEveryTargetOfALog) {
   TrcWriter_Destruct(trace);
   CsvWriter_Destruct(table);
   KorlWriter_Destruct(lin);
-  EXPECT_EQ(folder_.read("y.trc"),
-            "      1         1.000 DT     0123 Rx 2    AA BB\r\n;BLF Object Type 57 (LIN)\r\n");
+  EXPECT_EQ(folder_.read("y.trc"), "      1         1.000 DT     0123 Rx 2    AA BB\r\n;BLF Object Type 57 (LIN)\r\n");
   EXPECT_EQ(folder_.read("y.csv"),
             "1;1.000;2;Rx;DT;0123;-;2;AA;BB\r\n2;2.500;1;Tx;DT;002A;-;1;CC\r\n3;0.000;1;None;Unknown;0000;-;0;\r\n");
   EXPECT_EQ(folder_.read("y.ltrc"),
@@ -166,9 +162,6 @@ TEST_F(BlfObjectsTest, letTheFailureOfAConverterOut) {
   const std::int32_t exitCode = waitForConverter();
   EXPECT_EQ(exitCode, 5);
   EXPECT_EQ(processingFailureOf([&] { BlfReader_InitializePhaseThreePrepareCsvReader(reader_, exitCode); }),
-            "Error while converting BLF to temporary CSV 5");
-  const std::uint32_t thread = static_cast<std::uint32_t>(::gettid());
-  EXPECT_EQ(textOf(45, [&](char* buffer, std::uint32_t size) { ConverterLastError_GetText(thread, buffer, size); }),
             "Error while converting BLF to temporary CSV 5");
 }
 
