@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tracegen/blf_printer.hpp"
 #include "tracegen/candump_printer.hpp"
 #include "tracegen/generator.hpp"
 #include "tracegen/payload.hpp"
@@ -310,6 +311,52 @@ TEST(TracegenTrcPrinter, putsColumnsUnderTheirRuler) {
       }
     }
   }
+}
+
+std::uint64_t numberAt(const std::string& bytes, std::size_t offset, std::size_t width) {
+  std::uint64_t value = 0;
+  for (std::size_t index = width; index > 0; --index) {
+    value = value << 8U | static_cast<unsigned char>(bytes.at(offset + index - 1));
+  }
+  return value;
+}
+
+TEST(TracegenBlfPrinter, tellsInTheHeadHowTheRecordingEnded) {
+  BlfPrinter printer;
+  std::string log;
+  TextOutput output([&log](std::string_view piece) { log.append(piece); });
+  printer.printHeader(output);
+  Entry entry;
+  entry.kind = EntryKind::Data;
+  entry.bus = 1;
+  entry.dataLength = 8;
+  constexpr std::uint64_t kFrames = 3000;
+  for (std::uint64_t frame = 0; frame < kFrames; ++frame) {
+    entry.timeUs = frame * 1'000'000;
+    printer.printEntry(entry, output);
+  }
+  entry.kind = EntryKind::Comment;
+  printer.printEntry(entry, output);  // has no form
+  printer.printEnd(output);
+  output.flush();
+  EXPECT_EQ(numberAt(log, 32, 4), 0U);
+  const std::string head = printer.finalHeader();
+  ASSERT_EQ(head.size(), 144U);
+  EXPECT_EQ(head.substr(0, 4), "LOGG");
+  EXPECT_EQ(numberAt(head, 4, 4), 144U);
+  EXPECT_EQ(numberAt(head, 16, 8), log.size());
+  // Two containers, each with a header of 32 bytes, of objects of 56 bytes.
+  EXPECT_EQ(numberAt(head, 24, 8), 144 + 2 * 32 + kFrames * 56);
+  EXPECT_EQ(numberAt(head, 32, 4), kFrames);
+  const auto date = [&head](std::size_t offset) {
+    std::vector<std::uint64_t> fields;
+    for (std::size_t index = 0; index < 8; ++index) {
+      fields.push_back(numberAt(head, offset + 2 * index, 2));
+    }
+    return fields;
+  };
+  EXPECT_THAT(date(40), ElementsAre(2024, 3, 5, 1, 8, 0, 0, 0));
+  EXPECT_THAT(date(56), ElementsAre(2024, 3, 5, 1, 8, 49, 59, 0));
 }
 
 TEST(TracegenCandumpPrinter, printsFrames) {
