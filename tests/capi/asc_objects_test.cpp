@@ -8,7 +8,6 @@
 #include "support/object_failures.hpp"
 #include "support/object_families.hpp"
 #include "support/object_text.hpp"
-#include "support/processing_failure.hpp"
 #include "support/temp_folder.hpp"
 #include "xlatr/objects.h"
 

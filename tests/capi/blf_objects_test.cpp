@@ -2,15 +2,12 @@
 // converter beside it.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <cmath>
 #include <filesystem>
 #include <string>
 
 #include "support/blf_stand_in.hpp"
+#include "support/object_failures.hpp"
 #include "support/object_text.hpp"
-#include "support/processing_failure.hpp"
 #include "support/temp_folder.hpp"
 #include "xlatr/objects.h"
 
@@ -165,9 +162,6 @@ TEST_F(BlfObjectsTest, letTheFailureOfAConverterOut) {
   const std::int32_t exitCode = waitForConverter();
   EXPECT_EQ(exitCode, 5);
   EXPECT_EQ(processingFailureOf([&] { BlfReader_InitializePhaseThreePrepareCsvReader(reader_, exitCode); }),
-            "Error while converting BLF to temporary CSV 5");
-  const std::uint32_t thread = static_cast<std::uint32_t>(::gettid());
-  EXPECT_EQ(textOf(45, [&](char* buffer, std::uint32_t size) { ConverterLastError_GetText(thread, buffer, size); }),
             "Error while converting BLF to temporary CSV 5");
 }
 

@@ -57,7 +57,7 @@ class WriterFamily : public testing::Test {
   std::string target_ = folder_.file("target.trace");
 };
 
-using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, CsvWriterType>;
+using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, KorlWriterType, CsvWriterType>;
 TYPED_TEST_SUITE(WriterFamily, WriterFamilies, FamilyName);
 
 TYPED_TEST(WriterFamily, ignoresNullInDestruct) {
@@ -204,6 +204,12 @@ Sample sampleOf<AscInfoType>() {
           "   0.010500 3  123             Rx   d 1 AA\n   0.011500 3  123             Rx   d 1 BB\n"};
 }
 
+template <>
+Sample sampleOf<KorlInfoType>() {
+  return {"x.ltrc",
+          ";$FILEVERSION=1.2\n;$STARTTIME=44403.25\n1) 10500 Pub 2A 1 AA 7C CL\n2) 11500 Sub 2A 0 7C EH TO\n"};
+}
+
 template <typename Family>
 class ReaderFamily : public testing::Test {
  protected:
@@ -234,7 +240,7 @@ class ReaderFamily : public testing::Test {
   const std::string path_ = folder_.write(sample_.name, sample_.content);
 };
 
-using ReaderFamilies = testing::Types<TrcReaderType, AscReaderType>;
+using ReaderFamilies = testing::Types<TrcReaderType, AscReaderType, KorlReaderType>;
 TYPED_TEST_SUITE(ReaderFamily, ReaderFamilies, FamilyName);
 
 TYPED_TEST(ReaderFamily, ignoresNullInDestruct) {

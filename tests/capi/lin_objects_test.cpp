@@ -3,10 +3,10 @@
 
 #include <string>
 
+#include "support/object_failures.hpp"
+#include "support/object_families.hpp"
 #include "support/object_text.hpp"
-#include "support/processing_failure.hpp"
 #include "support/temp_folder.hpp"
-#include "xlatr/failures.hpp"
 #include "xlatr/objects.h"
 
 namespace xlatr::test {
@@ -14,33 +14,11 @@ namespace {
 
 class LinObjectsTest : public testing::Test {
  protected:
-  ~LinObjectsTest() override {
-    KorlInfo_Destruct(info_);
-    TraceFileInfo_Destruct(file_);
-  }
-
   TempFolder folder_;
   std::string path_ = folder_.write(
       "x.ltrc", ";$FILEVERSION=1.1\n;$STARTTIME=44403.25\n5) 1000 Pub 2A 2 01 02 7C CL\n; a comment\nno frame here\n");
-  TraceFileInfo* file_ = TraceFileInfo_Construct(path_.c_str());
-  KorlInfo* info_ = KorlInfo_Construct(file_);
+  const Owned<KorlInfoType> info_ = openInfo<KorlInfoType>(path_.c_str());
 };
-
-TEST(LinObjects, ignoreNullInDestruct) {
-  KorlInfo_Destruct(nullptr);
-  KorlReader_Destruct(nullptr);
-  KorlWriter_Destruct(nullptr);
-  MessageLin_Destruct(nullptr);
-}
-
-TEST(LinObjects, refuseNullEverywhereElse) {
-  const std::string expected = "Object cannot be null";
-  EXPECT_EQ(processingFailureOf([] { static_cast<void>(KorlInfo_Construct(nullptr)); }), expected);
-  EXPECT_EQ(processingFailureOf([] { static_cast<void>(KorlInfo_getValid(nullptr)); }), expected);
-  EXPECT_EQ(processingFailureOf([] { static_cast<void>(KorlReader_Construct(nullptr)); }), expected);
-  EXPECT_EQ(processingFailureOf([] { KorlWriter_setActive(nullptr, true); }), expected);
-  EXPECT_EQ(processingFailureOf([] { static_cast<void>(MessageLin_getValid(nullptr)); }), expected);
-}
 
 TEST(LinObjects, answerForTheirFormatWithoutAnObject) {
   EXPECT_EQ(textOf(KorlInfo_getFormatDescriptionSize(), KorlInfo_getFormatDescription), "KORL trace file");
@@ -55,70 +33,43 @@ TEST(LinObjects, answerForTheirFormatWithoutAnObject) {
 }
 
 TEST_F(LinObjectsTest, tellOfTheHeader) {
-  EXPECT_TRUE(KorlInfo_getValid(info_));
-  EXPECT_EQ(KorlInfo_GetVersion(info_), 1.1);
-  EXPECT_EQ(KorlInfo_getStartTime(info_), 44403.25);
-  EXPECT_EQ(TEXT_OF(KorlInfo, getPath, getPathSize, info_), path_);
+  EXPECT_TRUE(KorlInfo_getValid(info_.get()));
+  EXPECT_EQ(KorlInfo_GetVersion(info_.get()), 1.1);
 }
 
-TEST_F(LinObjectsTest, handOutMessagesThatTheCallerOwns) {
-  KorlReader* const reader = KorlReader_Construct(info_);
-  EXPECT_EQ(TEXT_OF(KorlInfo, getPath, getPathSize, KorlReader_getTrace(reader)), path_);
-  MessageLin* frame = nullptr;
-  EXPECT_FALSE(KorlReader_ReadNextMessage(reader, &frame));
-  EXPECT_EQ(frame, nullptr);
-  ASSERT_TRUE(KorlReader_setActive(reader, true));
-  MessageLin* other = nullptr;
-  ASSERT_TRUE(KorlReader_ReadNextMessage(reader, &frame));
-  ASSERT_TRUE(KorlReader_ReadNextMessage(reader, &other));
-  EXPECT_FALSE(KorlReader_ReadNextMessage(reader, &other));
-  EXPECT_EQ(KorlReader_getPercentDone(reader), 100.0);
-  EXPECT_FALSE(KorlReader_setActive(reader, false));
-  KorlReader_Destruct(reader);
-  EXPECT_TRUE(MessageLin_getValid(frame));
-  EXPECT_EQ(TEXT_OF(MessageLin, getParsingText, getParsingTextSize, frame), "5) 1000 Pub 2A 2 01 02 7C CL");
-  EXPECT_FALSE(MessageLin_getValid(other));
-  EXPECT_EQ(TEXT_OF(MessageLin, getParsingText, getParsingTextSize, other), "no frame here");
+TEST_F(LinObjectsTest, handOutFramesAndWhatIsNone) {
+  const Owned<KorlReaderType> reader(KorlReader_Construct(info_.get()));
+  ASSERT_TRUE(KorlReader_setActive(reader.get(), true));
+  MessageLin* next = nullptr;
+  ASSERT_TRUE(KorlReader_ReadNextMessage(reader.get(), &next));
+  const Owned<MessageLinType> frame(next);
+  EXPECT_TRUE(MessageLin_getValid(frame.get()));
+  EXPECT_EQ(TEXT_OF(MessageLin, getParsingText, getParsingTextSize, frame.get()), "5) 1000 Pub 2A 2 01 02 7C CL");
+  ASSERT_TRUE(KorlReader_ReadNextMessage(reader.get(), &next));
+  const Owned<MessageLinType> other(next);
+  EXPECT_FALSE(MessageLin_getValid(other.get()));
+  EXPECT_EQ(TEXT_OF(MessageLin, getParsingText, getParsingTextSize, other.get()), "no frame here");
+  EXPECT_FALSE(KorlReader_ReadNextMessage(reader.get(), &next));
+}
 
-  KorlWriter* const writer = KorlWriter_Construct(folder_.file("y.ltrc").c_str(), false, 1.2);
-  KorlWriter_setActive(writer, true);
-  EXPECT_EQ(processingFailureOf([&] { KorlWriter_WriteMessage(writer, reinterpret_cast<const IMessage*>(frame)); }),
+TEST_F(LinObjectsTest, writeNoMessageOfALinTrace) {
+  const Owned<KorlReaderType> reader(KorlReader_Construct(info_.get()));
+  ASSERT_TRUE(KorlReader_setActive(reader.get(), true));
+  MessageLin* next = nullptr;
+  ASSERT_TRUE(KorlReader_ReadNextMessage(reader.get(), &next));
+  const Owned<MessageLinType> frame(next);
+  const Owned<KorlWriterType> writer(KorlWriter_Construct(folder_.file("y.ltrc").c_str(), false, 1.2));
+  KorlWriter_setActive(writer.get(), true);
+  EXPECT_EQ(processingFailureOf([&] { KorlWriter_WriteMessage(writer.get(), MessageLinType::asMessage(frame.get())); }),
             "Object cannot be casted to any supported message trace");
-  KorlWriter_Destruct(writer);
-  MessageLin_Destruct(frame);
-  MessageLin_Destruct(other);
-}
-
-TEST_F(LinObjectsTest, keepWhatTheirSettersSet) {
-  KorlWriter* const writer = KorlWriter_Construct("a.ltrc", true, 1.1);
-  EXPECT_EQ(KorlWriter_getTargetFormat(writer), XLATR_FORMAT_LIN);
-  EXPECT_EQ(KorlWriter_getOwnerBus(writer), -1);
-  KorlWriter_setTargetPath(writer, "b.ltrc");
-  KorlWriter_setOverrideExistingFile(writer, false);
-  KorlWriter_setTargetVersion(writer, 1.0);
-  KorlWriter_setOwnerBus(writer, 5);
-  KorlWriter_setSourcePath(writer, "s.blf");
-  EXPECT_EQ(TEXT_OF(KorlWriter, getSourcePath, getSourcePathSize, writer), "s.blf");
-  KorlWriter* const fresh = KorlWriter_CreateNew(writer);
-  EXPECT_EQ(TEXT_OF(KorlWriter, getTargetPath, getTargetPathSize, fresh), "b.ltrc");
-  EXPECT_FALSE(KorlWriter_getOverrideExistingFile(fresh));
-  EXPECT_EQ(KorlWriter_getTargetVersion(fresh), 1.0);
-  EXPECT_EQ(KorlWriter_getOwnerBus(fresh), 5);
-  EXPECT_EQ(TEXT_OF(KorlWriter, getSourcePath, getSourcePathSize, fresh), "");
-  KorlWriter_Destruct(fresh);
-  KorlWriter_Destruct(writer);
 }
 
 TEST_F(LinObjectsTest, writeAHeaderAndComments) {
-  KorlWriter* const writer = KorlWriter_Construct(folder_.file("y.ltrc").c_str(), false, 1.1);
-  KorlWriter_setActive(writer, true);
-  EXPECT_TRUE(KorlWriter_getActive(writer));
-  KorlWriter_WriteHeader(writer, reinterpret_cast<const ITraceInfo*>(info_));
-  KorlWriter_WriteComment(writer, "a comment");
-  EXPECT_EQ(processingFailureOf([writer] { KorlWriter_setTargetVersion(writer, 1.2); }),
-            "Cannot change property value when object is active");
-  KorlWriter_setActive(writer, false);
-  KorlWriter_Destruct(writer);
+  Owned<KorlWriterType> writer(KorlWriter_Construct(folder_.file("y.ltrc").c_str(), false, 1.1));
+  KorlWriter_setActive(writer.get(), true);
+  KorlWriter_WriteHeader(writer.get(), KorlInfoType::asTraceInfo(info_.get()));
+  KorlWriter_WriteComment(writer.get(), "a comment");
+  writer.reset();
   const std::string written = folder_.read("y.ltrc");
   EXPECT_EQ(written.find(";$FILEVERSION=1.1\r\n;$STARTTIME=44403.25\r\n;\r\n;" + path_ + "\r\n"), 0U);
   EXPECT_TRUE(written.ends_with("\r\n;a comment\r\n"));

@@ -580,6 +580,36 @@ TEST(Tracegen, writesTheSameFramesAsTrcAndAsLog) {
   }
 }
 
+TEST(Tracegen, writesLinTracesWithTheirChecksums) {
+  RecordingOptions options = busyOptions();
+  options.form = Form::Lin;
+  options.maxMessages = 2000;
+  const std::vector<std::string> lines = splitLines(generateText(options));
+  ASSERT_GT(lines.size(), 1000U);
+  EXPECT_EQ(lines[0], ";$FILEVERSION=1.2");
+  for (std::size_t index = 5; index < lines.size(); ++index) {
+    const std::vector<std::string> tokens = splitTokens(lines[index]);
+    ASSERT_EQ(tokens[0], std::to_string(index - 4) + ")");
+    const std::uint32_t id = static_cast<std::uint32_t>(std::stoul(tokens[3], nullptr, 16));
+    const std::size_t length = std::stoul(tokens[4]);
+    ASSERT_LT(id, 64U);
+    if (tokens.back() == "SR") {
+      ASSERT_EQ(length, 0U);
+      continue;
+    }
+    ASSERT_EQ(tokens.size(), 7 + length) << lines[index];
+    // Identifier with parity, data and checksum add up to all ones.
+    const std::uint32_t p0 = (id ^ id >> 1 ^ id >> 2 ^ id >> 4) & 1U;
+    const std::uint32_t p1 = ~(id >> 1 ^ id >> 3 ^ id >> 4 ^ id >> 5) & 1U;
+    std::uint32_t sum = id | p0 << 6 | p1 << 7;
+    for (std::size_t at = 5; at <= 5 + length; ++at) {
+      sum += static_cast<std::uint32_t>(std::stoul(tokens[at], nullptr, 16));
+      sum = (sum & 0xFFU) + (sum >> 8);
+    }
+    ASSERT_EQ(sum, 0xFFU) << lines[index];
+  }
+}
+
 TEST(Tracegen, refusesOptionsOutsideTheirRange) {
   struct Case {
     const char* name;

@@ -9,6 +9,7 @@
 
 #include "tracegen/blf_printer.hpp"
 #include "tracegen/candump_printer.hpp"
+#include "tracegen/lin_printer.hpp"
 
 namespace tracegen {
 namespace {
@@ -42,6 +43,9 @@ std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
   }
   if (options.form == Form::Blf) {
     return std::make_unique<BlfPrinter>();
+  }
+  if (options.form == Form::Lin) {
+    return std::make_unique<LinPrinter>();
   }
   return std::make_unique<TrcPrinter>(TrcForm{.version = options.version,
                                               .carriageReturn = options.carriageReturn,

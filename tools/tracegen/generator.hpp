@@ -10,7 +10,7 @@
 
 namespace tracegen {
 
-enum class Form : std::uint8_t { Trc, Candump, Blf };
+enum class Form : std::uint8_t { Trc, Candump, Blf, Lin };
 
 struct RecordingOptions {
   TrafficOptions traffic;

@@ -51,8 +51,10 @@ void addOutputOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--file-version", arguments.version, "TRC version")
       ->check(CLI::IsMember({"1.1", "1.2", "1.3", "2.0", "2.1", "3.0"}))
       ->capture_default_str();
-  const std::map<std::string, tracegen::Form> forms{
-      {"trc", tracegen::Form::Trc}, {"candump", tracegen::Form::Candump}, {"blf", tracegen::Form::Blf}};
+  const std::map<std::string, tracegen::Form> forms{{"trc", tracegen::Form::Trc},
+                                                    {"candump", tracegen::Form::Candump},
+                                                    {"blf", tracegen::Form::Blf},
+                                                    {"lin", tracegen::Form::Lin}};
   app.add_option("--form", recording.form, "trc; the same traffic as a SocketCAN log: candump; as a binary log: blf")
       ->transform(CLI::CheckedTransformer(forms));
   app.add_flag("--lf", arguments.lineFeed, "End TRC lines with LF instead of CR LF");
