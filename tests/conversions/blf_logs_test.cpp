@@ -16,8 +16,8 @@
 #include "tracegen/generator.hpp"
 #include "xlatr/objects.h"
 
-// BLF logs read by the exported functions, with the converter that lies beside the library. The recorded ones lie outside
-// the tree; what is in them stands in lists beside them.
+// BLF logs read by the exported functions, with the converter that lies beside the library. The recorded ones lie
+// outside the tree; what is in them stands in lists beside them.
 namespace xlatr::conversions {
 namespace {
 
@@ -167,8 +167,8 @@ std::vector<std::string> split(std::string_view text, char separator) {
   return parts;
 }
 
-// The row that a listed object becomes, without its number: time_ns, kind, bus, id, ide, dir, edl, brs, esi, dlc, length,
-// data. Nothing for one that is no row.
+// The row that a listed object becomes, without its number: time_ns, kind, bus, id, ide, dir, edl, brs, esi, dlc,
+// length, data. Nothing for one that is no row.
 std::string rowOf(const std::vector<std::string>& listed) {
   const std::string& kind = listed.at(1);
   const std::uint64_t microseconds = std::strtoull(listed.at(0).c_str(), nullptr, 10) / 1000;
@@ -181,7 +181,8 @@ std::string rowOf(const std::vector<std::string>& listed) {
   row += kind == "remote" ? "RR" : bit(6) != 0 ? kFdKinds.at(bit(7) + 2 * bit(8)) : "DT";
   // Of an extended identifier only its value can tell.
   const bool extended = std::strtoull(listed.at(3).c_str(), nullptr, 16) > 0x7FF;
-  row += ";" + std::string((extended ? 8U : 4U) - listed.at(3).size(), '0') + listed.at(3) + ";-;" + listed.at(10) + ";";
+  row +=
+      ";" + std::string((extended ? 8U : 4U) - listed.at(3).size(), '0') + listed.at(3) + ";-;" + listed.at(10) + ";";
   std::string data;
   for (std::size_t index = 0; index + 1 < listed.at(11).size(); index += 2) {
     data += (index == 0 ? "" : ";") + listed.at(11).substr(index, 2);

@@ -58,11 +58,25 @@ Bytes timedLin(unsigned id, unsigned length, unsigned checksumModel, unsigned di
 
 // A frame or an event of every type, one a millisecond, the first in steps of ten microseconds.
 std::string allTypes() {
-  std::string content = object({.type = 1, .timestamp = 100, .flags = test::blf::kTenMicroseconds}, classic(1, 0, 2, 0x123).str());
+  std::string content =
+      object({.type = 1, .timestamp = 100, .flags = test::blf::kTenMicroseconds}, classic(1, 0, 2, 0x123).str());
   content += at(2, 86, classic(3, 1, 8, 0x80000812).zeros(8));
   content += at(3, 1, classic(2, 0x80, 4, 0x7FF));
   content += at(4, 100, Bytes().u16(1).u8(0).u8(9).u32(5).zeros(5).u8(3).u8(12).zeros(5).counting(68));
-  content += at(5, 101, Bytes().u8(2).u8(3).u8(3).u8(0).u32(0x80001055).zeros(4).u32(0x5000).zeros(18).u8(1).zeros(5).counting(3).zeros(8));
+  content += at(5, 101,
+                Bytes()
+                    .u8(2)
+                    .u8(3)
+                    .u8(3)
+                    .u8(0)
+                    .u32(0x80001055)
+                    .zeros(4)
+                    .u32(0x5000)
+                    .zeros(18)
+                    .u8(1)
+                    .zeros(5)
+                    .counting(3)
+                    .zeros(8));
   content += at(6, 73, Bytes().u16(1).zeros(6).u8(0x5A).u8(0).u8(2).zeros(5).u32(0x456).u16(0x20).zeros(2).counting(8));
   content += at(7, 104, Bytes().u8(2).u8(3).u8(3).u8(7).zeros(8).u32(0x77).zeros(28).counting(3).zeros(8));
   content += at(8, 2, Bytes().u16(1).zeros(6));
@@ -198,7 +212,8 @@ TEST_F(BlfLogs, thatAreNoneFailWithTheReason) {
   here.write("drive.blf", "no log");
   const Ended run = here.run({"convert", "drive.blf", "drive.csv"});
   EXPECT_EQ(run.exitCode, 1);
-  EXPECT_THAT(run.errors, StartsWith("BLF2CSV: drive.blf: is no BLF log\nxlatr: drive.blf: Error while converting BLF"));
+  EXPECT_THAT(run.errors,
+              StartsWith("BLF2CSV: drive.blf: is no BLF log\nxlatr: drive.blf: Error while converting BLF"));
   EXPECT_THAT(here.names(), ElementsAre("drive.blf"));
 }
 

@@ -66,7 +66,7 @@ int convert(const std::string& path, const std::string& target, const std::strin
     return kExitStopped;
   }
   for (const std::string& line : remarks.lines()) {
-    complain(path + ": " + line);
+    complain(std::string(path).append(": ").append(line));
   }
   return kExitDone;
 }

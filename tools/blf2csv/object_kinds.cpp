@@ -53,8 +53,6 @@ constexpr Place u32(std::uint8_t offset) {
 constexpr std::uint8_t kMostClassic = 8;
 constexpr std::uint8_t kMostFd = 64;
 
-constexpr ObjectKind::Forms kClassicForms{.remoteFlag = 0x80, .dlc = u8(3)};
-
 // Classic CAN frames, without and with their duration.
 constexpr ObjectKind classicFrame(std::uint32_t type) {
   return {.type = type,
@@ -62,7 +60,7 @@ constexpr ObjectKind classicFrame(std::uint32_t type) {
           .id = u32(4),
           .flags = u8(2),
           .payload = {.length = u8(3), .lengthIsDlc = true, .offset = 8, .most = kMostClassic, .isArray = true},
-          .forms = kClassicForms};
+          .forms = {.remoteFlag = 0x80, .dlc = u8(3)}};
 }
 
 // What happened on a CAN bus and is no frame that a row has cells for. It reaches the user as a comment.
@@ -70,7 +68,7 @@ constexpr ObjectKind canEvent(std::uint32_t type, std::string_view comment) {
   return {.type = type, .channel = u16(0), .comment = comment};
 }
 
-// LIN frames of the first layout; 12 is one whose checksum is wrong.
+// LIN frames of the first layout.
 constexpr ObjectKind linFrame(std::uint32_t type) {
   return {.type = type,
           .channel = u16(0),
@@ -80,7 +78,7 @@ constexpr ObjectKind linFrame(std::uint32_t type) {
           .payload = {.length = u8(3), .offset = 4, .most = kMostClassic, .isArray = true}};
 }
 
-// LIN frames of the second layout; 60 is one whose checksum is wrong.
+// LIN frames of the second layout, which has the times of their parts.
 constexpr ObjectKind timedLinFrame(std::uint32_t type) {
   return {.type = type,
           .channel = u16(12),
@@ -97,16 +95,16 @@ constexpr auto kKinds = std::to_array<ObjectKind>({
     canEvent(2, "error frame"),
     canEvent(3, "overload frame"),
     canEvent(4, "bus statistics"),
-    linFrame(11),                                  //
-    linFrame(12),                                  //
+    linFrame(11),                                  // LIN frame
+    linFrame(12),                                  // LIN frame with a wrong checksum
     {.type = 15, .channel = u16(0), .id = u8(2)},  // LIN header without response
     {.type = 20, .channel = u16(0)},               // LIN bus falls asleep or wakes up
     {.type = 21, .channel = u16(0)},               // LIN wake-up
     canEvent(31, "error counters"),
     canEvent(44, "synchronization pulse"),
-    timedLinFrame(57),                                                        //
+    timedLinFrame(57),                                                        // LIN frame
     {.type = 58, .channel = u16(12), .id = u8(37), .checksumModel = u8(39)},  // LIN header without response
-    timedLinFrame(60),                                                        //
+    timedLinFrame(60),                                                        // LIN frame with a wrong checksum
     {.type = 62, .channel = u16(12)},                                         // LIN wake-up
     {.type = 73,                                                              // CAN error frame with detail
      .channel = u16(0),
