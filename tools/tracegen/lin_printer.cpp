@@ -37,7 +37,8 @@ std::uint32_t enhancedChecksum(std::uint32_t id, std::span<const std::uint8_t> d
 
 void LinPrinter::printHeader(TextOutput& output) {
   // 2024-03-01 08:00:00 is day 45352 and a third.
-  output.text(";$FILEVERSION=1.2\r\n;$STARTTIME=45352.3333333333\r\n;\r\n;   Start time: 2024-03-01 08:00:00.000\r\n;\r\n");
+  output.text(
+      ";$FILEVERSION=1.2\r\n;$STARTTIME=45352.3333333333\r\n;\r\n;   Start time: 2024-03-01 08:00:00.000\r\n;\r\n");
 }
 
 void LinPrinter::printEntry(const Entry& entry, TextOutput& output) {
@@ -47,7 +48,8 @@ void LinPrinter::printEntry(const Entry& entry, TextOutput& output) {
   }
   const std::uint32_t id = entry.canId & kIdMask;
   const std::span<const std::uint8_t> data =
-      error ? std::span<const std::uint8_t>() : entry.payload().first(std::min<std::size_t>(entry.dataLength, kMaxLength));
+      error ? std::span<const std::uint8_t>()
+            : entry.payload().first(std::min<std::size_t>(entry.dataLength, kMaxLength));
   output.decimalRight(++number_, 6);
   output.text(")          ");
   output.decimalRight(entry.timeUs, 7);
