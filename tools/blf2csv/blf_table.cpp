@@ -86,22 +86,14 @@ void BlfTable::addHead(const FileHeader& header) {
 }
 
 void BlfTable::addRow(const Object& object, const Cells& cells) {
-  printRow(object, cells, true, kNoComment);
-}
-
-void BlfTable::addInvalidRow(const Object& object, const Cells& cells, std::string_view comment) {
-  printRow(object, cells, false, comment);
-}
-
-void BlfTable::printRow(const Object& object, const Cells& cells, bool valid, std::string_view comment) {
   makeRoom(kLongestRow);
   Pen pen(block_.get() + used_);
   pen.cell(++rows_);
   pen.cell(object.type);
   pen.cell(object.timestamp);
   pen.cell(object.flags);
-  pen.cell(valid ? 1U : 0U);
-  pen.put(comment);
+  pen.cell(cells.comment.empty() ? 1U : 0U);
+  pen.put(cells.comment.empty() ? kNoComment : cells.comment);
   pen.put(kSeparator);
   pen.cell(cells.id);
   pen.cell(cells.channel);

@@ -25,15 +25,12 @@ class BlfTable {
   void addHead(const FileHeader& header);
   // The row of an object.
   void addRow(const Object& object, const Cells& cells);
-  // The row of an object that has no cells but id and channel; `comment` says why, in words without a semicolon.
-  void addInvalidRow(const Object& object, const Cells& cells, std::string_view comment);
   // Hands on what is left.
   void flush();
 
   [[nodiscard]] std::uint64_t rows() const { return rows_; }
 
  private:
-  void printRow(const Object& object, const Cells& cells, bool valid, std::string_view comment);
   void makeRoom(std::size_t count);
 
   Sink sink_;

@@ -45,13 +45,13 @@ int answer(std::int32_t value) {
   return static_cast<int>(static_cast<std::uint32_t>(value) & 0xFFU);
 }
 
+// Without a word about why there is no answer: whoever asks wants a number, and hears the reason from a conversion.
 template <class Query>
 int answerAbout(const std::string& path, Query query) {
   constexpr std::int32_t kNoAnswer = -1;
   try {
     return answer(query(path));
-  } catch (const std::exception& failure) {
-    complain(failure.what());
+  } catch (const std::exception&) {
     return answer(kNoAnswer);
   }
 }
@@ -66,7 +66,7 @@ int convert(const std::string& path, const std::string& target, const std::strin
     return kExitStopped;
   }
   for (const std::string& line : remarks.lines()) {
-    complain(path + ": " + line);
+    complain(std::string(path).append(": ").append(line));
   }
   return kExitDone;
 }

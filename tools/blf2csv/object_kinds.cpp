@@ -35,6 +35,7 @@ struct ObjectKind {
   Place checksumModel = {};
   Payload payload = {};
   Forms forms = {};
+  std::string_view comment = {};  // what objects are that a row has no cells for
 };
 
 namespace {
@@ -52,8 +53,6 @@ constexpr Place u32(std::uint8_t offset) {
 constexpr std::uint8_t kMostClassic = 8;
 constexpr std::uint8_t kMostFd = 64;
 
-constexpr ObjectKind::Forms kClassicForms{.remoteFlag = 0x80, .dlc = u8(3)};
-
 // Classic CAN frames, without and with their duration.
 constexpr ObjectKind classicFrame(std::uint32_t type) {
   return {.type = type,
@@ -61,15 +60,15 @@ constexpr ObjectKind classicFrame(std::uint32_t type) {
           .id = u32(4),
           .flags = u8(2),
           .payload = {.length = u8(3), .lengthIsDlc = true, .offset = 8, .most = kMostClassic, .isArray = true},
-          .forms = kClassicForms};
+          .forms = {.remoteFlag = 0x80, .dlc = u8(3)}};
 }
 
-// What happened on a CAN bus and is no frame that a row has cells for.
-constexpr ObjectKind canEvent(std::uint32_t type) {
-  return {.type = type, .channel = u16(0)};
+// What happened on a CAN bus and is no frame that a row has cells for. It reaches the user as a comment.
+constexpr ObjectKind canEvent(std::uint32_t type, std::string_view comment) {
+  return {.type = type, .channel = u16(0), .comment = comment};
 }
 
-// LIN frames of the first layout; 12 is one whose checksum is wrong.
+// LIN frames of the first layout.
 constexpr ObjectKind linFrame(std::uint32_t type) {
   return {.type = type,
           .channel = u16(0),
@@ -79,7 +78,7 @@ constexpr ObjectKind linFrame(std::uint32_t type) {
           .payload = {.length = u8(3), .offset = 4, .most = kMostClassic, .isArray = true}};
 }
 
-// LIN frames of the second layout; 60 is one whose checksum is wrong.
+// LIN frames of the second layout, which has the times of their parts.
 constexpr ObjectKind timedLinFrame(std::uint32_t type) {
   return {.type = type,
           .channel = u16(12),
@@ -93,19 +92,19 @@ constexpr ObjectKind timedLinFrame(std::uint32_t type) {
 // In the order of the types.
 constexpr auto kKinds = std::to_array<ObjectKind>({
     classicFrame(1),
-    canEvent(2),                                                              // error frame
-    canEvent(3),                                                              // overload frame
-    canEvent(4),                                                              // bus statistics
-    linFrame(11),                                                             //
-    linFrame(12),                                                             //
-    {.type = 15, .channel = u16(0), .id = u8(2)},                             // LIN header without response
-    {.type = 20, .channel = u16(0)},                                          // LIN bus falls asleep or wakes up
-    {.type = 21, .channel = u16(0)},                                          // LIN wake-up
-    canEvent(31),                                                             // error counters
-    canEvent(44),                                                             // synchronization pulse
-    timedLinFrame(57),                                                        //
+    canEvent(2, "error frame"),
+    canEvent(3, "overload frame"),
+    canEvent(4, "bus statistics"),
+    linFrame(11),                                  // LIN frame
+    linFrame(12),                                  // LIN frame with a wrong checksum
+    {.type = 15, .channel = u16(0), .id = u8(2)},  // LIN header without response
+    {.type = 20, .channel = u16(0)},               // LIN bus falls asleep or wakes up
+    {.type = 21, .channel = u16(0)},               // LIN wake-up
+    canEvent(31, "error counters"),
+    canEvent(44, "synchronization pulse"),
+    timedLinFrame(57),                                                        // LIN frame
     {.type = 58, .channel = u16(12), .id = u8(37), .checksumModel = u8(39)},  // LIN header without response
-    timedLinFrame(60),                                                        //
+    timedLinFrame(60),                                                        // LIN frame with a wrong checksum
     {.type = 62, .channel = u16(12)},                                         // LIN wake-up
     {.type = 73,                                                              // CAN error frame with detail
      .channel = u16(0),
@@ -114,7 +113,7 @@ constexpr auto kKinds = std::to_array<ObjectKind>({
      .flagsExt = u16(20),
      .ecc = u8(8),
      .payload = {.length = u8(10), .lengthIsDlc = true, .offset = 24, .most = kMostClassic}},
-    canEvent(74),  // error counters with detail
+    canEvent(74, "error counters"),
     classicFrame(86),
     {.type = 100,  // CAN or CAN FD frame with an array of data
      .channel = u16(0),
@@ -137,7 +136,7 @@ constexpr auto kKinds = std::to_array<ObjectKind>({
      .flagsExt = u16(6),
      .ecc = u8(3),
      .payload = {.length = u8(2), .offset = 44, .most = kMostFd}},
-    canEvent(129),  // settings of the bus changed
+    canEvent(129, "bus settings changed"),
 });
 static_assert(std::is_sorted(kKinds.begin(), kKinds.end(),
                              [](const auto& left, const auto& right) { return left.type < right.type; }));
@@ -164,6 +163,8 @@ constexpr auto kKindsByType = [] {
   return kinds;
 }();
 static_assert(leastBody(kKinds[11]) <= UINT8_MAX);
+
+constexpr std::string_view kCutShort = "cut short";
 
 // In place of an identifier that the recorder did not get to see.
 constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF;
@@ -201,16 +202,21 @@ const ObjectKind* findObjectKind(std::uint32_t type) {
   return place < kKinds.size() ? &kKinds[place] : nullptr;
 }
 
-bool readCells(const ObjectKind& kind, const Object& object, Cells& cells, Remarks& remarks) {
+Cells readCells(const ObjectKind& kind, const Object& object, Remarks& remarks) {
   const Fields& body = object.body;
-  cells = {};
+  Cells cells;
   cells.id = kind.id.of(body);
   cells.channel = static_cast<std::uint16_t>(kind.channel.of(body));
+  cells.comment = kind.comment;
   if (cells.id == kNoIdentifier) {
     cells.id = 0;
   }
   if (body.size() < kKindsByType[kind.type].leastBody) {
-    return false;
+    cells.comment = kCutShort;
+    remarks.note(Remark::CutObject, object.offset);
+  }
+  if (!cells.comment.empty()) {
+    return cells;
   }
   cells.flags = kind.flags.of(body);
   cells.flagsExt = static_cast<std::uint16_t>(kind.flagsExt.of(body));
@@ -222,7 +228,7 @@ bool readCells(const ObjectKind& kind, const Object& object, Cells& cells, Remar
   if (kind.payload.most > 0) {
     cells.data = payloadOf(kind, object, cells.flags, remarks);
   }
-  return true;
+  return cells;
 }
 
 }  // namespace blf2csv

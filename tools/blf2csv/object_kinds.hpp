@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "blf2csv/fields.hpp"
 #include "blf2csv/object_parser.hpp"
@@ -32,6 +33,7 @@ struct Cells {
   std::uint16_t crc = 0;  // checksum of a LIN frame
   std::uint8_t checksumModel = 0;
   std::span<const std::uint8_t> data;  // points into the object, or at zeros that live for ever
+  std::string_view comment;            // why the row is no valid one, in words that live for ever; else empty
 };
 
 struct ObjectKind;
@@ -39,8 +41,8 @@ struct ObjectKind;
 // The kind of objects of this type, or null when they have no row.
 [[nodiscard]] const ObjectKind* findObjectKind(std::uint32_t type);
 
-// Fills the cells from an object of the kind. False, with no cells but id and channel, if the body is too short for
-// them. Fewer or more data bytes than stated are noted in `remarks`.
-[[nodiscard]] bool readCells(const ObjectKind& kind, const Object& object, Cells& cells, Remarks& remarks);
+// The cells of an object of the kind. An object that is no frame, or whose body is too short for its cells, has none
+// but id, channel and comment. What is shorter or longer than it should be is noted in `remarks`.
+[[nodiscard]] Cells readCells(const ObjectKind& kind, const Object& object, Remarks& remarks);
 
 }  // namespace blf2csv

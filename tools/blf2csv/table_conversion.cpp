@@ -24,13 +24,7 @@ void addObject(const Object& object, BlfTable& table, Remarks& remarks) {
   if (object.flags != kTenMicroseconds && object.flags != kNanoseconds) {
     remarks.note(Remark::UnknownTimeUnit, object.offset);
   }
-  Cells cells;
-  if (readCells(*kind, object, cells, remarks)) {
-    table.addRow(object, cells);
-  } else {
-    remarks.note(Remark::CutObject, object.offset);
-    table.addInvalidRow(object, cells, "cut short");
-  }
+  table.addRow(object, readCells(*kind, object, remarks));
 }
 
 struct Converted {

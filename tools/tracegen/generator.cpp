@@ -93,7 +93,7 @@ RecordingSize generateFile(const RecordingOptions& options, const std::string& p
     });
   };
   if (path == "-") {
-    const RecordingSize size = writeTo(stdout);
+    RecordingSize size = writeTo(stdout);
     if (std::fflush(stdout) != 0) {
       throwFileFailure(path, errno);
     }
@@ -104,7 +104,7 @@ RecordingSize generateFile(const RecordingOptions& options, const std::string& p
   if (!file) {
     throwFileFailure(path, errno);
   }
-  const RecordingSize size = writeTo(file.get());
+  RecordingSize size = writeTo(file.get());
   const std::string& header = size.finalHeader;
   if (!header.empty() && (std::fseek(file.get(), 0, SEEK_SET) != 0 ||
                           std::fwrite(header.data(), 1, header.size(), file.get()) != header.size())) {

@@ -25,6 +25,12 @@ struct Case {
   std::uint32_t type;
   std::string body;
   std::string cells;  // behind the comment: Id;Channel;Flags;FlagsExt;Ecc;CanFdFLags;Dir;Crc;ObjectVersion;...
+  std::string comment = "-";
+
+  [[nodiscard]] std::string row(const std::string& timestamp) const {
+    return "1;" + std::to_string(type) + ";" + timestamp + ";2;" + (comment == "-" ? "1;" : "0;") + comment + ";" +
+           cells + "\n";
+  }
 };
 
 std::string classic(std::uint16_t channel, unsigned flags, unsigned dlc, std::uint32_t id) {
@@ -107,14 +113,15 @@ std::vector<Case> cases() {
        "16;1;129;0;0;0;0;0;7;0;8;00;00;00;00;00;00;00;00"},
       {"classic with duration", 86, timedClassic(0x01, 8), "2047;2;1;0;0;0;0;0;7;0;" + kClassicData},
       {"remote with duration", 86, timedClassic(0x80, 0), "2047;2;128;0;0;0;0;0;7;0;0"},
-      {"error frame", 2, Bytes().u16(2).u16(0).leftovers(4).str(), "0;2;0;0;0;0;0;0;7;0;0"},
-      {"error frame of four bytes", 2, Bytes().u16(2).u16(0).str(), "0;2;0;0;0;0;0;0;7;0;0"},
-      {"overload frame", 3, Bytes().u16(1).leftovers(6).str(), "0;1;0;0;0;0;0;0;7;0;0"},
-      {"bus statistics", 4, Bytes().u16(4).leftovers(30).str(), "0;4;0;0;0;0;0;0;7;0;0"},
-      {"error counters", 31, Bytes().u16(1).leftovers(6).str(), "0;1;0;0;0;0;0;0;7;0;0"},
-      {"synchronization pulse", 44, Bytes().u16(1).leftovers(6).str(), "0;1;0;0;0;0;0;0;7;0;0"},
-      {"error counters with detail", 74, Bytes().u16(1).leftovers(30).str(), "0;1;0;0;0;0;0;0;7;0;0"},
-      {"changed settings", 129, Bytes().u16(1).leftovers(9).str(), "0;1;0;0;0;0;0;0;7;0;0"},
+      {"error frame", 2, Bytes().u16(2).u16(0).leftovers(4).str(), "0;2;0;0;0;0;0;0;7;0;0", "error frame"},
+      {"error frame of four bytes", 2, Bytes().u16(2).u16(0).str(), "0;2;0;0;0;0;0;0;7;0;0", "error frame"},
+      {"overload frame", 3, Bytes().u16(1).leftovers(6).str(), "0;1;0;0;0;0;0;0;7;0;0", "overload frame"},
+      {"bus statistics", 4, Bytes().u16(4).leftovers(30).str(), "0;4;0;0;0;0;0;0;7;0;0", "bus statistics"},
+      {"error counters", 31, Bytes().u16(1).leftovers(6).str(), "0;1;0;0;0;0;0;0;7;0;0", "error counters"},
+      {"synchronization pulse", 44, Bytes().u16(1).leftovers(6).str(), "0;1;0;0;0;0;0;0;7;0;0",
+       "synchronization pulse"},
+      {"error counters with detail", 74, Bytes().u16(1).leftovers(30).str(), "0;1;0;0;0;0;0;0;7;0;0", "error counters"},
+      {"changed settings", 129, Bytes().u16(1).leftovers(9).str(), "0;1;0;0;0;0;0;0;7;0;0", "bus settings changed"},
       {"error frame with detail", 73,
        Bytes()
            .u16(1)
@@ -181,7 +188,7 @@ TEST(Blf2CsvRows, EachTypeHasItsRow) {
     const std::string log =
         file(stored(object({.type = example.type, .timestamp = 1234567890123, .version = 7}, example.body)));
     const Converted converted = convertLog(log);
-    EXPECT_EQ(converted.rows(), "1;" + std::to_string(example.type) + ";1234567890123;2;1;-;" + example.cells + "\n");
+    EXPECT_EQ(converted.rows(), example.row("1234567890123"));
     EXPECT_TRUE(converted.remarks.lines().empty()) << converted.remarks.lines().front();
   }
 }
@@ -190,8 +197,7 @@ TEST(Blf2CsvRows, TheLongHeaderChangesNothing) {
   for (const Case& example : cases()) {
     SCOPED_TRACE(example.name);
     const Header header{.type = example.type, .timestamp = 5, .version = 7, .headerVersion = 2};
-    EXPECT_EQ(convertLog(file(stored(object(header, example.body)))).rows(),
-              "1;" + std::to_string(example.type) + ";5;2;1;-;" + example.cells + "\n");
+    EXPECT_EQ(convertLog(file(stored(object(header, example.body)))).rows(), example.row("5"));
   }
 }
 
@@ -201,20 +207,40 @@ TEST(Blf2CsvRows, AShortBodyIsAnInvalidRow) {
   struct Short {
     std::uint32_t type;
     std::size_t least;
+    std::string comment = "-";  // of a body that is just long enough
   };
-  for (const Short& example : {Short{1, 16}, {2, 2},   {3, 2},    {4, 2},    {11, 19},  {12, 19},  {15, 3},  {20, 2},
-                               {21, 2},      {31, 2},  {44, 2},   {57, 123}, {58, 40},  {60, 123}, {62, 14}, {73, 24},
-                               {74, 2},      {86, 16}, {100, 20}, {101, 40}, {104, 44}, {129, 2}}) {
+  for (const Short& example : std::vector<Short>{{1, 16},
+                                                 {2, 2, "error frame"},
+                                                 {3, 2, "overload frame"},
+                                                 {4, 2, "bus statistics"},
+                                                 {11, 19},
+                                                 {12, 19},
+                                                 {15, 3},
+                                                 {20, 2},
+                                                 {21, 2},
+                                                 {57, 123},
+                                                 {58, 40},
+                                                 {60, 123},
+                                                 {62, 14},
+                                                 {73, 24},
+                                                 {86, 16},
+                                                 {100, 20},
+                                                 {101, 40},
+                                                 {104, 44},
+                                                 {31, 2, "error counters"},
+                                                 {44, 2, "synchronization pulse"},
+                                                 {74, 2, "error counters"},
+                                                 {129, 2, "bus settings changed"}}) {
     SCOPED_TRACE(example.type);
     for (const std::size_t size : {example.least - 1, example.least}) {
-      const Header header{.type = example.type, .timestamp = 9};
+      const bool whole = size == example.least;
+      const std::string body(size, '\0');
       const std::string log =
-          file(stored(object(header, std::string(size, '\0')) + object({.type = 3}, std::string(8, '\xFF'))));
+          file(stored(object({.type = example.type}, body) + object({.type = 21}, std::string(8, '\xFF'))));
       const Converted converted = convertLog(log);
-      const bool valid = size == example.least;
-      const std::string start = "1;" + std::to_string(example.type) + (valid ? ";9;2;1;-;" : ";9;2;0;cut short;");
-      EXPECT_EQ(converted.rows(), start + "0;0;0;0;0;0;0;0;0;0;0\n" + "2;3;0;2;1;-;0;65535;0;0;0;0;0;0;0;0;0\n");
-      EXPECT_EQ(converted.remarks.times(Remark::CutObject), valid ? 0U : 1U);
+      const Case expected{"", example.type, "", "0;0;0;0;0;0;0;0;0;0;0", whole ? example.comment : "cut short"};
+      EXPECT_EQ(converted.rows(), expected.row("0") + "2;21;0;2;1;-;0;65535;0;0;0;0;0;0;0;0;0\n");
+      EXPECT_EQ(converted.remarks.times(Remark::CutObject), whole ? 0U : 1U);
     }
   }
 }
@@ -247,15 +273,15 @@ TEST(Blf2CsvRows, NoFrameHasMoreDataThanItsKindCan) {
 
 TEST(Blf2CsvRows, TimesAreHandedOnAsTheyStand) {
   const auto frame = [](std::uint64_t timestamp, std::uint32_t flags) {
-    return object({.type = 3, .timestamp = timestamp, .flags = flags}, std::string(8, '\0'));
+    return object({.type = 21, .timestamp = timestamp, .flags = flags}, std::string(8, '\0'));
   };
   const Converted converted =
       convertLog(file(stored(frame(7, kTenMicroseconds) + frame(UINT64_MAX, 2) + frame(1, 0) + frame(2, 0x80000001))));
   EXPECT_EQ(converted.rows(),
-            "1;3;7;1;1;-;0;0;0;0;0;0;0;0;0;0;0\n"
-            "2;3;18446744073709551615;2;1;-;0;0;0;0;0;0;0;0;0;0;0\n"
-            "3;3;1;0;1;-;0;0;0;0;0;0;0;0;0;0;0\n"
-            "4;3;2;2147483649;1;-;0;0;0;0;0;0;0;0;0;0;0\n");
+            "1;21;7;1;1;-;0;0;0;0;0;0;0;0;0;0;0\n"
+            "2;21;18446744073709551615;2;1;-;0;0;0;0;0;0;0;0;0;0;0\n"
+            "3;21;1;0;1;-;0;0;0;0;0;0;0;0;0;0;0\n"
+            "4;21;2;2147483649;1;-;0;0;0;0;0;0;0;0;0;0;0\n");
   EXPECT_EQ(converted.remarks.times(Remark::UnknownTimeUnit), 2U);
 }
 
@@ -264,9 +290,9 @@ TEST(Blf2CsvRows, OtherTypesArePassedOverAndCounted) {
   for (const std::uint32_t type : {5U, 92U, 92U, 130U, 0U, 0xFFFFFFFFU, 13U, 59U, 115U, 92U}) {
     content += object({.type = type}, std::string(type % 7, 'x'));
   }
-  content += object({.type = 3}, std::string(8, '\0'));
+  content += object({.type = 21}, std::string(8, '\0'));
   const Converted converted = convertLog(file(stored(content)));
-  EXPECT_EQ(converted.rows(), "1;3;0;2;1;-;0;0;0;0;0;0;0;0;0;0;0\n");
+  EXPECT_EQ(converted.rows(), "1;21;0;2;1;-;0;0;0;0;0;0;0;0;0;0;0\n");
   ASSERT_EQ(converted.remarks.lines().size(), 1U);
   EXPECT_EQ(converted.remarks.lines().front(),
             "9 objects of types without a row passed over: 1 of type 0, 1 of type 5, 1 of type 13, 1 of type 59, "
