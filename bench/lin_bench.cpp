@@ -18,7 +18,7 @@ using xlatr::KorlMessage;
 
 constexpr std::array<std::string_view, 2> kLines = {
     "1234567)          12345678   Pub   2A  8  0A B0 12 34 56 78 9A BC  7C  EH  ",
-    "1234568)          12355678   Sub   15  4  FF FE FD FC              15  CL  "};
+    "1234568)          12355678   Sub   15  4  FF FE FD FC             15  CL  "};
 
 void countLines(benchmark::State& state) {
   std::size_t bytes = 0;

@@ -61,6 +61,14 @@ TEST(LinEdges, aFrameOfMoreThan8BytesWritesNothingToALog) {
   EXPECT_EQ(splitLines(readFile("out.asc")).size(), 4U);
 }
 
+TEST(LinEdges, aStartBefore1970FailsTheConversion) {
+  const WorkingDirectory directory;
+  writeFile("in.ltrc", ";$FILEVERSION=1.1\n;$STARTTIME=22201.25\n1) 1 Pub 01 0 FF CL\n");
+  const Outcome outcome = convert("in.ltrc", "out.csv", std::nullopt, XLATR_FORMAT_CSV);
+  EXPECT_EQ(outcome.status, 3);
+  EXPECT_EQ(outcome.text.find("Invalid data for a DateTime object: {"), 0U) << outcome.text;
+}
+
 TEST(LinEdges, noTraceIsWrittenByAConversion) {
   const WorkingDirectory directory;
   writeFile("in.trc", ";$FILEVERSION=1.1\n1) 1 Rx 0123 1 AA\n");

@@ -110,20 +110,8 @@ void BlfMessage::takeRow(CsvMessage& row) {
   bus = row.channel;
   type = MessageType::Unknown;
   direction = MessageDirection::None;
-  objectType = row.objectType;
-  objectTimestamp = row.objectTimestamp;
-  objectFlags = row.objectFlags;
   comment.swap(row.comment);
-  blfId = row.blfId;
-  channel = row.channel;
-  flags = row.flags;
-  flagsExt = row.flagsExt;
-  ecc = row.ecc;
-  canFdFlags = row.canFdFlags;
-  dir = row.dir;
-  crc = row.crc;
-  objectVersion = row.objectVersion;
-  checksumModel = row.checksumModel;
+  static_cast<BlfObjectFields&>(*this) = row;
 }
 
 // The width of the identifier tells its format, and not a flag: an identifier that base frames can't have is extended.

@@ -12,9 +12,9 @@
 
 namespace xlatr {
 
-// One object of a log. The numbers are those of its row, named as the row's columns are; what they mean depends on the
-// object's type and is what the two classes below make of them.
-class BlfMessage : public MessageStyleCan {
+// One object of a log. What the numbers of its row mean depends on the object's type and is what the two classes below
+// make of them.
+class BlfMessage : public MessageStyleCan, public BlfObjectFields {
  public:
   // Whether objects of this type belong to a CAN bus; all others count as those of a LIN bus.
   [[nodiscard]] static bool isCanType(std::uint32_t objectType);
@@ -26,20 +26,7 @@ class BlfMessage : public MessageStyleCan {
   [[nodiscard]] double microseconds() const;
   [[nodiscard]] double milliseconds() const;
 
-  std::uint32_t objectType = 0;
-  std::uint64_t objectTimestamp = 0;  // 10 microseconds when the object's flag is 1, otherwise nanoseconds
-  std::uint32_t objectFlags = 0;
   std::string comment;  // why the row is not valid
-  std::uint32_t blfId = 0;
-  std::uint16_t channel = 0;
-  std::uint32_t flags = 0;
-  std::uint16_t flagsExt = 0;
-  std::uint8_t ecc = 0;
-  std::uint8_t canFdFlags = 0;
-  std::uint8_t dir = 0;
-  std::uint16_t crc = 0;
-  std::uint16_t objectVersion = 0;
-  std::uint8_t checksumModel = 0;
 
  protected:
   // Takes over what the row says, whatever the type. The comment and the data change owner, so that a row that is used

@@ -7,36 +7,25 @@
 #include "formats/csv/csv_writer.hpp"
 #include "formats/trc/trc_mapping.hpp"
 #include "formats/trc/trc_writer.hpp"
+#include "support/blf_rows.hpp"
 #include "support/temp_folder.hpp"
 #include "support/writer_stubs.hpp"
 
 namespace xlatr {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-CsvMessage row(std::uint32_t objectType) {
-  CsvMessage row;
-  row.valid = true;
-  row.objectType = objectType;
-  row.objectTimestamp = 1234567;
-  row.objectFlags = 2;
-  row.blfId = 0x123;
-  row.channel = 7;
-  row.length = 2;
-  row.data = {0xAA, 0xBB};
-  return row;
-}
+using test::blfRow;
+using test::Bytes;
 
 BlfCanMessage can(std::uint32_t objectType, std::uint32_t flags = 0, std::uint8_t ecc = 0) {
-  CsvMessage source = row(objectType);
+  CsvMessage source = blfRow(objectType);
   source.flags = flags;
   source.ecc = ecc;
   return BlfCanMessage(source);
 }
 
 BlfLinMessage lin(std::uint32_t objectType) {
-  CsvMessage source = row(objectType);
+  CsvMessage source = blfRow(objectType);
   source.dir = 1;
   return BlfLinMessage(source);
 }
@@ -121,7 +110,7 @@ TEST(BlfToCsv, aLinFrameIsOnBus1) {
 }
 
 TEST(BlfToCsv, aLinFrameMayHaveAnyLength) {
-  CsvMessage source = row(57);
+  CsvMessage source = blfRow(57);
   source.length = 9;
   source.data.assign(9, 1);
   CsvMessage target(";");
@@ -146,7 +135,7 @@ class BlfWritersTest : public testing::Test {
 };
 
 TEST_F(BlfWritersTest, aLinFrameIsACommentInATrcFile) {
-  CsvMessage broken = row(58);
+  CsvMessage broken = blfRow(58);
   broken.valid = false;
   broken.comment = "damaged";
   EXPECT_EQ(written<TrcWriter>(lin(57), BlfLinMessage(broken)),
@@ -159,7 +148,7 @@ TEST_F(BlfWritersTest, framesOfBothBusesAreRowsOfATable) {
 }
 
 TEST_F(BlfWritersTest, aFrameWithoutATextTakesANumber) {
-  CsvMessage broken = row(86);
+  CsvMessage broken = blfRow(86);
   broken.valid = false;
   const std::string text = written<TrcWriter>(BlfCanMessage(broken), can(86));
   EXPECT_EQ(text.find("      2 "), 0U) << text;

@@ -2,29 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
+
+#include "support/blf_rows.hpp"
 
 namespace xlatr {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-// A row in which every number is another one.
-CsvMessage row(std::uint32_t objectType) {
-  CsvMessage row;
-  row.valid = true;
-  row.objectType = objectType;
-  row.objectTimestamp = 1234567;
-  row.objectFlags = 2;
-  row.comment = "why";
-  row.blfId = 0x123;
-  row.channel = 7;
-  row.ecc = 0x59;
-  row.crc = 0x7C;
-  row.length = 2;
-  row.data = {0xAA, 0xBB};
-  return row;
-}
+using test::blfRow;
+using test::Bytes;
 
 BlfCanMessage can(CsvMessage source) {
   return BlfCanMessage(source);
@@ -35,7 +22,7 @@ BlfLinMessage lin(CsvMessage source) {
 }
 
 TEST(BlfMessage, takesTheNumbersOfARow) {
-  CsvMessage source = row(4);
+  CsvMessage source = blfRow(4);
   source.flags = 1;
   source.flagsExt = 2;
   source.canFdFlags = 3;
@@ -66,7 +53,7 @@ TEST(BlfMessage, countsThirteenTypesAsCan) {
   for (std::uint32_t type = 0; type < 200; ++type) {
     const bool expected = std::find(canTypes.begin(), canTypes.end(), type) != canTypes.end();
     EXPECT_EQ(BlfMessage::isCanType(type), expected) << type;
-    CsvMessage source = row(type);
+    CsvMessage source = blfRow(type);
     const auto message = makeBlfMessage(source);
     EXPECT_EQ(dynamic_cast<const BlfCanMessage*>(message.get()) != nullptr, expected) << type;
     EXPECT_EQ(dynamic_cast<const BlfLinMessage*>(message.get()) != nullptr, !expected) << type;
@@ -75,14 +62,14 @@ TEST(BlfMessage, countsThirteenTypesAsCan) {
 }
 
 TEST(BlfMessage, tellsItsTypeAndWhyItIsNotValid) {
-  BlfCanMessage message = can(row(86));
+  BlfCanMessage message = can(blfRow(86));
   EXPECT_EQ(message.getAsCommentary(), "BLF Object Type 86");
   message.valid = false;
   EXPECT_EQ(message.getAsCommentary(), "BLF Object Type 86 why");
 }
 
 TEST(BlfMessage, countsTimeInTwoUnits) {
-  BlfCanMessage message = can(row(1));
+  BlfCanMessage message = can(blfRow(1));
   EXPECT_EQ(message.microseconds(), 1234.567);
   EXPECT_EQ(message.milliseconds(), 1.234567);
   message.objectFlags = 1;
@@ -103,7 +90,7 @@ TEST(BlfCanMessage, isExtendedByTheWidthOfItsIdentifier) {
                {0x9FFFFFFF, 0x1FFFFFFF, true},
                {0xE0000000, 0, false}};
   for (const auto& [blfId, id, extended] : cases) {
-    CsvMessage source = row(1);
+    CsvMessage source = blfRow(1);
     source.blfId = blfId;
     const BlfCanMessage message = can(source);
     EXPECT_EQ(message.id, id) << blfId;
@@ -113,7 +100,7 @@ TEST(BlfCanMessage, isExtendedByTheWidthOfItsIdentifier) {
 
 TEST(BlfCanMessage, hasSideAndRemoteOfAClassicFrame) {
   for (const std::uint32_t type : {1U, 86U}) {
-    CsvMessage source = row(type);
+    CsvMessage source = blfRow(type);
     const BlfCanMessage received = can(source);
     EXPECT_EQ(received.type, MessageType::Rx);
     EXPECT_EQ(received.direction, MessageDirection::Rx);
@@ -122,7 +109,7 @@ TEST(BlfCanMessage, hasSideAndRemoteOfAClassicFrame) {
     EXPECT_EQ(received.kind(), MessageKind::DT);
     EXPECT_EQ(received.length, 2U);
     EXPECT_EQ(received.data, (Bytes{0xAA, 0xBB}));
-    source = row(type);
+    source = blfRow(type);
     source.flags = 0x81;
     const BlfCanMessage sent = can(source);
     EXPECT_EQ(sent.type, MessageType::Tx);
@@ -133,7 +120,7 @@ TEST(BlfCanMessage, hasSideAndRemoteOfAClassicFrame) {
 }
 
 TEST(BlfCanMessage, anErrorFrameHasDataAndIsSentUnlessABitSaysOtherwise) {
-  CsvMessage source = row(73);
+  CsvMessage source = blfRow(73);
   const BlfCanMessage sent = can(source);
   EXPECT_EQ(sent.type, MessageType::Error);
   EXPECT_EQ(sent.direction, MessageDirection::Tx);
@@ -141,7 +128,7 @@ TEST(BlfCanMessage, anErrorFrameHasDataAndIsSentUnlessABitSaysOtherwise) {
   EXPECT_EQ(sent.length, 2U);
   EXPECT_EQ(sent.data, (Bytes{0xAA, 0xBB}));
   EXPECT_EQ(sent.kind(), MessageKind::ER);
-  source = row(73);
+  source = blfRow(73);
   source.flagsExt = 0x20;
   EXPECT_EQ(can(source).direction, MessageDirection::Rx);
   source.flagsExt = 0xFFDF;
@@ -156,7 +143,7 @@ TEST(BlfCanMessage, hasTheFlagsOfAnFdFrame) {
   } cases[] = {{0, 0, MessageKind::DT}, {0, 6, MessageKind::DT}, {0, 1, MessageKind::FD},   {0, 3, MessageKind::FB},
                {0, 5, MessageKind::FE}, {0, 7, MessageKind::BI}, {0x80, 7, MessageKind::RR}};
   for (const auto& [flags, canFdFlags, kind] : cases) {
-    CsvMessage source = row(100);
+    CsvMessage source = blfRow(100);
     source.flags = flags | 1U;
     source.canFdFlags = canFdFlags;
     const BlfCanMessage message = can(source);
@@ -175,7 +162,7 @@ TEST(BlfCanMessage, hasTheFlagsOfALongFdFrame) {
                {0x3000, MessageKind::FB}, {0x5000, MessageKind::FE}, {0x7000, MessageKind::BI},
                {0x7010, MessageKind::RR}, {0x81, MessageKind::DT}};
   for (const auto& [flags, kind] : cases) {
-    CsvMessage source = row(101);
+    CsvMessage source = blfRow(101);
     source.flags = flags;
     const BlfCanMessage received = can(source);
     EXPECT_TRUE(received.isFd);
@@ -190,7 +177,7 @@ TEST(BlfCanMessage, hasTheFlagsOfALongFdFrame) {
 }
 
 TEST(BlfCanMessage, anFdErrorFrameHasNoDirection) {
-  const BlfCanMessage message = can(row(104));
+  const BlfCanMessage message = can(blfRow(104));
   EXPECT_EQ(message.type, MessageType::Error);
   EXPECT_EQ(message.direction, MessageDirection::None);
   EXPECT_EQ(message.errorByte, 0x59);
@@ -200,7 +187,7 @@ TEST(BlfCanMessage, anFdErrorFrameHasNoDirection) {
 
 TEST(BlfCanMessage, otherTypesStayUnknown) {
   for (const std::uint32_t type : {2U, 3U, 4U, 31U, 44U, 74U, 129U}) {
-    CsvMessage source = row(type);
+    CsvMessage source = blfRow(type);
     source.flags = 0xFFFFFFFF;
     const BlfCanMessage message = can(source);
     EXPECT_EQ(message.type, MessageType::Unknown) << type;
@@ -210,7 +197,7 @@ TEST(BlfCanMessage, otherTypesStayUnknown) {
 }
 
 TEST(BlfCanMessage, aMessageThatIsNotValidHasNoKind) {
-  CsvMessage source = row(1);
+  CsvMessage source = blfRow(1);
   source.valid = false;
   EXPECT_EQ(can(source).kind(), MessageKind::Unknown);
   source.objectType = 73;
@@ -219,11 +206,11 @@ TEST(BlfCanMessage, aMessageThatIsNotValidHasNoKind) {
 
 TEST(BlfCanMessage, isNothingOfTheRowBefore) {
   BlfCanMessage message;
-  CsvMessage source = row(100);
+  CsvMessage source = blfRow(100);
   source.flags = 0x81;
   source.canFdFlags = 7;
   message.assign(source);
-  source = row(2);
+  source = blfRow(2);
   source.data.clear();
   message.assign(source);
   EXPECT_FALSE(message.remote);
@@ -261,7 +248,7 @@ TEST(BlfLinMessage, isWhatItsTypeSays) {
       {65, MessageKind::Unknown, 0, false, false, ChecksumType::Unknown, ""},
   };
   for (const LinCase& test : cases) {
-    CsvMessage source = row(test.objectType);
+    CsvMessage source = blfRow(test.objectType);
     source.dir = 1;
     source.objectVersion = 1;
     source.checksumModel = 1;
@@ -284,7 +271,7 @@ TEST(BlfLinMessage, mapsItsDirection) {
   const DirectionType expected[] = {DirectionType::Subscriber, DirectionType::Publisher, DirectionType::Publisher,
                                     DirectionType::Unknown};
   for (std::uint8_t dir = 0; dir < 4; ++dir) {
-    CsvMessage source = row(11);
+    CsvMessage source = blfRow(11);
     source.dir = dir;
     EXPECT_EQ(lin(source).linDirection, expected[dir]) << int{dir};
   }
@@ -301,7 +288,7 @@ TEST(BlfLinMessage, hasAChecksumModelFromVersion1OfItsObject) {
                {2, 1, ChecksumType::Enhanced},
                {1, 2, ChecksumType::Unknown}};
   for (const auto& [version, model, expected] : cases) {
-    CsvMessage source = row(57);
+    CsvMessage source = blfRow(57);
     source.objectVersion = version;
     source.checksumModel = model;
     EXPECT_EQ(lin(source).checksumType, expected) << version << " " << int{model};
@@ -310,9 +297,9 @@ TEST(BlfLinMessage, hasAChecksumModelFromVersion1OfItsObject) {
 
 TEST(BlfLinMessage, isNothingOfTheRowBefore) {
   BlfLinMessage message;
-  CsvMessage source = row(60);
+  CsvMessage source = blfRow(60);
   message.assign(source);
-  source = row(99);
+  source = blfRow(99);
   message.assign(source);
   EXPECT_EQ(message.kind, MessageKind::Unknown);
   EXPECT_EQ(message.id, kNoIdentifier);

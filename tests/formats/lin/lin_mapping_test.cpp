@@ -6,26 +6,20 @@
 
 #include "formats/asc/asc_mapping.hpp"
 #include "formats/csv/csv_mapping.hpp"
+#include "support/blf_rows.hpp"
 
 namespace xlatr {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using test::blfRow;
+using test::Bytes;
 
-CsvMessage row(std::uint32_t objectType) {
-  CsvMessage row;
-  row.valid = true;
-  row.objectType = objectType;
-  row.objectTimestamp = 123456789;
-  row.objectFlags = 2;
-  row.blfId = 0x2A;
-  row.channel = 3;
+// A frame of a publisher, with an enhanced checksum.
+CsvMessage linRow(std::uint32_t objectType) {
+  CsvMessage row = blfRow(objectType);
   row.dir = 1;
-  row.crc = 0x7C;
   row.objectVersion = 1;
   row.checksumModel = 1;
-  row.length = 2;
-  row.data = {0xAA, 0xBB};
   return row;
 }
 
@@ -39,9 +33,9 @@ KorlMessage mapped(CsvMessage source) {
 }
 
 TEST(LinMapping, takesOverAFrame) {
-  const KorlMessage message = mapped(row(57));
+  const KorlMessage message = mapped(linRow(57));
   EXPECT_TRUE(message.valid);
-  EXPECT_EQ(message.id, 0x2AU);
+  EXPECT_EQ(message.id, 0x123U);
   EXPECT_EQ(message.direction, DirectionType::Publisher);
   EXPECT_EQ(message.checksum, 0x7CU);
   EXPECT_EQ(message.checksumType, ChecksumType::Enhanced);
@@ -52,26 +46,26 @@ TEST(LinMapping, takesOverAFrame) {
 }
 
 TEST(LinMapping, cutsTheTimeToMicroseconds) {
-  EXPECT_EQ(mapped(row(57)).timestamp, 123456U);
-  CsvMessage tens = row(57);
+  EXPECT_EQ(mapped(linRow(57)).timestamp, 1234U);
+  CsvMessage tens = linRow(57);
   tens.objectFlags = 1;
-  EXPECT_EQ(mapped(tens).timestamp, 1234567890U);
+  EXPECT_EQ(mapped(tens).timestamp, 12345670U);
   tens.objectTimestamp = UINT64_MAX;
   EXPECT_EQ(mapped(tens).timestamp, UINT64_MAX);
 }
 
 TEST(LinMapping, takesOverErrors) {
-  const KorlMessage message = mapped(row(60));
+  const KorlMessage message = mapped(linRow(60));
   EXPECT_EQ(message.errorFlags, 0x01U);
   EXPECT_EQ(message.data, (Bytes{0xAA, 0xBB}));
-  const KorlMessage silent = mapped(row(58));
+  const KorlMessage silent = mapped(linRow(58));
   EXPECT_EQ(silent.errorFlags, 0x20U);
   EXPECT_EQ(silent.length, 0U);
   EXPECT_TRUE(silent.data.empty());
 }
 
 TEST(LinMapping, aBusEventHasItsTextAsData) {
-  const KorlMessage message = mapped(row(20));
+  const KorlMessage message = mapped(linRow(20));
   EXPECT_TRUE(message.busEvent);
   EXPECT_EQ(std::string(message.data.begin(), message.data.end()), "Bus Sleep");
   EXPECT_EQ(message.length, 9U);
@@ -79,7 +73,7 @@ TEST(LinMapping, aBusEventHasItsTextAsData) {
 }
 
 TEST(LinMapping, keepsAMessageNotValid) {
-  CsvMessage source = row(57);
+  CsvMessage source = linRow(57);
   source.valid = false;
   EXPECT_FALSE(mapped(source).valid);
 }
