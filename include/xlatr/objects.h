@@ -57,8 +57,22 @@ typedef struct MessageLin MessageLin;
 typedef struct BlfInfo BlfInfo;
 typedef struct BlfReader BlfReader;
 typedef struct BlfMessage BlfMessage;
+typedef struct BtrcInfo BtrcInfo;
+typedef struct BtrcFileHeader BtrcFileHeader;
+typedef struct BtrcReader BtrcReader;
+typedef struct BtrcWriter BtrcWriter;
+typedef struct MessageBinaryFD MessageBinaryFD;
 typedef struct CsvInfo CsvInfo;
 typedef struct CsvWriter CsvWriter;
+typedef struct BtrInfo BtrInfo;
+typedef struct BtrSessionEntry BtrSessionEntry;
+typedef struct BtrSessionReader BtrSessionReader;
+typedef struct BtrSessionWriter BtrSessionWriter;
+typedef struct SessionMessage SessionMessage;
+typedef struct SessionDescriptor SessionDescriptor;
+typedef struct SessionLocation SessionLocation;
+typedef struct SessionDateTime SessionDateTime;
+typedef struct MsgEntry MsgEntry;
 
 /* ---- ConverterLastError: the last failure of a thread ------------------------------------------------------------ */
 
@@ -436,6 +450,128 @@ XLATR_API bool BlfMessage_isBlfCANType(const BlfMessage* message);
 /* What a trace that has no form for the message says of it: "BLF Object Type 86", and why when it is not valid. */
 XLATR_API uint32_t BlfMessage_getAsCommentarySize(const BlfMessage* message);
 XLATR_API void BlfMessage_getAsCommentary(const BlfMessage* message, char* buffer, uint32_t bufferSize);
+/* ---- BtrcInfo: the head of a BTRC trace -------------------------------------------------------------------------- */
+
+/* Reads the head of the file. Never fails: a file that can't be read or understood gives an object that is not valid.
+ */
+XLATR_API BtrcInfo* BtrcInfo_Construct(const TraceFileInfo* file);
+XLATR_API void BtrcInfo_Destruct(BtrcInfo* info);
+/* Whether the file is a BTRC trace of version 1. Version 0 is written but not read. */
+XLATR_API bool BtrcInfo_GetValid(const BtrcInfo* info);
+/* The file version as the head states it; 0.0 when the head can't be read. */
+XLATR_API double BtrcInfo_GetVersion(const BtrcInfo* info);
+/* The start of the recording in days since 1899-12-30; 0.0 when the file is not valid. */
+XLATR_API double BtrcInfo_getStartTime(const BtrcInfo* info);
+/* The head itself, which lives as long as the object and is not to be released. */
+XLATR_API const BtrcFileHeader* BtrcInfo_GetHeader(const BtrcInfo* info);
+XLATR_API uint32_t BtrcInfo_getPathSize(const BtrcInfo* info);
+XLATR_API void BtrcInfo_getPath(const BtrcInfo* info, char* buffer, uint32_t bufferSize);
+/* About the format itself; no object is needed. */
+XLATR_API uint32_t BtrcInfo_getFormatDescriptionSize(void);
+XLATR_API void BtrcInfo_getFormatDescription(char* buffer, uint32_t bufferSize);
+XLATR_API const TraceFormat* BtrcInfo_GetAllowedConvertions(void);
+XLATR_API uint32_t BtrcInfo_GetAllowedConvertionsSize(void);
+XLATR_API const double* BtrcInfo_GetSupportedVersions(void);
+XLATR_API uint32_t BtrcInfo_GetSupportedVersionsSize(void);
+XLATR_API double BtrcInfo_GetCurrentVersion(void);
+XLATR_API uint32_t BtrcInfo_GetExtensionSize(void);
+XLATR_API void BtrcInfo_GetExtension(char* buffer, uint32_t bufferSize);
+
+/* ---- BtrcFileHeader: the records at the start of a BTRC trace ---------------------------------------------------- */
+
+/* Reads the head of any file, whatever its extension. Never fails; a null path gives the head of no file. */
+XLATR_API BtrcFileHeader* BtrcFileHeader_Construct(const char* path);
+/* Not for the one of BtrcInfo_GetHeader. */
+XLATR_API void BtrcFileHeader_Destruct(BtrcFileHeader* header);
+XLATR_API uint32_t BtrcFileHeader_getSourcePathSize(const BtrcFileHeader* header);
+XLATR_API void BtrcFileHeader_getSourcePath(const BtrcFileHeader* header, char* buffer, uint32_t bufferSize);
+/* The bytes of the record that says when the trace began, two hexadecimal digits and a blank each. */
+XLATR_API uint32_t BtrcFileHeader_getRTCRawDataStringSize(const BtrcFileHeader* header);
+XLATR_API void BtrcFileHeader_getRTCRawDataString(const BtrcFileHeader* header, char* buffer, uint32_t bufferSize);
+/* Whether that record holds a date that there is not. The start is that of the file's last change then. */
+XLATR_API bool BtrcFileHeader_getErrorOnRTC(const BtrcFileHeader* header);
+/* Whether the file begins as a BTRC trace does. */
+XLATR_API bool BtrcFileHeader_getValid(const BtrcFileHeader* header);
+/* The time stamp at the start of the trace, in the file's unit; 0 when it is not known. */
+XLATR_API uint64_t BtrcFileHeader_getSystemTime(const BtrcFileHeader* header);
+/* The length of a block in units of 1024 bytes. */
+XLATR_API uint16_t BtrcFileHeader_getBlockSize(const BtrcFileHeader* header);
+XLATR_API uint8_t BtrcFileHeader_getVersion(const BtrcFileHeader* header);
+/* A unit of time is ten to this power seconds. */
+XLATR_API int8_t BtrcFileHeader_getTimeScalingExponent(const BtrcFileHeader* header);
+/* The offset in bytes at which messages begin. */
+XLATR_API uint32_t BtrcFileHeader_getFirstFramePosition(const BtrcFileHeader* header);
+
+/* ---- BtrcReader: the records of a BTRC trace --------------------------------------------------------------------- */
+
+/* Copies the information object; the file is not touched before setActive. */
+XLATR_API BtrcReader* BtrcReader_Construct(const BtrcInfo* info);
+XLATR_API void BtrcReader_Destruct(BtrcReader* reader);
+XLATR_API const BtrcInfo* BtrcReader_getTrace(const BtrcReader* reader);
+/* true opens the file and starts at the first record, also when the reader is active already; false closes it. Answers
+   whether the reader is active now: a file that can't be opened leaves it inactive. */
+XLATR_API bool BtrcReader_setActive(BtrcReader* reader, bool active);
+/* Hands out the next record through `message` and answers true; answers false, and leaves `message` alone, at the end
+   of the file, behind a record that can't be, and while the reader is inactive. Every record gives a message; one that
+   is no frame, error or status gives one that is not valid. */
+XLATR_API bool BtrcReader_ReadNextMessage(BtrcReader* reader, MessageBinaryFD** message);
+/* Goes on at the next end of a block, or a whole block on where one ends, and copies a report of that. */
+XLATR_API void BtrcReader_SkipCurrentBlock(BtrcReader* reader, char* buffer, uint32_t bufferSize);
+/* How much of the file was read, 0 to 100. */
+XLATR_API double BtrcReader_getPercentDone(const BtrcReader* reader);
+
+/* ---- MessageBinaryFD: a record of a BTRC trace ------------------------------------------------------------------- */
+
+XLATR_API void MessageBinaryFD_Destruct(MessageBinaryFD* message);
+/* Counted from 0, unlike everywhere else. */
+XLATR_API uint32_t MessageBinaryFD_getBus(const MessageBinaryFD* message);
+/* Whether the record is a frame, an error or a status. */
+XLATR_API bool MessageBinaryFD_getValid(const MessageBinaryFD* message);
+/* Whether the message can stand in a TRC file of this version. */
+XLATR_API bool MessageBinaryFD_ValidateForTargetVersion(const MessageBinaryFD* message, double version);
+/* The bytes of the record, two hexadecimal digits each, joined by blanks. */
+XLATR_API uint32_t MessageBinaryFD_getParsingBytesStringSize(const MessageBinaryFD* message);
+XLATR_API void MessageBinaryFD_getParsingBytesString(const MessageBinaryFD* message, char* buffer, uint32_t bufferSize);
+/* A record that is no frame as a text; empty where there is none. A text that can't be read may hold any bytes. */
+XLATR_API uint32_t MessageBinaryFD_getCommentarySize(const MessageBinaryFD* message);
+XLATR_API void MessageBinaryFD_getCommentary(const MessageBinaryFD* message, char* buffer, uint32_t bufferSize);
+
+/* ---- BtrcWriter: writes a BTRC trace ----------------------------------------------------------------------------- */
+
+/* No file is touched before setActive. `version` is 1, or 0 for a file without a start time, which no reader here
+   takes. The failures of its use are ConverterParsingExceptions. */
+XLATR_API BtrcWriter* BtrcWriter_Construct(const char* targetPath, bool overrideExistingFile, double version);
+XLATR_API void BtrcWriter_Destruct(BtrcWriter* writer);
+/* A new, inactive writer with the same target path, override flag, version and owner bus; the caller owns it. */
+XLATR_API BtrcWriter* BtrcWriter_CreateNew(const BtrcWriter* writer);
+/* Write the head of the target version at the start of the file, with the source's start time; the second form sets the
+   start time (days since 1899-12-30). The times of all messages behind it are moved to that start. */
+XLATR_API void BtrcWriter_WriteHeader(BtrcWriter* writer, const ITraceInfo* source);
+XLATR_API void BtrcWriter_WriteHeader_2(BtrcWriter* writer, const ITraceInfo* source, double startTime);
+/* Writes the text as a record. Nothing can be written behind a text that takes a whole block. */
+XLATR_API void BtrcWriter_WriteComment(BtrcWriter* writer, const char* text);
+/* Writes a message of a TRC trace as a record; others are refused. A CAN XL message writes nothing. */
+XLATR_API void BtrcWriter_WriteMessage(BtrcWriter* writer, const IMessage* message);
+/* true checks the target path and creates the file, false fills its last block and
+   closes it; no effect when nothing changes. */
+XLATR_API void BtrcWriter_setActive(BtrcWriter* writer, bool active);
+XLATR_API bool BtrcWriter_getActive(const BtrcWriter* writer);
+/* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
+   at any time. A target equal to the source is refused when the writer becomes active. */
+XLATR_API uint32_t BtrcWriter_getTargetPathSize(const BtrcWriter* writer);
+XLATR_API void BtrcWriter_getTargetPath(const BtrcWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void BtrcWriter_setTargetPath(BtrcWriter* writer, const char* path);
+XLATR_API double BtrcWriter_getTargetVersion(const BtrcWriter* writer);
+XLATR_API void BtrcWriter_setTargetVersion(BtrcWriter* writer, double version);
+XLATR_API TraceFormat BtrcWriter_getTargetFormat(const BtrcWriter* writer);
+XLATR_API bool BtrcWriter_getOverrideExistingFile(const BtrcWriter* writer);
+XLATR_API void BtrcWriter_setOverrideExistingFile(BtrcWriter* writer, bool overrideExistingFile);
+/* The bus whose messages the writer is for, -1 for none; the writer itself does not look at it. */
+XLATR_API int32_t BtrcWriter_getOwnerBus(const BtrcWriter* writer);
+XLATR_API void BtrcWriter_setOwnerBus(BtrcWriter* writer, int32_t bus);
+XLATR_API uint32_t BtrcWriter_getSourcePathSize(const BtrcWriter* writer);
+XLATR_API void BtrcWriter_getSourcePath(const BtrcWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void BtrcWriter_setSourcePath(BtrcWriter* writer, const char* path);
 
 /* ---- CsvInfo: the head of a CSV table ---------------------------------------------------------------------------- */
 /* Tables are a target of conversions and no source, so there is nothing to construct one with. The first group is about
@@ -497,6 +633,134 @@ XLATR_API void CsvWriter_getSourcePath(const CsvWriter* writer, char* buffer, ui
 XLATR_API void CsvWriter_setSourcePath(CsvWriter* writer, const char* path);
 /* What stands between cells, of any length, by default ";". Cells are never quoted. Refused like the other setters. */
 XLATR_API void CsvWriter_setSeparator(CsvWriter* writer, const char* separator);
+
+/* ---- BtrInfo: the directory of a BTR file ------------------------------------------------------------------------ */
+
+/* Reads the directory and finds where each session begins and ends. Never fails: a file that can't be read or
+   understood gives an object without sessions. */
+XLATR_API BtrInfo* BtrInfo_Construct(const char* path);
+XLATR_API void BtrInfo_Destruct(BtrInfo* info);
+/* Whether the file has a session and is of a version from 1.0 to 3.0. */
+XLATR_API bool BtrInfo_GetValid(const BtrInfo* info);
+/* The file version of the first session; 0.0 without one. */
+XLATR_API double BtrInfo_GetVersion(const BtrInfo* info);
+XLATR_API uint32_t BtrInfo_getSessionsCount(const BtrInfo* info);
+/* A copy of the session's entry, which the caller owns and releases with BtrSessionEntry_Destruct; the index counts
+   from 0. Null at and beyond the count. */
+XLATR_API BtrSessionEntry* BtrInfo_GetSession(const BtrInfo* info, uint32_t index);
+/* About the format itself; no object is needed. */
+XLATR_API uint32_t BtrInfo_getFormatDescriptionSize(void);
+XLATR_API void BtrInfo_getFormatDescription(char* buffer, uint32_t bufferSize);
+XLATR_API const TraceFormat* BtrInfo_GetAllowedConvertions(void);
+XLATR_API uint32_t BtrInfo_GetAllowedConvertionsSize(void);
+XLATR_API const double* BtrInfo_GetSupportedVersions(void);
+XLATR_API uint32_t BtrInfo_GetSupportedVersionsSize(void);
+XLATR_API double BtrInfo_GetCurrentVersion(void);
+XLATR_API uint32_t BtrInfo_GetExtensionSize(void);
+XLATR_API void BtrInfo_GetExtension(char* buffer, uint32_t bufferSize);
+
+/* ---- BtrSessionEntry: one session of a BTR file ------------------------------------------------------------------ */
+
+XLATR_API void BtrSessionEntry_Destruct(BtrSessionEntry* entry);
+/* The path of the file. */
+XLATR_API uint32_t BtrSessionEntry_getSourcePathSize(const BtrSessionEntry* entry);
+XLATR_API void BtrSessionEntry_getSourcePath(const BtrSessionEntry* entry, char* buffer, uint32_t bufferSize);
+/* Reads the directory of the file anew; the caller owns the object. */
+XLATR_API BtrInfo* BtrSessionEntry_getTrace(const BtrSessionEntry* entry);
+/* The three belong to the entry and are not to be released: its line in the directory, the first sector to read, and
+   the last sector of its run (sector 0 when it could not be found). */
+XLATR_API const SessionDescriptor* BtrSessionEntry_getDescription(const BtrSessionEntry* entry);
+XLATR_API const SessionLocation* BtrSessionEntry_getStart(const BtrSessionEntry* entry);
+XLATR_API const SessionLocation* BtrSessionEntry_getEnd(const BtrSessionEntry* entry);
+/* Whether the logger overwrote the oldest sectors, so that reading begins in the middle of the run. */
+XLATR_API bool BtrSessionEntry_getIsCircular(const BtrSessionEntry* entry);
+/* From the beginning of the session's area to its end. */
+XLATR_API uint32_t BtrSessionEntry_getSectorsCount(const BtrSessionEntry* entry);
+/* Counts from 1 in the order of the directory. */
+XLATR_API uint32_t BtrSessionEntry_getIndex(const BtrSessionEntry* entry);
+
+/* ---- Session data: what a BTR file is made of -------------------------------------------------------------------- */
+/* These objects are parts of others and are released with them. */
+
+/* Bytes of a sector, and of a session's line in the directory; no object is needed. */
+XLATR_API uint32_t DataSector_getSize(void);
+XLATR_API uint32_t SessionDescriptor_getSize(void);
+XLATR_API const SessionDateTime* SessionDescriptor_getDateAndTime(const SessionDescriptor* descriptor);
+XLATR_API const SessionLocation* SessionDescriptor_getStartLocation(const SessionDescriptor* descriptor);
+/* The number of the sector, and its offset in the file in bytes. */
+XLATR_API uint32_t SessionLocation_getSector(const SessionLocation* location);
+XLATR_API uint64_t SessionLocation_getPosition(const SessionLocation* location);
+/* The fields as they are stored: the year counts from 2000, all others as clocks show them. A null pointer gets
+   nothing. */
+XLATR_API void SessionDateTime_getDateTimeItems(const SessionDateTime* date, uint8_t* year, uint8_t* month,
+                                                uint8_t* day, uint8_t* hour, uint8_t* minute, uint8_t* second,
+                                                uint8_t* hundredths);
+/* -1, 0 or 1 as `left` is earlier than `right`, the same or later. */
+XLATR_API int32_t SessionDateTime_compareTo(const SessionDateTime* left, const SessionDateTime* right);
+/* Days since 1899-12-30; those of 1970-01-01 for a date that is none. */
+XLATR_API double SessionDateTime_toDouble(const SessionDateTime* date);
+/* The bus of a frame, counted from 0; 15 is the logger itself. */
+XLATR_API uint8_t MsgEntry_getSource(const MsgEntry* entry);
+
+/* ---- BtrSessionReader: the messages of a session ----------------------------------------------------------------- */
+
+/* Copies the entry. The file is opened at once with `activate`, else by setActive. */
+XLATR_API BtrSessionReader* BtrSessionReader_Construct(const BtrSessionEntry* entry, bool activate);
+XLATR_API void BtrSessionReader_Destruct(BtrSessionReader* reader);
+/* true opens the file and starts at the session's first message, also when the reader is active already; false closes
+   it. Answers whether the reader is active now: a file that can't be opened leaves it inactive. */
+XLATR_API bool BtrSessionReader_setActive(BtrSessionReader* reader, bool active);
+/* Hands out the messages of the next sector, `count` of them, which may be 0. The caller owns them and releases each
+   with SessionMessage_Destruct, and the array with BtrSessionReader_DeleteSectors. `structSize` is the size of a
+   message object in bytes. Answers false, with no messages, at the end of the session, at a sector that is not one of
+   the session, and while the reader is inactive. Raises a ConverterGenericException at a sector that can't be read and
+   at a frame that makes no sense, and hands out the messages in front of that before. */
+XLATR_API bool BtrSessionReader_ReadNextSector(BtrSessionReader* reader, SessionMessage*** messages, uint32_t* count,
+                                               uint32_t* structSize);
+/* Releases the array and not the messages in it; null is ignored. */
+XLATR_API void BtrSessionReader_DeleteSectors(SessionMessage** messages);
+/* How much of the session was read, 0 to 100. */
+XLATR_API double BtrSessionReader_getPercentDone(const BtrSessionReader* reader);
+
+/* ---- SessionMessage: a message of a session ---------------------------------------------------------------------- */
+
+XLATR_API void SessionMessage_Destruct(SessionMessage* message);
+/* The frame as the logger stored it; belongs to the message. */
+XLATR_API const MsgEntry* SessionMessage_getMessage(const SessionMessage* message);
+
+/* ---- BtrSessionWriter: writes a BTR file of one session ---------------------------------------------------------- */
+
+/* No file is touched before setActive. `ownerBus` is the bus whose messages the writer is for, -1 for none; `version`
+   the file version to write, 1.0 to 3.0. Existing files are not overwritten until setOverrideExistingFile says so. */
+XLATR_API BtrSessionWriter* BtrSessionWriter_Construct(const char* targetPath, int32_t ownerBus, double version);
+XLATR_API void BtrSessionWriter_Destruct(BtrSessionWriter* writer);
+/* A new, inactive writer with the same target path, override flag, version and owner bus; the caller owns it. */
+XLATR_API BtrSessionWriter* BtrSessionWriter_CreateNew(const BtrSessionWriter* writer);
+/* Write the directory, with the source's start time; the second form sets the start time (days since 1899-12-30). */
+XLATR_API void BtrSessionWriter_WriteHeader(BtrSessionWriter* writer, const ITraceInfo* source);
+XLATR_API void BtrSessionWriter_WriteHeader_2(BtrSessionWriter* writer, const ITraceInfo* source, double startTime);
+/* Writes nothing: sessions have no comments. */
+XLATR_API void BtrSessionWriter_WriteComment(BtrSessionWriter* writer, const char* text);
+/* Writes the message, which must be a MessageCan. One that is no classic frame and no error frame writes nothing. */
+XLATR_API void BtrSessionWriter_WriteMessage(BtrSessionWriter* writer, const IMessage* message);
+/* true checks the target path and creates the file, false flushes and closes it; no effect when nothing changes. */
+XLATR_API void BtrSessionWriter_setActive(BtrSessionWriter* writer, bool active);
+XLATR_API bool BtrSessionWriter_getActive(const BtrSessionWriter* writer);
+/* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
+   at any time. A target equal to the source is refused when the writer becomes active. */
+XLATR_API uint32_t BtrSessionWriter_getTargetPathSize(const BtrSessionWriter* writer);
+XLATR_API void BtrSessionWriter_getTargetPath(const BtrSessionWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void BtrSessionWriter_setTargetPath(BtrSessionWriter* writer, const char* path);
+XLATR_API double BtrSessionWriter_getTargetVersion(const BtrSessionWriter* writer);
+XLATR_API void BtrSessionWriter_setTargetVersion(BtrSessionWriter* writer, double version);
+XLATR_API TraceFormat BtrSessionWriter_getTargetFormat(const BtrSessionWriter* writer);
+XLATR_API bool BtrSessionWriter_getOverrideExistingFile(const BtrSessionWriter* writer);
+XLATR_API void BtrSessionWriter_setOverrideExistingFile(BtrSessionWriter* writer, bool overrideExistingFile);
+XLATR_API int32_t BtrSessionWriter_getOwnerBus(const BtrSessionWriter* writer);
+XLATR_API void BtrSessionWriter_setOwnerBus(BtrSessionWriter* writer, int32_t bus);
+XLATR_API uint32_t BtrSessionWriter_getSourcePathSize(const BtrSessionWriter* writer);
+XLATR_API void BtrSessionWriter_getSourcePath(const BtrSessionWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void BtrSessionWriter_setSourcePath(BtrSessionWriter* writer, const char* path);
 
 #ifdef __cplusplus
 }

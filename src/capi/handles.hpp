@@ -19,6 +19,13 @@
 #include "formats/lin/lin_message.hpp"
 #include "formats/lin/lin_reader.hpp"
 #include "formats/lin/lin_writer.hpp"
+#include "formats/native/btr_info.hpp"
+#include "formats/native/btr_session_reader.hpp"
+#include "formats/native/btr_session_writer.hpp"
+#include "formats/native/btrc_info.hpp"
+#include "formats/native/btrc_reader.hpp"
+#include "formats/native/btrc_writer.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_info.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_reader.hpp"
@@ -44,6 +51,11 @@ XLATR_HANDLE(IMessage, xlatr::IMessage, xlatr::IMessage);
 XLATR_HANDLE(ITraceInfo, xlatr::ITraceInfo, xlatr::ITraceInfo);
 XLATR_HANDLE(BaseTraceInfo, xlatr::BaseTraceInfo, xlatr::BaseTraceInfo);
 XLATR_HANDLE(TraceFileInfo, xlatr::BaseTraceInfo, xlatr::TraceFileInfo);
+XLATR_HANDLE(BtrcInfo, xlatr::ITraceInfo, xlatr::BtrcInfo);
+XLATR_HANDLE(BtrcFileHeader, xlatr::BtrcFileHeader, xlatr::BtrcFileHeader);
+XLATR_HANDLE(BtrcReader, xlatr::ITraceReader, xlatr::BtrcReader);
+XLATR_HANDLE(BtrcWriter, xlatr::ITraceWriter, xlatr::BtrcWriter);
+XLATR_HANDLE(MessageBinaryFD, xlatr::IMessage, xlatr::ZelkBinaryMessage);
 XLATR_HANDLE(CsvInfo, xlatr::ITraceInfo, xlatr::CsvInfo);
 XLATR_HANDLE(CsvWriter, xlatr::ITraceWriter, xlatr::CsvWriter);
 XLATR_HANDLE(TrcInfo, xlatr::ITraceInfo, xlatr::TrcInfo);
@@ -61,6 +73,15 @@ XLATR_HANDLE(MessageLin, xlatr::IMessage, xlatr::KorlMessage);
 XLATR_HANDLE(BlfInfo, xlatr::ITraceInfo, xlatr::BlfInfo);
 XLATR_HANDLE(BlfReader, xlatr::ITraceReader, xlatr::BlfReader);
 XLATR_HANDLE(BlfMessage, xlatr::IMessage, xlatr::BlfMessage);
+XLATR_HANDLE(BtrInfo, xlatr::ITraceInfo, xlatr::BtrInfo);
+XLATR_HANDLE(BtrSessionReader, xlatr::ITraceReader, xlatr::BtrSessionReader);
+XLATR_HANDLE(BtrSessionWriter, xlatr::ITraceWriter, xlatr::BtrSessionWriter);
+XLATR_HANDLE(SessionMessage, xlatr::IMessage, xlatr::SessionMessage);
+XLATR_HANDLE(BtrSessionEntry, xlatr::BtrSessionEntry, xlatr::BtrSessionEntry);
+XLATR_HANDLE(SessionDescriptor, xlatr::SessionDescriptor, xlatr::SessionDescriptor);
+XLATR_HANDLE(SessionLocation, xlatr::SessionLocation, xlatr::SessionLocation);
+XLATR_HANDLE(SessionDateTime, xlatr::SessionDateTime, xlatr::SessionDateTime);
+XLATR_HANDLE(MsgEntry, xlatr::MsgEntry, xlatr::MsgEntry);
 #undef XLATR_HANDLE
 
 // The object behind a handle. A null handle, and one of an object of another class, raise a

@@ -4,10 +4,13 @@
 #include <array>
 
 #include "core/asc_source.hpp"
+#include "core/btrc_source.hpp"
 #include "core/lin_source.hpp"
 #include "core/trc_source.hpp"
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_writer.hpp"
+#include "formats/native/btr_session_writer.hpp"
+#include "formats/native/btrc_writer.hpp"
 #include "formats/trc/trc_writer.hpp"
 
 namespace xlatr {
@@ -26,9 +29,12 @@ std::unique_ptr<ITraceWriter> makeCsvWriter(const WriterSettings& settings) {
 
 constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
+    // Its sessions become sources one by one: makeBtrSource.
+    FormatFactory{XLATR_FORMAT_BTR, nullptr, makePlainWriter<BtrSessionWriter>},
     FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
     FormatFactory{XLATR_FORMAT_LIN, makeLinSource, nullptr},
     FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
+    FormatFactory{XLATR_FORMAT_BTRC, makeBtrcSource, makePlainWriter<BtrcWriter>},
 };
 
 const FormatFactory* factoryOf(FormatFactories factories, TraceFormat format) {

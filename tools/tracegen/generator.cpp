@@ -1,5 +1,6 @@
 #include "tracegen/generator.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <ios>
@@ -8,6 +9,7 @@
 #include <system_error>
 
 #include "tracegen/blf_printer.hpp"
+#include "tracegen/btrc_printer.hpp"
 #include "tracegen/candump_printer.hpp"
 #include "tracegen/lin_printer.hpp"
 
@@ -27,6 +29,8 @@ void checkOptions(const RecordingOptions& options) {
   require(traffic.buses >= 1 && traffic.buses <= kMaxBuses, "the number of buses must be 1 to 16");
   require(traffic.buses == 1 || hasBusColumn(options.version),
           "a file of this version has no bus column and holds one bus only");
+  require(options.form != Form::Btr || traffic.buses <= kMaxBtrBuses, "a session file holds at most 5 buses");
+  require(options.btr.sessions >= 1, "a session file holds one session at least");
   require(traffic.identifiers >= 1 && traffic.identifiers <= kMaxIdentifiers,
           "the number of identifiers must be 1 to 128");
   require(traffic.fdShare <= 100 && traffic.xlShare <= 100 - traffic.fdShare,
@@ -35,6 +39,7 @@ void checkOptions(const RecordingOptions& options) {
        {traffic.remoteRate, traffic.disturbanceRate, traffic.eventRate, traffic.commentRate}) {
     require(rate <= kRateScale, "a rate must be at most 10000");
   }
+  require(options.damageRate <= kRateScale, "a rate must be at most 10000");
 }
 
 std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
@@ -47,10 +52,26 @@ std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
   if (options.form == Form::Lin) {
     return std::make_unique<LinPrinter>();
   }
+  if (options.form == Form::Btrc) {
+    return std::make_unique<BtrcPrinter>(BtrcForm{.seed = options.traffic.seed, .damageRate = options.damageRate});
+  }
   return std::make_unique<TrcPrinter>(TrcForm{.version = options.version,
                                               .carriageReturn = options.carriageReturn,
                                               .buses = options.traffic.buses,
                                               .seed = options.traffic.seed});
+}
+
+// A limit in bytes is one of whole sectors.
+RecordingSize generateSessions(const RecordingOptions& options, const Sink& sink) {
+  constexpr std::uint64_t kSectorSize = 512;
+  constexpr std::uint64_t kMessagesASector = 24;
+  TrafficOptions traffic = options.traffic;
+  limitToBtr(traffic);
+  TrafficModel model(traffic);
+  RecordingSize size;
+  size.messages = std::min(options.maxMessages, options.maxBytes / kSectorSize * kMessagesASector);
+  size.bytes = writeBtrRecording(model, options.btr, size.messages, sink);
+  return size;
 }
 
 [[noreturn]] void throwFileFailure(const std::string& path, int reason) {
@@ -61,6 +82,9 @@ std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
 
 RecordingSize generate(const RecordingOptions& options, const Sink& sink) {
   checkOptions(options);
+  if (options.form == Form::Btr) {
+    return generateSessions(options, sink);
+  }
   TrafficOptions traffic = options.traffic;
   limitToVersion(traffic, options.version);
   TrafficModel model(traffic);

@@ -10,7 +10,7 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<BrixMessage, KorlMessage>;
+using Accepted = MessageClasses<BrixMessage, SessionMessage, KorlMessage, ZelkBinaryMessage>;
 
 }  // namespace
 
@@ -60,17 +60,32 @@ void AscWriter::write(const BrixMessage& message) {
     WriteComment(line_.view());
     return;
   }
-  mapToAsc(message, mapped_);
-  writeMapped();
+  writeMapped(message);
 }
 
 void AscWriter::write(const KorlMessage& message) {
+  writeMapped(message);
+}
+
+void AscWriter::write(const ZelkBinaryMessage& message) {
+  writeMapped(message);
+}
+
+template <class Other>
+void AscWriter::writeMapped(const Other& message) {
   mapToAsc(message, mapped_);
+  mapped_.textVersion8 = version8_;
+  writeMapped();
+}
+
+// The logger's frames are classic ones, which every version reads in the old form.
+void AscWriter::write(const SessionMessage& message) {
+  mapToAsc(message, mapped_);
+  mapped_.textVersion8 = false;
   writeMapped();
 }
 
 void AscWriter::writeMapped() {
-  mapped_.textVersion8 = version8_;
   line_.clear();
   if (mapped_.textVersion8) {
     mapped_.toText8(line_);

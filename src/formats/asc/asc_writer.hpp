@@ -7,6 +7,8 @@
 
 #include "formats/asc/asc_message.hpp"
 #include "formats/lin/lin_message.hpp"
+#include "formats/native/session_message.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
 #include "util/text_buffer.hpp"
@@ -32,6 +34,10 @@ class AscWriter final : public TraceWriterText {
  private:
   void write(const BrixMessage& message);
   void write(const KorlMessage& message);
+  void write(const SessionMessage& message);
+  void write(const ZelkBinaryMessage& message);
+  template <class Other>
+  void writeMapped(const Other& message);
   void writeMapped();
 
   bool version8_ = false;

@@ -47,6 +47,14 @@ void takeLinFrame(const Message& source, DirectionType direction, std::uint32_t 
   takeData(source, target);
 }
 
+void takePayload(const MessageStyleCan& source, CsvMessage& target) {
+  if (target.remote) {
+    setZeros(target);
+  } else {
+    takeData(source, target);
+  }
+}
+
 MessageKind kindOf(const AscMessage& source) {
   if (!source.isRemote() && source.type == MessageType::Error) {
     return MessageKind::ER;
@@ -72,10 +80,35 @@ void mapToCsv(const BrixMessage& source, CsvMessage& target) {
   target.af = source.xl.acceptance.value_or(target.af);
   target.rrs = source.xl.rrs.value_or(target.rrs);
   target.sec = source.xl.sec.value_or(target.sec);
+  takePayload(source, target);
+}
+
+void mapToCsv(const SessionMessage& source, CsvMessage& target) {
+  constexpr std::uint32_t kErrorLength = 4;
+  const MsgEntry& entry = source.entry;
+  target.reset();
+  target.id = source.getIdentifier();
+  target.valid = source.getValid();
+  target.time = source.time;
+  target.bus = entry.getSource() + 1U;
+  target.direction = MessageDirection::Rx;
+  target.extended = entry.isExtended();
+  if (entry.isError()) {
+    target.length = kErrorLength;
+    target.kind = MessageKind::ER;
+    target.type = MessageType::Error;
+  } else {
+    target.length = source.getLength();
+    target.remote = entry.isRemote();
+    target.kind = target.remote ? MessageKind::RR : MessageKind::DT;
+    target.type = MessageType::Rx;
+  }
+  target.data.reserve(kDataRoom);
   if (target.remote) {
     setZeros(target);
   } else {
-    takeData(source, target);
+    const auto bytes = entry.payload(target.length);
+    target.data.assign(bytes.begin(), bytes.end());
   }
 }
 
@@ -109,6 +142,17 @@ void mapToCsv(const BlfCanMessage& source, CsvMessage& target) {
 void mapToCsv(const BlfLinMessage& source, CsvMessage& target) {
   takeLinFrame(source, source.linDirection, source.errorFlags, target);
   target.time = source.milliseconds();
+}
+
+void mapToCsv(const ZelkBinaryMessage& source, CsvMessage& target) {
+  constexpr double kMicrosecondsPerMillisecond = 1000.0;
+  takeCommon(source, target);
+  target.time = static_cast<double>(source.timestamp) / kMicrosecondsPerMillisecond;
+  target.bus = source.bus + 1;
+  target.kind = source.kind;
+  target.text = source.commentary;
+  target.remote = source.remote;
+  takePayload(source, target);
 }
 
 }  // namespace xlatr

@@ -5,6 +5,8 @@
 #include "formats/blf/blf_message.hpp"
 #include "formats/csv/csv_message.hpp"
 #include "formats/lin/lin_message.hpp"
+#include "formats/native/session_message.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -12,10 +14,12 @@ namespace xlatr {
 // Fill `target` from a message of another format; whatever it held before is gone, but for its separator and columns.
 // Nothing is raised.
 void mapToCsv(const BrixMessage& source, CsvMessage& target);
+void mapToCsv(const SessionMessage& source, CsvMessage& target);
 void mapToCsv(const AscMessage& source, CsvMessage& target);
 // One of more than 8 bytes leaves the row as a new one.
 void mapToCsv(const KorlMessage& source, CsvMessage& target);
 void mapToCsv(const BlfCanMessage& source, CsvMessage& target);
 void mapToCsv(const BlfLinMessage& source, CsvMessage& target);
+void mapToCsv(const ZelkBinaryMessage& source, CsvMessage& target);
 
 }  // namespace xlatr

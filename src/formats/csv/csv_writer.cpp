@@ -15,7 +15,8 @@ namespace {
 
 constexpr char kDefaultSeparator[] = ";";
 
-using Accepted = MessageClasses<BrixMessage, AscMessage, KorlMessage, BlfCanMessage, BlfLinMessage>;
+using Accepted = MessageClasses<BrixMessage, SessionMessage, AscMessage, KorlMessage, ZelkBinaryMessage, BlfCanMessage,
+                                BlfLinMessage>;
 
 }  // namespace
 

@@ -6,14 +6,19 @@ namespace {
 constexpr std::size_t kReservedBytes = 70;  // more than the longest CAN FD frame
 
 // A message as it stands in a file with columns, whatever it came from.
-void prepare(const MessageStyleCan& source, BrixMessage& target) {
+void prepare(BrixMessage& target) {
   target.reset();
   target.columnBased = true;
   target.data.reserve(kReservedBytes);
+}
+
+// The same for one of a CAN bus, with what all those have in common.
+void prepare(const MessageStyleCan& source, BrixMessage& target) {
+  prepare(target);
   target.bus = source.bus;
   target.id = source.id;
   target.extended = source.extended;
-  target.valid = source.valid;
+  target.valid = source.getValid();
   target.length = source.length;
   target.type = source.type;
   target.direction = source.direction;
@@ -67,6 +72,50 @@ void mapToTrc(const AscMessage& source, BrixMessage& target) {
     default:
       break;
   }
+  if (!target.remote) {
+    target.data.assign(source.data.begin(), source.data.end());
+  }
+}
+
+void mapToTrc(const SessionMessage& source, BrixMessage& target) {
+  constexpr std::uint32_t kErrorCountersLength = 2;
+  const MsgEntry& entry = source.entry;
+  prepare(target);
+  target.timeOffset = source.time;
+  target.bus = entry.getSource() + 1U;
+  target.id = source.getIdentifier();
+  target.extended = entry.isExtended();
+  target.valid = source.getValid();
+  target.length = source.getLength();
+  target.direction = MessageDirection::Rx;
+  if (entry.isError()) {
+    target.type = MessageType::Error;
+    target.kind = target.length == kErrorCountersLength ? MessageKind::EC : MessageKind::ER;
+  } else {
+    target.type = MessageType::Rx;
+    target.remote = entry.isRemote();
+    target.kind = target.remote ? MessageKind::RR : MessageKind::DT;
+  }
+  if (!target.remote) {
+    const auto bytes = entry.payload(target.length);
+    target.data.assign(bytes.begin(), bytes.end());
+  }
+}
+
+void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target) {
+  constexpr double kMicrosecondsPerMillisecond = 1000.0;
+  prepare(target);
+  target.timeOffset = static_cast<double>(source.timestamp) / kMicrosecondsPerMillisecond;
+  target.bus = source.bus + 1;
+  target.id = source.id;
+  target.extended = source.extended;
+  target.valid = source.getValid();
+  target.length = source.length;
+  target.type = source.type;
+  target.direction = source.direction;
+  target.kind = source.kind;
+  target.remote = source.remote;
+  target.parsingText = source.commentary;
   if (!target.remote) {
     target.data.assign(source.data.begin(), source.data.end());
   }

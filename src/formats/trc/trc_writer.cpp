@@ -16,7 +16,8 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<BrixMessage, AscMessage, BlfCanMessage, BlfLinMessage>;
+using Accepted =
+    MessageClasses<ZelkBinaryMessage, BrixMessage, SessionMessage, AscMessage, BlfCanMessage, BlfLinMessage>;
 
 // The columns that a version's header announces; below 2.0 there is nothing to announce.
 std::optional<TrcColumnSet> announcedColumns(TrcVersion version) {
@@ -98,22 +99,14 @@ void TrcWriter::write(const BrixMessage& message) {
   }
 }
 
-void TrcWriter::write(const AscMessage& message) {
-  mapToTrc(message, mapped_);
-  writeMapped();
-}
-
-void TrcWriter::write(const BlfCanMessage& message) {
-  mapToTrc(message, mapped_);
-  writeMapped();
-}
-
 void TrcWriter::write(const BlfLinMessage& message) {
   WriteComment(message.getAsCommentary() + " (LIN)");
 }
 
 // A message of another format has its number whether or not it has a text.
-void TrcWriter::writeMapped() {
+template <class Other>
+void TrcWriter::write(const Other& message) {
+  mapToTrc(message, mapped_);
   ++messageCount_;
   line_.clear();
   mapped_.appendText(line_, getTargetVersion(), messageCount_, columnSet_);

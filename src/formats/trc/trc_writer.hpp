@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "formats/asc/asc_message.hpp"
 #include "formats/blf/blf_message.hpp"
 #include "formats/trc/trc_columns.hpp"
 #include "formats/trc/trc_message.hpp"
@@ -39,10 +38,9 @@ class TrcWriter final : public TraceWriterText {
 
  private:
   void write(const BrixMessage& message);
-  void write(const AscMessage& message);
-  void write(const BlfCanMessage& message);
   void write(const BlfLinMessage& message);
-  void writeMapped();
+  template <class Other>
+  void write(const Other& message);
 
   std::uint64_t messageCount_ = 0;
   TrcColumnSet columnSet_ = 0;
