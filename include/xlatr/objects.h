@@ -50,6 +50,13 @@ typedef struct AscInfo AscInfo;
 typedef struct AscReader AscReader;
 typedef struct AscWriter AscWriter;
 typedef struct MessageAsc MessageAsc;
+typedef struct KorlInfo KorlInfo;
+typedef struct KorlReader KorlReader;
+typedef struct KorlWriter KorlWriter;
+typedef struct MessageLin MessageLin;
+typedef struct BlfInfo BlfInfo;
+typedef struct BlfReader BlfReader;
+typedef struct BlfMessage BlfMessage;
 typedef struct BtrcInfo BtrcInfo;
 typedef struct BtrcFileHeader BtrcFileHeader;
 typedef struct BtrcReader BtrcReader;
@@ -289,6 +296,160 @@ XLATR_API uint32_t AscWriter_getSourcePathSize(const AscWriter* writer);
 XLATR_API void AscWriter_getSourcePath(const AscWriter* writer, char* buffer, uint32_t bufferSize);
 XLATR_API void AscWriter_setSourcePath(AscWriter* writer, const char* path);
 
+/* ---- KorlInfo: the header of a LIN trace ------------------------------------------------------------------------- */
+
+/* Reads the header of the file. Never fails: a file that can't be read or understood gives an object that is not
+   valid. */
+XLATR_API KorlInfo* KorlInfo_Construct(const TraceFileInfo* file);
+XLATR_API void KorlInfo_Destruct(KorlInfo* info);
+/* Whether the file is a LIN trace of a version from 1.0 to 1.2. */
+XLATR_API bool KorlInfo_getValid(const KorlInfo* info);
+/* The file version as the header states it; 0.0 when it states none. */
+XLATR_API double KorlInfo_GetVersion(const KorlInfo* info);
+/* The start of the recording in days since 1899-12-30; 0.0 when the header states none or the file is not valid. */
+XLATR_API double KorlInfo_getStartTime(const KorlInfo* info);
+XLATR_API uint32_t KorlInfo_getPathSize(const KorlInfo* info);
+XLATR_API void KorlInfo_getPath(const KorlInfo* info, char* buffer, uint32_t bufferSize);
+/* About the format itself; no object is needed. */
+XLATR_API uint32_t KorlInfo_getFormatDescriptionSize(void);
+XLATR_API void KorlInfo_getFormatDescription(char* buffer, uint32_t bufferSize);
+XLATR_API const TraceFormat* KorlInfo_GetAllowedConvertions(void);
+XLATR_API uint32_t KorlInfo_GetAllowedConvertionsSize(void);
+XLATR_API const double* KorlInfo_GetSupportedVersions(void);
+XLATR_API uint32_t KorlInfo_GetSupportedVersionsSize(void);
+XLATR_API double KorlInfo_GetCurrentVersion(void);
+XLATR_API uint32_t KorlInfo_GetExtensionSize(void);
+XLATR_API void KorlInfo_GetExtension(char* buffer, uint32_t bufferSize);
+
+/* ---- KorlReader: the messages of a LIN trace --------------------------------------------------------------------- */
+
+/* Copies the information object; the file is not touched before setActive. */
+XLATR_API KorlReader* KorlReader_Construct(const KorlInfo* info);
+XLATR_API void KorlReader_Destruct(KorlReader* reader);
+XLATR_API const KorlInfo* KorlReader_getTrace(const KorlReader* reader);
+/* true opens the file and starts at the first message, also when the reader is active already; false closes it. Answers
+   whether the reader is active now: a file that can't be opened leaves it inactive. */
+XLATR_API bool KorlReader_setActive(KorlReader* reader, bool active);
+/* Hands out the next message through `message` and answers true; answers false, and leaves `message` alone, at the end
+   of the file and while the reader is inactive. Every line gives a message but comments, which begin with ";". */
+XLATR_API bool KorlReader_ReadNextMessage(KorlReader* reader, MessageLin** message);
+/* How much of the file was read, 0 to 100. */
+XLATR_API double KorlReader_getPercentDone(const KorlReader* reader);
+
+/* ---- MessageLin: a message of a LIN trace ------------------------------------------------------------------------ */
+
+XLATR_API void MessageLin_Destruct(MessageLin* message);
+/* Whether the line was understood as a frame. */
+XLATR_API bool MessageLin_getValid(const MessageLin* message);
+/* The line as it stands in the file. */
+XLATR_API uint32_t MessageLin_getParsingTextSize(const MessageLin* message);
+XLATR_API void MessageLin_getParsingText(const MessageLin* message, char* buffer, uint32_t bufferSize);
+
+/* ---- KorlWriter: writes a LIN trace ------------------------------------------------------------------------------ */
+
+/* No file is touched before setActive. `version` is 1.0, 1.1 or 1.2. */
+XLATR_API KorlWriter* KorlWriter_Construct(const char* targetPath, bool overrideExistingFile, double version);
+XLATR_API void KorlWriter_Destruct(KorlWriter* writer);
+/* A new, inactive writer with the same target path, override flag, version and owner bus; the caller owns it. */
+XLATR_API KorlWriter* KorlWriter_CreateNew(const KorlWriter* writer);
+/* Write the header of the target version, with the source's path and start time; the second form sets the start time
+   (days since 1899-12-30). A version that is none of the three has no header. */
+XLATR_API void KorlWriter_WriteHeader(KorlWriter* writer, const ITraceInfo* source);
+XLATR_API void KorlWriter_WriteHeader_2(KorlWriter* writer, const ITraceInfo* source, double startTime);
+/* Writes the text as a comment line; ";" is put in front unless it stands there. */
+XLATR_API void KorlWriter_WriteComment(KorlWriter* writer, const char* text);
+/* Writes a message of a BLF log: a LIN frame or event as a line, a CAN frame as a comment. A LIN message that is not
+   valid writes nothing. */
+XLATR_API void KorlWriter_WriteMessage(KorlWriter* writer, const IMessage* message);
+/* true checks the target path and creates the file, false flushes and closes it; no effect when nothing changes. */
+XLATR_API void KorlWriter_setActive(KorlWriter* writer, bool active);
+XLATR_API bool KorlWriter_getActive(const KorlWriter* writer);
+/* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
+   at any time. A target equal to the source is refused when the writer becomes active. */
+XLATR_API uint32_t KorlWriter_getTargetPathSize(const KorlWriter* writer);
+XLATR_API void KorlWriter_getTargetPath(const KorlWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void KorlWriter_setTargetPath(KorlWriter* writer, const char* path);
+XLATR_API double KorlWriter_getTargetVersion(const KorlWriter* writer);
+XLATR_API void KorlWriter_setTargetVersion(KorlWriter* writer, double version);
+XLATR_API TraceFormat KorlWriter_getTargetFormat(const KorlWriter* writer);
+XLATR_API bool KorlWriter_getOverrideExistingFile(const KorlWriter* writer);
+XLATR_API void KorlWriter_setOverrideExistingFile(KorlWriter* writer, bool overrideExistingFile);
+/* The bus whose messages the writer is for, -1 for none; the writer itself does not look at it. */
+XLATR_API int32_t KorlWriter_getOwnerBus(const KorlWriter* writer);
+XLATR_API void KorlWriter_setOwnerBus(KorlWriter* writer, int32_t bus);
+XLATR_API uint32_t KorlWriter_getSourcePathSize(const KorlWriter* writer);
+XLATR_API void KorlWriter_getSourcePath(const KorlWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void KorlWriter_setSourcePath(KorlWriter* writer, const char* path);
+
+/* ---- BlfInfo: what is known of a BLF log ------------------------------------------------------------------------- */
+/* BLF logs are read through a converter program, "BLF2CSV.exe" in the folder of the library. */
+
+/* Asks the converter for the file's version and the count of its objects, and waits for the answers. Never fails:
+   without a converter neither is known. */
+XLATR_API BlfInfo* BlfInfo_Construct(const TraceFileInfo* file);
+XLATR_API void BlfInfo_Destruct(BlfInfo* info);
+/* Whether the file is a BLF log by its extension, whatever it holds. */
+XLATR_API bool BlfInfo_getValid(const BlfInfo* info);
+/* The file version, 4.0701 for 4.7.1.0; 0.0 when it is not known. */
+XLATR_API double BlfInfo_GetVersion(const BlfInfo* info);
+/* Always 0.0: the start of the recording is known when the log is read, see BlfReader_getCSVInfoStartTime. */
+XLATR_API double BlfInfo_getStartTime(const BlfInfo* info);
+XLATR_API uint32_t BlfInfo_getPathSize(const BlfInfo* info);
+XLATR_API void BlfInfo_getPath(const BlfInfo* info, char* buffer, uint32_t bufferSize);
+/* About the format itself; no object is needed. */
+XLATR_API uint32_t BlfInfo_getFormatDescriptionSize(void);
+XLATR_API void BlfInfo_getFormatDescription(char* buffer, uint32_t bufferSize);
+XLATR_API const TraceFormat* BlfInfo_GetAllowedConvertions(void);
+XLATR_API uint32_t BlfInfo_GetAllowedConvertionsSize(void);
+XLATR_API const double* BlfInfo_GetSupportedVersions(void);
+XLATR_API uint32_t BlfInfo_GetSupportedVersionsSize(void);
+/* The version of the converter's API, asked for at each call; 0.0 without a converter. */
+XLATR_API double BlfInfo_GetCurrentVersion(void);
+XLATR_API uint32_t BlfInfo_GetExtensionSize(void);
+XLATR_API void BlfInfo_GetExtension(char* buffer, uint32_t bufferSize);
+
+/* ---- BlfReader: the messages of a BLF log ------------------------------------------------------------------------ */
+/* Reading has three phases: setActive starts the converter, which writes a table into a temporary file and may take
+   long; InitializePhaseTwoWaitBlfToCsv is called until it answers true; InitializePhaseThreePrepareCsvReader opens the
+   table, and from then on messages are read. Failures are ConverterProcessingException. */
+
+/* Copies the information object. The temporary file goes into the folder, and may take several times the log's size. */
+XLATR_API BlfReader* BlfReader_Construct(const BlfInfo* info, const char* temporaryFolder);
+/* Deactivates the reader first. */
+XLATR_API void BlfReader_Destruct(BlfReader* reader);
+XLATR_API const BlfInfo* BlfReader_getTrace(const BlfReader* reader);
+/* true is phase one: it starts the converter and answers true, or raises "Cannot launch BLF to CSV" or "Cannot get
+   temporary file. Check path length.". A reader in any phase starts anew. false ends reading and removes the temporary
+   file; a converter that still runs is not ended. */
+XLATR_API bool BlfReader_setActive(BlfReader* reader, bool active);
+/* Phase two. Takes the converter's progress and waits up to 10 ms for its end, which it answers. `*exitCode` is then
+   the converter's exit code, and -1 before. */
+XLATR_API bool BlfReader_InitializePhaseTwoWaitBlfToCsv(BlfReader* reader, int32_t* exitCode);
+/* Phase three. Raises "Error while converting BLF to temporary CSV " and the code when that is not 0. */
+XLATR_API void BlfReader_InitializePhaseThreePrepareCsvReader(BlfReader* reader, int32_t exitCode);
+/* Asks the converter to stop; it ends by itself, which phase two sees. false when it could not be asked within 5 s. */
+XLATR_API bool BlfReader_KillBlfToCsv(BlfReader* reader);
+/* The start of the recording in days since 1899-12-30; 0.0 before phase three. */
+XLATR_API double BlfReader_getCSVInfoStartTime(const BlfReader* reader);
+/* Hands out the next message through `message` and answers true; answers false, and leaves `message` alone, at the end
+   and before phase three. */
+XLATR_API bool BlfReader_ReadNextMessage(BlfReader* reader, BlfMessage** message);
+/* 0 to 100: one half is the converter's, one the reading of its table. Not a number while the count of objects is not
+   known. */
+XLATR_API double BlfReader_getPercentDone(const BlfReader* reader);
+
+/* ---- BlfMessage: a message of a BLF log -------------------------------------------------------------------------- */
+
+XLATR_API void BlfMessage_Destruct(BlfMessage* message);
+/* The channel of the object. */
+XLATR_API uint32_t BlfMessage_getBus(const BlfMessage* message);
+/* Whether the object was understood. */
+XLATR_API bool BlfMessage_getValid(const BlfMessage* message);
+/* Whether the object is of a CAN bus; every other one counts as one of a LIN bus. */
+XLATR_API bool BlfMessage_isBlfCANType(const BlfMessage* message);
+/* What a trace that has no form for the message says of it: "BLF Object Type 86", and why when it is not valid. */
+XLATR_API uint32_t BlfMessage_getAsCommentarySize(const BlfMessage* message);
+XLATR_API void BlfMessage_getAsCommentary(const BlfMessage* message, char* buffer, uint32_t bufferSize);
 /* ---- BtrcInfo: the head of a BTRC trace -------------------------------------------------------------------------- */
 
 /* Reads the head of the file. Never fails: a file that can't be read or understood gives an object that is not valid.

@@ -32,8 +32,9 @@ inline std::uint32_t countOf(std::size_t count) {
     xlatr::capi::copyText(expression, buffer, bufferSize);         \
   }
 
-// What an information family answers of its format, without an object.
-#define XLATR_INFO_FORMAT_FAMILY(Family, format)                                                                       \
+// What an information family answers of its format, without an object. The first has no current version, for a family
+// that asks for it elsewhere.
+#define XLATR_INFO_FORMAT_DESCRIPTION(Family, format)                                                                  \
   XLATR_STATIC_TEXT_PAIR(Family, getFormatDescription, getFormatDescriptionSize, xlatr::formatRow(format).description) \
   XLATR_STATIC_TEXT_PAIR(Family, GetExtension, GetExtensionSize, xlatr::formatRow(format).extension)                   \
   const TraceFormat* Family##_GetAllowedConvertions(void) {                                                            \
@@ -47,9 +48,11 @@ inline std::uint32_t countOf(std::size_t count) {
   }                                                                                                                    \
   std::uint32_t Family##_GetSupportedVersionsSize(void) {                                                              \
     return xlatr::capi::countOf(xlatr::formatRow(format).supportedVersions.size());                                    \
-  }                                                                                                                    \
-  double Family##_GetCurrentVersion(void) {                                                                            \
-    return xlatr::formatRow(format).currentVersion;                                                                    \
+  }
+#define XLATR_INFO_FORMAT_FAMILY(Family, format)    \
+  XLATR_INFO_FORMAT_DESCRIPTION(Family, format)     \
+  double Family##_GetCurrentVersion(void) {         \
+    return xlatr::formatRow(format).currentVersion; \
   }
 
 // What an information family answers of its object, and the end of that. The first alone is for a family whose objects
@@ -68,23 +71,25 @@ inline std::uint32_t countOf(std::size_t count) {
   }                                          \
   XLATR_INFO_OBJECT_GETTERS(Family)
 
-// A reader over an information family and a message family.
+// A reader over an information family: what all have, and the rest of most over a message family.
+#define XLATR_READER_MEMBERS(Family, InfoFamily)                                              \
+  void Family##_Destruct(::Family* handle) {                                                  \
+    xlatr::capi::destruct(handle);                                                            \
+  }                                                                                           \
+  const ::InfoFamily* Family##_getTrace(const ::Family* handle) {                             \
+    return xlatr::capi::borrowedHandle<::InfoFamily>(xlatr::capi::object(handle).getTrace()); \
+  }                                                                                           \
+  bool Family##_setActive(::Family* handle, bool active) {                                    \
+    return xlatr::capi::object(handle).setActive(active);                                     \
+  }                                                                                           \
+  double Family##_getPercentDone(const ::Family* handle) {                                    \
+    return xlatr::capi::object(handle).getPercentDone();                                      \
+  }
 #define XLATR_READER_FAMILY(Family, InfoFamily, MessageFamily)                                        \
   ::Family* Family##_Construct(const ::InfoFamily* info) {                                            \
     return xlatr::capi::handle<::Family>(std::make_unique<xlatr::Family>(xlatr::capi::object(info))); \
   }                                                                                                   \
-  void Family##_Destruct(::Family* handle) {                                                          \
-    xlatr::capi::destruct(handle);                                                                    \
-  }                                                                                                   \
-  const ::InfoFamily* Family##_getTrace(const ::Family* handle) {                                     \
-    return xlatr::capi::borrowedHandle<::InfoFamily>(xlatr::capi::object(handle).getTrace());         \
-  }                                                                                                   \
-  bool Family##_setActive(::Family* handle, bool active) {                                            \
-    return xlatr::capi::object(handle).setActive(active);                                             \
-  }                                                                                                   \
-  double Family##_getPercentDone(const ::Family* handle) {                                            \
-    return xlatr::capi::object(handle).getPercentDone();                                              \
-  }                                                                                                   \
+  XLATR_READER_MEMBERS(Family, InfoFamily)                                                            \
   bool Family##_ReadNextMessage(::Family* handle, ::MessageFamily** message) {                        \
     return xlatr::capi::readNextMessage(xlatr::capi::object(handle), message);                        \
   }
@@ -162,17 +167,24 @@ inline std::uint32_t countOf(std::size_t count) {
 
 namespace xlatr::capi {
 
+// Where a caller wants a result.
+template <class Value>
+Value& resultOf(Value* place) {
+  if (place == nullptr) {
+    throwProcessingFailure("Object cannot be null");
+  }
+  return *place;
+}
+
 // Hands the reader's next message out; leaves `out` alone when there is none.
 template <class Reader, class MessageHandle>
 bool readNextMessage(Reader& reader, MessageHandle** out) {
-  if (out == nullptr) {
-    throwProcessingFailure("Object cannot be null");
-  }
+  MessageHandle*& result = resultOf(out);
   auto message = reader.ReadNextMessage();
   if (!message) {
     return false;
   }
-  *out = handle<MessageHandle>(std::move(message));
+  result = handle<MessageHandle>(std::move(message));
   return true;
 }
 

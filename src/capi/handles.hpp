@@ -10,8 +10,15 @@
 #include "formats/asc/asc_message.hpp"
 #include "formats/asc/asc_reader.hpp"
 #include "formats/asc/asc_writer.hpp"
+#include "formats/blf/blf_info.hpp"
+#include "formats/blf/blf_message.hpp"
+#include "formats/blf/blf_reader.hpp"
 #include "formats/csv/csv_info.hpp"
 #include "formats/csv/csv_writer.hpp"
+#include "formats/lin/lin_info.hpp"
+#include "formats/lin/lin_message.hpp"
+#include "formats/lin/lin_reader.hpp"
+#include "formats/lin/lin_writer.hpp"
 #include "formats/native/btr_info.hpp"
 #include "formats/native/btr_session_reader.hpp"
 #include "formats/native/btr_session_writer.hpp"
@@ -59,6 +66,13 @@ XLATR_HANDLE(AscInfo, xlatr::ITraceInfo, xlatr::AscInfo);
 XLATR_HANDLE(AscReader, xlatr::ITraceReader, xlatr::AscReader);
 XLATR_HANDLE(AscWriter, xlatr::ITraceWriter, xlatr::AscWriter);
 XLATR_HANDLE(MessageAsc, xlatr::IMessage, xlatr::AscMessage);
+XLATR_HANDLE(KorlInfo, xlatr::ITraceInfo, xlatr::KorlInfo);
+XLATR_HANDLE(KorlReader, xlatr::ITraceReader, xlatr::KorlReader);
+XLATR_HANDLE(KorlWriter, xlatr::ITraceWriter, xlatr::KorlWriter);
+XLATR_HANDLE(MessageLin, xlatr::IMessage, xlatr::KorlMessage);
+XLATR_HANDLE(BlfInfo, xlatr::ITraceInfo, xlatr::BlfInfo);
+XLATR_HANDLE(BlfReader, xlatr::ITraceReader, xlatr::BlfReader);
+XLATR_HANDLE(BlfMessage, xlatr::IMessage, xlatr::BlfMessage);
 XLATR_HANDLE(BtrInfo, xlatr::ITraceInfo, xlatr::BtrInfo);
 XLATR_HANDLE(BtrSessionReader, xlatr::ITraceReader, xlatr::BtrSessionReader);
 XLATR_HANDLE(BtrSessionWriter, xlatr::ITraceWriter, xlatr::BtrSessionWriter);

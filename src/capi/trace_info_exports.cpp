@@ -40,7 +40,8 @@ void BaseTraceInfo_GetTraceExtension(TraceFormat format, char* buffer, uint32_t 
 }
 
 double BaseTraceInfo_GetTraceCurrentVersion(TraceFormat format) {
-  return xlatr::formatRow(format).currentVersion;
+  // That of BLF is the converter's to tell.
+  return format == XLATR_FORMAT_BLF ? xlatr::blfCurrentVersion() : xlatr::formatRow(format).currentVersion;
 }
 
 bool BaseTraceInfo_GetIfConvertible(TraceFormat format) {

@@ -5,6 +5,7 @@
 
 #include "core/asc_source.hpp"
 #include "core/btrc_source.hpp"
+#include "core/lin_source.hpp"
 #include "core/trc_source.hpp"
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_writer.hpp"
@@ -31,6 +32,7 @@ constexpr std::array kFactories = {
     // Its sessions become sources one by one: makeBtrSource.
     FormatFactory{XLATR_FORMAT_BTR, nullptr, makePlainWriter<BtrSessionWriter>},
     FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
+    FormatFactory{XLATR_FORMAT_LIN, makeLinSource, nullptr},
     FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
     FormatFactory{XLATR_FORMAT_BTRC, makeBtrcSource, makePlainWriter<BtrcWriter>},
 };

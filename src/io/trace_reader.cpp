@@ -58,4 +58,13 @@ bool TraceReaderText::readLine(std::string_view& line) {
   return true;
 }
 
+bool TraceReaderText::readLineBehindComments(std::string_view& line) {
+  do {
+    if (!readLine(line)) {
+      return false;
+    }
+  } while (!line.empty() && line.front() == ';');
+  return true;
+}
+
 }  // namespace xlatr

@@ -69,6 +69,8 @@ class TraceReaderText : public TraceReader {
   // The next line, without its line end; false at the end of the file, on a failure to read, and while inactive. The
   // view is valid until the next call.
   [[nodiscard]] bool readLine(std::string_view& line);
+  // The same, passing over the lines that begin with ";".
+  [[nodiscard]] bool readLineBehindComments(std::string_view& line);
 
  private:
   std::optional<LineInput> input_;

@@ -176,15 +176,27 @@ std::optional<MessageDirection> tryMessageDirectionFromText(std::string_view tex
 }
 
 DirectionType directionTypeFromText(std::string_view text) {
-  return requireValue(valueOfAnyCase(kDirectionTypes, text), "String is not a DirectionType", text);
+  return requireValue(tryDirectionTypeFromText(text), "String is not a DirectionType", text);
+}
+
+std::optional<DirectionType> tryDirectionTypeFromText(std::string_view text) noexcept {
+  return valueOfAnyCase(kDirectionTypes, text);
 }
 
 ChecksumType checksumTypeFromText(std::string_view text) {
-  return requireValue(valueOfAnyCase(kChecksumTypes, text), "String is not a ChecksumType", text);
+  return requireValue(tryChecksumTypeFromText(text), "String is not a ChecksumType", text);
+}
+
+std::optional<ChecksumType> tryChecksumTypeFromText(std::string_view text) noexcept {
+  return valueOfAnyCase(kChecksumTypes, text);
 }
 
 ErrorCode errorCodeFromText(std::string_view text) {
-  return requireValue(valueOfAnyCase(kErrorCodes, text), "String is not a ErrorCode", text);
+  return requireValue(tryErrorCodeFromText(text), "String is not a ErrorCode", text);
+}
+
+std::optional<ErrorCode> tryErrorCodeFromText(std::string_view text) noexcept {
+  return valueOfAnyCase(kErrorCodes, text);
 }
 
 std::string_view blockTypeIdToText(BlockTypeId value) {

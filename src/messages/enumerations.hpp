@@ -137,8 +137,11 @@ enum class WarningErrors : std::uint32_t { BusLight = 4, BusWarning = 8, BusOff 
 
 // These three accept letters of any case.
 [[nodiscard]] DirectionType directionTypeFromText(std::string_view text);
+[[nodiscard]] std::optional<DirectionType> tryDirectionTypeFromText(std::string_view text) noexcept;
 [[nodiscard]] ChecksumType checksumTypeFromText(std::string_view text);
+[[nodiscard]] std::optional<ChecksumType> tryChecksumTypeFromText(std::string_view text) noexcept;
 [[nodiscard]] ErrorCode errorCodeFromText(std::string_view text);
+[[nodiscard]] std::optional<ErrorCode> tryErrorCodeFromText(std::string_view text) noexcept;
 
 [[nodiscard]] std::string_view blockTypeIdToText(BlockTypeId value);
 [[nodiscard]] BlockTypeId blockTypeIdFromText(std::string_view text);

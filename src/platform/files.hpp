@@ -12,6 +12,8 @@ namespace xlatr::platform {
 [[nodiscard]] bool fileExists(const std::string& path);
 // Bytes; 0 when it can't be told.
 [[nodiscard]] std::uint64_t fileSize(const std::string& path);
+// No effect when there is no file.
+void removeFile(const std::string& path);
 
 // One open file. Closed by its destructor. Failures are std::ios_base::failure with the path and the system's reason in
 // the text; none of the functions is for a file that is not open, but isOpen and close.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -12,6 +13,12 @@ namespace xlatr::platform {
 
 // The exit code of a program that ended without one that could be read, or that was never started.
 inline constexpr std::uint32_t kNoExitCode = 0xFFFFFFFF;
+
+// Where a program finds its standard input and leaves its standard output. Its standard error is always ours.
+enum class StandardStreams {
+  Inherited,  // ours, too
+  Closed,     // nothing is to be read, and what it prints is lost
+};
 
 // A handle to one started program. The program lives on when its handle goes; only one whose end was seen through the
 // handle is sure to leave nothing behind in the system's process table. One thread at a time.
@@ -26,7 +33,14 @@ class Process {
   // directory. A name without a separator is searched as the system does. The program gets the standard streams and no
   // other open file of ours. False if it can't be started; the handle then refers to no program. A program that the
   // handle referred to before is let go.
-  [[nodiscard]] bool start(const std::string& program, std::span<const std::string> arguments);
+  [[nodiscard]] bool start(const std::string& program, std::span<const std::string> arguments,
+                           StandardStreams streams = StandardStreams::Inherited);
+
+  // The same with the standard output going to us and nothing to be read: waits without a limit for the program's end
+  // and answers the first `most` bytes of what it printed; wait() then answers the exit code. Nothing if it can't be
+  // started.
+  [[nodiscard]] std::optional<std::string> run(const std::string& program, std::span<const std::string> arguments,
+                                               std::size_t most);
 
   // True from a successful start until the handle is moved from, also after the program has ended.
   [[nodiscard]] bool isStarted() const { return state_ != nullptr; }
@@ -38,8 +52,15 @@ class Process {
   // The same without a limit.
   [[nodiscard]] std::uint32_t wait();
 
+  // Ends the program at once, if it still runs, and waits for that.
+  void terminate();
+
  private:
   struct State;
+  struct Launch;
+
+  [[nodiscard]] bool start(const Launch& launch);
+
   std::unique_ptr<State> state_;
 };
 

@@ -70,11 +70,21 @@ std::string getLibraryDirectory() {
 
 std::uint32_t runCommandAndWait(const std::string& program, const std::vector<std::string>& arguments) {
   platform::Process process;
-  return startCommand(program, arguments, process) ? process.wait() : platform::kNoExitCode;
+  return process.start(program, arguments) ? process.wait() : platform::kNoExitCode;
+}
+
+std::optional<CommandAnswer> runCommandAndRead(const std::string& program, const std::vector<std::string>& arguments,
+                                               std::size_t mostOutput) {
+  platform::Process process;
+  auto output = process.run(program, arguments, mostOutput);
+  if (!output) {
+    return std::nullopt;
+  }
+  return CommandAnswer{std::move(*output), process.wait()};
 }
 
 bool startCommand(const std::string& program, const std::vector<std::string>& arguments, platform::Process& process) {
-  return process.start(program, arguments);
+  return process.start(program, arguments, platform::StandardStreams::Closed);
 }
 
 bool makeUniqueFilePath(const std::string& directory, const std::string& prefix, const std::string& extension,

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,9 +36,22 @@ namespace xlatr {
 // started or its code not be had. Arguments reach the program as they are, blanks and quotes included.
 [[nodiscard]] std::uint32_t runCommandAndWait(const std::string& program, const std::vector<std::string>& arguments);
 
-// Starts the program and goes on; `process` then refers to it. False if it could not be started.
+// Starts the program, with its standard input and output closed, and goes on; `process` then refers to it. False if it
+// could not be started.
 [[nodiscard]] bool startCommand(const std::string& program, const std::vector<std::string>& arguments,
                                 platform::Process& process);
+
+// What a program left that has ended: what it printed, or the start of that, and its exit code.
+struct CommandAnswer {
+  std::string output;
+  std::uint32_t exitCode = platform::kNoExitCode;
+};
+
+// Runs the program like runCommandAndWait, with nothing to read from its standard input, and takes the first
+// `mostOutput` bytes of what it prints. Nothing if it could not be started.
+[[nodiscard]] std::optional<CommandAnswer> runCommandAndRead(const std::string& program,
+                                                             const std::vector<std::string>& arguments,
+                                                             std::size_t mostOutput);
 
 // The shortest path that is too long for `makeUniqueFilePath`.
 inline constexpr std::size_t kUniquePathLimit = 260;

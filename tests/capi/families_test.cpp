@@ -58,7 +58,8 @@ class WriterFamily : public testing::Test {
   std::string target_ = folder_.file("target.trace");
 };
 
-using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, CsvWriterType, BtrcWriterType, BtrWriterType>;
+using WriterFamilies =
+    testing::Types<TrcWriterType, AscWriterType, KorlWriterType, CsvWriterType, BtrcWriterType, BtrWriterType>;
 TYPED_TEST_SUITE(WriterFamily, WriterFamilies, FamilyName);
 
 TYPED_TEST(WriterFamily, ignoresNullInDestruct) {
@@ -210,6 +211,12 @@ Sample sampleOf<AscInfoType>() {
 }
 
 template <>
+Sample sampleOf<KorlInfoType>() {
+  return {"x.ltrc",
+          ";$FILEVERSION=1.2\n;$STARTTIME=44403.25\n1) 10500 Pub 2A 1 AA 7C CL\n2) 11500 Sub 2A 0 7C EH TO\n"};
+}
+
+template <>
 Sample sampleOf<BtrcInfoType>() {
   using namespace btrc;
   const std::string start =
@@ -247,7 +254,7 @@ class ReaderFamily : public testing::Test {
   const std::string path_ = folder_.write(sample_.name, sample_.content);
 };
 
-using ReaderFamilies = testing::Types<TrcReaderType, AscReaderType, BtrcReaderType>;
+using ReaderFamilies = testing::Types<TrcReaderType, AscReaderType, KorlReaderType, BtrcReaderType>;
 TYPED_TEST_SUITE(ReaderFamily, ReaderFamilies, FamilyName);
 
 TYPED_TEST(ReaderFamily, ignoresNullInDestruct) {

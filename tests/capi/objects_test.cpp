@@ -59,7 +59,7 @@ TEST(BaseTraceInfoExports, describeFormatsByFlag) {
       {16, ".csv", "Character-separated values", 1.0, false},
       {32, ".btrc", "ZELK binary trace file", 1.0, true},
       {64, ".mf4", "ASAM Measurement Data Format", 4.2, true},
-      {128, ".blf", "Vector BLF trace file", 0.0, true},
+      {128, ".blf", "Vector BLF trace file", BlfInfo_GetCurrentVersion(), true},  // the converter's to tell
       {0, "", "", -1.0, false},
       {3, "", "", -1.0, false},
       {256, "", "", -1.0, false},

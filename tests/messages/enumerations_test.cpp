@@ -218,6 +218,12 @@ TEST(LinEnumerations, readTheirTextsInAnyCase) {
   expectParsesAnyCase(kChecksums, checksumTypeFromText, "String is not a ChecksumType");
   expectParsesAnyCase(kErrors, errorCodeFromText, "String is not a ErrorCode");
   EXPECT_EQ(directionTypeFromText("subal"), DirectionType::SubscriberAutoLength);
+  EXPECT_EQ(tryDirectionTypeFromText("subal"), DirectionType::SubscriberAutoLength);
+  EXPECT_EQ(tryDirectionTypeFromText("---"), std::nullopt);
+  EXPECT_EQ(tryChecksumTypeFromText("eh"), ChecksumType::Enhanced);
+  EXPECT_EQ(tryChecksumTypeFromText("--"), std::nullopt);
+  EXPECT_EQ(tryErrorCodeFromText("vs"), ErrorCode::VBatShort);
+  EXPECT_EQ(tryErrorCodeFromText(""), std::nullopt);
 }
 
 TEST(BlockTypeIds, haveTheirTexts) {

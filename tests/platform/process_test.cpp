@@ -146,6 +146,47 @@ TEST_F(ProcessTest, anExitCodeThatTheHostTookAwayIsAllOnes) {
   ::sigaction(SIGCHLD, &former, nullptr);
 }
 
+// What a shell script prints, cut behind `most` bytes, and its exit code behind it.
+std::string outputOf(std::string_view script, std::size_t most = 1000) {
+  Process process;
+  const auto output = process.run("/bin/sh", std::vector<std::string>{"-c", std::string(script)}, most);
+  return output ? *output + "|" + std::to_string(process.wait()) : "not started";
+}
+
+TEST_F(ProcessTest, answersWhatAProgramPrints) {
+  EXPECT_EQ(outputOf("echo out; echo err >&2; exit 3"), "out\n|3");
+  EXPECT_EQ(outputOf("exit 0"), "|0");
+  EXPECT_EQ(outputOf("printf a; sleep 0.05; printf b"), "ab|0");
+  EXPECT_EQ(outputOf("printf 12345; exit 1", 3), "123|1");
+  EXPECT_EQ(outputOf("head -c 1000000 /dev/zero | tr '\\0' x", 2), "xx|0");
+  EXPECT_EQ(outputOf("exec >&-; sleep 0.05; exit 4"), "|4");
+  EXPECT_EQ(outputOf("printf a; kill -9 $$"), "a|137");
+  EXPECT_EQ(outputOf("cat; echo read"), "read\n|0") << "there is nothing to read";
+}
+
+TEST_F(ProcessTest, cannotRunWhatIsNoProgram) {
+  Process process;
+  EXPECT_EQ(process.run(path("missing"), {}, 10), std::nullopt);
+  EXPECT_FALSE(process.isStarted());
+}
+
+TEST_F(ProcessTest, aProgramMayHaveNoStandardStreams) {
+  Process process;
+  ASSERT_TRUE(process.start("/bin/sh", std::vector<std::string>{"-c", R"sh(test -z "$(cat)" && echo lost && exit 6)sh"},
+                            StandardStreams::Closed));
+  EXPECT_EQ(process.waitFor(kLong), 6U);
+}
+
+TEST_F(ProcessTest, endsAProgramAtOnce) {
+  Process process;
+  startGated(process);
+  process.terminate();
+  EXPECT_EQ(process.waitFor(milliseconds(0)), 128U + 9U);
+  process.terminate();
+  EXPECT_EQ(process.wait(), 128U + 9U);
+  Process().terminate();
+}
+
 TEST_F(ProcessTest, aMovedHandleTakesItsProgramAlong) {
   Process first;
   startGated(first);

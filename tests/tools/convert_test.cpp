@@ -210,12 +210,11 @@ TEST_F(ConvertCommand, whatTheLibraryReportsIsOneLineAndCode1) {
 }
 
 TEST_F(ConvertCommand, aPairWithoutReaderNamesBothFormats) {
-  here.write("log.blf", "x");
-  const Ended run = here.run({"convert", "log.blf", "x.trc"});
+  const Ended run = here.run({"convert", "drive.trc", "x.ltrc"});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
-  EXPECT_THAT(run.errors, HasSubstr("can't convert blf into trc"));
-  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "log.blf"));
+  EXPECT_THAT(run.errors, HasSubstr("trc can't be converted into ltrc"));
+  EXPECT_THAT(here.names(), ElementsAre("drive.trc"));
 }
 
 TEST_F(ConvertCommand, aSourceThatIsNotValidIsWrittenWithAWarning) {

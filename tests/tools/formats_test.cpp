@@ -45,13 +45,13 @@ TEST(Formats, listsTheFlagsOfASet) {
   EXPECT_EQ(nameList(XLATR_FORMAT_TRC | XLATR_FORMAT_LIN), "trc, ltrc");
 }
 
-TEST(Formats, csvIsNoSourceAndLinNoTarget) {
+TEST(Formats, csvIsNoSourceAndBlfNoTarget) {
   EXPECT_TRUE(isConversionSource(XLATR_FORMAT_TRC));
   EXPECT_FALSE(isConversionSource(XLATR_FORMAT_CSV));
-  EXPECT_FALSE(isConversionSource(XLATR_FORMAT_BLF));
+  EXPECT_TRUE(isConversionSource(XLATR_FORMAT_BLF));
   EXPECT_TRUE(isConversionTarget(XLATR_FORMAT_TRC));
   EXPECT_TRUE(isConversionTarget(XLATR_FORMAT_CSV));
-  EXPECT_FALSE(isConversionTarget(XLATR_FORMAT_LIN));
+  EXPECT_TRUE(isConversionTarget(XLATR_FORMAT_LIN));
   EXPECT_FALSE(isConversionTarget(XLATR_FORMAT_BLF));
 }
 

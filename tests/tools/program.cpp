@@ -19,6 +19,8 @@ int openForWriting(const std::filesystem::path& path) {
 
 }  // namespace
 
+Workspace::Workspace() : Workspace(XLATR_PROGRAM) {}
+
 std::vector<std::string> Workspace::names() const {
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
@@ -40,7 +42,7 @@ Ended Workspace::run(const std::vector<std::string>& arguments) const {
 }
 
 pid_t Workspace::start(const std::vector<std::string>& arguments, int errors) const {
-  std::vector<std::string> words{XLATR_PROGRAM};
+  std::vector<std::string> words{program_};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> pointers;
   pointers.reserve(words.size() + 1);

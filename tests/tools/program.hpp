@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "support/temp_folder.hpp"
@@ -22,6 +23,10 @@ struct Ended {
 // A folder of its own in which the program runs.
 class Workspace {
  public:
+  Workspace();
+  // For another copy of the program than the built one.
+  explicit Workspace(std::string program) : program_(std::move(program)) {}
+
   // The path of a name in the folder.
   [[nodiscard]] std::filesystem::path operator/(std::string_view name) const { return folder_.path() / name; }
 
@@ -40,6 +45,7 @@ class Workspace {
   [[nodiscard]] static int wait(pid_t program);
 
  private:
+  std::string program_;
   test::TempFolder folder_;
 };
 

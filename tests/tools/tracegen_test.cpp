@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tracegen/blf_printer.hpp"
 #include "tracegen/candump_printer.hpp"
 #include "tracegen/generator.hpp"
 #include "tracegen/payload.hpp"
@@ -312,6 +313,52 @@ TEST(TracegenTrcPrinter, putsColumnsUnderTheirRuler) {
   }
 }
 
+std::uint64_t numberAt(const std::string& bytes, std::size_t offset, std::size_t width) {
+  std::uint64_t value = 0;
+  for (std::size_t index = width; index > 0; --index) {
+    value = value << 8U | static_cast<unsigned char>(bytes.at(offset + index - 1));
+  }
+  return value;
+}
+
+TEST(TracegenBlfPrinter, tellsInTheHeadHowTheRecordingEnded) {
+  BlfPrinter printer;
+  std::string log;
+  TextOutput output([&log](std::string_view piece) { log.append(piece); });
+  printer.printHeader(output);
+  Entry entry;
+  entry.kind = EntryKind::Data;
+  entry.bus = 1;
+  entry.dataLength = 8;
+  constexpr std::uint64_t kFrames = 3000;
+  for (std::uint64_t frame = 0; frame < kFrames; ++frame) {
+    entry.timeUs = frame * 1'000'000;
+    printer.printEntry(entry, output);
+  }
+  entry.kind = EntryKind::Comment;
+  printer.printEntry(entry, output);  // has no form
+  printer.printEnd(output);
+  output.flush();
+  EXPECT_EQ(numberAt(log, 32, 4), 0U);
+  const std::string head = printer.finalHeader();
+  ASSERT_EQ(head.size(), 144U);
+  EXPECT_EQ(head.substr(0, 4), "LOGG");
+  EXPECT_EQ(numberAt(head, 4, 4), 144U);
+  EXPECT_EQ(numberAt(head, 16, 8), log.size());
+  // Two containers, each with a header of 32 bytes, of objects of 56 bytes.
+  EXPECT_EQ(numberAt(head, 24, 8), 144 + 2 * 32 + kFrames * 56);
+  EXPECT_EQ(numberAt(head, 32, 4), kFrames);
+  const auto date = [&head](std::size_t offset) {
+    std::vector<std::uint64_t> fields;
+    for (std::size_t index = 0; index < 8; ++index) {
+      fields.push_back(numberAt(head, offset + 2 * index, 2));
+    }
+    return fields;
+  };
+  EXPECT_THAT(date(40), ElementsAre(2024, 3, 5, 1, 8, 0, 0, 0));
+  EXPECT_THAT(date(56), ElementsAre(2024, 3, 5, 1, 8, 49, 59, 0));
+}
+
 TEST(TracegenCandumpPrinter, printsFrames) {
   struct Case {
     const char* name;
@@ -530,6 +577,36 @@ TEST(Tracegen, writesTheSameFramesAsTrcAndAsLog) {
     const std::uint64_t timeUs = std::stoull(digits);
     EXPECT_EQ(parts[0], "(" + std::to_string(1709280000 + timeUs / 1000000) + "." +
                             std::to_string(1000000 + timeUs % 1000000).substr(1) + ")");
+  }
+}
+
+TEST(Tracegen, writesLinTracesWithTheirChecksums) {
+  RecordingOptions options = busyOptions();
+  options.form = Form::Lin;
+  options.maxMessages = 2000;
+  const std::vector<std::string> lines = splitLines(generateText(options));
+  ASSERT_GT(lines.size(), 1000U);
+  EXPECT_EQ(lines[0], ";$FILEVERSION=1.2");
+  for (std::size_t index = 5; index < lines.size(); ++index) {
+    const std::vector<std::string> tokens = splitTokens(lines[index]);
+    ASSERT_EQ(tokens[0], std::to_string(index - 4) + ")");
+    const std::uint32_t id = static_cast<std::uint32_t>(std::stoul(tokens[3], nullptr, 16));
+    const std::size_t length = std::stoul(tokens[4]);
+    ASSERT_LT(id, 64U);
+    if (tokens.back() == "SR") {
+      ASSERT_EQ(length, 0U);
+      continue;
+    }
+    ASSERT_EQ(tokens.size(), 7 + length) << lines[index];
+    // Identifier with parity, data and checksum add up to all ones.
+    const std::uint32_t p0 = (id ^ id >> 1 ^ id >> 2 ^ id >> 4) & 1U;
+    const std::uint32_t p1 = ~(id >> 1 ^ id >> 3 ^ id >> 4 ^ id >> 5) & 1U;
+    std::uint32_t sum = id | p0 << 6 | p1 << 7;
+    for (std::size_t at = 5; at <= 5 + length; ++at) {
+      sum += static_cast<std::uint32_t>(std::stoul(tokens[at], nullptr, 16));
+      sum = (sum & 0xFFU) + (sum >> 8);
+    }
+    ASSERT_EQ(sum, 0xFFU) << lines[index];
   }
 }
 

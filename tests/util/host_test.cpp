@@ -142,6 +142,15 @@ TEST(Command, argumentsReachTheProgramAsTheyAre) {
             9U);
 }
 
+TEST(Command, readAnswersOutputAndExitCode) {
+  const auto answer = runCommandAndRead("/bin/sh", {"-c", R"(printf '%s' "$1"; exit 9)", "sh", "a b \"c\" $HOME"}, 100);
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->output, "a b \"c\" $HOME");
+  EXPECT_EQ(answer->exitCode, 9U);
+  EXPECT_EQ(runCommandAndRead("/bin/sh", {"-c", "echo 12345"}, 3)->output, "123");
+  EXPECT_FALSE(runCommandAndRead("/nowhere/program", {}, 100));
+}
+
 TEST_F(Host, startCommandDoesNotWait) {
   ASSERT_EQ(::mkfifo(path("gate").c_str(), 0600), 0);
   platform::Process process;

@@ -8,8 +8,10 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "tracegen/blf_printer.hpp"
 #include "tracegen/btrc_printer.hpp"
 #include "tracegen/candump_printer.hpp"
+#include "tracegen/lin_printer.hpp"
 
 namespace tracegen {
 namespace {
@@ -43,6 +45,12 @@ void checkOptions(const RecordingOptions& options) {
 std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
   if (options.form == Form::Candump) {
     return std::make_unique<CandumpPrinter>();
+  }
+  if (options.form == Form::Blf) {
+    return std::make_unique<BlfPrinter>();
+  }
+  if (options.form == Form::Lin) {
+    return std::make_unique<LinPrinter>();
   }
   if (options.form == Form::Btrc) {
     return std::make_unique<BtrcPrinter>(BtrcForm{.seed = options.traffic.seed, .damageRate = options.damageRate});
@@ -94,6 +102,7 @@ RecordingSize generate(const RecordingOptions& options, const Sink& sink) {
     }
   }
   printer->printEnd(output);
+  size.finalHeader = printer->finalHeader();
   output.flush();
   size.bytes = output.written();
   return size;
@@ -108,7 +117,7 @@ RecordingSize generateFile(const RecordingOptions& options, const std::string& p
     });
   };
   if (path == "-") {
-    const RecordingSize size = writeTo(stdout);
+    RecordingSize size = writeTo(stdout);
     if (std::fflush(stdout) != 0) {
       throwFileFailure(path, errno);
     }
@@ -119,7 +128,12 @@ RecordingSize generateFile(const RecordingOptions& options, const std::string& p
   if (!file) {
     throwFileFailure(path, errno);
   }
-  const RecordingSize size = writeTo(file.get());
+  RecordingSize size = writeTo(file.get());
+  const std::string& header = size.finalHeader;
+  if (!header.empty() && (std::fseek(file.get(), 0, SEEK_SET) != 0 ||
+                          std::fwrite(header.data(), 1, header.size(), file.get()) != header.size())) {
+    throwFileFailure(path, errno);
+  }
   // Closing writes what stdio still holds, so its answer counts.
   if (std::fclose(file.release()) != 0) {
     throwFileFailure(path, errno);

@@ -11,7 +11,7 @@
 
 namespace tracegen {
 
-enum class Form : std::uint8_t { Trc, Candump, Btrc, Btr };
+enum class Form : std::uint8_t { Trc, Candump, Blf, Lin, Btrc, Btr };
 
 struct RecordingOptions {
   TrafficOptions traffic;
@@ -28,9 +28,11 @@ struct RecordingOptions {
 };
 
 struct RecordingSize {
-  std::uint64_t messages = 0;  // of the traffic; the candump form has no line for some
+  std::uint64_t messages = 0;  // of the traffic; the other forms have no place for some
   std::uint64_t comments = 0;
   std::uint64_t bytes = 0;
+  // What the head of a file is to be replaced with, where it tells how the recording ended; else empty.
+  std::string finalHeader;
 };
 
 // Throws std::invalid_argument when an option is outside its range, or when a version without a bus column is to hold

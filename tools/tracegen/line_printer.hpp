@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "tracegen/entry.hpp"
 #include "tracegen/text_output.hpp"
@@ -21,6 +22,8 @@ class LinePrinter {
   virtual void printEntry(const Entry& entry, TextOutput& output) = 0;
   // What stands behind the last entry.
   virtual void printEnd(TextOutput& /*output*/) {}
+  // What the header is once the end is known, as long as what printHeader printed; empty where it does not change.
+  [[nodiscard]] virtual std::string finalHeader() const { return {}; }
 };
 
 }  // namespace tracegen

@@ -51,12 +51,12 @@ void addOutputOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--file-version", arguments.version, "TRC version")
       ->check(CLI::IsMember({"1.1", "1.2", "1.3", "2.0", "2.1", "3.0"}))
       ->capture_default_str();
-  const std::map<std::string, tracegen::Form> forms{{"trc", tracegen::Form::Trc},
-                                                    {"candump", tracegen::Form::Candump},
-                                                    {"btrc", tracegen::Form::Btrc},
-                                                    {"btr", tracegen::Form::Btr}};
+  const std::map<std::string, tracegen::Form> forms{
+      {"trc", tracegen::Form::Trc}, {"candump", tracegen::Form::Candump}, {"blf", tracegen::Form::Blf},
+      {"lin", tracegen::Form::Lin}, {"btrc", tracegen::Form::Btrc},       {"btr", tracegen::Form::Btr}};
   app.add_option("--form", recording.form,
-                 "trc; the same traffic as a SocketCAN log: candump; as a binary trace: btrc; as session files: btr")
+                 "trc; the same traffic as a SocketCAN log: candump; as a binary trace: btrc; as session files: btr; "
+                 "as a binary log: blf; as a LIN trace: lin")
       ->transform(CLI::CheckedTransformer(forms));
   app.add_option("--damage-rate", recording.damageRate, "Damaged blocks of a btrc file, in 10000")
       ->capture_default_str();

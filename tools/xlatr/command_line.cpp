@@ -68,8 +68,7 @@ CLI::App* addFormats(CLI::App& app, FormatsArguments& arguments) {
   auto* command = app.add_subcommand("formats", "List the formats, their versions and what converts into what");
   command->add_flag("--json", arguments.json, "Print a JSON array with one object a format");
   command->footer(
-      "READS and WRITES say what 'xlatr convert' takes as SOURCE and as TARGET; blf is read by programs that use the\n"
-      "library's objects, and only they reach lin.\n\n"
+      "READS and WRITES say what 'xlatr convert' takes as SOURCE and as TARGET.\n\n"
       "Examples:\n"
       "  xlatr formats\n"
       "  xlatr formats --json");

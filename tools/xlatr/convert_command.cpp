@@ -6,6 +6,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "blf_conversion.hpp"
 #include "command_failure.hpp"
 #include "conversion_run.hpp"
 #include "formats.hpp"
@@ -58,7 +59,8 @@ double requireTargetVersion(const ConvertArguments& arguments, TraceFormat forma
   return *arguments.targetVersion;
 }
 
-char requireSeparator(const std::string& text) {
+char requireSeparator(const ConvertArguments& arguments) {
+  const std::string text = arguments.separator.value_or(";");
   if (text == "tab" || text == "\\t") {
     return '\t';
   }
@@ -87,7 +89,7 @@ std::vector<ConversionOption> conversionOptions(const ConvertArguments& argument
   }
   if (arguments.separator) {
     options.emplace_back().tag = XLATR_OPTION_SEPARATOR;
-    options.back().value.separator = requireSeparator(*arguments.separator);
+    options.back().value.separator = requireSeparator(arguments);
   }
   if (arguments.zipped) {
     options.push_back(flagOption(XLATR_OPTION_ZIPPED));
@@ -215,12 +217,18 @@ ExitCode runConvert(const ConvertArguments& arguments) {
   const TargetFiles files = targetFiles(arguments.target, format, version, sourceFormat);
   requireFreeTarget(arguments, files);
   request.target = files.pathForLibrary();
+  const bool fromBlf = sourceFormat == XLATR_FORMAT_BLF;
+  if (fromBlf) {
+    requireBlfConverter(arguments.source);
+  }
 
   watchForInterrupt();
   ConversionOutcome outcome;
   {
     ProgressBar bar(!arguments.quiet && errorOutputIsTerminal());
-    outcome = runConversion(request, [&bar](double percent) { bar.show(percent); });
+    const auto onProgress = [&bar](double percent) { bar.show(percent); };
+    outcome = fromBlf ? runBlfConversion(request, {files, version, requireSeparator(arguments)}, onProgress)
+                      : runConversion(request, onProgress);
   }
   if (outcome.interrupted) {
     const Leftover leftover = leftoverOf(files);

@@ -69,6 +69,11 @@ struct FormatFamily {
   TraceHeader (*header)(const std::string& path);
 };
 
+// A format whose files have versions of their own that no writer is to be asked for.
+std::vector<double> noVersions() {
+  return {};
+}
+
 constexpr std::array kFamilies{
     FormatFamily{
         XLATR_FORMAT_TRC, versionsOf<TrcInfo_GetSupportedVersions, TrcInfo_GetSupportedVersionsSize>,
@@ -78,6 +83,12 @@ constexpr std::array kFamilies{
     FormatFamily{
         XLATR_FORMAT_ASC, versionsOf<AscInfo_GetSupportedVersions, AscInfo_GetSupportedVersionsSize>,
         headerOf<AscInfo_Construct, AscInfo_Destruct, AscInfo_getValid, AscInfo_GetVersion, AscInfo_getStartTime>},
+    FormatFamily{
+        XLATR_FORMAT_LIN, versionsOf<KorlInfo_GetSupportedVersions, KorlInfo_GetSupportedVersionsSize>,
+        headerOf<KorlInfo_Construct, KorlInfo_Destruct, KorlInfo_getValid, KorlInfo_GetVersion, KorlInfo_getStartTime>},
+    FormatFamily{
+        XLATR_FORMAT_BLF, noVersions,
+        headerOf<BlfInfo_Construct, BlfInfo_Destruct, BlfInfo_getValid, BlfInfo_GetVersion, BlfInfo_getStartTime>},
     FormatFamily{
         XLATR_FORMAT_BTRC, versionsOf<BtrcInfo_GetSupportedVersions, BtrcInfo_GetSupportedVersionsSize>,
         headerOf<BtrcInfo_Construct, BtrcInfo_Destruct, BtrcInfo_GetValid, BtrcInfo_GetVersion, BtrcInfo_getStartTime>},
@@ -170,11 +181,11 @@ TraceFormat formatOfFile(const std::string& path) {
 }
 
 bool isConversionSource(TraceFormat format) {
-  return format != XLATR_FORMAT_BLF && xlatr_get_formats_convertible_from(format) != XLATR_FORMAT_NONE;
+  return xlatr_get_formats_convertible_from(format) != XLATR_FORMAT_NONE;
 }
 
 bool isConversionTarget(TraceFormat format) {
-  return (xlatr_get_formats_convertible_to(format) & ~XLATR_FORMAT_BLF) != XLATR_FORMAT_NONE;
+  return xlatr_get_formats_convertible_to(format) != XLATR_FORMAT_NONE;
 }
 
 std::vector<double> formatVersions(TraceFormat format) {

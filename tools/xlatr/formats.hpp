@@ -48,8 +48,7 @@ struct TraceHeader {
 // The format of a file that exists, from its extension; XLATR_FORMAT_NONE for any other path.
 [[nodiscard]] TraceFormat formatOfFile(const std::string& path);
 
-// Whether a conversion can have the format as its source, or as its target. BLF is read through the library's objects
-// only, so what can be reached from BLF alone is no target.
+// Whether a conversion can have the format as its source, or as its target.
 [[nodiscard]] bool isConversionSource(TraceFormat format);
 [[nodiscard]] bool isConversionTarget(TraceFormat format);
 

@@ -39,6 +39,24 @@ void mapToAsc(const BrixMessage& source, AscMessage& target) {
   target.commentText.assign(source.comment);
 }
 
+void mapToAsc(const KorlMessage& source, AscMessage& target) {
+  constexpr double kMicrosecondsPerSecond = 1e6;
+  target.reset();
+  if (source.getLength() > kMaxLinLength) {
+    return;
+  }
+  target.data.reserve(kReservedBytes);
+  target.time = static_cast<double>(source.timestamp) / kMicrosecondsPerSecond;
+  target.bus = 1;
+  target.type = MessageType::Rx;
+  target.direction = messageDirectionOf(source.direction);
+  target.frameClass = AscFrameClass::Classic;
+  target.id = source.getIdentifier();
+  target.valid = source.getValid();
+  target.length = source.getLength();
+  target.data.assign(source.data.begin(), source.data.end());
+}
+
 void mapToAsc(const SessionMessage& source, AscMessage& target) {
   constexpr std::uint32_t kErrorLength = 4;
   const MsgEntry& entry = source.entry;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/lin/lin_message.hpp"
 #include "formats/native/session_message.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
@@ -16,5 +17,9 @@ void mapToAsc(const SessionMessage& source, AscMessage& target);
 
 // As above, but for the counters of an error, which move behind two zero bytes.
 void mapToAsc(const ZelkBinaryMessage& source, AscMessage& target);
+
+// A LIN frame becomes one of CAN on bus 1 and of type Rx; one of more than 8 bytes leaves the message empty and not
+// valid.
+void mapToAsc(const KorlMessage& source, AscMessage& target);
 
 }  // namespace xlatr

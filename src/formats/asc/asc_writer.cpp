@@ -10,7 +10,7 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<BrixMessage, SessionMessage, ZelkBinaryMessage>;
+using Accepted = MessageClasses<BrixMessage, SessionMessage, KorlMessage, ZelkBinaryMessage>;
 
 }  // namespace
 
@@ -60,6 +60,10 @@ void AscWriter::write(const BrixMessage& message) {
     WriteComment(line_.view());
     return;
   }
+  writeMapped(message);
+}
+
+void AscWriter::write(const KorlMessage& message) {
   writeMapped(message);
 }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/lin/lin_message.hpp"
 #include "formats/native/session_message.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
@@ -32,6 +33,7 @@ class AscWriter final : public TraceWriterText {
 
  private:
   void write(const BrixMessage& message);
+  void write(const KorlMessage& message);
   void write(const SessionMessage& message);
   void write(const ZelkBinaryMessage& message);
   template <class Other>

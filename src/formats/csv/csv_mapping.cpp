@@ -9,19 +9,24 @@ namespace {
 constexpr std::uint32_t kMaxPayload = 2048;
 constexpr std::size_t kDataRoom = 2050;
 
-// What messages of a CAN bus have in common, whatever format they are of.
-void takeCommon(const MessageStyleCan& source, CsvMessage& target) {
+// What all messages have in common.
+void takeMessage(const Message& source, CsvMessage& target) {
   target.reset();
   target.id = source.getIdentifier();
   target.valid = source.getValid();
   target.length = source.getLength();
+}
+
+// What those of a CAN bus have in common, whatever format they are of.
+void takeCommon(const MessageStyleCan& source, CsvMessage& target) {
+  takeMessage(source, target);
   target.bus = source.bus;
   target.type = source.type;
   target.direction = source.direction;
   target.extended = source.extended;
 }
 
-void takeData(const MessageStyleCan& source, CsvMessage& target) {
+void takeData(const Message& source, CsvMessage& target) {
   target.data.reserve(kDataRoom);
   target.data.assign(source.data.begin(), source.data.end());
 }
@@ -30,6 +35,16 @@ void takeData(const MessageStyleCan& source, CsvMessage& target) {
 // line and gets no memory.
 void setZeros(CsvMessage& target) {
   target.data.assign(std::min(target.length, kMaxPayload), 0);
+}
+
+// A frame of a LIN bus as a row, which has no column for what CAN does not have. Any error makes it an error frame.
+void takeLinFrame(const Message& source, DirectionType direction, std::uint32_t errorFlags, CsvMessage& target) {
+  takeMessage(source, target);
+  target.bus = 1;
+  target.type = MessageType::Rx;
+  target.direction = messageDirectionOf(direction);
+  target.kind = errorFlags > 0 ? MessageKind::ER : MessageKind::DT;
+  takeData(source, target);
 }
 
 void takePayload(const MessageStyleCan& source, CsvMessage& target) {
@@ -104,6 +119,29 @@ void mapToCsv(const AscMessage& source, CsvMessage& target) {
   target.kind = kindOf(source);
   target.remote = source.isRemote();
   takeData(source, target);
+}
+
+void mapToCsv(const KorlMessage& source, CsvMessage& target) {
+  constexpr double kMicrosecondsPerMillisecond = 1000.0;
+  if (source.getLength() > kMaxLinLength) {
+    target.reset();
+    return;
+  }
+  takeLinFrame(source, source.direction, source.errorFlags, target);
+  target.time = static_cast<double>(source.timestamp) / kMicrosecondsPerMillisecond;
+}
+
+void mapToCsv(const BlfCanMessage& source, CsvMessage& target) {
+  takeCommon(source, target);
+  target.time = source.milliseconds();
+  target.kind = source.kind();
+  target.remote = source.remote;
+  takeData(source, target);
+}
+
+void mapToCsv(const BlfLinMessage& source, CsvMessage& target) {
+  takeLinFrame(source, source.linDirection, source.errorFlags, target);
+  target.time = source.milliseconds();
 }
 
 void mapToCsv(const ZelkBinaryMessage& source, CsvMessage& target) {

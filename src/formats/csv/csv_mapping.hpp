@@ -2,7 +2,9 @@
 #pragma once
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/blf/blf_message.hpp"
 #include "formats/csv/csv_message.hpp"
+#include "formats/lin/lin_message.hpp"
 #include "formats/native/session_message.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
@@ -14,6 +16,10 @@ namespace xlatr {
 void mapToCsv(const BrixMessage& source, CsvMessage& target);
 void mapToCsv(const SessionMessage& source, CsvMessage& target);
 void mapToCsv(const AscMessage& source, CsvMessage& target);
+// One of more than 8 bytes leaves the row as a new one.
+void mapToCsv(const KorlMessage& source, CsvMessage& target);
+void mapToCsv(const BlfCanMessage& source, CsvMessage& target);
+void mapToCsv(const BlfLinMessage& source, CsvMessage& target);
 void mapToCsv(const ZelkBinaryMessage& source, CsvMessage& target);
 
 }  // namespace xlatr

@@ -26,20 +26,8 @@ void CsvMessage::reset() {
   sec = 0;
   wideRow = false;
   parsingText.clear();
-  objectType = 0;
-  objectTimestamp = 0;
-  objectFlags = 0;
+  static_cast<BlfObjectFields&>(*this) = {};
   comment.clear();
-  blfId = 0;
-  channel = 0;
-  flags = 0;
-  flagsExt = 0;
-  ecc = 0;
-  canFdFlags = 0;
-  dir = 0;
-  crc = 0;
-  objectVersion = 0;
-  checksumModel = 0;
 }
 
 void CsvMessage::parseRow(std::string_view row, bool blfRow) {

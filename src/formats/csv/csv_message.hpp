@@ -12,9 +12,26 @@
 
 namespace xlatr {
 
+// What the rows of the external BLF converter hold of an object, named as its columns are.
+struct BlfObjectFields {
+  std::uint32_t objectType = 0;
+  std::uint64_t objectTimestamp = 0;  // 10 microseconds when the object's flag is 1, otherwise nanoseconds
+  std::uint32_t objectFlags = 0;
+  std::uint32_t blfId = 0;
+  std::uint16_t channel = 0;
+  std::uint32_t flags = 0;
+  std::uint16_t flagsExt = 0;
+  std::uint8_t ecc = 0;
+  std::uint8_t canFdFlags = 0;
+  std::uint8_t dir = 0;
+  std::uint16_t crc = 0;
+  std::uint16_t objectVersion = 0;
+  std::uint8_t checksumModel = 0;
+};
+
 // One row, of the table that is written here or of the wider one that the external BLF converter writes, and what
 // becomes one. Bus numbers count from 1.
-class CsvMessage final : public MessageStyleCan {
+class CsvMessage final : public MessageStyleCan, public BlfObjectFields {
  public:
   CsvMessage() = default;
   explicit CsvMessage(std::string columnSeparator) : separator(std::move(columnSeparator)) {}
@@ -45,21 +62,7 @@ class CsvMessage final : public MessageStyleCan {
   bool wideRow = false;     // the row has the columns of CAN XL
   std::string parsingText;  // the row as read
 
-  // What the rows of the external converter hold, named as its columns are.
-  std::uint32_t objectType = 0;
-  std::uint64_t objectTimestamp = 0;  // 10 microseconds when the object's flag is 1, otherwise nanoseconds
-  std::uint32_t objectFlags = 0;
-  std::string comment;
-  std::uint32_t blfId = 0;
-  std::uint16_t channel = 0;
-  std::uint32_t flags = 0;
-  std::uint16_t flagsExt = 0;
-  std::uint8_t ecc = 0;
-  std::uint8_t canFdFlags = 0;
-  std::uint8_t dir = 0;
-  std::uint16_t crc = 0;
-  std::uint16_t objectVersion = 0;
-  std::uint8_t checksumModel = 0;
+  std::string comment;  // of a row of the external converter that is not valid: why
 
   std::string separator;  // between cells; when reading, each of its characters is one
   CsvColumns columns;     // where a row that is read has its cells

@@ -1,7 +1,10 @@
 #include "formats/csv/csv_parser.hpp"
 
+#include <type_traits>
+
 #include "formats/csv/csv_cells.hpp"
 #include "util/numbers.hpp"
+#include "util/text.hpp"
 
 namespace xlatr {
 namespace {
@@ -23,6 +26,13 @@ class RowParser {
   template <class Number, class Field>
   bool number(CsvColumn column, bool (*parse)(std::string_view, Number&) noexcept, Field& field) {
     const auto cell = cellOf(column);
+    // Most cells are a single digit, which every parser of integers reads in the same way.
+    if constexpr (!std::is_same_v<Number, bool>) {
+      if (cell && cell->size() == 1 && isDecimalDigit(cell->front())) {
+        field = static_cast<Field>(cell->front() - '0');
+        return true;
+      }
+    }
     Number value{};
     if (!cell || !parse(*cell, value)) {
       return false;

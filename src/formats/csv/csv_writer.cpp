@@ -15,7 +15,8 @@ namespace {
 
 constexpr char kDefaultSeparator[] = ";";
 
-using Accepted = MessageClasses<BrixMessage, SessionMessage, AscMessage, ZelkBinaryMessage>;
+using Accepted = MessageClasses<BrixMessage, SessionMessage, AscMessage, KorlMessage, ZelkBinaryMessage, BlfCanMessage,
+                                BlfLinMessage>;
 
 }  // namespace
 

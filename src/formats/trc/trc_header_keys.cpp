@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "util/date_time.hpp"
-#include "util/numbers.hpp"
+#include "util/key_search.hpp"
 #include "util/text.hpp"
 
 namespace xlatr {
@@ -14,31 +14,6 @@ namespace {
 bool isAlphanumeric(char character) {
   const char upper = toUpperAscii(character);
   return isDecimalDigit(character) || (upper >= 'A' && upper <= 'Z');
-}
-
-// Looks for `key` and hands what stands behind it to `match`, occurrence after occurrence, until that answers
-// something.
-template <class Match>
-auto searchBehind(std::string_view line, std::string_view key, Match match) -> decltype(match(line)) {
-  for (auto at = line.find(key); at != std::string_view::npos; at = line.find(key, at + 1)) {
-    if (auto found = match(line.substr(at + key.size()))) {
-      return found;
-    }
-  }
-  return std::nullopt;
-}
-
-// Digits, a point, digits.
-std::optional<double> matchNumber(std::string_view text) {
-  const std::size_t whole = countLeading(text, isDecimalDigit);
-  if (whole == 0 || whole == text.size() || text[whole] != '.') {
-    return std::nullopt;
-  }
-  const std::size_t fraction = countLeading(text.substr(whole + 1), isDecimalDigit);
-  if (fraction == 0) {
-    return std::nullopt;
-  }
-  return parseRealPrefix(text.substr(0, whole + 1 + fraction)).value;
 }
 
 // Blanks, then dd.mm.yyyy HH:MM: and the seconds with whatever fraction; answers all of it.
@@ -121,11 +96,11 @@ bool hasOldStyleMark(std::string_view line) {
 
 void TrcHeaderKeys::look(std::string_view line) {
   if (!fileVersion_) {
-    fileVersion_ = searchBehind(line, "$FILEVERSION=", matchNumber);
+    fileVersion_ = searchBehind(line, "$FILEVERSION=", matchPointNumber);
   }
   hasOldStyleMark_ = hasOldStyleMark_ || hasOldStyleMark(line);
   if (!startNumber_) {
-    startNumber_ = searchBehind(line, "$STARTTIME=", matchNumber);
+    startNumber_ = searchBehind(line, "$STARTTIME=", matchPointNumber);
   }
   if (!startText_) {
     startText_ = searchBehind(line, "Start time:", matchDate);

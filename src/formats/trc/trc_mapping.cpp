@@ -12,6 +12,18 @@ void prepare(BrixMessage& target) {
   target.data.reserve(kReservedBytes);
 }
 
+// The same for one of a CAN bus, with what all those have in common.
+void prepare(const MessageStyleCan& source, BrixMessage& target) {
+  prepare(target);
+  target.bus = source.bus;
+  target.id = source.id;
+  target.extended = source.extended;
+  target.valid = source.getValid();
+  target.length = source.length;
+  target.type = source.type;
+  target.direction = source.direction;
+}
+
 void setErrorCounters(const AscMessage& source, BrixMessage& target) {
   target.kind = MessageKind::EC;
   target.direction = MessageDirection::Rx;
@@ -39,15 +51,8 @@ void setStatus(std::string_view text, BrixMessage& target) {
 }  // namespace
 
 void mapToTrc(const AscMessage& source, BrixMessage& target) {
-  prepare(target);
+  prepare(source, target);
   target.timeOffset = source.time * 1000.0;
-  target.bus = source.bus;
-  target.id = source.id;
-  target.extended = source.extended;
-  target.valid = source.valid;
-  target.length = source.length;
-  target.type = source.type;
-  target.direction = source.direction;
   target.remote = source.isRemote();
   switch (source.type) {
     case MessageType::Rx:
@@ -112,6 +117,20 @@ void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target) {
   target.remote = source.remote;
   target.parsingText = source.commentary;
   if (!target.remote) {
+    target.data.assign(source.data.begin(), source.data.end());
+  }
+}
+
+void mapToTrc(const BlfCanMessage& source, BrixMessage& target) {
+  prepare(source, target);
+  target.timeOffset = source.milliseconds();
+  target.kind = source.kind();
+  target.remote = source.remote;
+  if (source.type == MessageType::Error) {
+    setError(source.errorByte, target);
+  } else if (source.remote) {
+    target.length = 0;
+  } else {
     target.data.assign(source.data.begin(), source.data.end());
   }
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/blf/blf_message.hpp"
 #include "formats/native/session_message.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
@@ -17,5 +18,8 @@ void mapToTrc(const SessionMessage& source, BrixMessage& target);
 
 // The text of a record that is no frame becomes the parsing text, which no file shows.
 void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target);
+
+// A remote frame loses its length with its data, which no log keeps. An error frame is told by its ECC as above.
+void mapToTrc(const BlfCanMessage& source, BrixMessage& target);
 
 }  // namespace xlatr

@@ -14,11 +14,9 @@ std::unique_ptr<BrixMessage> TrcReader::ReadNextMessage() {
 
 bool TrcReader::readInto(BrixMessage& message) {
   std::string_view line;
-  do {
-    if (!readLine(line)) {
-      return false;
-    }
-  } while (!line.empty() && line.front() == ';');
+  if (!readLineBehindComments(line)) {
+    return false;
+  }
   message.reset();
   message.columnSet = info_.columnSet();
   if (!line.empty()) {

@@ -16,7 +16,8 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<ZelkBinaryMessage, BrixMessage, SessionMessage, AscMessage>;
+using Accepted =
+    MessageClasses<ZelkBinaryMessage, BrixMessage, SessionMessage, AscMessage, BlfCanMessage, BlfLinMessage>;
 
 // The columns that a version's header announces; below 2.0 there is nothing to announce.
 std::optional<TrcColumnSet> announcedColumns(TrcVersion version) {
@@ -96,6 +97,10 @@ void TrcWriter::write(const BrixMessage& message) {
     writeLine(line_.view());
     ++messageCount_;
   }
+}
+
+void TrcWriter::write(const BlfLinMessage& message) {
+  WriteComment(message.getAsCommentary() + " (LIN)");
 }
 
 // A message of another format has its number whether or not it has a text.

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "formats/blf/blf_message.hpp"
 #include "formats/trc/trc_columns.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
@@ -27,7 +28,8 @@ class TrcWriter final : public TraceWriterText {
   void WriteHeader(const ITraceInfo& source) override;
   // A text that begins with ";" stays as it is, any other gets it in front.
   void WriteComment(std::string_view text) override;
-  // A message of a TRC trace whose text is empty takes no number; one of another format does.
+  // A message of a TRC trace whose text is empty takes no number; one of another format does. A LIN frame of a BLF log
+  // becomes a comment.
   void WriteMessage(const IMessage& message) override;
   [[nodiscard]] TraceFormat getTargetFormat() const override { return XLATR_FORMAT_TRC; }
 
@@ -36,6 +38,7 @@ class TrcWriter final : public TraceWriterText {
 
  private:
   void write(const BrixMessage& message);
+  void write(const BlfLinMessage& message);
   template <class Other>
   void write(const Other& message);
 

@@ -32,6 +32,10 @@ std::uint64_t fileSize(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && status.st_size > 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
+void removeFile(const std::string& path) {
+  ::unlink(path.c_str());
+}
+
 File::File(int descriptor, std::string path) : descriptor_(descriptor), path_(std::move(path)) {}
 
 File::~File() {

@@ -1,5 +1,7 @@
 #include "platform/process.hpp"
 
+#include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/types.h>
@@ -7,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <thread>
 #include <utility>
@@ -17,6 +20,13 @@ namespace xlatr::platform {
 struct Process::State {
   pid_t id = 0;
   std::optional<std::uint32_t> exitCode;
+};
+
+struct Process::Launch {
+  const std::string& program;
+  std::span<const std::string> arguments;
+  StandardStreams streams;
+  int output = -1;  // the descriptor that gets the standard output instead, if any
 };
 
 namespace {
@@ -36,6 +46,12 @@ class FileActions {
   FileActions(const FileActions&) = delete;
   FileActions& operator=(const FileActions&) = delete;
 
+  bool openNothing(int descriptor, int flags) {
+    return made_ && ::posix_spawn_file_actions_addopen(&actions_, descriptor, "/dev/null", flags, 0) == 0;
+  }
+  bool duplicate(int descriptor, int target) {
+    return made_ && ::posix_spawn_file_actions_adddup2(&actions_, descriptor, target) == 0;
+  }
   bool closeFrom(int descriptor) {
     return made_ && ::posix_spawn_file_actions_addclosefrom_np(&actions_, descriptor) == 0;
   }
@@ -68,6 +84,54 @@ class SpawnAttributes {
  private:
   posix_spawnattr_t attributes_{};
   bool made_;
+};
+
+// What a program prints. Reading never blocks for longer than asked.
+class Pipe {
+ public:
+  Pipe() {
+    if (::pipe2(ends_.data(), O_CLOEXEC) != 0) {
+      ends_ = {-1, -1};
+    }
+  }
+  ~Pipe() {
+    closeWriteEnd();
+    if (isOpen()) {
+      ::close(ends_[0]);
+    }
+  }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+
+  [[nodiscard]] bool isOpen() const { return ends_[0] >= 0; }
+  [[nodiscard]] int writeEnd() const { return ends_[1]; }
+  void closeWriteEnd() {
+    if (ends_[1] >= 0) {
+      ::close(std::exchange(ends_[1], -1));
+    }
+  }
+  [[nodiscard]] bool atEnd() const { return atEnd_; }
+
+  // Appends what there is, but never more than makes `text` of size `most`; the rest is lost. False when there was
+  // nothing within the limit.
+  bool read(std::string& text, std::size_t most, std::chrono::milliseconds limit) {
+    pollfd wanted{.fd = ends_[0], .events = POLLIN, .revents = 0};
+    if (atEnd_ || ::poll(&wanted, 1, static_cast<int>(limit.count())) <= 0) {
+      return false;
+    }
+    std::array<char, 4096> piece;
+    const ssize_t count = ::read(ends_[0], piece.data(), piece.size());
+    if (count <= 0) {
+      atEnd_ = count == 0 || errno != EINTR;
+      return false;
+    }
+    text.append(piece.data(), std::min(static_cast<std::size_t>(count), most - std::min(most, text.size())));
+    return true;
+  }
+
+ private:
+  std::array<int, 2> ends_{-1, -1};
+  bool atEnd_ = false;
 };
 
 // The exit code if the program has ended, also if nobody can tell it any more: a host that ignores SIGCHLD or reaps all
@@ -107,17 +171,28 @@ Process::~Process() {
   }
 }
 
-bool Process::start(const std::string& program, std::span<const std::string> arguments) {
+bool Process::start(const std::string& program, std::span<const std::string> arguments, StandardStreams streams) {
+  return start(Launch{.program = program, .arguments = arguments, .streams = streams});
+}
+
+bool Process::start(const Launch& launch) {
   *this = Process();
   FileActions actions;
   SpawnAttributes attributes;
+  if (launch.streams == StandardStreams::Closed &&
+      (!actions.openNothing(STDIN_FILENO, O_RDONLY) || !actions.openNothing(STDOUT_FILENO, O_WRONLY))) {
+    return false;
+  }
+  if (launch.output >= 0 && !actions.duplicate(launch.output, STDOUT_FILENO)) {
+    return false;
+  }
   if (!actions.closeFrom(kFirstPrivateDescriptor) || !attributes.unblockSignals()) {
     return false;
   }
   std::vector<std::string> words;
-  words.reserve(arguments.size() + 1);
-  words.push_back(program);
-  words.insert(words.end(), arguments.begin(), arguments.end());
+  words.reserve(launch.arguments.size() + 1);
+  words.push_back(launch.program);
+  words.insert(words.end(), launch.arguments.begin(), launch.arguments.end());
   std::vector<char*> pointers;
   pointers.reserve(words.size() + 1);
   for (std::string& word : words) {
@@ -126,11 +201,33 @@ bool Process::start(const std::string& program, std::span<const std::string> arg
   pointers.push_back(nullptr);
 
   auto state = std::make_unique<State>();
-  if (::posix_spawnp(&state->id, program.c_str(), actions.get(), attributes.get(), pointers.data(), ::environ) != 0) {
+  if (::posix_spawnp(&state->id, launch.program.c_str(), actions.get(), attributes.get(), pointers.data(), ::environ) !=
+      0) {
     return false;
   }
   state_ = std::move(state);
   return true;
+}
+
+std::optional<std::string> Process::run(const std::string& program, std::span<const std::string> arguments,
+                                        std::size_t most) {
+  Pipe pipe;
+  if (!pipe.isOpen() ||
+      !start(Launch{
+          .program = program, .arguments = arguments, .streams = StandardStreams::Closed, .output = pipe.writeEnd()})) {
+    return std::nullopt;
+  }
+  pipe.closeWriteEnd();
+  std::string output;
+  bool running = true;
+  // What the program itself has started may hold the pipe open, and print, for longer than the program lives.
+  do {
+    running = !waitFor(std::chrono::milliseconds(0));
+    while (pipe.read(output, most, running ? kPollInterval : std::chrono::milliseconds(0)) && output.size() < most) {
+    }
+  } while (running && !pipe.atEnd());
+  static_cast<void>(wait());
+  return output;
 }
 
 std::optional<std::uint32_t> Process::waitFor(std::chrono::milliseconds limit) {
@@ -159,6 +256,13 @@ std::uint32_t Process::wait() {
     state_->exitCode = reap(state_->id, 0);
   }
   return state_->exitCode.value_or(kNoExitCode);
+}
+
+void Process::terminate() {
+  if (state_ && !waitFor(std::chrono::milliseconds(0))) {
+    ::kill(state_->id, SIGKILL);
+    static_cast<void>(wait());
+  }
 }
 
 }  // namespace xlatr::platform

@@ -1,0 +1,12 @@
+// A LIN trace as the source of a conversion.
+#pragma once
+
+#include <memory>
+
+#include "core/trace_source.hpp"
+
+namespace xlatr {
+
+[[nodiscard]] std::unique_ptr<TraceSource> makeLinSource(const TraceFileInfo& file);
+
+}  // namespace xlatr

@@ -1,0 +1,125 @@
+#include "formats/blf/blf_reader.hpp"
+
+#include <chrono>
+#include <utility>
+
+#include "formats/blf/abandoned_converters.hpp"
+#include "platform/files.hpp"
+#include "util/failures.hpp"
+#include "util/host.hpp"
+#include "util/paths.hpp"
+
+namespace xlatr {
+
+BlfReader::BlfReader(BlfInfo info, std::string temporaryFolder)
+    : info_(std::move(info)), temporaryFolder_(std::move(temporaryFolder)) {
+  // The list must outlive every reader, also one that lives as long as the process.
+  AbandonedConverters::instance().sweep();
+}
+
+BlfReader::~BlfReader() {
+  BlfReader::close();
+}
+
+double BlfReader::getPercentDone() const {
+  constexpr double kShare = 0.5;
+  return static_cast<double>(objectsRead_) * 100.0 / info_.objectsCount() * kShare + conversionProgress_ * kShare;
+}
+
+bool BlfReader::open() {
+  close();
+  objectsRead_ = 0;
+  invalidCount_ = 0;
+  lineCount_ = 0;
+  conversionProgress_ = 0.0;
+  failure_.clear();
+  std::string path;
+  if (!makeUniqueFilePath(temporaryFolder_, "BLF", "CSV", path)) {
+    throwProcessingFailure("Cannot get temporary file. Check path length.");
+  }
+  temporaryPath_ = std::move(path);
+  if (!info_.converter().start(info_.getPath(), temporaryPath_, blockName(), process_)) {
+    temporaryPath_.clear();
+    throwProcessingFailure("Cannot launch BLF to CSV");
+  }
+  sharedBlock_.emplace(blockName());
+  return true;
+}
+
+std::string BlfReader::blockName() const {
+  return getFileStem(temporaryPath_);
+}
+
+bool BlfReader::InitializePhaseTwoWaitBlfToCsv(std::int32_t& exitCode) {
+  constexpr std::chrono::milliseconds kWait(10);
+  constexpr double kProgressUnit = 100.0;
+  if (sharedBlock_ && sharedBlock_->isOpen()) {
+    if (const auto progress = sharedBlock_->readProgress()) {
+      conversionProgress_ = *progress / kProgressUnit;
+    }
+  }
+  exitCode = -1;
+  const auto ended = process_.waitFor(kWait);
+  if (!ended) {
+    return false;
+  }
+  exitCode = static_cast<std::int32_t>(*ended);
+  return true;
+}
+
+void BlfReader::InitializePhaseThreePrepareCsvReader(std::int32_t exitCode) {
+  if (exitCode != 0) {
+    throwProcessingFailure("Error while converting BLF to temporary CSV " + std::to_string(exitCode));
+  }
+  csvReader_ = std::make_unique<CsvReader>(CsvInfo(TraceFileInfo(temporaryPath_)));
+  active_ = csvReader_->setActive(true);
+  failure_ = csvReader_->failure();
+}
+
+bool BlfReader::KillBlfToCsv() {
+  return sharedBlock_ && sharedBlock_->isOpen() && sharedBlock_->requestStop();
+}
+
+double BlfReader::getCSVInfoStartTime() const {
+  return csvReader_ ? csvReader_->getTrace().getStartTime() : 0.0;
+}
+
+bool BlfReader::ReadNextMessage(std::unique_ptr<BlfMessage>& message) {
+  message.reset();
+  if (!active_ || !csvReader_->readInto(row_)) {
+    failure_ = active_ ? csvReader_->failure() : failure_;
+    return false;
+  }
+  ++objectsRead_;
+  lineCount_ = csvReader_->lineCount();
+  message = makeBlfMessage(row_);
+  invalidCount_ += message->valid ? 0U : 1U;
+  return true;
+}
+
+void BlfReader::close() {
+  letConverterGo();
+  csvReader_.reset();
+  if (!temporaryPath_.empty()) {
+    platform::removeFile(temporaryPath_);
+    temporaryPath_.clear();
+  }
+  active_ = false;
+}
+
+// A converter that still runs is not ended: it may be one that some other program watches. What it leaves is seen to.
+void BlfReader::letConverterGo() {
+  sharedBlock_.reset();
+  if (!process_.isStarted()) {
+    return;
+  }
+  if (process_.waitFor(std::chrono::milliseconds(0))) {
+    // What it made after the library had taken the names away.
+    BlfSharedBlock::removeNames(blockName());
+    process_ = platform::Process();
+  } else {
+    AbandonedConverters::instance().add(std::move(process_), temporaryPath_, blockName());
+  }
+}
+
+}  // namespace xlatr

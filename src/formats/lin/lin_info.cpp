@@ -1,0 +1,43 @@
+#include "formats/lin/lin_info.hpp"
+
+#include <exception>
+#include <utility>
+
+#include "formats/lin/lin_header_keys.hpp"
+#include "io/line_input.hpp"
+#include "util/files.hpp"
+
+namespace xlatr {
+
+KorlInfo::KorlInfo(TraceFileInfo file) : TraceInfo(std::move(file), XLATR_FORMAT_LIN) {
+  if (!isOfOwnFormat()) {
+    return;
+  }
+  lineBreakSize_ = static_cast<std::uint8_t>(detectLineEnding(getPath()));
+  try {
+    readHeader();
+  } catch (const std::exception&) {
+    // Half a header tells nothing, nor does one with a date that is none.
+    headerLength_ = 0;
+    fileVersion_ = 0.0;
+    startTime_ = 0.0;
+  }
+}
+
+bool KorlInfo::getValid() const {
+  return isOfOwnFormat() && fileVersion_ >= getLowestVersion() && fileVersion_ <= getCurrentVersion();
+}
+
+void KorlInfo::readHeader() {
+  LinHeaderKeys keys;
+  LineInput input(getPath());
+  std::string_view line;
+  while (input.next(line) && !line.empty() && line.front() == ';') {
+    keys.look(line);
+    headerLength_ = input.position();
+  }
+  fileVersion_ = keys.fileVersion();
+  startTime_ = keys.startTime();
+}
+
+}  // namespace xlatr

@@ -1,0 +1,71 @@
+#include "formats/lin/lin_parser.hpp"
+
+#include <optional>
+
+#include "util/numbers.hpp"
+#include "util/token_cursor.hpp"
+
+namespace xlatr {
+namespace {
+
+using LinTokens = TokenCursor<' '>;
+
+// Takes a token off the line and hands it to one of the enumerations' try forms.
+template <class Enum>
+bool takeWord(LinTokens& tokens, std::optional<Enum> (*parse)(std::string_view) noexcept, Enum& field) {
+  const auto value = parse(tokens.take());
+  field = value.value_or(field);
+  return value.has_value();
+}
+
+// A number of the strict kind may be empty, a token that is missing is none.
+bool takeNumber(LinTokens& tokens, std::uint32_t& field, int base) {
+  return !tokens.atEnd() && tryParseUInt32(tokens.take(), field, base);
+}
+
+// Frames with errors print "--" for each of their bytes.
+bool takeData(LinTokens& tokens, KorlMessage& message) {
+  for (std::uint32_t left = message.length; left > 0; --left) {
+    std::uint8_t byte = 0;
+    if (tokens.takeHexPairs({&byte, 1}) == 0 && tokens.take() != "--") {
+      return false;
+    }
+    message.data.push_back(byte);
+  }
+  return true;
+}
+
+// Codes joined by slashes, such as "CK/TO". An empty one between slashes is none.
+bool parseErrors(std::string_view text, std::uint32_t& flags) {
+  for (std::size_t at = 0; at <= text.size();) {
+    const std::string_view code = text.substr(at, text.find('/', at) - at);
+    const auto value = tryErrorCodeFromText(code);
+    if (!value) {
+      return false;
+    }
+    flags |= static_cast<std::uint32_t>(*value);
+    at += code.size() + 1;
+  }
+  return true;
+}
+
+bool parse(LinTokens tokens, KorlMessage& message) {
+  tokens.take();  // the number of the frame
+  if (tokens.atEnd() || !tryParseUInt64(tokens.take(), message.timestamp) ||
+      !takeWord(tokens, tryDirectionTypeFromText, message.direction) || !takeNumber(tokens, message.id, 16) ||
+      !takeNumber(tokens, message.length, 10) || !takeData(tokens, message) ||
+      !takeNumber(tokens, message.checksum, 16) || !takeWord(tokens, tryChecksumTypeFromText, message.checksumType)) {
+    return false;
+  }
+  const std::string_view last = tokens.take();
+  // With more behind it the token is not that of the errors.
+  return last.empty() || !tokens.atEnd() || parseErrors(last, message.errorFlags);
+}
+
+}  // namespace
+
+void parseLinLine(std::string_view line, KorlMessage& message) {
+  message.valid = parse(LinTokens(line), message);
+}
+
+}  // namespace xlatr

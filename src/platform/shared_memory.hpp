@@ -1,0 +1,60 @@
+// What this process shares with another one under a name: a piece of memory and the lock that guards it.
+//
+// A name belongs to whoever comes first, and the other one attaches to what is there. Only processes of the same user
+// can. Nothing here raises a failure.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <span>
+#include <string>
+
+namespace xlatr::platform {
+
+// A few bytes of memory. One thread at a time.
+class SharedMemory {
+ public:
+  SharedMemory() = default;
+  ~SharedMemory() { close(); }
+  SharedMemory(const SharedMemory&) = delete;
+  SharedMemory& operator=(const SharedMemory&) = delete;
+
+  // Makes the memory of this name, zeroed, or attaches to it. False if that fails.
+  [[nodiscard]] bool open(const std::string& name, std::size_t size);
+  // Gives the memory back. What another process still uses lives on.
+  void close();
+  [[nodiscard]] bool isOpen() const { return bytes_ != nullptr; }
+  [[nodiscard]] std::span<std::byte> bytes() const { return {bytes_, size_}; }
+
+  // Takes the name away: whoever asks for it from now on gets memory of its own. Attached processes keep what they
+  // have. No effect when there is no such name.
+  static void remove(const std::string& name);
+
+ private:
+  std::byte* bytes_ = nullptr;
+  std::size_t size_ = 0;
+};
+
+// A lock between processes, free when it is made. Unlike a lock between threads it is not given back by a process that
+// ends while it holds it, so that it is only ever waited for with a limit.
+class NamedMutex {
+ public:
+  NamedMutex() = default;
+  ~NamedMutex() { close(); }
+  NamedMutex(const NamedMutex&) = delete;
+  NamedMutex& operator=(const NamedMutex&) = delete;
+
+  [[nodiscard]] bool open(const std::string& name);
+  void close();
+  [[nodiscard]] bool isOpen() const { return handle_ != nullptr; }
+  // False when it was not to be had within the limit.
+  [[nodiscard]] bool lock(std::chrono::milliseconds limit);
+  void unlock();
+
+  static void remove(const std::string& name);
+
+ private:
+  void* handle_ = nullptr;
+};
+
+}  // namespace xlatr::platform

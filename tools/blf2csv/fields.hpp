@@ -1,0 +1,60 @@
+// Numbers in the bytes of a log.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace blf2csv {
+
+// Bytes from which little-endian numbers are read at any offset. What lies beyond the end is 0, so that no number in
+// the file can lead out of it. The bytes must outlive the view.
+class Fields {
+ public:
+  Fields() = default;
+  explicit Fields(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+
+  [[nodiscard]] std::size_t size() const { return bytes_.size(); }
+  [[nodiscard]] std::uint16_t u16(std::size_t offset) const { return static_cast<std::uint16_t>(number<2>(offset)); }
+  [[nodiscard]] std::uint32_t u32(std::size_t offset) const { return static_cast<std::uint32_t>(number<4>(offset)); }
+  [[nodiscard]] std::uint64_t u64(std::size_t offset) const { return number<8>(offset); }
+  // A number of 1, 2 or 4 bytes; of no bytes it is 0.
+  [[nodiscard]] std::uint32_t sized(std::size_t offset, std::size_t width) const {
+    switch (width) {
+      case 1:
+        return static_cast<std::uint32_t>(number<1>(offset));
+      case 2:
+        return u16(offset);
+      case 4:
+        return u32(offset);
+      default:
+        return 0;
+    }
+  }
+
+  // The bytes from the offset on, at most `count`; fewer at the end, or none.
+  [[nodiscard]] std::span<const std::uint8_t> bytes(std::size_t offset, std::size_t count) const {
+    if (offset >= bytes_.size()) {
+      return {};
+    }
+    const std::size_t left = bytes_.size() - offset;
+    return bytes_.subspan(offset, count < left ? count : left);
+  }
+
+ private:
+  template <std::size_t kWidth>
+  [[nodiscard]] std::uint64_t number(std::size_t offset) const {
+    if (bytes_.size() < kWidth || offset > bytes_.size() - kWidth) {
+      return 0;
+    }
+    std::uint64_t value = 0;
+    for (std::size_t index = 0; index < kWidth; ++index) {
+      value |= static_cast<std::uint64_t>(bytes_[offset + index]) << (8 * index);
+    }
+    return value;
+  }
+
+  std::span<const std::uint8_t> bytes_;
+};
+
+}  // namespace blf2csv

@@ -1,0 +1,28 @@
+// The head of a BLF log.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace blf2csv {
+
+struct FileHeader {
+  std::uint64_t firstObject = 0;             // offset in the file
+  std::uint32_t apiNumber = 0;               // as it stands
+  std::uint32_t objectCount = 0;             // as it stands; a log that was not closed may have 0
+  std::array<std::uint16_t, 8> startTime{};  // by DateField, all 0 where there is none or no such date; local time
+};
+
+// Takes the header from the first bytes of a file. Throws std::runtime_error, whose text names the path, when they are
+// no BLF log.
+[[nodiscard]] FileHeader parseFileHeader(std::span<const std::uint8_t> bytes, const std::string& path);
+
+// The same from the file. Throws std::ios_base::failure when it can't be read.
+[[nodiscard]] FileHeader readFileHeader(const std::string& path);
+
+// The version of the log in four decimal pairs, AABBCCDD; 0 where the number in the header is none.
+[[nodiscard]] std::int32_t fileVersion(const FileHeader& header);
+
+}  // namespace blf2csv

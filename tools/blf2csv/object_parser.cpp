@@ -1,0 +1,36 @@
+#include "blf2csv/object_parser.hpp"
+
+#include "blf2csv/blf_layout.hpp"
+
+namespace blf2csv {
+
+bool ObjectParser::next(ByteQueue& content, bool complete, Object& object) {
+  BaseHeader header;
+  while (scanner_.find(content, complete, header)) {
+    const bool isWhole = header.size <= content.size();
+    if (header.size > kLargestObject || (!isWhole && complete)) {
+      scanner_.refuse(content);
+      continue;
+    }
+    if (!isWhole) {
+      return false;
+    }
+    const std::uint64_t offset = scanner_.position();
+    const Fields fields(content.bytes().first(header.size));
+    scanner_.take(content, header.size);
+    if (header.type == kContainerType) {
+      remarks_.note(Remark::NestedContainer, offset);
+      continue;
+    }
+    object = {.type = header.type,
+              .flags = fields.u32(kObjectFlags),
+              .version = fields.u16(kObjectVersion),
+              .timestamp = fields.u64(kObjectTimestamp),
+              .body = Fields(fields.bytes(header.headerSize, header.size)),
+              .offset = offset};
+    return true;
+  }
+  return false;
+}
+
+}  // namespace blf2csv

@@ -1,0 +1,39 @@
+// From the joined content of the containers to its objects.
+#pragma once
+
+#include <cstdint>
+
+#include "blf2csv/byte_queue.hpp"
+#include "blf2csv/fields.hpp"
+#include "blf2csv/object_scanner.hpp"
+#include "blf2csv/remarks.hpp"
+
+namespace blf2csv {
+
+// One object as it stands in the content.
+struct Object {
+  std::uint32_t type = 0;
+  std::uint32_t flags = 0;  // the unit of the time stamp
+  std::uint16_t version = 0;
+  std::uint64_t timestamp = 0;  // since the start of the log
+  Fields body;
+  std::uint64_t offset = 0;  // in the content
+};
+
+// Cuts content into objects. One thread at a time.
+class ObjectParser {
+ public:
+  // `remarks` must outlive the parser.
+  explicit ObjectParser(Remarks& remarks) : remarks_(remarks), scanner_(remarks, Remark::StrayBytes, 0) {}
+
+  // Takes the next whole object from the front of `content`; false when more content is needed. With `complete`, when
+  // the content breaks off behind these bytes, all of them are used up. At most kLargestObject bytes ever wait for
+  // their end. The body is valid until content is added.
+  [[nodiscard]] bool next(ByteQueue& content, bool complete, Object& object);
+
+ private:
+  Remarks& remarks_;
+  ObjectScanner scanner_;
+};
+
+}  // namespace blf2csv

@@ -1,0 +1,69 @@
+#include "blf2csv/object_scanner.hpp"
+
+#include <algorithm>
+
+#include "blf2csv/blf_layout.hpp"
+#include "blf2csv/fields.hpp"
+
+namespace blf2csv {
+namespace {
+
+bool isPlausible(const BaseHeader& header) {
+  const std::size_t least = header.type == kContainerType ? kBaseHeaderSize : kSmallestObjectHeader;
+  return header.headerSize >= least && header.size >= header.headerSize;
+}
+
+}  // namespace
+
+bool ObjectScanner::find(ByteQueue& bytes, bool complete, BaseHeader& header) {
+  while (bytes.size() >= kBaseHeaderSize) {
+    if (!startsWith(bytes.bytes(), kObjectSignature)) {
+      // A signature of which only the beginning is here must stay.
+      const std::size_t next = findText(bytes.bytes(), kObjectSignature);
+      passOver(bytes, next < bytes.size() ? next : bytes.size() - (kObjectSignature.size() - 1));
+      continue;
+    }
+    const Fields fields(bytes.bytes());
+    header = {
+        .headerSize = fields.u16(kObjectHeaderSize), .size = fields.u32(kObjectSize), .type = fields.u32(kObjectType)};
+    if (isPlausible(header)) {
+      return true;
+    }
+    refuse(bytes);
+  }
+  if (complete) {
+    passOver(bytes, bytes.size());
+    endGap();
+  }
+  return false;
+}
+
+void ObjectScanner::refuse(ByteQueue& bytes) {
+  passOver(bytes, kObjectSignature.size());
+}
+
+void ObjectScanner::take(ByteQueue& bytes, std::size_t count) {
+  endGap();
+  bytes.drop(count);
+  position_ += count;
+}
+
+void ObjectScanner::passOver(ByteQueue& bytes, std::size_t count) {
+  const auto passed = bytes.bytes().first(count);
+  gapIsZero_ = gapIsZero_ && std::all_of(passed.begin(), passed.end(), [](std::uint8_t byte) { return byte == 0; });
+  bytes.drop(count);
+  position_ += count;
+  gap_ += count;
+}
+
+void ObjectScanner::endGap() {
+  const bool isPadding = gapIsZero_ && gap_ <= kMostPadding;
+  if (!isPadding && !gapIsTold_) {
+    remarks_.note(stray_, position_ - gap_);
+  }
+  gap_ = 0;
+  gapIsZero_ = true;
+  gapIsTold_ = false;
+}
+
+}  // namespace blf2csv

@@ -1,0 +1,53 @@
+// Finding objects in a run of bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "blf2csv/byte_queue.hpp"
+#include "blf2csv/remarks.hpp"
+
+namespace blf2csv {
+
+// The part of an object's header that every object has.
+struct BaseHeader {
+  std::size_t headerSize = 0;
+  std::uint32_t size = 0;  // header and body; never less than the header
+  std::uint32_t type = 0;
+};
+
+// Walks over a run of bytes that come in pieces, from object to object. Between two there may be a little padding;
+// anything else is told as a stretch of stray bytes, however it came about. One thread at a time.
+class ObjectScanner {
+ public:
+  // `stray` is the remark for such a stretch, `position` the offset of the first byte for it.
+  ObjectScanner(Remarks& remarks, Remark stray, std::uint64_t position)
+      : remarks_(remarks), stray_(stray), position_(position) {}
+
+  // Drops what stands in front of the next header. True if one is now at the front, which `header` then is. False if
+  // there is none in these bytes; with `complete`, when no more will come, they are then all gone.
+  [[nodiscard]] bool find(ByteQueue& bytes, bool complete, BaseHeader& header);
+
+  // The header at the front turned out to be none: it is passed over.
+  void refuse(ByteQueue& bytes);
+  // The header at the front is one: takes the first `count` bytes of its object, or of what belongs to it.
+  void take(ByteQueue& bytes, std::size_t count);
+  // Stray bytes that come next have been told of already.
+  void forgiveNext() { gapIsTold_ = true; }
+
+  // The offset of the byte at the front.
+  [[nodiscard]] std::uint64_t position() const { return position_; }
+
+ private:
+  void passOver(ByteQueue& bytes, std::size_t count);
+  void endGap();
+
+  Remarks& remarks_;
+  Remark stray_;
+  std::uint64_t position_;
+  std::uint64_t gap_ = 0;  // bytes passed over since the last object
+  bool gapIsZero_ = true;
+  bool gapIsTold_ = false;
+};
+
+}  // namespace blf2csv

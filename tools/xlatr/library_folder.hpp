@@ -1,0 +1,14 @@
+// Where the library lies, which looks for its helper programs beside itself.
+#pragma once
+
+#include <string>
+
+namespace xlatr::cli {
+
+// The folder of the shared library that this program runs with, links followed; empty when the system does not tell.
+[[nodiscard]] std::string libraryFolder();
+
+// Whether this user may run the program at the path.
+[[nodiscard]] bool isExecutable(const std::string& path);
+
+}  // namespace xlatr::cli
