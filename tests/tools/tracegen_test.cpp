@@ -313,10 +313,10 @@ TEST(TracegenTrcPrinter, putsColumnsUnderTheirRuler) {
   }
 }
 
-std::uint64_t numberAt(const std::string& bytes, std::size_t offset, std::size_t width) {
+std::uint64_t numberAt(std::string_view bytes, std::size_t offset, std::size_t width) {
   std::uint64_t value = 0;
   for (std::size_t index = width; index > 0; --index) {
-    value = value << 8U | static_cast<unsigned char>(bytes.at(offset + index - 1));
+    value = value << 8 | static_cast<std::uint8_t>(bytes.at(offset + index - 1));
   }
   return value;
 }
@@ -614,14 +614,6 @@ RecordingOptions btrcOptions() {
   RecordingOptions options = busyOptions();
   options.form = Form::Btrc;
   return options;
-}
-
-std::uint64_t numberAt(std::string_view bytes, std::size_t offset, std::size_t width) {
-  std::uint64_t value = 0;
-  for (std::size_t index = width; index > 0; --index) {
-    value = value << 8 | static_cast<std::uint8_t>(bytes.at(offset + index - 1));
-  }
-  return value;
 }
 
 TEST(TracegenBtrc, fillsItsBlocksWithRecordsAndTheirTotals) {
