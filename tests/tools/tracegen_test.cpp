@@ -616,14 +616,6 @@ RecordingOptions btrcOptions() {
   return options;
 }
 
-std::uint64_t numberAt(std::string_view bytes, std::size_t offset, std::size_t width) {
-  std::uint64_t value = 0;
-  for (std::size_t index = width; index > 0; --index) {
-    value = value << 8 | static_cast<std::uint8_t>(bytes.at(offset + index - 1));
-  }
-  return value;
-}
-
 TEST(TracegenBtrc, fillsItsBlocksWithRecordsAndTheirTotals) {
   const std::string file = generateText(btrcOptions());
   ASSERT_EQ(file.size() % 8192, 0U);
