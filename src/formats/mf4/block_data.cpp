@@ -73,10 +73,14 @@ void transpose(std::span<const std::uint8_t> in, std::size_t width, std::span<st
   }
 }
 
-void readInto(BlockStream& stream, std::uint64_t position, std::uint64_t count, RecordBytes& out) {
+void requireBytes(const BlockStream& stream, std::uint64_t position, std::uint64_t count) {
   if (count > stream.bytesBehind(position)) {
     throwProcessingFailure(kShortBytes);
   }
+}
+
+void readInto(BlockStream& stream, std::uint64_t position, std::uint64_t count, RecordBytes& out) {
+  requireBytes(stream, position, count);
   const std::size_t before = out.size();
   if (!stream.read(position, out.extend(static_cast<std::size_t>(count)))) {
     out.shrink(before);
@@ -122,6 +126,14 @@ RecordBytes IDataBlock::getData() {
   return bytes;
 }
 
+std::uint64_t PlainDataBlock::dataSize() {
+  if (stream() == nullptr) {
+    return 0;
+  }
+  requireBytes(*stream(), dataOffset(), dataLength());
+  return dataLength();
+}
+
 void PlainDataBlock::appendRecords(RecordBytes& out) {
   if (stream() != nullptr && dataLength() > 0) {
     readInto(*stream(), dataOffset(), dataLength(), out);
@@ -140,7 +152,8 @@ std::uint64_t DataZippedBlock::dataSize() {
   if (stream() == nullptr) {
     return 0;
   }
-  if (data.dzOrgDataLength / kMostBytesOfOne > std::min(data.dzDataLength, stream()->size())) {
+  requireBytes(*stream(), dataOffset() + DataZippedBlockData::kSize, data.dzDataLength);
+  if (data.dzOrgDataLength / kMostBytesOfOne > data.dzDataLength) {
     throwProcessingFailure(kInflateFailure);
   }
   return data.dzOrgDataLength;
@@ -179,7 +192,7 @@ void DataZippedBlock::appendData(Bytes& bytes) const {
   DataZippedBlockData::describe(fields, data);
 }
 
-DataList::DataList(BlockStream& stream, std::uint64_t position, BlockTypeId type) {
+DataList::DataList(BlockStream& stream, std::uint64_t position, BlockTypeId type) : fileSize_(stream.size()) {
   if (type == BlockTypeId::HL) {
     const auto header = followTreeLink<HeaderListBlock>(&stream, position);
     position = header ? header->link(0) : 0;
@@ -217,6 +230,9 @@ std::uint64_t DataList::dataSize() {
   std::uint64_t size = 0;
   for (const auto& part : parts_) {
     size += part->dataSize();
+    if (size / kMostBytesOfOne > fileSize_) {
+      throwProcessingFailure(kBlockLoop);
+    }
   }
   return size;
 }

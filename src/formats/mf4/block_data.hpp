@@ -19,8 +19,9 @@ class DataGroupBlock;
 class IDataBlock {
  public:
   virtual ~IDataBlock();
-  // Bytes that appendData will add, as the blocks state it. A DZ that states more than deflate can squeeze into its
-  // compressed bytes raises kInflateFailure here, before anything is allocated for it.
+  // Bytes that appendRecords will add, as the blocks state it, before anything is allocated for them. Bytes beyond the
+  // file raise kShortBytes, a DZ that states more than deflate can squeeze into its compressed bytes kInflateFailure,
+  // and a list whose blocks must overlap to hold what they state kBlockLoop.
   [[nodiscard]] virtual std::uint64_t dataSize() = 0;
   // Adds the bytes of the block, or of all blocks of the list, inflated. A failure leaves `out` as it was.
   virtual void appendRecords(RecordBytes& out) = 0;
@@ -39,7 +40,7 @@ class PlainDataBlock : public BlockBase, public IDataBlock {
   explicit PlainDataBlock(BlockTypeId type) : BlockBase(type, 0) {}
   PlainDataBlock(BlockStream& stream, std::uint64_t position) : BlockBase(stream, position) {}
 
-  [[nodiscard]] std::uint64_t dataSize() override { return dataLength(); }
+  [[nodiscard]] std::uint64_t dataSize() override;
   void appendRecords(RecordBytes& out) override;
 };
 
@@ -197,6 +198,7 @@ class DataList final : public IDataBlock {
   void collect(BlockStream& stream, std::uint64_t position, std::span<const BlockTypeId> taken);
 
   std::vector<std::unique_ptr<IDataBlock>> parts_;
+  std::uint64_t fileSize_;
 };
 
 // The data block, list or compressed block at this position; nothing for a zero link and for a block of another type.

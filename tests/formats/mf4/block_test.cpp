@@ -39,8 +39,9 @@ std::string processingFailureOf(Action action) {
 // Heads and links.
 
 TEST(BlockTest, readsAHeadAndItsLinks) {
-  BlockStream stream({'x', 'x', '#', '#', 'T', 'X', 9, 9, 9, 9, 48, 0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0,  //
-                      1, 2, 3, 4, 5, 6, 7, 8, 0, 0, 0, 0, 0, 0, 0, 0x80, 'd', 'a', 't', 'a', '!', 0, 0, 0});
+  BlockStream stream(ByteList{
+      'x', 'x', '#', '#', 'T', 'X', 9, 9, 9, 9, 48, 0, 0, 0, 0, 0,    0,   0,   2,   0,   0,   0, 0, 0, 0, 0,  //
+      1,   2,   3,   4,   5,   6,   7, 8, 0, 0, 0,  0, 0, 0, 0, 0x80, 'd', 'a', 't', 'a', '!', 0, 0, 0});
   const BlockBase block(stream, 2);
   EXPECT_EQ(block.position(), 2U);
   EXPECT_EQ(block.type(), BlockTypeId::TX);
@@ -69,8 +70,8 @@ TEST(BlockTest, aHeadBeyondTheFileFails) {
   MdfFileBuilder file;
   file.append(textBytes("##DT"));
   BlockStream stream(file.bytes());
-  for (const std::uint64_t position : {std::uint64_t{168}, std::uint64_t{171}, std::uint64_t{172},
-                                       std::uint64_t{1} << 40, ~std::uint64_t{0}}) {
+  for (const std::uint64_t position :
+       {std::uint64_t{168}, std::uint64_t{171}, std::uint64_t{172}, std::uint64_t{1} << 40, ~std::uint64_t{0}}) {
     EXPECT_EQ(processingFailureOf([&] { BlockBase(stream, position); }),
               "Not all wanted bytes could be retrieved for building a HeaderSection");
   }
@@ -227,8 +228,17 @@ TEST(BlockTest, theHistoryStandsBehindTheHeader) {
   paddedComment.resize(commentSize);
   const std::uint64_t firstGroup = 224 + 24 + commentSize;
   EXPECT_EQ(at(0, 8), textBytes("MDF     "));
-  EXPECT_EQ(at(64, 104), join({textBytes("##HD"), le(0, 4), le(104, 8), le(6, 8), le(firstGroup, 8), le(168, 8),
-                               ByteList(32), le(0x1122334455667788, 8), le(0, 4), {1, 0, 0, 0}, ByteList(16)}));
+  EXPECT_EQ(at(64, 104), join({textBytes("##HD"),
+                               le(0, 4),
+                               le(104, 8),
+                               le(6, 8),
+                               le(firstGroup, 8),
+                               le(168, 8),
+                               ByteList(32),
+                               le(0x1122334455667788, 8),
+                               le(0, 4),
+                               {1, 0, 0, 0},
+                               ByteList(16)}));
   EXPECT_EQ(at(168, 24 + 16), join({textBytes("##FH"), le(0, 4), le(56, 8), le(2, 8), le(0, 8), le(224, 8)}));
   EXPECT_EQ(at(168 + 48, 8), join({le(0, 4), {1, 0, 0, 0}}));
   EXPECT_EQ(at(224, 24 + commentSize),
@@ -254,8 +264,7 @@ TEST(BlockTest, aHeaderWithoutFileIsLocalTime) {
 TEST(BlockTest, whatIsNoPartOfAWrittenTreeFails) {
   for (const auto type : {BlockTypeId::CH, BlockTypeId::AT, BlockTypeId::EV, BlockTypeId::SR, BlockTypeId::CA}) {
     const auto header = HeaderBlock::createTree({}, 0);
-    (type == BlockTypeId::CH ? header->hierarchies() : header->events())
-        .addBlock(std::make_unique<BlockBase>(type, 1));
+    (type == BlockTypeId::CH ? header->hierarchies() : header->events()).addBlock(std::make_unique<BlockBase>(type, 1));
     Bytes bytes;
     EXPECT_EQ(processingFailureOf([&] { header->appendTreeBytes(bytes); }), "NYI");
   }

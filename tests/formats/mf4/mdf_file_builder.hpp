@@ -101,7 +101,8 @@ class MdfFileBuilder {
     const std::uint64_t unitText = unit.empty() ? 0 : text(unit);
     ByteList data = join({le(type, 1), le(0, 5), le(values.size(), 2), le(0, 16)});
     for (const double value : values) {
-      data = join({data, real(value)});
+      const ByteList bytes = real(value);
+      data.insert(data.end(), bytes.begin(), bytes.end());
     }
     return block("CC", {0, unitText, 0, 0}, data);
   }

@@ -110,11 +110,11 @@ TEST(MdfRecordParserTest, readsTimesOfAllNumberTypes) {
     SCOPED_TRACE(each.name);
     MdfFileBuilder file;
     const std::uint64_t frame = file.channels({
-        {.name = "CAN_DataFrame", .composition = file.channels({{.name = "RTR", .type = 6,
-                                                                 .conversion = file.conversion(1, {1, 0})},
-                                                                {.name = "BusChannel", .byteOffset = 8},
-                                                                {.name = "ID", .byteOffset = 8},
-                                                                {.name = "DLC", .byteOffset = 8}})},
+        {.name = "CAN_DataFrame",
+         .composition = file.channels({{.name = "RTR", .type = 6, .conversion = file.conversion(1, {1, 0})},
+                                       {.name = "BusChannel", .byteOffset = 8},
+                                       {.name = "ID", .byteOffset = 8},
+                                       {.name = "DLC", .byteOffset = 8}})},
     });
     const std::uint64_t time =
         file.channel({.name = "t", .type = 2, .dataType = each.dataType, .bitCount = each.bitCount}, frame);
@@ -221,13 +221,18 @@ TEST(MdfRecordParserTest, cutsTheFrameAndItsSeparatorFromNames) {
       {'/', "CAN_DataFrame/BusChannel", true},
       {'/', "CAN_DataFrame.BusChannel", false},
       {'\\', "CAN_DataFrame\\BusChannel", true},
-      {0xB7, "CAN_DataFrame\xC2\xB7" "BusChannel", true},
-      {0x2192, "CAN_DataFrame\xE2\x86\x92" "BusChannel", true},
+      {0xB7,
+       "CAN_DataFrame\xC2\xB7"
+       "BusChannel",
+       true},
+      {0x2192,
+       "CAN_DataFrame\xE2\x86\x92"
+       "BusChannel",
+       true},
   };
   for (const auto& each : cases) {
     MdfFileBuilder file;
-    const std::uint64_t top = file.topChannels(
-        "CAN_DataFrame", file.channels({{.name = each.name, .byteOffset = 8}}));
+    const std::uint64_t top = file.topChannels("CAN_DataFrame", file.channels({{.name = each.name, .byteOffset = 8}}));
     Group group(std::move(file), {.channels = top, .separator = each.separator});
     EXPECT_EQ(group.parse(MdfFileBuilder::record(0)).foundFields, each.found ? 1U : 0U) << each.name;
   }
@@ -301,9 +306,9 @@ TEST(MdfRecordParserTest, bitsOfCanFdMakeTheKind) {
   // EDL, BRS and ESI, in any order of the channels.
   const MessageKind kinds[] = {MessageKind::DT, MessageKind::FD, MessageKind::FB, MessageKind::FB,
                                MessageKind::FE, MessageKind::FE, MessageKind::BI, MessageKind::BI};
-  const std::vector<std::vector<std::string>> orders = {
-      {"EDL", "BRS", "ESI"}, {"EDL", "ESI", "BRS"}, {"BRS", "EDL", "ESI"},
-      {"BRS", "ESI", "EDL"}, {"ESI", "EDL", "BRS"}, {"ESI", "BRS", "EDL"}};
+  const std::vector<std::vector<std::string>> orders = {{"EDL", "BRS", "ESI"}, {"EDL", "ESI", "BRS"},
+                                                        {"BRS", "EDL", "ESI"}, {"BRS", "ESI", "EDL"},
+                                                        {"ESI", "EDL", "BRS"}, {"ESI", "BRS", "EDL"}};
   for (const auto& order : orders) {
     std::vector<ChannelSpec> parts;
     for (const std::string& name : order) {
@@ -418,9 +423,14 @@ TEST(MdfRecordParserTest, readsIntegersOfAnyPlaceAndSize) {
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.name);
-    Group group = frameOf({}, {{.name = "DLC", .dataType = each.dataType, .bitOffset = each.bitOffset,
-                                .byteOffset = each.byteOffset, .bitCount = each.bitCount}});
-    const ByteList record = join({frameRecord(), le(0, 8), {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0},
+    Group group = frameOf({}, {{.name = "DLC",
+                                .dataType = each.dataType,
+                                .bitOffset = each.bitOffset,
+                                .byteOffset = each.byteOffset,
+                                .bitCount = each.bitCount}});
+    const ByteList record = join({frameRecord(),
+                                  le(0, 8),
+                                  {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0},
                                   {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}});
     EXPECT_EQ(group.parse(record).dlc, each.value.value_or(2U));
   }
@@ -480,12 +490,15 @@ TEST(MdfRecordParserTest, payloadsOutsideTheirRecordAreNotRead) {
     std::uint32_t offset;
     std::uint32_t bits;
     bool valid;
-  } cases[] = {{32, 64, true}, {33, 64, false}, {33, 56, true}, {33, 57, false}, {0xFFFFFFFF, 64, false},
-               {0, 0xFFFFFFFF, false}};
+  } cases[] = {{32, 64, true},  {33, 64, false},         {33, 56, true},
+               {33, 57, false}, {0xFFFFFFFF, 64, false}, {0, 0xFFFFFFFF, false}};
   for (const auto& each : cases) {
     MdfFileBuilder file;
     const std::uint64_t parts = file.channels({
-        {.name = "BusChannel"}, {.name = "ID"}, {.name = "DLC"}, {.name = "DataLength"},
+        {.name = "BusChannel"},
+        {.name = "ID"},
+        {.name = "DLC"},
+        {.name = "DataLength"},
         {.name = "DataBytes", .type = 5, .dataType = 10, .byteOffset = each.offset, .bitCount = each.bits},
     });
     const std::uint64_t top = file.topChannels("CAN_DataFrame", parts);
@@ -511,7 +524,12 @@ Group storedFrame(MdfFileBuilder file, std::uint64_t data, std::uint32_t flags =
       {.name = "ID", .byteOffset = 9, .bitCount = 32},
       {.name = "DLC", .byteOffset = 14},
       {.name = "DataLength", .byteOffset = 15},
-      {.name = "DataBytes", .type = 1, .dataType = 10, .byteOffset = 16, .bitCount = bitCount, .flags = flags,
+      {.name = "DataBytes",
+       .type = 1,
+       .dataType = 10,
+       .byteOffset = 16,
+       .bitCount = bitCount,
+       .flags = flags,
        .data = data},
   });
   const std::uint64_t top = file.topChannels(frame, parts);
@@ -625,11 +643,19 @@ TEST(MdfRecordParserTest, aCodedBitPositionIsTheLowByteOfTwo) {
     std::uint8_t dataType;
     std::uint32_t bitCount;
     int position;
-  } cases[] = {{"little-endian", 0, 16, 0x12}, {"big-endian", 1, 16, 0x34}, {"nine bits", 0, 9, 0x12},
-               {"one byte", 0, 8, 0},          {"three bytes", 0, 24, 0}};
+  } cases[] = {{"little-endian", 0, 16, 0x12},
+               {"big-endian", 1, 16, 0x34},
+               {"nine bits", 0, 9, 0x12},
+               {"one byte", 0, 8, 0},
+               {"three bytes", 0, 24, 0}};
   for (const auto& each : cases) {
-    Group group = frameOf({}, {{.name = "BitPosition", .dataType = each.dataType, .bitOffset = 3, .byteOffset = 24,
-                                .bitCount = each.bitCount, .flags = 0x440}},
+    Group group = frameOf({},
+                          {{.name = "BitPosition",
+                            .dataType = each.dataType,
+                            .bitOffset = 3,
+                            .byteOffset = 24,
+                            .bitCount = each.bitCount,
+                            .flags = 0x440}},
                           "CAN_ErrorFrame");
     const MdfCanMessage message = group.parse(join({frameRecord(), {0x12, 0x34, 0x56}}));
     EXPECT_EQ(message.bitPosition, each.position) << each.name;
@@ -641,11 +667,14 @@ TEST(MdfRecordParserTest, aCodedBitPositionIsTheLowByteOfTwo) {
 TEST(MdfRecordParserTest, aCodedErrorTypeIsAByteOfItsTable) {
   MdfFileBuilder file;
   // The first bytes of the values are what counts: 0x05, 0x06.
-  const std::uint64_t table = file.block(
-      "CC", {0, 0, 0, 0}, join({le(99, 1), le(0, 5), le(2, 2), le(0, 16), le(0xFF05, 8), le(0xEE06, 8)}));
+  const std::uint64_t table =
+      file.block("CC", {0, 0, 0, 0}, join({le(99, 1), le(0, 5), le(2, 2), le(0, 16), le(0xFF05, 8), le(0xEE06, 8)}));
   const auto typeOf = [&](std::uint32_t bitCount, std::uint32_t raw, std::uint64_t conversion) {
     return frameOf(file,
-                   {{.name = "ErrorType", .byteOffset = 24, .bitCount = bitCount, .flags = 0x440,
+                   {{.name = "ErrorType",
+                     .byteOffset = 24,
+                     .bitCount = bitCount,
+                     .flags = 0x440,
                      .conversion = conversion}},
                    "CAN_ErrorFrame")
         .parse(join({frameRecord(), le(raw, 4)}))
