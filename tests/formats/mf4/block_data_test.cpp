@@ -39,8 +39,9 @@ struct Zip {
 
 std::uint64_t addZipped(MdfFileBuilder& file, const Zip& zip) {
   const std::uint64_t stated = zip.statedSize >= 0 ? static_cast<std::uint64_t>(zip.statedSize) : zip.zipped.size();
-  return file.block("DZ", {}, join({textBytes("DT"), le(zip.type, 1), le(0, 1), le(zip.parameter, 4),
-                                    le(zip.originalSize, 8), le(stated, 8), zip.zipped}));
+  return file.block("DZ", {},
+                    join({textBytes("DT"), le(zip.type, 1), le(0, 1), le(zip.parameter, 4), le(zip.originalSize, 8),
+                          le(stated, 8), zip.zipped}));
 }
 
 ByteList toBytes(const RecordBytes& bytes) {
@@ -102,8 +103,8 @@ TEST(BlockDataTest, aZippedBlockIsInflated) {
 
 TEST(BlockDataTest, aTransposedBlockIsReadRowByRow) {
   MdfFileBuilder file;
-  const std::uint64_t block = addZipped(
-      file, {.zipped = deflated(textBytes("abcdefgh")), .originalSize = 8, .type = 1, .parameter = 4});
+  const std::uint64_t block =
+      addZipped(file, {.zipped = deflated(textBytes("abcdefgh")), .originalSize = 8, .type = 1, .parameter = 4});
   // Two rows of four columns, stored by columns: ab, cd, ef, gh.
   EXPECT_EQ(dataAt(file, block), textBytes("acegbdfh"));
 }
@@ -118,8 +119,8 @@ TEST(BlockDataTest, transposedRowsOfAllSizes) {
       expected[index % rows * width + index / rows] = columns[index];
     }
     MdfFileBuilder file;
-    const std::uint64_t block = addZipped(
-        file, {.zipped = deflated(columns), .originalSize = columns.size(), .type = 1, .parameter = width});
+    const std::uint64_t block =
+        addZipped(file, {.zipped = deflated(columns), .originalSize = columns.size(), .type = 1, .parameter = width});
     EXPECT_EQ(dataAt(file, block), expected) << width;
   }
 }
@@ -127,8 +128,8 @@ TEST(BlockDataTest, transposedRowsOfAllSizes) {
 TEST(BlockDataTest, transposedBytesThatAreNoWholeRowsComeToNothing) {
   for (const std::uint32_t width : {0U, 3U, 5U, 9U, 0xFFFFFFFFU}) {
     MdfFileBuilder file;
-    const std::uint64_t block = addZipped(
-        file, {.zipped = deflated(textBytes("abcdefgh")), .originalSize = 8, .type = 1, .parameter = width});
+    const std::uint64_t block =
+        addZipped(file, {.zipped = deflated(textBytes("abcdefgh")), .originalSize = 8, .type = 1, .parameter = width});
     EXPECT_EQ(dataAt(file, block), ByteList{}) << width;
   }
 }
@@ -177,8 +178,8 @@ TEST(BlockDataTest, streamsThatAreNoneFailAndLeaveNothing) {
 
 TEST(BlockDataTest, compressedBytesBeyondTheFileFail) {
   MdfFileBuilder file;
-  const std::uint64_t block = addZipped(
-      file, {.zipped = deflated(textBytes("x")), .originalSize = 1, .statedSize = std::int64_t{1} << 50});
+  const std::uint64_t block =
+      addZipped(file, {.zipped = deflated(textBytes("x")), .originalSize = 1, .statedSize = std::int64_t{1} << 50});
   EXPECT_EQ(failureAt(file, block), "Not all wanted bytes could be retrieved");
   MdfFileBuilder noFields;
   const std::uint64_t position = noFields.block("DZ", {}, ByteList(20));
@@ -240,9 +241,10 @@ TEST(BlockDataTest, aListWithMoreEntriesThanLinksFails) {
 
 TEST(BlockDataTest, aListKeepsItsValues) {
   MdfFileBuilder file;
-  const std::uint64_t position =
-      file.block("DL", {0, 0, 0}, join({{0x0E, 0, 0, 0}, le(2, 4), le(1, 8), le(2, 8), le(3, 8), le(4, 8), le(5, 8),
-                                        le(6, 8), le(7, 8), le(8, 8)}));
+  const std::uint64_t position = file.block(
+      "DL", {0, 0, 0},
+      join(
+          {{0x0E, 0, 0, 0}, le(2, 4), le(1, 8), le(2, 8), le(3, 8), le(4, 8), le(5, 8), le(6, 8), le(7, 8), le(8, 8)}));
   BlockStream stream(file.bytes());
   const DataListBlock block(stream, position);
   EXPECT_EQ(block.data.values.offsets, (std::vector<std::uint64_t>{1, 2}));

@@ -10,8 +10,8 @@
 #include "support/temp_folder.hpp"
 
 // Files that are made to hang a reader or to eat its memory. The bounds: each block of the tree is reached once; all
-// that is read is at most eight times the file and a mebibyte; the inflated data of a list is at most 1032 times the file;
-// a record costs at most 64 fields and a payload of 2048 bytes.
+// that is read is at most eight times the file and a mebibyte; the inflated data of a list is at most 1032 times the
+// file; a record costs at most 64 fields and a payload of 2048 bytes.
 namespace xlatr {
 namespace {
 
@@ -212,8 +212,8 @@ TEST_F(MdfHostileTest, conversionsWithHugeCounts) {
 TEST_F(MdfHostileTest, aLongChainOfGroupsIsReadAndFreedWithoutRecursion) {
   constexpr int kGroups = 100'000;
   MdfFileBuilder file;
-  std::uint64_t next = file.dataGroup(file.group({.channels = file.frameChannels(), .cycles = 1}),
-                                      file.data(MdfFileBuilder::record(0)));
+  std::uint64_t next =
+      file.dataGroup(file.group({.channels = file.frameChannels(), .cycles = 1}), file.data(MdfFileBuilder::record(0)));
   for (int count = 0; count < kGroups; ++count) {
     next = file.dataGroup(0, 0, 0, next);
   }
@@ -231,8 +231,8 @@ TEST_F(MdfHostileTest, damagedFilesEnd) {
   ByteList zipped(size);
   ASSERT_EQ(compress(zipped.data(), &size, records.data(), records.size()), Z_OK);
   zipped.resize(size);
-  const std::uint64_t dz = file.block("DZ", {}, join({textBytes("DT"), {1, 0}, le(24, 4), le(records.size(), 8),
-                                                      le(size, 8), zipped}));
+  const std::uint64_t dz =
+      file.block("DZ", {}, join({textBytes("DT"), {1, 0}, le(24, 4), le(records.size(), 8), le(size, 8), zipped}));
   const std::uint64_t list = file.block("DL", {0, dt, dz}, join({le(1, 4), le(2, 4), le(0, 8)}));
   file.setFirstDataGroup(
       file.dataGroup(file.group({.channels = file.frameChannels(), .cycles = 4}), file.block("HL", {list}, le(0, 8))));
