@@ -2,26 +2,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <stdexcept>
 #include <string>
 
+#include "support/object_failures.hpp"
 #include "support/object_text.hpp"
 #include "support/temp_folder.hpp"
-#include "xlatr/failures.hpp"
 #include "xlatr/objects.h"
 
 namespace xlatr::test {
 namespace {
-
-std::string processingFailureOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const ConverterProcessingException& failure) {
-    return failure.what();
-  }
-  return "no failure";
-}
 
 class AscObjectsTest : public testing::Test {
  protected:
@@ -39,20 +29,10 @@ class AscObjectsTest : public testing::Test {
   AscInfo* info_ = AscInfo_Construct(file_);
 };
 
-TEST(AscObjects, ignoreNullInDestruct) {
-  AscInfo_Destruct(nullptr);
-  AscReader_Destruct(nullptr);
-  AscWriter_Destruct(nullptr);
-  MessageAsc_Destruct(nullptr);
-}
-
 TEST(AscObjects, refuseNullEverywhereElse) {
   const std::string expected = "Object cannot be null";
   double reference = 0.0;
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(AscInfo_Construct(nullptr)); }), expected);
-  EXPECT_EQ(processingFailureOf([] { static_cast<void>(AscInfo_getValid(nullptr)); }), expected);
-  EXPECT_EQ(processingFailureOf([] { static_cast<void>(AscReader_Construct(nullptr)); }), expected);
-  EXPECT_EQ(processingFailureOf([] { AscWriter_setActive(nullptr, true); }), expected);
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(MessageAsc_getBus(nullptr)); }), expected);
   EXPECT_EQ(processingFailureOf([&] { static_cast<void>(MessageAsc_AdjustTime(nullptr, &reference)); }), expected);
 }
@@ -127,29 +107,6 @@ TEST_F(AscObjectsTest, letTheFailureOfAShortLineOut) {
   AscReader_Destruct(reader);
   AscInfo_Destruct(info);
   TraceFileInfo_Destruct(file);
-}
-
-TEST_F(AscObjectsTest, keepWhatTheirSettersSet) {
-  AscWriter* const writer = AscWriter_Construct("a.asc", true, 8.0);
-  EXPECT_EQ(TEXT_OF(AscWriter, getTargetPath, getTargetPathSize, writer), "a.asc");
-  EXPECT_TRUE(AscWriter_getOverrideExistingFile(writer));
-  EXPECT_EQ(AscWriter_getTargetVersion(writer), 8.0);
-  EXPECT_EQ(AscWriter_getOwnerBus(writer), -1);
-  EXPECT_EQ(AscWriter_getTargetFormat(writer), XLATR_FORMAT_ASC);
-  AscWriter_setTargetPath(writer, "b.asc");
-  AscWriter_setOverrideExistingFile(writer, false);
-  AscWriter_setTargetVersion(writer, 7.0);
-  AscWriter_setOwnerBus(writer, 5);
-  AscWriter_setSourcePath(writer, "s.trc");
-  EXPECT_EQ(TEXT_OF(AscWriter, getSourcePath, getSourcePathSize, writer), "s.trc");
-  AscWriter* const fresh = AscWriter_CreateNew(writer);
-  EXPECT_EQ(TEXT_OF(AscWriter, getTargetPath, getTargetPathSize, fresh), "b.asc");
-  EXPECT_FALSE(AscWriter_getOverrideExistingFile(fresh));
-  EXPECT_EQ(AscWriter_getTargetVersion(fresh), 7.0);
-  EXPECT_EQ(AscWriter_getOwnerBus(fresh), 5);
-  EXPECT_EQ(TEXT_OF(AscWriter, getSourcePath, getSourcePathSize, fresh), "");
-  AscWriter_Destruct(fresh);
-  AscWriter_Destruct(writer);
 }
 
 TEST_F(AscObjectsTest, writeAFileFromATrcMessage) {

@@ -3,56 +3,27 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <thread>
 
 #include <unistd.h>
 
+#include "support/object_failures.hpp"
 #include "support/object_text.hpp"
 #include "support/temp_folder.hpp"
-#include "xlatr/failures.hpp"
 
 namespace xlatr::test {
 namespace {
 
 constexpr char kFrozen[] = "Cannot change property value when object is active";
 
-std::string lastErrorOf(std::uint32_t thread) {
-  char buffer[256];
-  ConverterLastError_GetText(thread, buffer, sizeof buffer);
-  return buffer;
-}
-
-std::string lastError() {
-  return lastErrorOf(static_cast<std::uint32_t>(::gettid()));
-}
-
-std::string processingFailureOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const ConverterProcessingException& failure) {
-    EXPECT_EQ(lastError(), failure.what());
-    return failure.what();
-  }
-  return "no failure";
-}
-
 TEST(Objects, ignoreNullInDestruct) {
   TraceFileInfo_Destruct(nullptr);
-  TrcInfo_Destruct(nullptr);
-  TrcReader_Destruct(nullptr);
-  TrcWriter_Destruct(nullptr);
-  MessageCan_Destruct(nullptr);
-  CsvWriter_Destruct(nullptr);
 }
 
 TEST(Objects, refuseNullEverywhereElse) {
   const std::string expected = "Object cannot be null";
-  EXPECT_EQ(processingFailureOf([] { TrcWriter_setActive(nullptr, true); }), expected);
-  EXPECT_EQ(processingFailureOf([] { static_cast<void>(TrcInfo_getValid(nullptr)); }), expected);
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(TraceFileInfo_getSize(nullptr)); }), expected);
-  EXPECT_EQ(processingFailureOf([] { static_cast<void>(TrcReader_Construct(nullptr)); }), expected);
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(MessageCan_getBus(nullptr)); }), expected);
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(CsvInfo_getValid(nullptr)); }), expected);
   EXPECT_EQ(processingFailureOf([] { CsvWriter_setSeparator(nullptr, ","); }), expected);
@@ -191,33 +162,6 @@ TEST_F(ObjectsTest, trcReaderHandsOutMessagesThatTheCallerOwns) {
   MessageCan_Destruct(second);
 }
 
-TEST_F(ObjectsTest, trcWriterKeepsWhatItsSettersSet) {
-  TrcWriter* const writer = TrcWriter_Construct("a.trc", true, 1.3);
-  EXPECT_EQ(TEXT_OF(TrcWriter, getTargetPath, getTargetPathSize, writer), "a.trc");
-  EXPECT_TRUE(TrcWriter_getOverrideExistingFile(writer));
-  EXPECT_EQ(TrcWriter_getTargetVersion(writer), 1.3);
-  EXPECT_EQ(TrcWriter_getOwnerBus(writer), -1);
-  EXPECT_EQ(TrcWriter_getTargetFormat(writer), XLATR_FORMAT_TRC);
-  EXPECT_FALSE(TrcWriter_getActive(writer));
-  TrcWriter_setTargetPath(writer, "b.trc");
-  TrcWriter_setOverrideExistingFile(writer, false);
-  TrcWriter_setTargetVersion(writer, 2.0);
-  TrcWriter_setOwnerBus(writer, 5);
-  TrcWriter_setSourcePath(writer, "s.trc");
-  EXPECT_EQ(TEXT_OF(TrcWriter, getTargetPath, getTargetPathSize, writer), "b.trc");
-  EXPECT_FALSE(TrcWriter_getOverrideExistingFile(writer));
-  EXPECT_EQ(TrcWriter_getTargetVersion(writer), 2.0);
-  EXPECT_EQ(TrcWriter_getOwnerBus(writer), 5);
-  EXPECT_EQ(TEXT_OF(TrcWriter, getSourcePath, getSourcePathSize, writer), "s.trc");
-
-  TrcWriter* const fresh = TrcWriter_CreateNew(writer);
-  EXPECT_EQ(TEXT_OF(TrcWriter, getTargetPath, getTargetPathSize, fresh), "b.trc");
-  EXPECT_EQ(TrcWriter_getOwnerBus(fresh), 5);
-  EXPECT_EQ(TEXT_OF(TrcWriter, getSourcePath, getSourcePathSize, fresh), "");
-  TrcWriter_Destruct(fresh);
-  TrcWriter_Destruct(writer);
-}
-
 TEST_F(ObjectsTest, trcWriterWritesAWholeFile) {
   TrcInfo* const info = TrcInfo_Construct_2(path_.c_str());
   TrcReader* const reader = TrcReader_Construct(info);
@@ -241,15 +185,6 @@ TEST_F(ObjectsTest, trcWriterWritesAWholeFile) {
   EXPECT_TRUE(written.ends_with("\r\n;a comment\r\n     1)       10.500  3  Rx         0123  1  AA\r\n")) << written;
 }
 
-TEST_F(ObjectsTest, anActiveWriterRefusesNewPropertiesByExceptionAndByText) {
-  TrcWriter* const writer = TrcWriter_Construct(folder_.file("y.trc").c_str(), false, 1.2);
-  TrcWriter_setActive(writer, true);
-  EXPECT_EQ(processingFailureOf([writer] { TrcWriter_setTargetPath(writer, "z"); }), kFrozen);
-  EXPECT_EQ(lastError(), kFrozen);
-  EXPECT_EQ(processingFailureOf([writer] { TrcWriter_setOwnerBus(writer, 1); }), kFrozen);
-  TrcWriter_Destruct(writer);
-}
-
 TEST(CsvInfoExports, answerForTheFormatWithoutAnObject) {
   EXPECT_EQ(textOf(CsvInfo_getFormatDescriptionSize(), CsvInfo_getFormatDescription), "Character-separated values");
   EXPECT_EQ(textOf(CsvInfo_GetExtensionSize(), CsvInfo_GetExtension), ".csv");
@@ -260,33 +195,18 @@ TEST(CsvInfoExports, answerForTheFormatWithoutAnObject) {
   EXPECT_EQ(CsvInfo_GetSupportedVersions()[0], 1.0);
 }
 
-TEST_F(ObjectsTest, csvWriterKeepsWhatItsSettersSet) {
-  CsvWriter* const writer = CsvWriter_Construct("a.csv", true, 1.0);
-  EXPECT_EQ(TEXT_OF(CsvWriter, getTargetPath, getTargetPathSize, writer), "a.csv");
-  EXPECT_TRUE(CsvWriter_getOverrideExistingFile(writer));
-  EXPECT_EQ(CsvWriter_getTargetVersion(writer), 1.0);
-  EXPECT_EQ(CsvWriter_getOwnerBus(writer), -1);
-  EXPECT_EQ(CsvWriter_getTargetFormat(writer), XLATR_FORMAT_CSV);
-  EXPECT_FALSE(CsvWriter_getActive(writer));
-  CsvWriter_setTargetPath(writer, "b.csv");
-  CsvWriter_setOverrideExistingFile(writer, false);
-  CsvWriter_setTargetVersion(writer, 2.0);
-  CsvWriter_setOwnerBus(writer, 5);
-  CsvWriter_setSourcePath(writer, "s.trc");
+TEST_F(ObjectsTest, aNewCsvWriterHasTheSeparatorOfANewOne) {
+  CsvWriter* const writer = CsvWriter_Construct(folder_.file("a.csv").c_str(), true, 1.0);
   CsvWriter_setSeparator(writer, ",");
-  EXPECT_EQ(TEXT_OF(CsvWriter, getTargetPath, getTargetPathSize, writer), "b.csv");
-  EXPECT_FALSE(CsvWriter_getOverrideExistingFile(writer));
-  EXPECT_EQ(CsvWriter_getTargetVersion(writer), 2.0);
-  EXPECT_EQ(CsvWriter_getOwnerBus(writer), 5);
-  EXPECT_EQ(TEXT_OF(CsvWriter, getSourcePath, getSourcePathSize, writer), "s.trc");
-
   CsvWriter* const fresh = CsvWriter_CreateNew(writer);
-  EXPECT_EQ(TEXT_OF(CsvWriter, getTargetPath, getTargetPathSize, fresh), "b.csv");
-  EXPECT_EQ(CsvWriter_getTargetVersion(fresh), 2.0);
-  EXPECT_EQ(CsvWriter_getOwnerBus(fresh), 5);
-  EXPECT_EQ(TEXT_OF(CsvWriter, getSourcePath, getSourcePathSize, fresh), "");
+  CsvWriter_setActive(fresh, true);
+  TrcInfo* const info = TrcInfo_Construct_2(path_.c_str());
+  CsvWriter_WriteHeader(fresh, reinterpret_cast<const ITraceInfo*>(info));
+  TrcInfo_Destruct(info);
   CsvWriter_Destruct(fresh);
   CsvWriter_Destruct(writer);
+  const std::string written = folder_.read("a.csv");
+  EXPECT_NE(written.find("D0;"), std::string::npos) << written;
 }
 
 TEST_F(ObjectsTest, csvWriterWritesAWholeTable) {

@@ -1,0 +1,61 @@
+/* Reads a TRC trace message by message, keeps one CAN identifier, and writes an ASC log of what is left.
+
+       filter SOURCE.trc IDENTIFIER TARGET.asc
+
+   The source is of version 2.1 and the identifier hexadecimal, as it stands there. */
+#include <stdbool.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+#include "xlatr/objects.h"
+
+/* The identifier stands in the fifth column of a 2.1 line: number, time, kind, bus, identifier. */
+static bool has_identifier(const MessageCan* message, unsigned long wanted) {
+  char line[512];
+  char text[16];
+  char* end = NULL;
+  MessageCan_getParsingText(message, line, sizeof line);
+  if (sscanf(line, "%*s %*s %*s %*s %15s", text) != 1) {
+    return false;
+  }
+  const unsigned long identifier = strtoul(text, &end, 16);
+  return *end == '\0' && identifier == wanted;
+}
+
+int main(int argc, char** argv) {
+  if (argc != 4) {
+    fprintf(stderr, "usage: filter SOURCE.trc IDENTIFIER TARGET.asc\n");
+    return 2;
+  }
+  const unsigned long wanted = strtoul(argv[2], NULL, 16);
+
+  TrcInfo* const info = TrcInfo_Construct_2(argv[1]);
+  if (!TrcInfo_getValid(info) || TrcInfo_GetVersion(info) != 2.1) {
+    fprintf(stderr, "%s: no TRC file of version 2.1\n", argv[1]);
+    TrcInfo_Destruct(info);
+    return 1;
+  }
+
+  /* An existing target is overwritten (true). A writer creates its file when it becomes active. */
+  TrcReader* const reader = TrcReader_Construct(info);
+  AscWriter* const asc = AscWriter_Construct(argv[3], true, AscInfo_GetCurrentVersion());
+  AscWriter_setActive(asc, true);
+  AscWriter_WriteHeader(asc, (const ITraceInfo*)info);
+
+  unsigned kept = 0;
+  MessageCan* message = NULL;
+  TrcReader_setActive(reader, true);
+  while (TrcReader_ReadNextMessage(reader, &message)) {
+    if (MessageCan_getValid(message) && has_identifier(message, wanted)) {
+      AscWriter_WriteMessage(asc, (const IMessage*)message);
+      ++kept;
+    }
+    MessageCan_Destruct(message); /* a message belongs to whoever read it */
+  }
+  printf("%u messages kept\n", kept);
+
+  AscWriter_Destruct(asc);
+  TrcReader_Destruct(reader);
+  TrcInfo_Destruct(info);
+  return 0;
+}

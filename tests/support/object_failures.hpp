@@ -1,0 +1,38 @@
+// The failures of exported functions, seen from both sides: as an exception, and as the thread's last error.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include <unistd.h>
+
+#include "xlatr/failures.hpp"
+#include "xlatr/objects.h"
+
+namespace xlatr::test {
+
+inline std::string lastErrorOf(std::uint32_t thread) {
+  char buffer[256];
+  ConverterLastError_GetText(thread, buffer, sizeof buffer);
+  return buffer;
+}
+
+inline std::string lastError() {
+  return lastErrorOf(static_cast<std::uint32_t>(::gettid()));
+}
+
+// The text of the failure that the action raises, which must be this thread's last error too.
+inline std::string processingFailureOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const ConverterProcessingException& failure) {
+    EXPECT_EQ(lastError(), failure.what());
+    return failure.what();
+  }
+  return "no failure";
+}
+
+}  // namespace xlatr::test
