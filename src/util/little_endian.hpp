@@ -31,13 +31,13 @@ template <class Bits>
 
 // The integer or IEEE 754 number in the sizeof(Number) bytes at `bytes`, of any alignment.
 template <class Number>
-  requires std::is_arithmetic_v<Number>
+requires std::is_arithmetic_v<Number>
 [[nodiscard]] constexpr Number loadLittle(const std::uint8_t* bytes) {
   return std::bit_cast<Number>(detail::gatherLittle<detail::BitsOfSize<sizeof(Number)>>(bytes));
 }
 
 template <class Number>
-  requires std::is_arithmetic_v<Number>
+requires std::is_arithmetic_v<Number>
 constexpr void storeLittle(std::uint8_t* bytes, Number value) {
   const auto bits = std::bit_cast<detail::BitsOfSize<sizeof(Number)>>(value);
   for (std::size_t index = 0; index < sizeof(Number); ++index) {

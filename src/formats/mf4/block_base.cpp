@@ -137,11 +137,15 @@ void placeTree(BlockList& list, std::uint64_t& nextFree) {
     }
   }
   for (std::size_t index = blocks.size(); index-- > 0;) {
-    for (const TreeChild& child : blocks[index]->children()) {
-      std::uint64_t behindTree = nextFree;
-      placeTree(*child.list, child.outsideTree ? behindTree : nextFree);
-      blocks[index]->setLink(child.link, child.list->firstPosition());
-    }
+    placeChildren(*blocks[index], nextFree);
+  }
+}
+
+void placeChildren(BlockBase& block, std::uint64_t& nextFree) {
+  for (const TreeChild& child : block.children()) {
+    std::uint64_t behindTree = nextFree;
+    placeTree(*child.list, child.outsideTree ? behindTree : nextFree);
+    block.setLink(child.link, child.list->firstPosition());
   }
 }
 
@@ -151,10 +155,14 @@ void appendTree(BlockList& list, Bytes& bytes) {
     block->appendBytes(bytes);
   }
   for (std::size_t index = blocks.size(); index-- > 0;) {
-    for (const TreeChild& child : blocks[index]->children()) {
-      if (!child.outsideTree) {
-        appendTree(*child.list, bytes);
-      }
+    appendChildren(*blocks[index], bytes);
+  }
+}
+
+void appendChildren(BlockBase& block, Bytes& bytes) {
+  for (const TreeChild& child : block.children()) {
+    if (!child.outsideTree) {
+      appendTree(*child.list, bytes);
     }
   }
 }

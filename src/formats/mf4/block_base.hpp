@@ -205,6 +205,10 @@ void placeTree(BlockList& list, std::uint64_t& nextFree);
 // The bytes of a list that was placed and of all below it, in the same order.
 void appendTree(BlockList& list, Bytes& bytes);
 
+// The same for what is below one block.
+void placeChildren(BlockBase& block, std::uint64_t& nextFree);
+void appendChildren(BlockBase& block, Bytes& bytes);
+
 // A block whose data part has a description.
 template <class Data>
 class DescribedBlock : public BlockBase {

@@ -20,7 +20,7 @@ namespace xlatr {
 // kind that there is not.
 [[nodiscard]] std::string_view mdfFrameName(BusEventFrameType kind);
 
-enum class MdfConversionType : std::uint8_t { Linear = 1, ValueRangeless = 5 };
+enum class MdfConversionType : std::uint8_t { Linear = 1, ValueToValue = 5 };
 
 struct ChannelConversionBlockData {
   static constexpr BlockTypeId kType = BlockTypeId::CC;
@@ -110,12 +110,24 @@ class ChannelArrayBlock final : public DescribedBlock<ChannelArrayBlockData> {
   [[nodiscard]] std::uint64_t productOfSizes() const;
 };
 
-enum class MdfChannelType : std::uint8_t { FixedLength = 0, VariableLength = 1, Master = 2, MaximumLength = 5,
-                                           VirtualData = 6 };
+enum class MdfChannelType : std::uint8_t {
+  FixedLength = 0,
+  VariableLength = 1,
+  Master = 2,
+  MaximumLength = 5,
+  VirtualData = 6
+};
 
 // Odd ones of the first six are big-endian.
-enum class MdfDataType : std::uint8_t { UnsignedLittle = 0, UnsignedBig = 1, SignedLittle = 2, SignedBig = 3,
-                                        RealLittle = 4, RealBig = 5, ByteArray = 10 };
+enum class MdfDataType : std::uint8_t {
+  UnsignedLittle = 0,
+  UnsignedBig = 1,
+  SignedLittle = 2,
+  SignedBig = 3,
+  RealLittle = 4,
+  RealBig = 5,
+  ByteArray = 10
+};
 
 // Bits of cnFlags.
 inline constexpr std::uint32_t kChannelPrecisionValid = 0x4;
@@ -245,7 +257,7 @@ class ChannelGroupBlock final : public DescribedBlock<ChannelGroupBlockData> {
   [[nodiscard]] BlockChain<ChannelBlock>& channels() { return channels_; }
   [[nodiscard]] ChannelBlock* firstChannel() { return channels_.at(0); }
   // Trailing zero bytes cut; empty without a text.
-  [[nodiscard]] std::string acquisitionName();
+  [[nodiscard]] const std::string& acquisitionName();
   // Null without one.
   [[nodiscard]] SourceInformationBlock* source();
   // The character between the parts of a channel's name, as UTF-8; empty where the group states none.
@@ -260,8 +272,9 @@ class ChannelGroupBlock final : public DescribedBlock<ChannelGroupBlockData> {
 
  private:
   BlockChain<ChannelBlock> channels_;
-  BlockChain<TextBlock> name_;
+  BlockChain<TextBlock> nameText_;
   BlockChain<SourceInformationBlock> source_;
+  std::optional<std::string> name_;
 };
 
 struct DataGroupBlockData {
@@ -310,5 +323,8 @@ class DataGroupBlock final : public DescribedBlock<DataGroupBlockData> {
   BlockChain<ChannelGroupBlock> channelGroups_;
   BlockList placeholder_;
 };
+
+// The data groups of a file to be written: one, or when sorted one for each kind of frame.
+void addDataGroups(const MdfLayoutOptions& options, BlockChain<DataGroupBlock>& groups);
 
 }  // namespace xlatr

@@ -107,8 +107,8 @@ class DataZippedBlock final : public BlockBase, public IDataBlock {
 
 // The values that follow the fields of DL and LD. Only the links count when data is read; the values are kept.
 struct DataListValues {
-  std::uint64_t equalLength = 0;  // if bit 0 of the flags is set
-  std::vector<std::uint64_t> offsets;  // otherwise
+  std::uint64_t equalLength = 0;              // if bit 0 of the flags is set
+  std::vector<std::uint64_t> offsets;         // otherwise
   std::vector<std::uint64_t> timeValues;      // bit 1
   std::vector<std::uint64_t> angleValues;     // bit 2
   std::vector<std::uint64_t> distanceValues;  // bit 3

@@ -3,8 +3,7 @@
 
 namespace xlatr {
 
-inline constexpr char kShortHeaderSection[] =
-    "Not all wanted bytes could be retrieved for building a HeaderSection";
+inline constexpr char kShortHeaderSection[] = "Not all wanted bytes could be retrieved for building a HeaderSection";
 inline constexpr char kShortLinkSection[] = "Not all wanted bytes could be retrieved for building a LinkSection";
 inline constexpr char kShortBytes[] = "Not all wanted bytes could be retrieved";
 // A ConverterParsingException, with the block id behind it.

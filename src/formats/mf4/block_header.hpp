@@ -125,10 +125,13 @@ class HeaderBlock final : public DescribedBlock<HeaderBlockData> {
   [[nodiscard]] std::uint64_t dataLinkPosition(std::size_t dataGroupIndex);
 
   [[nodiscard]] std::vector<TreeChild> children() override;
-  // For what can't be written: hangs a block of another type on one of the links.
-  void addOther(Link link, std::unique_ptr<BlockBase> block);
+  // Lists of blocks that no file which is written has.
+  [[nodiscard]] BlockList& hierarchies() { return hierarchies_; }
+  [[nodiscard]] BlockList& attachments() { return attachments_; }
+  [[nodiscard]] BlockList& events() { return events_; }
 
  private:
+  void placeAll();
   [[nodiscard]] DataGroupBlock& requireDataGroup(std::size_t index);
 
   BlockChain<FileHistoryBlock> history_;
@@ -141,8 +144,8 @@ class HeaderBlock final : public DescribedBlock<HeaderBlockData> {
 // An MDF file: its stream, its identification and the top of its tree.
 class MdfFileHeader {
  public:
-  // For reading. A path at which there is no file gives an object that is closed; identification or header that can't be
-  // read are absent. std::ios_base::failure when the file is there and can't be opened.
+  // For reading. A path at which there is no file gives an object that is closed; identification or header that can't
+  // be read are absent. std::ios_base::failure when the file is there and can't be opened.
   explicit MdfFileHeader(const std::string& path);
   // The same of a file in memory.
   explicit MdfFileHeader(std::vector<std::uint8_t> bytes);

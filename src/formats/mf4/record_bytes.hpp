@@ -8,8 +8,8 @@
 
 namespace xlatr {
 
-// Grows without clearing what is about to be overwritten, and holds kPadding zero bytes behind its end, so that a number
-// of up to 8 bytes can be taken from any offset with one load.
+// Grows without clearing what is about to be overwritten, and holds kPadding zero bytes behind its end, so that a
+// number of up to 8 bytes can be taken from any offset with one load.
 class RecordBytes {
  public:
   static constexpr std::size_t kPadding = 8;
