@@ -20,7 +20,7 @@ constexpr char kNotActive[] = "Writer is not initialized";
 // The text of a pair whose functions take the object first.
 template <typename Object>
 std::string objectTextOf(const Object* object, std::uint32_t (*size)(const Object*),
-                   void (*copy)(const Object*, char*, std::uint32_t)) {
+                         void (*copy)(const Object*, char*, std::uint32_t)) {
   return textOf(size(object), [&](char* buffer, std::uint32_t bufferSize) { copy(object, buffer, bufferSize); });
 }
 
@@ -159,8 +159,7 @@ TYPED_TEST(WriterFamily, becomesActiveAgain) {
   TypeParam::setActive(writer.get(), false);
   EXPECT_FALSE(TypeParam::getActive(writer.get()));
   EXPECT_TRUE(std::filesystem::exists(this->target_));
-  EXPECT_EQ(processingFailureOf([&] { TypeParam::setActive(writer.get(), true); }),
-            "File already exists - TargetPath");
+  EXPECT_EQ(processingFailureOf([&] { TypeParam::setActive(writer.get(), true); }), "File already exists - TargetPath");
   EXPECT_FALSE(TypeParam::getActive(writer.get()));
   TypeParam::setOverrideExistingFile(writer.get(), true);
   TypeParam::setActive(writer.get(), true);
@@ -217,12 +216,7 @@ class ReaderFamily : public testing::Test {
     const Owned<InfoType> info(makeInfo());
     return Owned<Family>(Family::construct(info.get()));
   }
-  Owned<InfoType> makeInfo() const {
-    TraceFileInfo* const file = TraceFileInfo_Construct(path_.c_str());
-    Owned<InfoType> info(InfoType::construct(file));
-    TraceFileInfo_Destruct(file);
-    return info;
-  }
+  Owned<InfoType> makeInfo() const { return openInfo<InfoType>(path_.c_str()); }
   static Message next(const Owned<Family>& reader) {
     typename MessageType::Object* message = nullptr;
     return Message(Family::readNextMessage(reader.get(), &message) ? message : nullptr);
@@ -289,9 +283,7 @@ TYPED_TEST(ReaderFamily, informationAnswersForItsFormatWithoutAnObject) {
 
 TYPED_TEST(ReaderFamily, informationOfAnotherFormatIsNotValid) {
   using Info = typename TypeParam::InfoType;
-  TraceFileInfo* const file = TraceFileInfo_Construct(this->folder_.write("x.txt", "x").c_str());
-  const Owned<Info> info(Info::construct(file));
-  TraceFileInfo_Destruct(file);
+  const auto info = openInfo<Info>(this->folder_.write("x.txt", "x").c_str());
   EXPECT_FALSE(Info::getValid(info.get()));
   EXPECT_EQ(Info::getStartTime(info.get()), 0.0);
 }

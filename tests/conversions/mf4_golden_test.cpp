@@ -76,8 +76,8 @@ std::string zippedBlock(const std::string& records) {
     return {};
   }
   const std::string zipped = zip(records);
-  LayoutNames names{
-      .numbers = {{"length", 48 + zipped.size()}, {"plain", records.size()}, {"zipped", zipped.size()}}, .texts = {}};
+  LayoutNames names{.numbers = {{"length", 48 + zipped.size()}, {"plain", records.size()}, {"zipped", zipped.size()}},
+                    .texts = {}};
   return test::layOut(R"("##DZ" z4 u64:$length u64:0 "DT" u8:0 u8:0 u32:0 u64:$plain u64:$zipped)", names) + zipped;
 }
 
@@ -99,7 +99,8 @@ Content contentOf(bool sorted, bool empty) {
   return {.records = {read("unsorted.records")}, .counts = {12, 2, 4}};
 }
 
-std::string expectedFile(Form form, const Version& version, bool empty, std::uint64_t startNs, std::uint64_t writtenNs) {
+std::string expectedFile(Form form, const Version& version, bool empty, std::uint64_t startNs,
+                         std::uint64_t writtenNs) {
   const Content content = contentOf(form.sorted, empty);
   // Where the blocks of the two trees end.
   std::uint64_t offset = form.sorted ? 8168 : 8040;
@@ -134,9 +135,7 @@ std::uint64_t writtenNsOf(const std::string& file) {
 
 class Mf4Golden : public testing::TestWithParam<std::tuple<bool, bool>> {
  protected:
-  [[nodiscard]] static Form form() {
-    return {.sorted = std::get<0>(GetParam()), .zipped = std::get<1>(GetParam())};
-  }
+  [[nodiscard]] static Form form() { return {.sorted = std::get<0>(GetParam()), .zipped = std::get<1>(GetParam())}; }
 
   static void expectFile(const Version& version, const std::string& source, bool empty, std::uint64_t startNs) {
     SCOPED_TRACE(version.text);
@@ -157,10 +156,9 @@ class Mf4Golden : public testing::TestWithParam<std::tuple<bool, bool>> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(AllForms, Mf4Golden, testing::Combine(testing::Bool(), testing::Bool()),
-                         [](const auto& test) {
-                           return nameOf({.sorted = std::get<0>(test.param), .zipped = std::get<1>(test.param)});
-                         });
+INSTANTIATE_TEST_SUITE_P(AllForms, Mf4Golden, testing::Combine(testing::Bool(), testing::Bool()), [](const auto& test) {
+  return nameOf({.sorted = std::get<0>(test.param), .zipped = std::get<1>(test.param)});
+});
 
 TEST_P(Mf4Golden, holdsEveryKindOfFrame) {
   for (const Version& version : kVersions) {

@@ -54,7 +54,7 @@ struct Options {
     return *this;
   }
 
-  Options& flag(std::uint32_t tag) {
+  Options& flag(std::int32_t tag) {
     ConversionOption item{};
     item.tag = tag;
     item.value.flag = 1;

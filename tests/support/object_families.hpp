@@ -18,106 +18,104 @@ struct Release {
 template <typename Family>
 using Owned = std::unique_ptr<typename Family::Object, Release<Family>>;
 
-#define XLATR_MESSAGE_FAMILY_TYPE(Family, canBeValid)                                    \
-  struct Family##Type {                                                                  \
-    using Object = Family;                                                               \
-    static constexpr const char* kName = #Family;                                        \
-    static void destruct(Object* object) { Family##_Destruct(object); }                  \
-    static bool getValid(const Object* object) { return canBeValid(object); }            \
-    static const IMessage* asMessage(const Object* object) {                             \
-      return reinterpret_cast<const IMessage*>(object);                                  \
-    }                                                                                    \
+// The information object of a file.
+template <typename InfoFamily>
+Owned<InfoFamily> openInfo(const char* path) {
+  const std::unique_ptr<TraceFileInfo, decltype(&TraceFileInfo_Destruct)> file(TraceFileInfo_Construct(path),
+                                                                               &TraceFileInfo_Destruct);
+  return Owned<InfoFamily>(InfoFamily::construct(file.get()));
+}
+
+#define XLATR_MESSAGE_FAMILY_TYPE(Family, canBeValid)                                                            \
+  struct Family##Type {                                                                                          \
+    using Object = Family;                                                                                       \
+    static constexpr const char* kName = #Family;                                                                \
+    static void destruct(Object* object) { Family##_Destruct(object); }                                          \
+    static bool getValid(const Object* object) { return canBeValid(object); }                                    \
+    static const IMessage* asMessage(const Object* object) { return reinterpret_cast<const IMessage*>(object); } \
   }
 
 // An information family that is made from a file, and its reader.
-#define XLATR_READER_FAMILY_TYPE(Family, InfoFamily, InfoValid, Message, fileFormat)                           \
-  struct InfoFamily##Type {                                                                                    \
-    using Object = InfoFamily;                                                                                 \
-    static constexpr const char* kName = #InfoFamily;                                                          \
-    static constexpr TraceFormat kFormat = fileFormat;                                                         \
-    static Object* construct(const TraceFileInfo* file) { return InfoFamily##_Construct(file); }               \
-    static void destruct(Object* object) { InfoFamily##_Destruct(object); }                                    \
-    static bool getValid(const Object* object) { return InfoValid(object); }                                   \
-    static double getVersion(const Object* object) { return InfoFamily##_GetVersion(object); }                 \
-    static double getStartTime(const Object* object) { return InfoFamily##_getStartTime(object); }             \
-    static std::uint32_t getPathSize(const Object* object) { return InfoFamily##_getPathSize(object); }        \
-    static void getPath(const Object* object, char* buffer, std::uint32_t size) {                              \
-      InfoFamily##_getPath(object, buffer, size);                                                              \
-    }                                                                                                          \
-    static std::uint32_t getFormatDescriptionSize() { return InfoFamily##_getFormatDescriptionSize(); }        \
-    static void getFormatDescription(char* buffer, std::uint32_t size) {                                       \
-      InfoFamily##_getFormatDescription(buffer, size);                                                         \
-    }                                                                                                          \
-    static std::uint32_t getExtensionSize() { return InfoFamily##_GetExtensionSize(); }                        \
-    static void getExtension(char* buffer, std::uint32_t size) { InfoFamily##_GetExtension(buffer, size); }    \
-    static double getCurrentVersion() { return InfoFamily##_GetCurrentVersion(); }                             \
-    static std::uint32_t getAllowedConvertionsSize() { return InfoFamily##_GetAllowedConvertionsSize(); }      \
-    static const TraceFormat* getAllowedConvertions() { return InfoFamily##_GetAllowedConvertions(); }         \
-    static std::uint32_t getSupportedVersionsSize() { return InfoFamily##_GetSupportedVersionsSize(); }        \
-    static const double* getSupportedVersions() { return InfoFamily##_GetSupportedVersions(); }                \
-    static const ITraceInfo* asTraceInfo(const Object* object) {                                               \
-      return reinterpret_cast<const ITraceInfo*>(object);                                                      \
-    }                                                                                                          \
-  };                                                                                                           \
-  struct Family##Type {                                                                                        \
-    using Object = Family;                                                                                     \
-    using InfoType = InfoFamily##Type;                                                                         \
-    using MessageType = Message##Type;                                                                         \
-    static constexpr const char* kName = #Family;                                                              \
-    static Object* construct(const InfoFamily* info) { return Family##_Construct(info); }                      \
-    static void destruct(Object* object) { Family##_Destruct(object); }                                        \
-    static const InfoFamily* getTrace(const Object* object) { return Family##_getTrace(object); }              \
-    static bool setActive(Object* object, bool active) { return Family##_setActive(object, active); }          \
-    static double getPercentDone(const Object* object) { return Family##_getPercentDone(object); }             \
-    static bool readNextMessage(Object* object, Message** message) {                                           \
-      return Family##_ReadNextMessage(object, message);                                                        \
-    }                                                                                                          \
+#define XLATR_READER_FAMILY_TYPE(Family, InfoFamily, InfoValid, Message, fileFormat)                                   \
+  struct InfoFamily##Type {                                                                                            \
+    using Object = InfoFamily;                                                                                         \
+    static constexpr const char* kName = #InfoFamily;                                                                  \
+    static constexpr TraceFormat kFormat = fileFormat;                                                                 \
+    static Object* construct(const TraceFileInfo* file) { return InfoFamily##_Construct(file); }                       \
+    static void destruct(Object* object) { InfoFamily##_Destruct(object); }                                            \
+    static bool getValid(const Object* object) { return InfoValid(object); }                                           \
+    static double getVersion(const Object* object) { return InfoFamily##_GetVersion(object); }                         \
+    static double getStartTime(const Object* object) { return InfoFamily##_getStartTime(object); }                     \
+    static std::uint32_t getPathSize(const Object* object) { return InfoFamily##_getPathSize(object); }                \
+    static void getPath(const Object* object, char* buffer, std::uint32_t size) {                                      \
+      InfoFamily##_getPath(object, buffer, size);                                                                      \
+    }                                                                                                                  \
+    static std::uint32_t getFormatDescriptionSize() { return InfoFamily##_getFormatDescriptionSize(); }                \
+    static void getFormatDescription(char* buffer, std::uint32_t size) {                                               \
+      InfoFamily##_getFormatDescription(buffer, size);                                                                 \
+    }                                                                                                                  \
+    static std::uint32_t getExtensionSize() { return InfoFamily##_GetExtensionSize(); }                                \
+    static void getExtension(char* buffer, std::uint32_t size) { InfoFamily##_GetExtension(buffer, size); }            \
+    static double getCurrentVersion() { return InfoFamily##_GetCurrentVersion(); }                                     \
+    static std::uint32_t getAllowedConvertionsSize() { return InfoFamily##_GetAllowedConvertionsSize(); }              \
+    static const TraceFormat* getAllowedConvertions() { return InfoFamily##_GetAllowedConvertions(); }                 \
+    static std::uint32_t getSupportedVersionsSize() { return InfoFamily##_GetSupportedVersionsSize(); }                \
+    static const double* getSupportedVersions() { return InfoFamily##_GetSupportedVersions(); }                        \
+    static const ITraceInfo* asTraceInfo(const Object* object) { return reinterpret_cast<const ITraceInfo*>(object); } \
+  };                                                                                                                   \
+  struct Family##Type {                                                                                                \
+    using Object = Family;                                                                                             \
+    using InfoType = InfoFamily##Type;                                                                                 \
+    using MessageType = Message##Type;                                                                                 \
+    static constexpr const char* kName = #Family;                                                                      \
+    static Object* construct(const InfoFamily* info) { return Family##_Construct(info); }                              \
+    static void destruct(Object* object) { Family##_Destruct(object); }                                                \
+    static const InfoFamily* getTrace(const Object* object) { return Family##_getTrace(object); }                      \
+    static bool setActive(Object* object, bool active) { return Family##_setActive(object, active); }                  \
+    static double getPercentDone(const Object* object) { return Family##_getPercentDone(object); }                     \
+    static bool readNextMessage(Object* object, Message** message) {                                                   \
+      return Family##_ReadNextMessage(object, message);                                                                \
+    }                                                                                                                  \
   }
 
-#define XLATR_WRITER_FAMILY_TYPE(Family, fileFormat, currentVersion)                                          \
-  struct Family##Type {                                                                                       \
-    using Object = Family;                                                                                    \
-    static constexpr const char* kName = #Family;                                                             \
-    static constexpr TraceFormat kFormat = fileFormat;                                                        \
-    static constexpr double kVersion = currentVersion;                                                        \
-    static Object* construct(const char* path, bool overrideExistingFile, double version) {                   \
-      return Family##_Construct(path, overrideExistingFile, version);                                         \
-    }                                                                                                         \
-    static void destruct(Object* object) { Family##_Destruct(object); }                                       \
-    static Object* createNew(const Object* object) { return Family##_CreateNew(object); }                     \
-    static void writeHeader(Object* object, const ITraceInfo* info) { Family##_WriteHeader(object, info); }   \
-    static void writeHeader2(Object* object, const ITraceInfo* info, double startTime) {                      \
-      Family##_WriteHeader_2(object, info, startTime);                                                        \
-    }                                                                                                         \
-    static void writeComment(Object* object, const char* text) { Family##_WriteComment(object, text); }       \
-    static void writeMessage(Object* object, const IMessage* message) {                                       \
-      Family##_WriteMessage(object, message);                                                                 \
-    }                                                                                                         \
-    static bool getActive(const Object* object) { return Family##_getActive(object); }                        \
-    static void setActive(Object* object, bool active) { Family##_setActive(object, active); }                \
-    static std::uint32_t getTargetPathSize(const Object* object) { return Family##_getTargetPathSize(object); } \
-    static void getTargetPath(const Object* object, char* buffer, std::uint32_t size) {                       \
-      Family##_getTargetPath(object, buffer, size);                                                           \
-    }                                                                                                         \
-    static void setTargetPath(Object* object, const char* path) { Family##_setTargetPath(object, path); }     \
-    static double getTargetVersion(const Object* object) { return Family##_getTargetVersion(object); }        \
-    static void setTargetVersion(Object* object, double version) {                                            \
-      Family##_setTargetVersion(object, version);                                                             \
-    }                                                                                                         \
-    static TraceFormat getTargetFormat(const Object* object) { return Family##_getTargetFormat(object); }     \
-    static bool getOverrideExistingFile(const Object* object) {                                               \
-      return Family##_getOverrideExistingFile(object);                                                        \
-    }                                                                                                         \
-    static void setOverrideExistingFile(Object* object, bool value) {                                         \
-      Family##_setOverrideExistingFile(object, value);                                                        \
-    }                                                                                                         \
-    static std::int32_t getOwnerBus(const Object* object) { return Family##_getOwnerBus(object); }            \
-    static void setOwnerBus(Object* object, std::int32_t bus) { Family##_setOwnerBus(object, bus); }          \
-    static std::uint32_t getSourcePathSize(const Object* object) { return Family##_getSourcePathSize(object); } \
-    static void getSourcePath(const Object* object, char* buffer, std::uint32_t size) {                       \
-      Family##_getSourcePath(object, buffer, size);                                                           \
-    }                                                                                                         \
-    static void setSourcePath(Object* object, const char* path) { Family##_setSourcePath(object, path); }     \
+#define XLATR_WRITER_FAMILY_TYPE(Family, fileFormat, currentVersion)                                               \
+  struct Family##Type {                                                                                            \
+    using Object = Family;                                                                                         \
+    static constexpr const char* kName = #Family;                                                                  \
+    static constexpr TraceFormat kFormat = fileFormat;                                                             \
+    static constexpr double kVersion = currentVersion;                                                             \
+    static Object* construct(const char* path, bool overrideExistingFile, double version) {                        \
+      return Family##_Construct(path, overrideExistingFile, version);                                              \
+    }                                                                                                              \
+    static void destruct(Object* object) { Family##_Destruct(object); }                                            \
+    static Object* createNew(const Object* object) { return Family##_CreateNew(object); }                          \
+    static void writeHeader(Object* object, const ITraceInfo* info) { Family##_WriteHeader(object, info); }        \
+    static void writeHeader2(Object* object, const ITraceInfo* info, double startTime) {                           \
+      Family##_WriteHeader_2(object, info, startTime);                                                             \
+    }                                                                                                              \
+    static void writeComment(Object* object, const char* text) { Family##_WriteComment(object, text); }            \
+    static void writeMessage(Object* object, const IMessage* message) { Family##_WriteMessage(object, message); }  \
+    static bool getActive(const Object* object) { return Family##_getActive(object); }                             \
+    static void setActive(Object* object, bool active) { Family##_setActive(object, active); }                     \
+    static std::uint32_t getTargetPathSize(const Object* object) { return Family##_getTargetPathSize(object); }    \
+    static void getTargetPath(const Object* object, char* buffer, std::uint32_t size) {                            \
+      Family##_getTargetPath(object, buffer, size);                                                                \
+    }                                                                                                              \
+    static void setTargetPath(Object* object, const char* path) { Family##_setTargetPath(object, path); }          \
+    static double getTargetVersion(const Object* object) { return Family##_getTargetVersion(object); }             \
+    static void setTargetVersion(Object* object, double version) { Family##_setTargetVersion(object, version); }   \
+    static TraceFormat getTargetFormat(const Object* object) { return Family##_getTargetFormat(object); }          \
+    static bool getOverrideExistingFile(const Object* object) { return Family##_getOverrideExistingFile(object); } \
+    static void setOverrideExistingFile(Object* object, bool value) {                                              \
+      Family##_setOverrideExistingFile(object, value);                                                             \
+    }                                                                                                              \
+    static std::int32_t getOwnerBus(const Object* object) { return Family##_getOwnerBus(object); }                 \
+    static void setOwnerBus(Object* object, std::int32_t bus) { Family##_setOwnerBus(object, bus); }               \
+    static std::uint32_t getSourcePathSize(const Object* object) { return Family##_getSourcePathSize(object); }    \
+    static void getSourcePath(const Object* object, char* buffer, std::uint32_t size) {                            \
+      Family##_getSourcePath(object, buffer, size);                                                                \
+    }                                                                                                              \
+    static void setSourcePath(Object* object, const char* path) { Family##_setSourcePath(object, path); }          \
   }
 
 XLATR_MESSAGE_FAMILY_TYPE(MessageCan, MessageCan_getValid);
