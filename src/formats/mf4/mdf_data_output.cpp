@@ -50,7 +50,7 @@ class MdfDataOutput::Deflater {
   }
 
   z_stream stream_ = {};
-  std::array<char, std::size_t{64} * 1024> buffer_ = {};
+  std::array<char, std::size_t{64}* 1024> buffer_ = {};
 };
 
 MdfDataOutput::MdfDataOutput(BufferedOutput& output, std::uint64_t position, bool zipped)

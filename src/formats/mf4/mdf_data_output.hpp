@@ -38,9 +38,9 @@ class MdfDataOutput {
 
   BufferedOutput& output_;
   const std::uint64_t position_;
-  std::uint64_t dataPosition_;        // behind the head and its fields; `position_` while nothing was written
-  std::uint64_t recordBytes_ = 0;     // as they came in
-  std::uint64_t writtenBytes_ = 0;    // as they stand in the file
+  std::uint64_t dataPosition_;          // behind the head and its fields; `position_` while nothing was written
+  std::uint64_t recordBytes_ = 0;       // as they came in
+  std::uint64_t writtenBytes_ = 0;      // as they stand in the file
   std::unique_ptr<Deflater> deflater_;  // null for plain data
 };
 

@@ -40,8 +40,8 @@ std::uint8_t bitPositionOf(std::uint8_t trcPosition) {
 }
 
 void mapError(const BrixMessage& source, MdfCanMessage& target) {
-  constexpr std::uint32_t kWholeLength = 5;        // error, then position two bytes behind
-  constexpr std::uint32_t kIdentifierLength = 4;   // the identifier is the error, the position has moved up
+  constexpr std::uint32_t kWholeLength = 5;       // error, then position two bytes behind
+  constexpr std::uint32_t kIdentifierLength = 4;  // the identifier is the error, the position has moved up
   std::uint8_t error = 0;
   std::uint8_t position = 0;
   if (source.length >= kWholeLength && source.data.size() >= kWholeLength) {

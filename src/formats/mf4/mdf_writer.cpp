@@ -84,15 +84,14 @@ void MdfWriter::WriteHeader(const ITraceInfo& source) {
   if (!source.getValid()) {
     return;
   }
-  const auto header = MdfFileHeader::createForWriting(file().options(), startNanoseconds(startTimeFrom(source)),
-                                                      getTargetVersion());
+  const auto header =
+      MdfFileHeader::createForWriting(file().options(), startNanoseconds(startTimeFrom(source)), getTargetVersion());
   file().writeTree(*header);
 }
 
 void MdfWriter::WriteMessage(const IMessage& message) {
   requireActive();
-  const bool taken =
-      dispatchMessage(Accepted{}, message, [this](const auto& known) { mapToMdf(known, mapped_); });
+  const bool taken = dispatchMessage(Accepted{}, message, [this](const auto& known) { mapToMdf(known, mapped_); });
   if (!taken) {
     throwProcessingFailure("Object cannot be casted to any supported message trace");
   }
