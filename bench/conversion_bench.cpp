@@ -9,6 +9,7 @@
 #include <string>
 
 #include "tracegen/generator.hpp"
+#include "xlatr/objects.h"
 #include "xlatr/xlatr.h"
 
 namespace {
@@ -161,6 +162,26 @@ void convertPlainLogToCsv(benchmark::State& state) {
   measure(state, plainLog(state.range(0)), XLATR_FORMAT_CSV, 1.0);
 }
 
+// The same file message by message through the exported functions, without writing anything.
+void readPlainByObjects(benchmark::State& state) {
+  TrcInfo* const info = TrcInfo_Construct_2(plainSource().path.c_str());
+  TrcReader* const reader = TrcReader_Construct(info);
+  std::int64_t count = 0;
+  for ([[maybe_unused]] auto step : state) {
+    TrcReader_setActive(reader, true);
+    MessageCan* message = nullptr;
+    while (TrcReader_ReadNextMessage(reader, &message)) {
+      benchmark::DoNotOptimize(MessageCan_getValid(message));
+      MessageCan_Destruct(message);
+      ++count;
+    }
+  }
+  TrcReader_Destruct(reader);
+  TrcInfo_Destruct(info);
+  state.SetItemsProcessed(count);
+}
+
+BENCHMARK(readPlainByObjects)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 BENCHMARK(convertPlain)
     ->ArgName("version_x10")
     ->Arg(20)

@@ -1,11 +1,16 @@
 // Parsing and printing of single TRC lines, without any file.
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
+#include <filesystem>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_reader.hpp"
+#include "tracegen/generator.hpp"
 #include "util/text_buffer.hpp"
 
 namespace {
@@ -80,5 +85,30 @@ void printLines(benchmark::State& state) {
   countLines(state, sample);
 }
 BENCHMARK(printLines)->DenseRange(0, std::size(kSamples) - 1);
+
+// A whole file as a conversion reads it, into one message again and again.
+void readFile(benchmark::State& state) {
+  const auto path =
+      std::filesystem::temp_directory_path() / ("xlatr_bench_" + std::to_string(std::random_device()()) + ".trc");
+  tracegen::RecordingOptions options;
+  options.traffic.makePlain();
+  options.maxMessages = 500000;
+  tracegen::generateFile(options, path.string());
+  {
+    xlatr::TrcReader reader{xlatr::TrcInfo(xlatr::TraceFileInfo(path.string()))};
+    BrixMessage message;
+    std::int64_t count = 0;
+    for ([[maybe_unused]] auto step : state) {
+      reader.setActive(true);
+      while (reader.readInto(message)) {
+        benchmark::DoNotOptimize(message.valid);
+        ++count;
+      }
+    }
+    state.SetItemsProcessed(count);
+  }
+  std::filesystem::remove(path);
+}
+BENCHMARK(readFile)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "core/asc_source.hpp"
+#include "core/mdf_source.hpp"
 #include "core/trc_source.hpp"
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_writer.hpp"
@@ -35,7 +36,7 @@ constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
     FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
     FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
-    FormatFactory{XLATR_FORMAT_MF4, nullptr, makeMdfWriter},
+    FormatFactory{XLATR_FORMAT_MF4, makeMdfSource, makeMdfWriter},
 };
 
 const FormatFactory* factoryOf(FormatFactories factories, TraceFormat format) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "support/object_failures.hpp"
+#include "support/object_families.hpp"
 #include "support/object_text.hpp"
 #include "support/temp_folder.hpp"
 #include "xlatr/objects.h"
@@ -15,18 +16,12 @@ namespace {
 
 class AscObjectsTest : public testing::Test {
  protected:
-  ~AscObjectsTest() override {
-    AscInfo_Destruct(info_);
-    TraceFileInfo_Destruct(file_);
-  }
-
   TempFolder folder_;
   std::string path_ =
       folder_.write("x.asc",
                     "date Mon Jul 26 06:00:00.000 2021\nbase hex  timestamps relative\n// version 7.0.0\n"
                     "0.1 3 100 Rx d 1 AA\nno frame here\n0.2 3 100 Rx d 0\n");
-  TraceFileInfo* file_ = TraceFileInfo_Construct(path_.c_str());
-  AscInfo* info_ = AscInfo_Construct(file_);
+  Owned<AscInfoType> info_ = openInfo<AscInfoType>(path_.c_str());
 };
 
 TEST(AscObjects, refuseNullEverywhereElse) {
@@ -50,14 +45,14 @@ TEST(AscObjects, answerForTheirFormatWithoutAnObject) {
 }
 
 TEST_F(AscObjectsTest, tellOfTheHead) {
-  EXPECT_TRUE(AscInfo_getValid(info_));
-  EXPECT_EQ(AscInfo_GetVersion(info_), 7.0);
-  EXPECT_EQ(AscInfo_getStartTime(info_), 44403.25);
-  EXPECT_EQ(TEXT_OF(AscInfo, getPath, getPathSize, info_), path_);
+  EXPECT_TRUE(AscInfo_getValid(info_.get()));
+  EXPECT_EQ(AscInfo_GetVersion(info_.get()), 7.0);
+  EXPECT_EQ(AscInfo_getStartTime(info_.get()), 44403.25);
+  EXPECT_EQ(TEXT_OF(AscInfo, getPath, getPathSize, info_.get()), path_);
 }
 
 TEST_F(AscObjectsTest, handOutMessagesThatTheCallerOwns) {
-  AscReader* const reader = AscReader_Construct(info_);
+  AscReader* const reader = AscReader_Construct(info_.get());
   EXPECT_EQ(TEXT_OF(AscInfo, getPath, getPathSize, AscReader_getTrace(reader)), path_);
   MessageAsc* first = nullptr;
   EXPECT_FALSE(AscReader_ReadNextMessage(reader, &first));

@@ -49,7 +49,7 @@ Number toNumber(std::string_view text) {
   return value;
 }
 
-std::string padded(std::string id, bool extended) {
+std::string padded(const std::string& id, bool extended) {
   const std::size_t digits = extended ? 8 : 3;
   return std::string(digits - std::min(digits, id.size()), '0') + id;
 }

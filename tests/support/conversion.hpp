@@ -36,7 +36,7 @@ class Result {
 // The options of a conversion, as a caller would write them down.
 struct Options {
   TraceFormat format = XLATR_FORMAT_TRC;
-  std::vector<ConversionOption> items;
+  std::vector<ConversionOption> items = {};
   bool asynchronous = false;
 
   Options& version(double number) {

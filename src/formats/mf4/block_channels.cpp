@@ -1,5 +1,6 @@
 #include "formats/mf4/block_channels.hpp"
 
+#include <algorithm>
 #include <functional>
 #include <numeric>
 
@@ -115,7 +116,14 @@ ChannelConversionBlock* ChannelBlock::conversion() {
 }
 
 std::unique_ptr<IDataBlock> ChannelBlock::dataLink() const {
-  return followDataLink(stream(), link(kData));
+  constexpr std::array kSignalData = {BlockTypeId::SD, BlockTypeId::DL, BlockTypeId::DZ, BlockTypeId::HL};
+  const std::uint64_t position = link(kData);
+  if (stream() == nullptr || position == 0 ||
+      std::ranges::find(kSignalData, HeaderSection::typeOf(readHeaderSection(*stream(), position))) ==
+          kSignalData.end()) {
+    return nullptr;
+  }
+  return followDataLink(stream(), position);
 }
 
 void ChannelBlock::setName(std::string_view text) {

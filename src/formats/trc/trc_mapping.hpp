@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/mf4/mdf_can_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -10,5 +11,9 @@ namespace xlatr {
 // frame has the type of its ECC as identifier and direction and position as data; of a status text only the bits of the
 // words that TRC knows are left.
 void mapToTrc(const AscMessage& source, BrixMessage& target);
+
+// An error frame has the identifier of its type, one bit each for bit, form, stuff and other errors, and its position
+// as data, counted as CAN controllers do.
+void mapToTrc(const MdfCanMessage& source, BrixMessage& target);
 
 }  // namespace xlatr

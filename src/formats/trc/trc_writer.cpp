@@ -16,7 +16,7 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<BrixMessage, AscMessage>;
+using Accepted = MessageClasses<BrixMessage, AscMessage, MdfCanMessage>;
 
 // The columns that a version's header announces; below 2.0 there is nothing to announce.
 std::optional<TrcColumnSet> announcedColumns(TrcVersion version) {
@@ -99,7 +99,8 @@ void TrcWriter::write(const BrixMessage& message) {
 }
 
 // A message of another format has its number whether or not it has a text.
-void TrcWriter::write(const AscMessage& message) {
+template <class Other>
+void TrcWriter::write(const Other& message) {
   mapToTrc(message, mapped_);
   ++messageCount_;
   line_.clear();

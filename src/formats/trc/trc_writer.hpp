@@ -37,7 +37,8 @@ class TrcWriter final : public TraceWriterText {
 
  private:
   void write(const BrixMessage& message);
-  void write(const AscMessage& message);
+  template <class Other>
+  void write(const Other& message);
 
   std::uint64_t messageCount_ = 0;
   TrcColumnSet columnSet_ = 0;
