@@ -7,8 +7,7 @@
 namespace xlatr {
 
 MdfInfo::MdfInfo(TraceFileInfo file)
-    : TraceInfo(std::move(file), XLATR_FORMAT_MF4),
-      firstDataGroupPosition_(std::numeric_limits<std::uint64_t>::max()) {
+    : TraceInfo(std::move(file), XLATR_FORMAT_MF4), firstDataGroupPosition_(std::numeric_limits<std::uint64_t>::max()) {
   if (isOfOwnFormat()) {
     header_ = std::make_shared<MdfFileHeader>(getPath());
     readHeader();

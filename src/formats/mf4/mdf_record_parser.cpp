@@ -89,9 +89,9 @@ std::optional<std::uint64_t> toInteger(std::optional<double> value) {
   if (rounded >= 0.0 && rounded < kEnd) {
     return static_cast<std::uint64_t>(rounded);
   }
-  return rounded < 0.0 && rounded >= -kEnd / 2 ? std::optional(static_cast<std::uint64_t>(
-                                                     static_cast<std::int64_t>(rounded)))
-                                               : std::nullopt;
+  return rounded < 0.0 && rounded >= -kEnd / 2
+             ? std::optional(static_cast<std::uint64_t>(static_cast<std::int64_t>(rounded)))
+             : std::nullopt;
 }
 
 // Microseconds: raw times factor by divisor. Division where the factor is no whole number: it rounds only once.

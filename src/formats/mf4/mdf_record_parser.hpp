@@ -57,8 +57,20 @@ class MdfRecordParser {
   };
 
   enum class Target : std::uint8_t {
-    Bus, Id, Extended, Dlc, Length, FixedPayload, StoredPayload, Direction, Remote, FdFormat, BitRateSwitch, ErrorState,
-    BitPosition, ErrorType,
+    Bus,
+    Id,
+    Extended,
+    Dlc,
+    Length,
+    FixedPayload,
+    StoredPayload,
+    Direction,
+    Remote,
+    FdFormat,
+    BitRateSwitch,
+    ErrorState,
+    BitPosition,
+    ErrorType,
   };
   enum class Source : std::uint8_t { Number, ConvertedNumber, Constant, TableByte, Payload };
   struct Field {
