@@ -12,6 +12,7 @@
 // the structure, const for those that only look at it. The names serve such printers.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -88,7 +89,9 @@ class FieldWriter {
     }
   }
   void text(const char* /*name*/, std::span<const char> value) {
-    bytes_.insert(bytes_.end(), value.begin(), value.end());
+    for (const char letter : value) {
+      bytes_.push_back(static_cast<std::uint8_t>(letter));
+    }
   }
   void rest(const char* /*name*/, const Bytes& value) { bytes_.insert(bytes_.end(), value.begin(), value.end()); }
   void reserved(std::size_t count) { bytes_.resize(bytes_.size() + count); }

@@ -159,10 +159,8 @@ MdfRecordParser::MdfRecordParser(ChannelGroupBlock& group) : recordSize_(group.d
   if (top.size() != 2) {
     return;
   }
-  std::string separator = group.pathSeparatorText();
-  if (separator.empty()) {
-    separator = ".";
-  }
+  const std::string stated = group.pathSeparatorText();
+  const std::string separator = stated.empty() ? std::string(1, '.') : stated;
   for (const auto& [channel, isMaster] : top) {
     Step step;
     if (isMaster) {

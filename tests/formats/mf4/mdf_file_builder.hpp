@@ -68,7 +68,8 @@ class MdfFileBuilder {
  public:
   static constexpr std::uint64_t kHeader = 64;
 
-  explicit MdfFileBuilder(std::uint16_t version = 410) {
+  MdfFileBuilder() : MdfFileBuilder(410) {}
+  explicit MdfFileBuilder(std::uint16_t version) {
     bytes_ = join({textBytes("MDF     4.10    Stranger"), le(0, 4), le(version, 2), le(0, 34)});
     block("HD", std::vector<std::uint64_t>(6),
           join({le(1'500'000'000'123'456'789, 8), le(0, 2), le(0, 2), le(1, 1), le(0, 19)}));
@@ -176,7 +177,12 @@ class MdfFileBuilder {
   }
   static ByteList record(std::uint64_t timeNs, std::uint32_t id = 0x123, std::uint8_t flags = 0,
                          std::uint8_t length = 2, std::uint8_t bus = 1) {
-    return join({le(timeNs, 8), le(bus, 1), le(id, 4), le(flags, 1), le(length, 1), le(length, 1),
+    return join({le(timeNs, 8),
+                 le(bus, 1),
+                 le(id, 4),
+                 le(flags, 1),
+                 le(length, 1),
+                 le(length, 1),
                  {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88}});
   }
 

@@ -247,8 +247,8 @@ TEST_F(MdfReaderTest, readsARecord) {
 
 TEST_F(MdfReaderTest, percentRisesToAHundredAtTheLastMessage) {
   MdfFileBuilder file;
-  file.sortedFile({MdfFileBuilder::record(0), MdfFileBuilder::record(1), MdfFileBuilder::record(2),
-                   MdfFileBuilder::record(3)});
+  file.sortedFile(
+      {MdfFileBuilder::record(0), MdfFileBuilder::record(1), MdfFileBuilder::record(2), MdfFileBuilder::record(3)});
   MdfReader reader = openReader(file);
   ASSERT_TRUE(reader.setActive(true));
   for (const double percent : {25.0, 50.0, 75.0, 100.0}) {
@@ -273,8 +273,8 @@ TEST_F(MdfReaderTest, mergesDataGroupsByTimeAndTiesByTheirOrder) {
     return file.dataGroup(group, file.data(join(records)), 0, next);
   };
   const std::uint64_t third = addGroup({MdfFileBuilder::record(1000, 0x301), MdfFileBuilder::record(5000, 0x302)}, 0);
-  const std::uint64_t second = addGroup({MdfFileBuilder::record(3000, 0x201), MdfFileBuilder::record(5000, 0x202)},
-                                        third);
+  const std::uint64_t second =
+      addGroup({MdfFileBuilder::record(3000, 0x201), MdfFileBuilder::record(5000, 0x202)}, third);
   file.setFirstDataGroup(addGroup({MdfFileBuilder::record(5000, 0x101), MdfFileBuilder::record(2000, 0x102)}, second));
   MdfReader reader = openReader(file);
   ASSERT_TRUE(reader.setActive(true));
@@ -291,9 +291,9 @@ TEST_F(MdfReaderTest, unsortedRecordsKeepTheirFileOrder) {
     MdfFileBuilder file;
     const std::uint64_t second = file.group({.channels = file.frameChannels(), .cycles = 2, .recordId = 7});
     const std::uint64_t first = file.group({.channels = file.frameChannels(), .cycles = 1, .recordId = 3}, second);
-    const std::uint64_t data = file.data(join({le(7, idSize), MdfFileBuilder::record(9000), le(3, idSize),
-                                               MdfFileBuilder::record(4000), le(7, idSize),
-                                               MdfFileBuilder::record(6000)}));
+    const std::uint64_t data =
+        file.data(join({le(7, idSize), MdfFileBuilder::record(9000), le(3, idSize), MdfFileBuilder::record(4000),
+                        le(7, idSize), MdfFileBuilder::record(6000)}));
     file.setFirstDataGroup(file.dataGroup(first, data, idSize));
     EXPECT_EQ(timesOf(file), (std::vector<double>{9.0, 4.0, 6.0})) << static_cast<int>(idSize);
   }
@@ -329,9 +329,8 @@ TEST_F(MdfReaderTest, dataGroupsWithoutCanBusArePassedOver) {
   MdfFileBuilder file;
   const std::uint64_t can = file.dataGroup(file.group({.channels = file.frameChannels(), .cycles = 1}),
                                            file.data(MdfFileBuilder::record(1000)));
-  const std::uint64_t lin =
-      file.dataGroup(file.group({.channels = file.frameChannels(), .cycles = 1, .busType = 3}),
-                     file.data(MdfFileBuilder::record(500)), 0, can);
+  const std::uint64_t lin = file.dataGroup(file.group({.channels = file.frameChannels(), .cycles = 1, .busType = 3}),
+                                           file.data(MdfFileBuilder::record(500)), 0, can);
   file.setFirstDataGroup(lin);
   EXPECT_EQ(timesOf(file), std::vector<double>{1.0});
 }
@@ -412,8 +411,7 @@ TEST_F(MdfReaderTest, invalidationBytesFail) {
 TEST_F(MdfReaderTest, cycleCountBeyondTheDataFails) {
   MdfFileBuilder file;
   const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = 0xFFFFFFFFFFFFFFFF});
-  file.setFirstDataGroup(
-      file.dataGroup(group, file.data(join({MdfFileBuilder::record(0), ByteList(23)}))));
+  file.setFirstDataGroup(file.dataGroup(group, file.data(join({MdfFileBuilder::record(0), ByteList(23)}))));
   std::string expected = "Index is out of range for next cycle for Channel Group 0x";
   for (int shift = 12; shift >= 0; shift -= 4) {
     if (group >> shift != 0) {
