@@ -12,6 +12,10 @@
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_info.hpp"
 #include "formats/csv/csv_writer.hpp"
+#include "formats/mf4/mdf_can_message.hpp"
+#include "formats/mf4/mdf_info.hpp"
+#include "formats/mf4/mdf_reader.hpp"
+#include "formats/mf4/mdf_writer.hpp"
 #include "formats/trc/trc_info.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_reader.hpp"
@@ -47,6 +51,10 @@ XLATR_HANDLE(AscInfo, xlatr::ITraceInfo, xlatr::AscInfo);
 XLATR_HANDLE(AscReader, xlatr::ITraceReader, xlatr::AscReader);
 XLATR_HANDLE(AscWriter, xlatr::ITraceWriter, xlatr::AscWriter);
 XLATR_HANDLE(MessageAsc, xlatr::IMessage, xlatr::AscMessage);
+XLATR_HANDLE(MdfInfo, xlatr::ITraceInfo, xlatr::MdfInfo);
+XLATR_HANDLE(MdfReader, xlatr::ITraceReader, xlatr::MdfReader);
+XLATR_HANDLE(MdfWriter, xlatr::ITraceWriter, xlatr::MdfWriter);
+XLATR_HANDLE(MdfCanMessage, xlatr::IMessage, xlatr::MdfCanMessage);
 #undef XLATR_HANDLE
 
 // The object behind a handle. A null handle, and one of an object of another class, raise a

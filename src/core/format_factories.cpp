@@ -8,6 +8,7 @@
 #include "core/trc_source.hpp"
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_writer.hpp"
+#include "formats/mf4/mdf_writer.hpp"
 #include "formats/trc/trc_writer.hpp"
 
 namespace xlatr {
@@ -24,11 +25,18 @@ std::unique_ptr<ITraceWriter> makeCsvWriter(const WriterSettings& settings) {
   return writer;
 }
 
+std::unique_ptr<ITraceWriter> makeMdfWriter(const WriterSettings& settings) {
+  auto writer = std::make_unique<MdfWriter>();
+  writer->setZipped(settings.zipped);
+  writer->setSorted(settings.sorted);
+  return writer;
+}
+
 constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
     FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
     FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
-    FormatFactory{XLATR_FORMAT_MF4, makeMdfSource, nullptr},
+    FormatFactory{XLATR_FORMAT_MF4, makeMdfSource, makeMdfWriter},
 };
 
 const FormatFactory* factoryOf(FormatFactories factories, TraceFormat format) {

@@ -42,6 +42,11 @@ void BufferedOutput::write(std::string_view bytes) {
   used_ += bytes.size();
 }
 
+void BufferedOutput::seek(std::uint64_t offset) {
+  flush();
+  file_.seek(offset);
+}
+
 void BufferedOutput::flush() {
   if (used_ > 0) {
     file_.write({buffer_.get(), std::exchange(used_, 0)});

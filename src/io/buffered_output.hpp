@@ -1,6 +1,8 @@
 // Writing a file.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -23,6 +25,8 @@ class BufferedOutput {
   void open(const std::string& path);
   [[nodiscard]] bool isOpen() const { return file_.isOpen(); }
   void write(std::string_view bytes);
+  // Sets the offset, from the start of the file, of the next write. What was written before goes to the system.
+  void seek(std::uint64_t offset);
   // Hands all that was written to the system.
   void flush();
   // Flushes and closes; no effect when no file is open.

@@ -40,11 +40,22 @@ TraceHeader headerOf(const std::string& path) {
   return {Valid(info.get()), Version(info.get()), StartTime(info.get())};
 }
 
+std::string reasonAgainstMdf(const std::string& path) {
+  const auto file = fileInfo(path);
+  const std::unique_ptr<MdfInfo, decltype(&MdfInfo_Destruct)> info(MdfInfo_Construct(file.get()), &MdfInfo_Destruct);
+  const std::unique_ptr<MdfReader, decltype(&MdfReader_Destruct)> reader(MdfReader_Construct(info.get()),
+                                                                         &MdfReader_Destruct);
+  std::array<char, 256> reason{};
+  static_cast<void>(MdfReader_ValidateFile(reader.get(), reason.data(), static_cast<std::uint32_t>(reason.size())));
+  return reason.data();
+}
+
 // What the library's information objects tell of a format, one row a format that has them.
 struct FormatFamily {
   TraceFormat format;
   std::vector<double> (*versions)();
   TraceHeader (*header)(const std::string& path);
+  std::string (*reasonAgainstConversion)(const std::string& path) = nullptr;  // null where there is none ever
 };
 
 constexpr std::array kFamilies{
@@ -54,6 +65,10 @@ constexpr std::array kFamilies{
     FormatFamily{
         XLATR_FORMAT_ASC, versionsOf<AscInfo_GetSupportedVersions, AscInfo_GetSupportedVersionsSize>,
         headerOf<AscInfo_Construct, AscInfo_Destruct, AscInfo_getValid, AscInfo_GetVersion, AscInfo_getStartTime>},
+    FormatFamily{
+        XLATR_FORMAT_MF4, versionsOf<MdfInfo_GetSupportedVersions, MdfInfo_GetSupportedVersionsSize>,
+        headerOf<MdfInfo_Construct, MdfInfo_Destruct, MdfInfo_getValid, MdfInfo_GetVersion, MdfInfo_getStartTime>,
+        reasonAgainstMdf},
 };
 
 const FormatFamily* findFamily(TraceFormat format) {
@@ -161,6 +176,13 @@ std::vector<double> formatVersions(TraceFormat format) {
 std::optional<TraceHeader> readTraceHeader(TraceFormat format, const std::string& path) {
   const FormatFamily* family = findFamily(format);
   return family == nullptr ? std::nullopt : std::optional(family->header(path));
+}
+
+std::optional<std::string> reasonAgainstConversion(TraceFormat format, const std::string& path) {
+  const FormatFamily* family = findFamily(format);
+  return family == nullptr || family->reasonAgainstConversion == nullptr
+             ? std::nullopt
+             : std::optional(family->reasonAgainstConversion(path));
 }
 
 }  // namespace xlatr::cli
