@@ -399,18 +399,19 @@ XLATR_API bool MdfCanMessage_getValid(const MdfCanMessage* message);
 /* No file is touched before setActive. `version` is 4.1, 4.11 or 4.2; the blocks are the same. */
 XLATR_API MdfWriter* MdfWriter_Construct(const char* targetPath, bool overrideExistingFile, double version);
 XLATR_API void MdfWriter_Destruct(MdfWriter* writer);
-/* A new, inactive writer with the same target path, override flag, version, owner bus and layout; the caller owns it. */
+/* A new, inactive writer with the same target path, override flag, version, owner bus and layout; the caller owns it.
+ */
 XLATR_API MdfWriter* MdfWriter_CreateNew(const MdfWriter* writer);
-/* Write the blocks that describe the file, with the source's start time; the second form sets the start time (days since
-   1899-12-30). A source that is not valid gets none, and a file without them stays empty. */
+/* Write the blocks that describe the file, with the source's start time; the second form sets the start time (days
+   since 1899-12-30). A source that is not valid gets none, and a file without them stays empty. */
 XLATR_API void MdfWriter_WriteHeader(MdfWriter* writer, const ITraceInfo* source);
 XLATR_API void MdfWriter_WriteHeader_2(MdfWriter* writer, const ITraceInfo* source, double startTime);
 /* Writes nothing: the file has no place for comments. */
 XLATR_API void MdfWriter_WriteComment(MdfWriter* writer, const char* text);
 /* Takes the message into the records. What is no CAN frame (status, error counters, events, CAN XL) writes nothing. */
 XLATR_API void MdfWriter_WriteMessage(MdfWriter* writer, const IMessage* message);
-/* true checks the target path and creates the file, false completes and closes it; no effect when nothing changes. Until
-   then the file says that it has no records. */
+/* true checks the target path and creates the file, false completes and closes it; no effect when nothing changes.
+   Until then the file says that it has no records. */
 XLATR_API void MdfWriter_setActive(MdfWriter* writer, bool active);
 XLATR_API bool MdfWriter_getActive(const MdfWriter* writer);
 /* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
@@ -429,8 +430,8 @@ XLATR_API void MdfWriter_setOwnerBus(MdfWriter* writer, int32_t bus);
 XLATR_API uint32_t MdfWriter_getSourcePathSize(const MdfWriter* writer);
 XLATR_API void MdfWriter_getSourcePath(const MdfWriter* writer, char* buffer, uint32_t bufferSize);
 XLATR_API void MdfWriter_setSourcePath(MdfWriter* writer, const char* path);
-/* The layout: compressed data; one data group a kind of frame (data, remote, error) in place of one for all. Both may be
-   set at any time, but a file that was begun stays as it is. */
+/* The layout: compressed data; one data group a kind of frame (data, remote, error) in place of one for all. Both may
+   be set at any time, but a file that was begun stays as it is. */
 XLATR_API void MdfWriter_setZipped(MdfWriter* writer, bool zipped);
 XLATR_API void MdfWriter_setSorted(MdfWriter* writer, bool sorted);
 

@@ -53,9 +53,7 @@ class FieldPrinter {
     }
     out_.append(values.size() > kMost ? " ...)" : ")");
   }
-  void text(const char* name, std::span<const char> value) {
-    begin(name).append(quoted({value.data(), value.size()}));
-  }
+  void text(const char* name, std::span<const char> value) { begin(name).append(quoted({value.data(), value.size()})); }
   void rest(const char* name, const Bytes& value) {
     constexpr std::size_t kMost = 200;
     begin(name).append(quoted({reinterpret_cast<const char*>(value.data()), std::min(value.size(), kMost)}));
