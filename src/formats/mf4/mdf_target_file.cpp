@@ -91,7 +91,7 @@ bool MdfTargetFile::hasPlaceFor(const MdfCanMessage& message) const {
 }
 
 void MdfTargetFile::append(const MdfCanMessage& message) {
-  if (!hasPlaceFor(message)) {
+  if (broken_ || !hasPlaceFor(message)) {
     return;
   }
   const std::string_view record = record_.render(message, options_, signalData_.size());
@@ -101,7 +101,7 @@ void MdfTargetFile::append(const MdfCanMessage& message) {
   MdfRecordStore& records = records_[options_.isSorted() ? message.frameKind : 0];
   records.append(record);
   ++frameCounts_[message.frameKind];
-  if (treeWritten_ && !broken_ && records_[0].size() >= kDrainSize) {
+  if (treeWritten_ && records_[0].size() >= kDrainSize) {
     changeFile([this] { drainGroup(0); });
   }
 }
@@ -132,11 +132,12 @@ void MdfTargetFile::finish() {
     if (options_.usesSignalData()) {
       writeSignalData();
     }
-    for (std::size_t kind = 0; kind < kindCount(); ++kind) {
-      patch(cycleCountPositions_[kind], frameCounts_[kind]);
-    }
     for (std::size_t group = 0; group < groupCount(); ++group) {
       patch(dataLinkPositions_[group], dataPositions[group]);
+    }
+    // Last of all, so that whoever comes upon half a file finds one without records.
+    for (std::size_t kind = 0; kind < kindCount(); ++kind) {
+      patch(cycleCountPositions_[kind], frameCounts_[kind]);
     }
   });
 }
