@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "formats/mf4/mdf_reader.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "support/mf4_checker.hpp"
 #include "support/mf4_layout.hpp"
@@ -234,6 +235,36 @@ TEST_F(MdfWriterTest, keepsPayloadsInTheSignalData) {
         {{"cycles0", 3}, {"cycles1", 1}, {"cycles2", 1}, {"data0", 8040}, {"payload", 8176}, {"payloadFlags", flags}},
         data);
   }
+}
+
+TEST_F(MdfWriterTest, writesSignalDataThatTheReaderFinds) {
+  ASSERT_FALSE(
+      written(layout(MdfLayout::SignalData), {kDataLine, kRemoteLine, "2.500 FD 2 0102 Rx - 3 01 02 03"}).empty());
+  MdfReader reader{MdfInfo(path_)};
+  ASSERT_TRUE(reader.setActive(true));
+  MdfCanMessage message;
+  ASSERT_TRUE(reader.readInto(message));
+  EXPECT_TRUE(message.valid);
+  EXPECT_EQ(message.data, (std::vector<std::uint8_t>{0xAB, 0xCD}));
+  ASSERT_TRUE(reader.readInto(message));
+  EXPECT_TRUE(message.isRemote);
+  ASSERT_TRUE(reader.readInto(message));
+  EXPECT_TRUE(message.valid);
+  EXPECT_EQ(message.bus, 2U);
+  EXPECT_EQ(message.kind, MessageKind::FD);
+  EXPECT_EQ(message.data, (std::vector<std::uint8_t>{1, 2, 3}));
+  EXPECT_FALSE(reader.readInto(message));
+}
+
+TEST_F(MdfWriterTest, writesStreamsThatTheReaderRefuses) {
+  ASSERT_FALSE(written(layout(MdfLayout::SignalDataStream), {kDataLine}).empty());
+  MdfReader reader{MdfInfo(path_)};
+  EXPECT_EQ(failureOf([&reader] {
+              reader.setActive(true);
+              MdfCanMessage message;
+              static_cast<void>(reader.readInto(message));
+            }),
+            "VLSD stream channels are not supported");
 }
 
 TEST_F(MdfWriterTest, keepsPayloadsOfFramesWithBrsOrEsiInTheRecord) {
