@@ -110,10 +110,15 @@ std::vector<TreeChild> HeaderBlock::children() {
 }
 
 MdfFileHeader::MdfFileHeader(const std::string& path) {
-  if (platform::fileExists(path)) {
-    stream_ = std::make_unique<BlockStream>(path);
-    readTop();
+  if (!platform::fileExists(path)) {
+    return;
   }
+  try {
+    stream_ = std::make_unique<BlockStream>(path);
+  } catch (const std::exception&) {
+    return;  // as good as no file
+  }
+  readTop();
 }
 
 MdfFileHeader::MdfFileHeader(std::vector<std::uint8_t> bytes)

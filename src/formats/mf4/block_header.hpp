@@ -144,8 +144,8 @@ class HeaderBlock final : public DescribedBlock<HeaderBlockData> {
 // An MDF file: its stream, its identification and the top of its tree.
 class MdfFileHeader {
  public:
-  // For reading. A path at which there is no file gives an object that is closed; identification or header that can't
-  // be read are absent. std::ios_base::failure when the file is there and can't be opened.
+  // For reading. A path at which there is no file that can be opened gives an object that is closed; identification or
+  // header that can't be read are absent. Nothing is raised.
   explicit MdfFileHeader(const std::string& path);
   // The same of a file in memory.
   explicit MdfFileHeader(std::vector<std::uint8_t> bytes);

@@ -14,7 +14,7 @@ namespace xlatr {
 // is made from an information object closes it for all of them, so that one object serves one pass over the file.
 class MdfInfo final : public TraceInfo {
  public:
-  // std::ios_base::failure when the file is there and can't be opened. A file that is no MDF is not valid.
+  // Nothing is raised for a file that can't be read or is no MDF: it is not valid then.
   explicit MdfInfo(TraceFileInfo file);
   explicit MdfInfo(const std::string& path);
 

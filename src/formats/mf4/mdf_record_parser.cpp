@@ -403,18 +403,33 @@ bool MdfRecordParser::readFrame(const FrameStep& step, const std::uint8_t* recor
 
 bool MdfRecordParser::readField(const Field& field, const FrameStep& step, const std::uint8_t* record,
                                 MdfCanMessage& message) {
-  std::uint64_t value = field.constant;
+  if (field.source == Source::Payload) {
+    return message.isRemote || readPayload(field, step, record, message.data);
+  }
+  std::uint64_t value = 0;
+  if (!readValue(field, record, value)) {
+    return false;
+  }
+  if (field.target == Target::Id) {
+    setIdentifier(static_cast<std::uint32_t>(value), message);
+  } else {
+    setField(field.target, value, message);
+  }
+  return true;
+}
+
+bool MdfRecordParser::readValue(const Field& field, const std::uint8_t* record, std::uint64_t& value) {
   switch (field.source) {
     case Source::Number:
       value = field.number.read(record);
-      break;
+      return true;
+    case Source::Constant:
+      value = field.constant;
+      return true;
     case Source::ConvertedNumber: {
       const auto converted = toInteger(field.conversion->evaluate(static_cast<double>(field.number.read(record))));
-      if (!converted) {
-        return false;
-      }
-      value = *converted;
-      break;
+      value = converted.value_or(0);
+      return converted.has_value();
     }
     case Source::TableByte: {
       const std::vector<double>& table = field.conversion->data.ccVal;
@@ -423,64 +438,61 @@ bool MdfRecordParser::readField(const Field& field, const FrameStep& step, const
         return false;
       }
       value = std::bit_cast<std::uint64_t>(table[index]) & 0xFFU;
-      break;
+      return true;
     }
-    case Source::Constant:
     case Source::Payload:
       break;
   }
-  switch (field.target) {
+  return false;
+}
+
+// Only the first identifier counts.
+void MdfRecordParser::setIdentifier(std::uint32_t rawId, MdfCanMessage& message) {
+  constexpr std::uint32_t kExtended = 0x80000000;
+  if (message.id == kNoIdentifier) {
+    message.extended = message.extended || (rawId & kExtended) != 0;
+    message.id = rawId & ~kExtended;
+  }
+}
+
+// Bits that are not set say nothing, so that the order of their channels does not matter.
+void MdfRecordParser::setField(Target target, std::uint64_t value, MdfCanMessage& message) {
+  const auto number = static_cast<std::uint32_t>(value);
+  const bool isSet = value != 0;
+  MessageKind& kind = message.kind;
+  switch (target) {
     case Target::Bus:
-      message.bus = static_cast<std::uint32_t>(value);
-      break;
-    case Target::Id:
-      if (message.id == kNoIdentifier) {
-        constexpr std::uint32_t kExtended = 0x80000000;
-        const auto rawId = static_cast<std::uint32_t>(value);
-        message.extended = message.extended || (rawId & kExtended) != 0;
-        message.id = rawId & ~kExtended;
-      }
+      message.bus = number;
       break;
     case Target::Extended:
-      message.extended = value != 0;
+      message.extended = isSet;
       break;
     case Target::Dlc:
-      message.dlc = static_cast<std::uint32_t>(value);
+      message.dlc = number;
       break;
     case Target::Length:
-      message.length = static_cast<std::uint32_t>(value);
+      message.length = number;
       break;
-    case Target::FixedPayload:
-      if (!message.isRemote) {
-        const std::uint8_t* const payload = record + field.number.offset;
-        message.data.assign(payload, payload + field.byteCount);
-      }
-      break;
-    case Target::StoredPayload:
-      return message.isRemote || readStoredPayload(step.storedPayloads, field.number.read(record), message.data);
     case Target::Direction:
-      message.direction = value != 0 ? MessageDirection::Tx : MessageDirection::Rx;
+      message.direction = isSet ? MessageDirection::Tx : MessageDirection::Rx;
       break;
     case Target::Remote:
-      if (value != 0) {
-        message.kind = MessageKind::RR;
-        message.isRemote = true;
-      }
+      kind = isSet ? MessageKind::RR : kind;
+      message.isRemote = message.isRemote || isSet;
       break;
     case Target::FdFormat:
-      if (value != 0 && message.kind != MessageKind::FB && message.kind != MessageKind::FE &&
-          message.kind != MessageKind::BI) {
-        message.kind = MessageKind::FD;
+      if (isSet && kind != MessageKind::FB && kind != MessageKind::FE && kind != MessageKind::BI) {
+        kind = MessageKind::FD;
       }
       break;
     case Target::BitRateSwitch:
-      if (value != 0 && message.kind != MessageKind::BI) {
-        message.kind = message.kind == MessageKind::FE ? MessageKind::BI : MessageKind::FB;
+      if (isSet && kind != MessageKind::BI) {
+        kind = kind == MessageKind::FE ? MessageKind::BI : MessageKind::FB;
       }
       break;
     case Target::ErrorState:
-      if (value != 0 && message.kind != MessageKind::BI) {
-        message.kind = message.kind == MessageKind::FB ? MessageKind::BI : MessageKind::FE;
+      if (isSet && kind != MessageKind::BI) {
+        kind = kind == MessageKind::FB ? MessageKind::BI : MessageKind::FE;
       }
       break;
     case Target::BitPosition:
@@ -489,7 +501,20 @@ bool MdfRecordParser::readField(const Field& field, const FrameStep& step, const
     case Target::ErrorType:
       message.errorType = static_cast<std::uint8_t>(value);
       break;
+    case Target::Id:
+    case Target::FixedPayload:
+    case Target::StoredPayload:
+      break;
   }
+}
+
+bool MdfRecordParser::readPayload(const Field& field, const FrameStep& step, const std::uint8_t* record,
+                                  std::vector<std::uint8_t>& payload) {
+  if (field.target == Target::StoredPayload) {
+    return readStoredPayload(step.storedPayloads, field.number.read(record), payload);
+  }
+  const std::uint8_t* const begin = record + field.number.offset;
+  payload.assign(begin, begin + field.byteCount);
   return true;
 }
 

@@ -104,6 +104,11 @@ class MdfRecordParser {
   static bool readTime(const TimeStep& step, const std::uint8_t* record, MdfCanMessage& message);
   static bool readFrame(const FrameStep& step, const std::uint8_t* record, MdfCanMessage& message);
   static bool readField(const Field& field, const FrameStep& step, const std::uint8_t* record, MdfCanMessage& message);
+  static bool readValue(const Field& field, const std::uint8_t* record, std::uint64_t& value);
+  static void setIdentifier(std::uint32_t rawId, MdfCanMessage& message);
+  static void setField(Target target, std::uint64_t value, MdfCanMessage& message);
+  static bool readPayload(const Field& field, const FrameStep& step, const std::uint8_t* record,
+                          std::vector<std::uint8_t>& payload);
   static bool readStoredPayload(const RecordBytes& stored, std::uint64_t offset, std::vector<std::uint8_t>& payload);
 
   std::uint32_t recordSize_;

@@ -10,6 +10,7 @@
 #include "formats/mf4/mdf_file_builder.hpp"
 #include "support/temp_folder.hpp"
 #include "util/failures.hpp"
+#include "util/time_zone.hpp"
 #include "xlatr/failures.hpp"
 
 namespace xlatr {
@@ -134,7 +135,33 @@ TEST_F(MdfReaderTest, infoOfAFileWithoutHeaderBlockIsNotValid) {
   }
 }
 
+TEST_F(MdfReaderTest, infoReadsTheStartAsTheClockOnTheWall) {
+  MdfFileBuilder file;
+  file.patch(64 + 24 + 48, le(1'500'000'000'000'000'000, 8));
+  {
+    const ScopedTimeZone zone(kCentralEurope);
+    EXPECT_NEAR(MdfInfo(save(file)).getStartTime() * 86400.0, 1500000000.0 - 3600.0 + 2209161600.0, 1e-4);
+  }
+  const ScopedTimeZone zone(kNewYork);
+  EXPECT_NEAR(MdfInfo(save(file)).getStartTime() * 86400.0, 1500000000.0 + 5 * 3600.0 + 2209161600.0, 1e-4);
+}
+
 TEST_F(MdfReaderTest, infoWithoutAStartThatCanBeRepresentedHasNone) {
+  const ScopedTimeZone zone(kCentralEurope);
+  MdfFileBuilder file;
+  file.patch(64 + 24 + 48, le(3'599'000'000'000, 8));  // before 1970 by the clock of Greenwich
+  const MdfInfo info(save(file));
+  EXPECT_TRUE(info.getValid());
+  EXPECT_EQ(info.getStartTime(), 0.0);
+}
+
+TEST_F(MdfReaderTest, infoOfAPathWithoutFileIsNotValid) {
+  const MdfInfo info(folder_.file("none.mf4"));
+  EXPECT_FALSE(info.getValid());
+  EXPECT_EQ(info.getStartTime(), 0.0);
+}
+
+TEST_F(MdfReaderTest, infoTakesTheStartByItsFlags) {
   MdfFileBuilder file;
   // Neither local nor with offsets, an hour ahead of 1970 by the offset, and the end of the count.
   const struct {
