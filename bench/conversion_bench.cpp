@@ -181,6 +181,34 @@ void readPlainByObjects(benchmark::State& state) {
   state.SetItemsProcessed(count);
 }
 
+// The same traffic as a binary trace. The generator writes it by itself.
+Source makeBinary(const std::string& name, bool plain) {
+  tracegen::RecordingOptions options;
+  if (plain) {
+    options.traffic.makePlain();
+  }
+  options.form = tracegen::Form::Btrc;
+  options.maxMessages = framesFromEnvironment();
+  Source source{.path = benchFolder().path(name), .size = {}};
+  source.size = tracegen::generateFile(options, source.path);
+  return source;
+}
+
+// The arguments are the target format, and its version times ten.
+void convertPlainFromBtrc(benchmark::State& state) {
+  static const Source source = makeBinary("plain.btrc", true);
+  measure(state, source, static_cast<TraceFormat>(state.range(0)), static_cast<double>(state.range(1)) / 10);
+}
+
+void convertMixedFromBtrc(benchmark::State& state) {
+  static const Source source = makeBinary("mixed.btrc", false);
+  measure(state, source, static_cast<TraceFormat>(state.range(0)), static_cast<double>(state.range(1)) / 10);
+}
+
+void convertPlainToBtrc(benchmark::State& state) {
+  measure(state, plainSource(), XLATR_FORMAT_BTRC, 1.0);
+}
+
 BENCHMARK(readPlainByObjects)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 BENCHMARK(convertPlain)
     ->ArgName("version_x10")
@@ -225,6 +253,22 @@ BENCHMARK(convertPlainLogToCsv)
     ->Unit(benchmark::kMillisecond)
     ->MeasureProcessCPUTime()
     ->UseRealTime();
+
+BENCHMARK(convertPlainFromBtrc)
+    ->ArgNames({"format", "version_x10"})
+    ->Args({XLATR_FORMAT_TRC, 21})
+    ->Args({XLATR_FORMAT_ASC, 80})
+    ->Args({XLATR_FORMAT_CSV, 10})
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+BENCHMARK(convertMixedFromBtrc)
+    ->ArgNames({"format", "version_x10"})
+    ->Args({XLATR_FORMAT_TRC, 21})
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+BENCHMARK(convertPlainToBtrc)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 
 }  // namespace
 

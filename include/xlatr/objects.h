@@ -50,6 +50,11 @@ typedef struct AscInfo AscInfo;
 typedef struct AscReader AscReader;
 typedef struct AscWriter AscWriter;
 typedef struct MessageAsc MessageAsc;
+typedef struct BtrcInfo BtrcInfo;
+typedef struct BtrcFileHeader BtrcFileHeader;
+typedef struct BtrcReader BtrcReader;
+typedef struct BtrcWriter BtrcWriter;
+typedef struct MessageBinaryFD MessageBinaryFD;
 typedef struct CsvInfo CsvInfo;
 typedef struct CsvWriter CsvWriter;
 typedef struct MdfInfo MdfInfo;
@@ -278,6 +283,129 @@ XLATR_API void AscWriter_setOwnerBus(AscWriter* writer, int32_t bus);
 XLATR_API uint32_t AscWriter_getSourcePathSize(const AscWriter* writer);
 XLATR_API void AscWriter_getSourcePath(const AscWriter* writer, char* buffer, uint32_t bufferSize);
 XLATR_API void AscWriter_setSourcePath(AscWriter* writer, const char* path);
+
+/* ---- BtrcInfo: the head of a BTRC trace -------------------------------------------------------------------------- */
+
+/* Reads the head of the file. Never fails: a file that can't be read or understood gives an object that is not valid.
+ */
+XLATR_API BtrcInfo* BtrcInfo_Construct(const TraceFileInfo* file);
+XLATR_API void BtrcInfo_Destruct(BtrcInfo* info);
+/* Whether the file is a BTRC trace of version 1. Version 0 is written but not read. */
+XLATR_API bool BtrcInfo_GetValid(const BtrcInfo* info);
+/* The file version as the head states it; 0.0 when the head can't be read. */
+XLATR_API double BtrcInfo_GetVersion(const BtrcInfo* info);
+/* The start of the recording in days since 1899-12-30; 0.0 when the file is not valid. */
+XLATR_API double BtrcInfo_getStartTime(const BtrcInfo* info);
+/* The head itself, which lives as long as the object and is not to be released. */
+XLATR_API const BtrcFileHeader* BtrcInfo_GetHeader(const BtrcInfo* info);
+XLATR_API uint32_t BtrcInfo_getPathSize(const BtrcInfo* info);
+XLATR_API void BtrcInfo_getPath(const BtrcInfo* info, char* buffer, uint32_t bufferSize);
+/* About the format itself; no object is needed. */
+XLATR_API uint32_t BtrcInfo_getFormatDescriptionSize(void);
+XLATR_API void BtrcInfo_getFormatDescription(char* buffer, uint32_t bufferSize);
+XLATR_API const TraceFormat* BtrcInfo_GetAllowedConvertions(void);
+XLATR_API uint32_t BtrcInfo_GetAllowedConvertionsSize(void);
+XLATR_API const double* BtrcInfo_GetSupportedVersions(void);
+XLATR_API uint32_t BtrcInfo_GetSupportedVersionsSize(void);
+XLATR_API double BtrcInfo_GetCurrentVersion(void);
+XLATR_API uint32_t BtrcInfo_GetExtensionSize(void);
+XLATR_API void BtrcInfo_GetExtension(char* buffer, uint32_t bufferSize);
+
+/* ---- BtrcFileHeader: the records at the start of a BTRC trace ---------------------------------------------------- */
+
+/* Reads the head of any file, whatever its extension. Never fails; a null path gives the head of no file. */
+XLATR_API BtrcFileHeader* BtrcFileHeader_Construct(const char* path);
+/* Not for the one of BtrcInfo_GetHeader. */
+XLATR_API void BtrcFileHeader_Destruct(BtrcFileHeader* header);
+XLATR_API uint32_t BtrcFileHeader_getSourcePathSize(const BtrcFileHeader* header);
+XLATR_API void BtrcFileHeader_getSourcePath(const BtrcFileHeader* header, char* buffer, uint32_t bufferSize);
+/* The bytes of the record that says when the trace began, two hexadecimal digits and a blank each. */
+XLATR_API uint32_t BtrcFileHeader_getRTCRawDataStringSize(const BtrcFileHeader* header);
+XLATR_API void BtrcFileHeader_getRTCRawDataString(const BtrcFileHeader* header, char* buffer, uint32_t bufferSize);
+/* Whether that record holds a date that there is not. The start is that of the file's last change then. */
+XLATR_API bool BtrcFileHeader_getErrorOnRTC(const BtrcFileHeader* header);
+/* Whether the file begins as a BTRC trace does. */
+XLATR_API bool BtrcFileHeader_getValid(const BtrcFileHeader* header);
+/* The time stamp at the start of the trace, in the file's unit; 0 when it is not known. */
+XLATR_API uint64_t BtrcFileHeader_getSystemTime(const BtrcFileHeader* header);
+/* The length of a block in units of 1024 bytes. */
+XLATR_API uint16_t BtrcFileHeader_getBlockSize(const BtrcFileHeader* header);
+XLATR_API uint8_t BtrcFileHeader_getVersion(const BtrcFileHeader* header);
+/* A unit of time is ten to this power seconds. */
+XLATR_API int8_t BtrcFileHeader_getTimeScalingExponent(const BtrcFileHeader* header);
+/* The offset in bytes at which messages begin. */
+XLATR_API uint32_t BtrcFileHeader_getFirstFramePosition(const BtrcFileHeader* header);
+
+/* ---- BtrcReader: the records of a BTRC trace --------------------------------------------------------------------- */
+
+/* Copies the information object; the file is not touched before setActive. */
+XLATR_API BtrcReader* BtrcReader_Construct(const BtrcInfo* info);
+XLATR_API void BtrcReader_Destruct(BtrcReader* reader);
+XLATR_API const BtrcInfo* BtrcReader_getTrace(const BtrcReader* reader);
+/* true opens the file and starts at the first record, also when the reader is active already; false closes it. Answers
+   whether the reader is active now: a file that can't be opened leaves it inactive. */
+XLATR_API bool BtrcReader_setActive(BtrcReader* reader, bool active);
+/* Hands out the next record through `message` and answers true; answers false, and leaves `message` alone, at the end
+   of the file, behind a record that can't be, and while the reader is inactive. Every record gives a message; one that
+   is no frame, error or status gives one that is not valid. */
+XLATR_API bool BtrcReader_ReadNextMessage(BtrcReader* reader, MessageBinaryFD** message);
+/* Goes on at the next end of a block, or a whole block on where one ends, and copies a report of that. */
+XLATR_API void BtrcReader_SkipCurrentBlock(BtrcReader* reader, char* buffer, uint32_t bufferSize);
+/* How much of the file was read, 0 to 100. */
+XLATR_API double BtrcReader_getPercentDone(const BtrcReader* reader);
+
+/* ---- MessageBinaryFD: a record of a BTRC trace ------------------------------------------------------------------- */
+
+XLATR_API void MessageBinaryFD_Destruct(MessageBinaryFD* message);
+/* Counted from 0, unlike everywhere else. */
+XLATR_API uint32_t MessageBinaryFD_getBus(const MessageBinaryFD* message);
+/* Whether the record is a frame, an error or a status. */
+XLATR_API bool MessageBinaryFD_getValid(const MessageBinaryFD* message);
+/* Whether the message can stand in a TRC file of this version. */
+XLATR_API bool MessageBinaryFD_ValidateForTargetVersion(const MessageBinaryFD* message, double version);
+/* The bytes of the record, two hexadecimal digits each, joined by blanks. */
+XLATR_API uint32_t MessageBinaryFD_getParsingBytesStringSize(const MessageBinaryFD* message);
+XLATR_API void MessageBinaryFD_getParsingBytesString(const MessageBinaryFD* message, char* buffer, uint32_t bufferSize);
+/* A record that is no frame as a text; empty where there is none. A text that can't be read may hold any bytes. */
+XLATR_API uint32_t MessageBinaryFD_getCommentarySize(const MessageBinaryFD* message);
+XLATR_API void MessageBinaryFD_getCommentary(const MessageBinaryFD* message, char* buffer, uint32_t bufferSize);
+
+/* ---- BtrcWriter: writes a BTRC trace ----------------------------------------------------------------------------- */
+
+/* No file is touched before setActive. `version` is 1, or 0 for a file without a start time, which no reader here
+   takes. The failures of its use are ConverterParsingExceptions. */
+XLATR_API BtrcWriter* BtrcWriter_Construct(const char* targetPath, bool overrideExistingFile, double version);
+XLATR_API void BtrcWriter_Destruct(BtrcWriter* writer);
+/* A new, inactive writer with the same target path, override flag, version and owner bus; the caller owns it. */
+XLATR_API BtrcWriter* BtrcWriter_CreateNew(const BtrcWriter* writer);
+/* Write the head of the target version at the start of the file, with the source's start time; the second form sets the
+   start time (days since 1899-12-30). The times of all messages behind it are moved to that start. */
+XLATR_API void BtrcWriter_WriteHeader(BtrcWriter* writer, const ITraceInfo* source);
+XLATR_API void BtrcWriter_WriteHeader_2(BtrcWriter* writer, const ITraceInfo* source, double startTime);
+/* Writes the text as a record. Nothing can be written behind a text that takes a whole block. */
+XLATR_API void BtrcWriter_WriteComment(BtrcWriter* writer, const char* text);
+/* Writes a message of a TRC trace as a record; others are refused. A CAN XL message writes nothing. */
+XLATR_API void BtrcWriter_WriteMessage(BtrcWriter* writer, const IMessage* message);
+/* true checks the target path and creates the file, false fills its last block and
+   closes it; no effect when nothing changes. */
+XLATR_API void BtrcWriter_setActive(BtrcWriter* writer, bool active);
+XLATR_API bool BtrcWriter_getActive(const BtrcWriter* writer);
+/* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
+   at any time. A target equal to the source is refused when the writer becomes active. */
+XLATR_API uint32_t BtrcWriter_getTargetPathSize(const BtrcWriter* writer);
+XLATR_API void BtrcWriter_getTargetPath(const BtrcWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void BtrcWriter_setTargetPath(BtrcWriter* writer, const char* path);
+XLATR_API double BtrcWriter_getTargetVersion(const BtrcWriter* writer);
+XLATR_API void BtrcWriter_setTargetVersion(BtrcWriter* writer, double version);
+XLATR_API TraceFormat BtrcWriter_getTargetFormat(const BtrcWriter* writer);
+XLATR_API bool BtrcWriter_getOverrideExistingFile(const BtrcWriter* writer);
+XLATR_API void BtrcWriter_setOverrideExistingFile(BtrcWriter* writer, bool overrideExistingFile);
+/* The bus whose messages the writer is for, -1 for none; the writer itself does not look at it. */
+XLATR_API int32_t BtrcWriter_getOwnerBus(const BtrcWriter* writer);
+XLATR_API void BtrcWriter_setOwnerBus(BtrcWriter* writer, int32_t bus);
+XLATR_API uint32_t BtrcWriter_getSourcePathSize(const BtrcWriter* writer);
+XLATR_API void BtrcWriter_getSourcePath(const BtrcWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void BtrcWriter_setSourcePath(BtrcWriter* writer, const char* path);
 
 /* ---- CsvInfo: the head of a CSV table ---------------------------------------------------------------------------- */
 /* Tables are a target of conversions and no source, so there is nothing to construct one with. The first group is about

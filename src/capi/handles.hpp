@@ -16,6 +16,10 @@
 #include "formats/mf4/mdf_info.hpp"
 #include "formats/mf4/mdf_reader.hpp"
 #include "formats/mf4/mdf_writer.hpp"
+#include "formats/native/btrc_info.hpp"
+#include "formats/native/btrc_reader.hpp"
+#include "formats/native/btrc_writer.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_info.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_reader.hpp"
@@ -41,6 +45,11 @@ XLATR_HANDLE(IMessage, xlatr::IMessage, xlatr::IMessage);
 XLATR_HANDLE(ITraceInfo, xlatr::ITraceInfo, xlatr::ITraceInfo);
 XLATR_HANDLE(BaseTraceInfo, xlatr::BaseTraceInfo, xlatr::BaseTraceInfo);
 XLATR_HANDLE(TraceFileInfo, xlatr::BaseTraceInfo, xlatr::TraceFileInfo);
+XLATR_HANDLE(BtrcInfo, xlatr::ITraceInfo, xlatr::BtrcInfo);
+XLATR_HANDLE(BtrcFileHeader, xlatr::BtrcFileHeader, xlatr::BtrcFileHeader);
+XLATR_HANDLE(BtrcReader, xlatr::ITraceReader, xlatr::BtrcReader);
+XLATR_HANDLE(BtrcWriter, xlatr::ITraceWriter, xlatr::BtrcWriter);
+XLATR_HANDLE(MessageBinaryFD, xlatr::IMessage, xlatr::ZelkBinaryMessage);
 XLATR_HANDLE(CsvInfo, xlatr::ITraceInfo, xlatr::CsvInfo);
 XLATR_HANDLE(CsvWriter, xlatr::ITraceWriter, xlatr::CsvWriter);
 XLATR_HANDLE(TrcInfo, xlatr::ITraceInfo, xlatr::TrcInfo);

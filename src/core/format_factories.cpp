@@ -4,11 +4,13 @@
 #include <array>
 
 #include "core/asc_source.hpp"
+#include "core/btrc_source.hpp"
 #include "core/mdf_source.hpp"
 #include "core/trc_source.hpp"
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_writer.hpp"
 #include "formats/mf4/mdf_writer.hpp"
+#include "formats/native/btrc_writer.hpp"
 #include "formats/trc/trc_writer.hpp"
 
 namespace xlatr {
@@ -36,6 +38,7 @@ constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
     FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
     FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
+    FormatFactory{XLATR_FORMAT_BTRC, makeBtrcSource, makePlainWriter<BtrcWriter>},
     FormatFactory{XLATR_FORMAT_MF4, makeMdfSource, makeMdfWriter},
 };
 

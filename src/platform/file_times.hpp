@@ -15,5 +15,7 @@ struct FileTime {
 // When the file was created, or last modified where the file system keeps no creation time. Nothing if there is no such
 // file, if it is a directory, or if the caller may not read it. The file is not opened.
 [[nodiscard]] std::optional<FileTime> readCreationTime(const std::string& path);
+// When it was last modified; nothing in the same cases.
+[[nodiscard]] std::optional<FileTime> readModificationTime(const std::string& path);
 
 }  // namespace xlatr::platform

@@ -26,6 +26,11 @@ DateTime getFileCreationTime(const std::string& path) {
   return time ? fileTimeToDateTime(*time) : DateTime();
 }
 
+DateTime getFileModificationTime(const std::string& path) {
+  const auto time = platform::readModificationTime(path);
+  return time ? fileTimeToDateTime(*time) : DateTime();
+}
+
 DateTime fileTimeToDateTime(const platform::FileTime& time) {
   const auto fields = platform::toLocalCalendar(time.seconds);
   if (!fields) {

@@ -17,6 +17,9 @@ namespace xlatr {
 // if the file can't be opened for reading or its times can't be had. No handle on the file stays open.
 [[nodiscard]] DateTime getFileCreationTime(const std::string& path);
 
+// When the file was last modified, in local fields; second 0 if that can't be had.
+[[nodiscard]] DateTime getFileModificationTime(const std::string& path);
+
 // A file time in local fields, the tenths of a microsecond cut off; second 0 for one that no calendar breaks down.
 [[nodiscard]] DateTime fileTimeToDateTime(const platform::FileTime& time);
 

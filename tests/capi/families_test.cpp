@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "support/btrc_image.hpp"
 #include "support/mf4_samples.hpp"
 #include "support/object_failures.hpp"
 #include "support/object_families.hpp"
@@ -59,7 +60,7 @@ class WriterFamily : public testing::Test {
   std::string target_ = folder_.file("target.trace");
 };
 
-using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, CsvWriterType, MdfWriterType>;
+using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, CsvWriterType, BtrcWriterType, MdfWriterType>;
 TYPED_TEST_SUITE(WriterFamily, WriterFamilies, FamilyName);
 
 TYPED_TEST(WriterFamily, ignoresNullInDestruct) {
@@ -134,20 +135,24 @@ TYPED_TEST(WriterFamily, freezesItsPropertiesWhileItIsActive) {
   EXPECT_EQ(TypeParam::getOwnerBus(writer.get()), 5);
 }
 
+// A ConverterProcessingException, but from the writer of binary traces, whose failures are ConverterParsingExceptions.
 TYPED_TEST(WriterFamily, writesNothingBeforeItIsActive) {
   const auto writer = this->make();
   const std::string path = this->folder_.write("x.trc", ";$FILEVERSION=1.2\n1) 10.5 3 Rx 0123 1 AA\n");
   const Owned<TrcInfoType> info(TrcInfo_Construct_2(path.c_str()));
   const auto* const source = TrcInfoType::asTraceInfo(info.get());
-  EXPECT_EQ(processingFailureOf([&] { TypeParam::writeHeader(writer.get(), source); }), kNotActive);
-  EXPECT_EQ(processingFailureOf([&] { TypeParam::writeHeader2(writer.get(), source, 44403.25); }), kNotActive);
+  EXPECT_EQ(failureTextOf<ConverterGenericException>([&] { TypeParam::writeHeader(writer.get(), source); }),
+            kNotActive);
+  EXPECT_EQ(failureTextOf<ConverterGenericException>([&] { TypeParam::writeHeader2(writer.get(), source, 44403.25); }),
+            kNotActive);
 
   const Owned<TrcReaderType> reader(TrcReader_Construct(info.get()));
   MessageCan* message = nullptr;
   ASSERT_TRUE(TrcReader_setActive(reader.get(), true));
   ASSERT_TRUE(TrcReader_ReadNextMessage(reader.get(), &message));
   const Owned<MessageCanType> owner(message);
-  EXPECT_EQ(processingFailureOf([&] { TypeParam::writeMessage(writer.get(), MessageCanType::asMessage(message)); }),
+  EXPECT_EQ(failureTextOf<ConverterGenericException>(
+                [&] { TypeParam::writeMessage(writer.get(), MessageCanType::asMessage(message)); }),
             kNotActive);
   EXPECT_FALSE(std::filesystem::exists(this->target_));
 }
@@ -207,6 +212,14 @@ Sample sampleOf<AscInfoType>() {
 }
 
 template <>
+Sample sampleOf<BtrcInfoType>() {
+  using namespace btrc;
+  const std::string start =
+      record(0x8003, number(kStart, 8) + number(2021, 2) + number(7, 1) + number(26, 1) + number(6, 1) + number(0, 7));
+  return {"x.btrc", info() + start + plainFrame(kStart + 10500) + plainFrame(kStart + 11500)};
+}
+
+template <>
 Sample sampleOf<MdfInfoType>() {
   return {"x.mf4", mf4Sample()};
 }
@@ -245,7 +258,7 @@ class ReaderFamily : public testing::Test {
   const std::string path_ = folder_.write(sample_.name, sample_.content);
 };
 
-using ReaderFamilies = testing::Types<TrcReaderType, AscReaderType, MdfReaderType>;
+using ReaderFamilies = testing::Types<TrcReaderType, AscReaderType, BtrcReaderType, MdfReaderType>;
 TYPED_TEST_SUITE(ReaderFamily, ReaderFamilies, FamilyName);
 
 TYPED_TEST(ReaderFamily, ignoresNullInDestruct) {

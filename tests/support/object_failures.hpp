@@ -24,15 +24,20 @@ inline std::string lastError() {
   return lastErrorOf(static_cast<std::uint32_t>(::gettid()));
 }
 
-// The text of the failure that the action raises, which must be this thread's last error too.
-inline std::string processingFailureOf(const std::function<void()>& action) {
+// The text of the failure of this class that the action raises, which must be this thread's last error too.
+template <typename Failure>
+std::string failureTextOf(const std::function<void()>& action) {
   try {
     action();
-  } catch (const ConverterProcessingException& failure) {
+  } catch (const Failure& failure) {
     EXPECT_EQ(lastError(), failure.what());
     return failure.what();
   }
   return "no failure";
+}
+
+inline std::string processingFailureOf(const std::function<void()>& action) {
+  return failureTextOf<ConverterProcessingException>(action);
 }
 
 }  // namespace xlatr::test

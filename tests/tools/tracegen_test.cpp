@@ -533,6 +533,70 @@ TEST(Tracegen, writesTheSameFramesAsTrcAndAsLog) {
   }
 }
 
+RecordingOptions btrcOptions() {
+  RecordingOptions options = busyOptions();
+  options.form = Form::Btrc;
+  return options;
+}
+
+std::uint64_t numberAt(std::string_view bytes, std::size_t offset, std::size_t width) {
+  std::uint64_t value = 0;
+  for (std::size_t index = width; index > 0; --index) {
+    value = value << 8 | static_cast<std::uint8_t>(bytes.at(offset + index - 1));
+  }
+  return value;
+}
+
+TEST(TracegenBtrc, fillsItsBlocksWithRecordsAndTheirTotals) {
+  const std::string file = generateText(btrcOptions());
+  ASSERT_EQ(file.size() % 8192, 0U);
+  std::map<std::uint64_t, std::uint64_t> counts;
+  std::uint64_t written = 0;
+  std::uint64_t previousType = 0;
+  for (std::size_t offset = 0; offset < file.size();) {
+    const std::uint64_t size = numberAt(file, offset, 2);
+    const std::uint64_t type = numberAt(file, offset + 2, 2);
+    ASSERT_GE(size, 4U) << offset;
+    ASSERT_LE(offset % 8192 + size, 8192U) << offset;
+    ++counts[type];
+    if (offset % 8192 == 0 && offset > 0) {
+      EXPECT_EQ(type, 0x8001U);
+      // A record that ends with its block is not counted yet.
+      EXPECT_EQ(numberAt(file, offset + 12, 8), written - (previousType == 0 ? 0 : 1));
+    }
+    previousType = type;
+    written += type == 0x8000 || type == 0x8001 || type == 0x8003 || type == 0 ? 0 : 1;
+    offset += size;
+  }
+  RecordingOptions text = busyOptions();
+  const RecordingSize size = generate(text, [](std::string_view) {});
+  EXPECT_EQ(written, size.messages + size.comments);
+  for (const std::uint32_t type : {1U, 2U, 3U, 4U, 6U, 7U, 8U, 0x8002U}) {
+    EXPECT_GT(counts[type], 0U) << type;
+  }
+  EXPECT_EQ(counts[0x8000], 1U);
+  EXPECT_EQ(counts[0x8003], 1U);
+  EXPECT_EQ(counts[0x8001], file.size() / 8192 - 1);
+}
+
+TEST(TracegenBtrc, beginsWithTheStartOfTheRecording) {
+  constexpr char kHead[] =
+      "\x08\0\0\x80\x08\0\x01\xFA\x18\0\x03\x80\0\x80\x64\xC2\x93\xD2\xE2\0\xE8\x07\x03\x01\x08\0\0\0\0\0\0";
+  EXPECT_EQ(generateText(btrcOptions()).substr(0, 32), std::string(kHead, 32));
+}
+
+TEST(TracegenBtrc, damagesAsManyBlocksAsItIsAskedTo) {
+  const std::string whole = generateText(btrcOptions());
+  RecordingOptions options = btrcOptions();
+  options.damageRate = 10000;
+  const std::string damaged = generateText(options);
+  ASSERT_EQ(damaged.size(), whole.size());
+  EXPECT_EQ(damaged.substr(0, 8192), whole.substr(0, 8192)) << "the head is spared";
+  for (std::size_t offset = 8192; offset < whole.size(); offset += 8192) {
+    EXPECT_NE(damaged.substr(offset, 8192), whole.substr(offset, 8192));
+  }
+}
+
 TEST(Tracegen, refusesOptionsOutsideTheirRange) {
   struct Case {
     const char* name;
@@ -546,6 +610,7 @@ TEST(Tracegen, refusesOptionsOutsideTheirRange) {
       Case{"share above 100", [](RecordingOptions& options) { options.traffic.fdShare = 101; }},
       Case{"shares above 100", [](RecordingOptions& options) { options.traffic.xlShare = 71; }},
       Case{"rate above 10000", [](RecordingOptions& options) { options.traffic.eventRate = 10001; }},
+      Case{"damage above 10000", [](RecordingOptions& options) { options.damageRate = 10001; }},
       Case{"buses without a column", [](RecordingOptions& options) { options.version = TrcVersion::V2_0; }},
   };
   for (const Case& test : kCases) {

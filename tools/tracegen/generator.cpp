@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "tracegen/btrc_printer.hpp"
 #include "tracegen/candump_printer.hpp"
 
 namespace tracegen {
@@ -33,11 +34,15 @@ void checkOptions(const RecordingOptions& options) {
        {traffic.remoteRate, traffic.disturbanceRate, traffic.eventRate, traffic.commentRate}) {
     require(rate <= kRateScale, "a rate must be at most 10000");
   }
+  require(options.damageRate <= kRateScale, "a rate must be at most 10000");
 }
 
 std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
   if (options.form == Form::Candump) {
     return std::make_unique<CandumpPrinter>();
+  }
+  if (options.form == Form::Btrc) {
+    return std::make_unique<BtrcPrinter>(BtrcForm{.seed = options.traffic.seed, .damageRate = options.damageRate});
   }
   return std::make_unique<TrcPrinter>(TrcForm{.version = options.version,
                                               .carriageReturn = options.carriageReturn,
@@ -69,6 +74,7 @@ RecordingSize generate(const RecordingOptions& options, const Sink& sink) {
       ++size.messages;
     }
   }
+  printer->printEnd(output);
   output.flush();
   size.bytes = output.written();
   return size;

@@ -10,7 +10,7 @@
 
 namespace tracegen {
 
-enum class Form : std::uint8_t { Trc, Candump };
+enum class Form : std::uint8_t { Trc, Candump, Btrc };
 
 struct RecordingOptions {
   TrafficOptions traffic;
@@ -18,7 +18,8 @@ struct RecordingOptions {
   // What a file of this version can't hold is left out of the traffic, also for another form: the same options give the
   // same traffic in each.
   TrcVersion version = TrcVersion::V2_1;
-  bool carriageReturn = true;  // TRC only
+  bool carriageReturn = true;    // TRC only
+  std::uint32_t damageRate = 0;  // BTRC only: blocks in 10000 that are damaged
   // The recording ends with the entry that reaches the first of these limits. Comments are no messages.
   std::uint64_t maxMessages = UINT64_MAX;
   std::uint64_t maxBytes = UINT64_MAX;

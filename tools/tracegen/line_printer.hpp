@@ -19,6 +19,8 @@ class LinePrinter {
   virtual void printHeader(TextOutput& output) = 0;
   // Prints the entry as one line; one that has no form here prints nothing.
   virtual void printEntry(const Entry& entry, TextOutput& output) = 0;
+  // What stands behind the last entry.
+  virtual void printEnd(TextOutput& /*output*/) {}
 };
 
 }  // namespace tracegen

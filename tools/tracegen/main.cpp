@@ -51,9 +51,12 @@ void addOutputOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--file-version", arguments.version, "TRC version")
       ->check(CLI::IsMember({"1.1", "1.2", "1.3", "2.0", "2.1", "3.0"}))
       ->capture_default_str();
-  const std::map<std::string, tracegen::Form> forms{{"trc", tracegen::Form::Trc}, {"candump", tracegen::Form::Candump}};
-  app.add_option("--form", recording.form, "trc, or candump for the same traffic as a SocketCAN log")
+  const std::map<std::string, tracegen::Form> forms{
+      {"trc", tracegen::Form::Trc}, {"candump", tracegen::Form::Candump}, {"btrc", tracegen::Form::Btrc}};
+  app.add_option("--form", recording.form, "trc; the same traffic as a SocketCAN log: candump; as a binary trace: btrc")
       ->transform(CLI::CheckedTransformer(forms));
+  app.add_option("--damage-rate", recording.damageRate, "Damaged blocks of a btrc file, in 10000")
+      ->capture_default_str();
   app.add_flag("--lf", arguments.lineFeed, "End TRC lines with LF instead of CR LF");
   app.add_option("OUTPUT", arguments.output, "File to write; - is standard output")->required();
 }

@@ -66,6 +66,9 @@ constexpr std::array kFamilies{
         XLATR_FORMAT_ASC, versionsOf<AscInfo_GetSupportedVersions, AscInfo_GetSupportedVersionsSize>,
         headerOf<AscInfo_Construct, AscInfo_Destruct, AscInfo_getValid, AscInfo_GetVersion, AscInfo_getStartTime>},
     FormatFamily{
+        XLATR_FORMAT_BTRC, versionsOf<BtrcInfo_GetSupportedVersions, BtrcInfo_GetSupportedVersionsSize>,
+        headerOf<BtrcInfo_Construct, BtrcInfo_Destruct, BtrcInfo_GetValid, BtrcInfo_GetVersion, BtrcInfo_getStartTime>},
+    FormatFamily{
         XLATR_FORMAT_MF4, versionsOf<MdfInfo_GetSupportedVersions, MdfInfo_GetSupportedVersionsSize>,
         headerOf<MdfInfo_Construct, MdfInfo_Destruct, MdfInfo_getValid, MdfInfo_GetVersion, MdfInfo_getStartTime>,
         reasonAgainstMdf},

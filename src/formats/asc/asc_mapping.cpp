@@ -6,32 +6,50 @@ namespace {
 // What the longest CAN FD frame needs, with room for what error records have in front of their data.
 constexpr std::size_t kReservedBytes = 70;
 
-}  // namespace
-
-void mapToAsc(const BrixMessage& source, AscMessage& target) {
+// What is the same for all messages of a CAN bus that have a kind.
+void takeFrame(const MessageStyleCan& source, MessageKind kind, AscMessage& target) {
   constexpr std::uint32_t kLowByte = 0xFF;
   target.reset();
   target.data.reserve(kReservedBytes);
-  target.time = source.timeOffset / 1000.0;
-  target.bus = source.bus == 0 ? 1 : source.bus;
   target.length = source.length & kLowByte;
   target.type = source.type;
   target.direction = source.direction;
   target.extended = source.extended;
-  target.valid = source.valid;
+  target.valid = source.getValid();
   target.id = source.id;
-  target.flags = ascFlagsOfMessageKind(source.kind);
+  target.flags = ascFlagsOfMessageKind(kind);
   target.frameClass = (target.flags & asc_flag::kEdl) != 0 ? AscFrameClass::Fd : AscFrameClass::Classic;
-  if (source.type == MessageType::Error && source.kind == MessageKind::EC) {
+  if (source.type == MessageType::Error && kind == MessageKind::EC) {
     target.lineKind = AscLineKind::Status;
   }
-  if (source.type == MessageType::Unknown && source.valid) {
+  if (source.type == MessageType::Unknown && target.valid) {
     target.type = source.direction == MessageDirection::Rx ? MessageType::Rx : MessageType::Tx;
   }
+}
+
+}  // namespace
+
+void mapToAsc(const BrixMessage& source, AscMessage& target) {
+  takeFrame(source, source.kind, target);
+  target.time = source.timeOffset / 1000.0;
+  target.bus = source.bus == 0 ? 1 : source.bus;
   if (!source.remote) {
     target.data.assign(source.data.begin(), source.data.end());
   }
   target.commentText.assign(source.comment);
+}
+
+void mapToAsc(const ZelkBinaryMessage& source, AscMessage& target) {
+  constexpr double kMicrosecondsPerSecond = 1e6;
+  constexpr std::size_t kZerosBeforeCounters = 2;
+  takeFrame(source, source.kind, target);
+  target.time = static_cast<double>(source.timestamp) / kMicrosecondsPerSecond;
+  target.bus = source.bus + 1;
+  if (!source.remote) {
+    target.data.assign(source.kind == MessageKind::EC ? kZerosBeforeCounters : 0, 0);
+    target.data.insert(target.data.end(), source.data.begin(), source.data.end());
+  }
+  target.commentText.assign(source.commentary);
 }
 
 }  // namespace xlatr

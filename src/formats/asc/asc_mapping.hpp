@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -9,5 +10,8 @@ namespace xlatr {
 // Bus 0, which a trace without a bus column has, becomes bus 1. A frame of a kind that TRC gives no direction word of
 // its own, as CAN FD, gets its type from its direction. A CAN XL message has no form here; its text is for a comment.
 void mapToAsc(const BrixMessage& source, AscMessage& target);
+
+// As above, but for the counters of an error, which move behind two zero bytes.
+void mapToAsc(const ZelkBinaryMessage& source, AscMessage& target);
 
 }  // namespace xlatr

@@ -10,7 +10,7 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<BrixMessage>;
+using Accepted = MessageClasses<BrixMessage, ZelkBinaryMessage>;
 
 }  // namespace
 
@@ -60,6 +60,15 @@ void AscWriter::write(const BrixMessage& message) {
     WriteComment(line_.view());
     return;
   }
+  writeMapped(message);
+}
+
+void AscWriter::write(const ZelkBinaryMessage& message) {
+  writeMapped(message);
+}
+
+template <class Other>
+void AscWriter::writeMapped(const Other& message) {
   mapToAsc(message, mapped_);
   mapped_.textVersion8 = version8_;
   writeMapped();

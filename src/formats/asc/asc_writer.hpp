@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
 #include "util/text_buffer.hpp"
@@ -30,6 +31,9 @@ class AscWriter final : public TraceWriterText {
 
  private:
   void write(const BrixMessage& message);
+  void write(const ZelkBinaryMessage& message);
+  template <class Other>
+  void writeMapped(const Other& message);
   void writeMapped();
 
   bool version8_ = false;

@@ -32,6 +32,14 @@ void setZeros(CsvMessage& target) {
   target.data.assign(std::min(target.length, kMaxPayload), 0);
 }
 
+void takePayload(const MessageStyleCan& source, CsvMessage& target) {
+  if (target.remote) {
+    setZeros(target);
+  } else {
+    takeData(source, target);
+  }
+}
+
 MessageKind kindOf(const AscMessage& source) {
   if (!source.isRemote() && source.type == MessageType::Error) {
     return MessageKind::ER;
@@ -57,11 +65,7 @@ void mapToCsv(const BrixMessage& source, CsvMessage& target) {
   target.af = source.xl.acceptance.value_or(target.af);
   target.rrs = source.xl.rrs.value_or(target.rrs);
   target.sec = source.xl.sec.value_or(target.sec);
-  if (target.remote) {
-    setZeros(target);
-  } else {
-    takeData(source, target);
-  }
+  takePayload(source, target);
 }
 
 void mapToCsv(const AscMessage& source, CsvMessage& target) {
@@ -71,6 +75,17 @@ void mapToCsv(const AscMessage& source, CsvMessage& target) {
   target.kind = kindOf(source);
   target.remote = source.isRemote();
   takeData(source, target);
+}
+
+void mapToCsv(const ZelkBinaryMessage& source, CsvMessage& target) {
+  constexpr double kMicrosecondsPerMillisecond = 1000.0;
+  takeCommon(source, target);
+  target.time = static_cast<double>(source.timestamp) / kMicrosecondsPerMillisecond;
+  target.bus = source.bus + 1;
+  target.kind = source.kind;
+  target.text = source.commentary;
+  target.remote = source.remote;
+  takePayload(source, target);
 }
 
 }  // namespace xlatr

@@ -3,6 +3,7 @@
 
 #include "formats/asc/asc_message.hpp"
 #include "formats/csv/csv_message.hpp"
+#include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
 namespace xlatr {
@@ -11,5 +12,6 @@ namespace xlatr {
 // Nothing is raised.
 void mapToCsv(const BrixMessage& source, CsvMessage& target);
 void mapToCsv(const AscMessage& source, CsvMessage& target);
+void mapToCsv(const ZelkBinaryMessage& source, CsvMessage& target);
 
 }  // namespace xlatr

@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kDefaultSeparator[] = ";";
 
-using Accepted = MessageClasses<BrixMessage, AscMessage>;
+using Accepted = MessageClasses<BrixMessage, AscMessage, ZelkBinaryMessage>;
 
 }  // namespace
 

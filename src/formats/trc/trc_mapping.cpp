@@ -102,4 +102,23 @@ void mapToTrc(const MdfCanMessage& source, BrixMessage& target) {
   }
 }
 
+void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target) {
+  constexpr double kMicrosecondsPerMillisecond = 1000.0;
+  prepare(target);
+  target.timeOffset = static_cast<double>(source.timestamp) / kMicrosecondsPerMillisecond;
+  target.bus = source.bus + 1;
+  target.id = source.id;
+  target.extended = source.extended;
+  target.valid = source.getValid();
+  target.length = source.length;
+  target.type = source.type;
+  target.direction = source.direction;
+  target.kind = source.kind;
+  target.remote = source.remote;
+  target.parsingText = source.commentary;
+  if (!target.remote) {
+    target.data.assign(source.data.begin(), source.data.end());
+  }
+}
+
 }  // namespace xlatr

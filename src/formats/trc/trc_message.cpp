@@ -42,8 +42,12 @@ void BrixMessage::appendText(TextBuffer& out, double version, std::uint64_t numb
 }
 
 bool BrixMessage::ValidateForTargetVersion(double version) const {
+  return valid && canStandInTrc(version, length, type, kind, columnBased);
+}
+
+bool canStandInTrc(double version, std::uint32_t length, MessageType type, MessageKind kind, bool columnBased) {
   const auto known = trcVersion(version);
-  if (!valid || !known) {
+  if (!known) {
     return false;
   }
   const bool hasType = type != MessageType::Unknown;

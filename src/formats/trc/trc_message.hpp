@@ -56,4 +56,9 @@ class BrixMessage final : public MessageStyleCan {
   CanXlFields xl;
 };
 
+// Whether a valid message of these properties can stand in a TRC file of this version: false for every version that is
+// not a known one. For messages that become a BrixMessage, so that none has to be made for the question.
+[[nodiscard]] bool canStandInTrc(double version, std::uint32_t length, MessageType type, MessageKind kind,
+                                 bool columnBased);
+
 }  // namespace xlatr

@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "formats/asc/asc_message.hpp"
 #include "formats/trc/trc_columns.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"

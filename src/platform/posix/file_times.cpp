@@ -5,8 +5,9 @@
 #include <unistd.h>
 
 namespace xlatr::platform {
+namespace {
 
-std::optional<FileTime> readCreationTime(const std::string& path) {
+std::optional<struct statx> readTimes(const std::string& path) {
   // The times are no secret, but a file that could not be opened must have none. Asking instead of opening leaves
   // pipes and devices alone.
   if (::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) {
@@ -17,9 +18,27 @@ std::optional<FileTime> readCreationTime(const std::string& path) {
       S_ISDIR(status.stx_mode)) {
     return std::nullopt;
   }
-  const bool hasBirthTime = (status.stx_mask & STATX_BTIME) != 0;
-  const statx_timestamp& time = hasBirthTime ? status.stx_btime : status.stx_mtime;
-  return FileTime{time.tv_sec, static_cast<std::int32_t>(time.tv_nsec)};
+  return status;
+}
+
+FileTime toFileTime(const statx_timestamp& time) {
+  return {time.tv_sec, static_cast<std::int32_t>(time.tv_nsec)};
+}
+
+}  // namespace
+
+std::optional<FileTime> readCreationTime(const std::string& path) {
+  const auto status = readTimes(path);
+  if (!status) {
+    return std::nullopt;
+  }
+  const bool hasBirthTime = (status->stx_mask & STATX_BTIME) != 0;
+  return toFileTime(hasBirthTime ? status->stx_btime : status->stx_mtime);
+}
+
+std::optional<FileTime> readModificationTime(const std::string& path) {
+  const auto status = readTimes(path);
+  return status ? std::optional(toFileTime(status->stx_mtime)) : std::nullopt;
 }
 
 }  // namespace xlatr::platform

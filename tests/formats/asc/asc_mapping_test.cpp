@@ -115,5 +115,74 @@ TEST(AscMapping, keepsTheLowByteOfALength) {
   EXPECT_EQ(mapped({.length = 0x1FF}).length, 0xFFU);
 }
 
+// A record of a binary trace, whose buses count from 0.
+ZelkBinaryMessage zelkMessage(const Source& source, RecordType recordType = RecordType::CanRxMsg) {
+  ZelkBinaryMessage message;
+  message.recordType = recordType;
+  message.timestamp = 1500250;
+  message.bus = source.bus;
+  message.type = source.type;
+  message.kind = source.kind;
+  message.direction = source.direction;
+  message.id = source.id;
+  message.extended = source.extended;
+  message.length = source.length;
+  message.data = source.data;
+  message.remote = source.remote;
+  message.valid = source.valid;
+  message.commentary = "a comment";
+  return message;
+}
+
+AscMessage mappedFromBinary(const Source& source, RecordType recordType = RecordType::CanRxMsg) {
+  AscMessage message;
+  message.errorCode = 5;  // of an earlier message
+  mapToAsc(zelkMessage(source, recordType), message);
+  return message;
+}
+
+TEST(AscMapping, takesABinaryMessage) {
+  const AscMessage message = mappedFromBinary({.extended = true});
+  EXPECT_EQ(message.time, 1.50025);
+  EXPECT_EQ(message.bus, 4U);
+  EXPECT_EQ(message.type, MessageType::Rx);
+  EXPECT_EQ(message.direction, MessageDirection::Rx);
+  EXPECT_EQ(message.id, 0x123U);
+  EXPECT_TRUE(message.extended);
+  EXPECT_TRUE(message.valid);
+  EXPECT_EQ(message.length, 2U);
+  EXPECT_EQ(message.data, (Bytes{0x0A, 0xB0}));
+  EXPECT_EQ(message.flags, 0x200000U);
+  EXPECT_EQ(message.frameClass, AscFrameClass::Classic);
+  EXPECT_EQ(message.commentText, "a comment");
+  EXPECT_EQ(message.errorCode, 0U);
+  EXPECT_EQ(mappedFromBinary({.bus = 0}).bus, 1U);
+  EXPECT_FALSE(mappedFromBinary({}, RecordType::TextMsg).valid) << "a text is nothing to be written";
+}
+
+TEST(AscMapping, typeOfABinaryFdFrameIsItsDirection) {
+  const AscMessage rx = mappedFromBinary({.type = MessageType::Unknown, .kind = MessageKind::FB});
+  EXPECT_EQ(rx.type, MessageType::Rx);
+  EXPECT_EQ(rx.flags, 0x3000U);
+  EXPECT_EQ(rx.frameClass, AscFrameClass::Fd);
+  EXPECT_EQ(
+      mappedFromBinary({.type = MessageType::Unknown, .kind = MessageKind::FD, .direction = MessageDirection::Tx}).type,
+      MessageType::Tx);
+}
+
+TEST(AscMapping, countersOfABinaryErrorStandBehindTwoZeros) {
+  const AscMessage message = mappedFromBinary({.type = MessageType::Error, .kind = MessageKind::EC});
+  EXPECT_EQ(message.lineKind, AscLineKind::Status);
+  EXPECT_EQ(message.length, 2U);
+  EXPECT_EQ(message.data, (Bytes{0, 0, 0x0A, 0xB0}));
+  EXPECT_EQ(mappedFromBinary({.type = MessageType::Error, .kind = MessageKind::ER}).data, (Bytes{0x0A, 0xB0}));
+}
+
+TEST(AscMapping, binaryRemoteFrameHasNoData) {
+  const AscMessage message = mappedFromBinary({.kind = MessageKind::RR, .remote = true});
+  EXPECT_TRUE(message.isRemote());
+  EXPECT_EQ(message.data, Bytes());
+}
+
 }  // namespace
 }  // namespace xlatr

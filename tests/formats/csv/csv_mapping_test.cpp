@@ -166,5 +166,47 @@ TEST(CsvMapping, findsTheKindOfAnAscMessage) {
   }
 }
 
+TEST(CsvMapping, takesABinaryMessage) {
+  ZelkBinaryMessage source;
+  source.recordType = RecordType::CanTxFdMsg;
+  source.valid = true;
+  source.timestamp = 1500250;
+  source.bus = 2;
+  source.id = 0x18FEF100;
+  source.extended = true;
+  source.length = 12;
+  source.data = {0xAA, 0xBB};
+  source.direction = MessageDirection::Tx;
+  source.kind = MessageKind::FE;
+  source.commentary = "a text";
+  const CsvMessage row = mapped(source);
+  EXPECT_TRUE(row.valid);
+  EXPECT_EQ(row.time, 1500.25);
+  EXPECT_EQ(row.bus, 3U);
+  EXPECT_EQ(row.id, 0x18FEF100U);
+  EXPECT_TRUE(row.extended);
+  EXPECT_EQ(row.type, MessageType::Unknown);
+  EXPECT_EQ(row.kind, MessageKind::FE);
+  EXPECT_EQ(row.direction, MessageDirection::Tx);
+  EXPECT_EQ(row.length, 12U);
+  EXPECT_EQ(row.data, (Bytes{0xAA, 0xBB})) << "as many as there are";
+  EXPECT_FALSE(row.remote);
+  EXPECT_EQ(row.reserved, CsvMessage::kNoReserved);
+  EXPECT_EQ(row.text, "a text");
+  EXPECT_FALSE(row.wideRow);
+}
+
+TEST(CsvMapping, binaryRemoteFrameGetsZeros) {
+  ZelkBinaryMessage source;
+  source.recordType = RecordType::CanRxRtrMsg;
+  source.valid = true;
+  source.length = 3;
+  source.kind = MessageKind::RR;
+  source.remote = true;
+  const CsvMessage row = mapped(source);
+  EXPECT_TRUE(row.remote);
+  EXPECT_EQ(row.data, (Bytes{0, 0, 0}));
+}
+
 }  // namespace
 }  // namespace xlatr

@@ -188,5 +188,81 @@ TEST(TrcMapping, makesIdentifierAndDataOfAnMdfError) {
   }
 }
 
+// A record of a binary trace, whose buses count from 0.
+ZelkBinaryMessage zelkMessage() {
+  ZelkBinaryMessage source;
+  source.recordType = RecordType::CanRxMsg;
+  source.valid = true;
+  source.timestamp = 1500250;
+  source.bus = 2;
+  source.id = 0x123;
+  source.extended = true;
+  source.length = 2;
+  source.data = {0x0A, 0xB0};
+  source.type = MessageType::Rx;
+  source.direction = MessageDirection::Rx;
+  source.kind = MessageKind::DT;
+  source.commentary = "a text";
+  return source;
+}
+
+BrixMessage mapped(const ZelkBinaryMessage& source) {
+  BrixMessage message;
+  message.comment = "of an earlier message";
+  message.reserved = 5;
+  mapToTrc(source, message);
+  return message;
+}
+
+TEST(TrcMapping, takesABinaryMessage) {
+  const BrixMessage message = mapped(zelkMessage());
+  EXPECT_EQ(message.timeOffset, 1500.25);
+  EXPECT_EQ(message.bus, 3U);
+  EXPECT_EQ(message.type, MessageType::Rx);
+  EXPECT_EQ(message.kind, MessageKind::DT);
+  EXPECT_EQ(message.direction, MessageDirection::Rx);
+  EXPECT_EQ(message.id, 0x123U);
+  EXPECT_TRUE(message.extended);
+  EXPECT_EQ(message.length, 2U);
+  EXPECT_EQ(message.data, (Bytes{0x0A, 0xB0}));
+  EXPECT_EQ(message.comment, "");
+  EXPECT_EQ(message.parsingText, "a text");
+  EXPECT_EQ(message.reserved, -1);
+  EXPECT_TRUE(message.columnBased);
+  EXPECT_TRUE(message.valid);
+  EXPECT_FALSE(message.remote);
+}
+
+TEST(TrcMapping, binaryMessageOnBus0GetsBus1) {
+  ZelkBinaryMessage source = zelkMessage();
+  source.bus = 0;
+  EXPECT_EQ(mapped(source).bus, 1U);
+}
+
+TEST(TrcMapping, remoteFrameOfABinaryTraceHasNoData) {
+  ZelkBinaryMessage source = zelkMessage();
+  source.recordType = RecordType::CanRxRtrMsg;
+  source.kind = MessageKind::RR;
+  source.remote = true;
+  const BrixMessage message = mapped(source);
+  EXPECT_TRUE(message.remote);
+  EXPECT_EQ(message.length, 2U);
+  EXPECT_EQ(message.data, Bytes());
+}
+
+TEST(TrcMapping, errorBytesOfABinaryTraceAreKept) {
+  ZelkBinaryMessage source = zelkMessage();
+  source.recordType = RecordType::CanError;
+  source.type = MessageType::Error;
+  source.kind = MessageKind::ER;
+  EXPECT_EQ(mapped(source).data, (Bytes{0x0A, 0xB0}));
+}
+
+TEST(TrcMapping, textOfABinaryTraceIsNotValid) {
+  ZelkBinaryMessage source = zelkMessage();
+  source.recordType = RecordType::TextMsg;
+  EXPECT_FALSE(mapped(source).valid);
+}
+
 }  // namespace
 }  // namespace xlatr

@@ -9,6 +9,7 @@
 
 #include <string>
 
+#include "formats/asc/asc_message.hpp"
 #include "formats/trc/trc_header.hpp"
 #include "formats/trc/trc_info.hpp"
 #include "support/temp_folder.hpp"

@@ -1,0 +1,88 @@
+// Reading and making of single records of binary traces, without any file.
+#include <benchmark/benchmark.h>
+
+#include <string_view>
+#include <vector>
+
+#include "formats/native/zelk_message.hpp"
+#include "formats/trc/trc_mapping.hpp"
+#include "formats/trc/trc_message.hpp"
+#include "util/text_buffer.hpp"
+
+namespace {
+
+using xlatr::BrixMessage;
+using xlatr::TextBuffer;
+using xlatr::TimeScale;
+using xlatr::ZelkBinaryMessage;
+
+constexpr std::string_view kLines[] = {
+    "      1        10.000 DT 1      0123 Rx -  8    0A B0 12 34 56 78 9A BC",
+    "      2        10.500 DT 2  18ABCDEF Tx -  8    FF EE DD CC BB AA F9 F8",
+    "      3        11.000 FB 1      0200 Rx -  11   01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10 11 12 13 14",
+    "      4        11.500 RR 1      0300 Tx -  8   ",
+};
+
+std::vector<BrixMessage> messages() {
+  std::vector<BrixMessage> result;
+  for (const std::string_view line : kLines) {
+    result.emplace_back().parseLine(line, 2.1, xlatr::kTrcColumns21);
+  }
+  return result;
+}
+
+void countMessages(benchmark::State& state) {
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(std::size(kLines)));
+}
+
+void makeRecords(benchmark::State& state) {
+  const std::vector<BrixMessage> sources = messages();
+  ZelkBinaryMessage message;
+  for ([[maybe_unused]] auto step : state) {
+    for (const BrixMessage& source : sources) {
+      message.takeMessage(source);
+      message.AdjustTimestamp(1000);
+      benchmark::DoNotOptimize(message.rawBytes.data());
+    }
+  }
+  countMessages(state);
+}
+BENCHMARK(makeRecords);
+
+void readRecords(benchmark::State& state) {
+  std::vector<ZelkBinaryMessage> records;
+  for (const BrixMessage& source : messages()) {
+    records.emplace_back(source);
+  }
+  ZelkBinaryMessage message;
+  for ([[maybe_unused]] auto step : state) {
+    for (const ZelkBinaryMessage& record : records) {
+      message.readRecord(record.recordType, record.rawBytes, TimeScale());
+      benchmark::DoNotOptimize(message.valid);
+    }
+  }
+  countMessages(state);
+}
+BENCHMARK(readRecords);
+
+// As a writer of TRC files does it.
+void printRecords(benchmark::State& state) {
+  std::vector<ZelkBinaryMessage> records;
+  for (const BrixMessage& source : messages()) {
+    records.emplace_back(source);
+  }
+  BrixMessage mapped;
+  TextBuffer line;
+  for ([[maybe_unused]] auto step : state) {
+    for (const ZelkBinaryMessage& record : records) {
+      mapToTrc(record, mapped);
+      line.clear();
+      mapped.appendText(line, 2.1, 1, xlatr::kTrcColumns21);
+      benchmark::DoNotOptimize(line.view());
+    }
+  }
+  countMessages(state);
+}
+BENCHMARK(printRecords);
+
+}  // namespace

@@ -1,0 +1,113 @@
+// One record of a binary trace, in any form. The first byte is the exponent of the time unit, the next two the type,
+// the rest the record, whose own type is that. Every record class reads the bytes and must give back what it read; the
+// message made of them must say what it is, survive being mapped and be written again as the record that it was.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <span>
+#include <vector>
+
+#include "formats/asc/asc_mapping.hpp"
+#include "formats/csv/csv_mapping.hpp"
+#include "formats/native/native_record.hpp"
+#include "formats/native/zelk_message.hpp"
+#include "formats/trc/trc_mapping.hpp"
+
+namespace {
+
+using xlatr::RecordType;
+using xlatr::ZelkBinaryMessage;
+
+void require(bool condition) {
+  if (!condition) {
+    std::abort();
+  }
+}
+
+// What a record gives back is the beginning of what it was made from.
+template <class... Records>
+void checkRecords(std::span<const std::uint8_t> bytes) {
+  const auto check = [bytes](const auto& record) {
+    if (record) {
+      const std::vector<std::uint8_t> image = record->Serialize();
+      require(image.size() <= bytes.size());
+      require(std::vector<std::uint8_t>(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(image.size())) ==
+              image);
+    }
+  };
+  (check(Records::FromBytes(bytes)), ...);
+}
+
+void checkMessage(const ZelkBinaryMessage& message, std::span<const std::uint8_t> bytes) {
+  require(std::vector<std::uint8_t>(bytes.begin(), bytes.end()) == message.rawBytes);
+  require(!message.getValid() || message.commentary.empty());
+  require(!message.getValid() || message.bus <= 255);
+  require(message.length <= 64);
+  for (const double version : {1.1, 2.1, 3.0}) {
+    require(message.getValid() || !message.ValidateForTargetVersion(version));
+  }
+  static_cast<void>(message.getParsingBytesString());
+}
+
+void checkMappings(const ZelkBinaryMessage& message) {
+  xlatr::BrixMessage line;
+  mapToTrc(message, line);
+  for (const double version : {1.0, 1.1, 1.2, 1.3, 2.0, 2.1, 3.0}) {
+    require(line.ValidateForTargetVersion(version) == message.ValidateForTargetVersion(version));
+    xlatr::TextBuffer text;
+    line.appendText(text, version, 1, 0);
+    require(message.getValid() || text.empty());
+  }
+  xlatr::AscMessage entry;
+  mapToAsc(message, entry);
+  xlatr::TextBuffer text;
+  entry.toText8(text);
+  xlatr::CsvMessage row(";");
+  mapToCsv(message, row);
+  row.toRow(text, 1);
+
+  // What is made of the line is of the same type, and is read as the same frame.
+  ZelkBinaryMessage made(line);
+  if (message.getValid()) {
+    require(made.GetRecordType() == message.GetRecordType());
+    ZelkBinaryMessage again;
+    again.readRecord(made.GetRecordType(), made.rawBytes, xlatr::TimeScale());
+    // A received remote frame says that it is longer than it is, which its own bytes don't mind.
+    require(again.getValid());
+    require(again.kind == message.kind);
+    require(again.bus == message.bus);
+    require(again.direction == message.direction);
+    require(message.kind == xlatr::MessageKind::ER || again.id == message.id);
+  }
+  made.AdjustTimestamp(1);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  constexpr std::size_t kPrefix = 3;
+  constexpr std::size_t kOffsetOfType = 2;
+  if (size < kPrefix) {
+    return 0;
+  }
+  const auto exponent = static_cast<std::int8_t>(data[0]);
+  std::vector<std::uint8_t> bytes(data + kPrefix, data + size);
+  const auto type = static_cast<RecordType>(data[1] | data[2] << 8);
+  if (bytes.size() >= xlatr::kRecordHeaderSize) {
+    bytes[kOffsetOfType] = data[1];
+    bytes[kOffsetOfType + 1] = data[2];
+  }
+  using namespace xlatr;
+  checkRecords<Native_RecordHeader, Internal_DataFrameInfo, Internal_ReceivedDataFrameHeader,
+               Internal_SentDataFrameHeader, Native_RecordInvalid, Native_RecordCanRxMsg, Native_RecordCanRxRtrMsg,
+               Native_RecordCanRxFdMsg, Native_RecordCanTxMsg, Native_RecordCanTxRtrMsg, Native_RecordCanTxFdMsg,
+               Native_RecordCanError, Native_RecordCanStatus, Native_RecordCanBusLoad, Native_RecordCanBitrate,
+               Native_RecordCanBitrateFd, Native_RecordCanOverrun, Native_RecordCanCritical, Native_RecordInfo,
+               Native_RecordTimeCalibration, Native_RecordCounter, Native_RecordTextMsg>(bytes);
+  const ZelkBinaryMessage message(type, bytes, exponent);
+  checkMessage(message, bytes);
+  checkMappings(message);
+  return 0;
+}

@@ -1,0 +1,531 @@
+#include "formats/native/zelk_message.hpp"
+
+#include <algorithm>
+#include <array>
+#include <concepts>
+#include <type_traits>
+
+#include "formats/trc/trc_message.hpp"
+#include "messages/can_dlc.hpp"
+#include "util/failures.hpp"
+#include "util/render.hpp"
+
+namespace xlatr {
+namespace {
+
+// Bits of the flags of an error record.
+constexpr std::uint8_t kErrorDirection = 0x80;
+constexpr std::uint8_t kErrorClass = 0x70;
+constexpr std::uint8_t kErrorCounters = 0x40;  // the class of a change of counters
+
+// The class of an error record, and what TRC calls it.
+struct ErrorClass {
+  std::uint8_t flags;
+  std::uint32_t id;
+};
+constexpr std::array kErrorClasses = {ErrorClass{0x00, 1}, ErrorClass{0x10, 2}, ErrorClass{0x20, 4},
+                                      ErrorClass{0x30, 8}};
+
+std::uint32_t idOfErrorFlags(std::uint8_t flags) {
+  for (const ErrorClass& known : kErrorClasses) {
+    if (known.flags == (flags & kErrorClass)) {
+      return known.id;
+    }
+  }
+  return 0;
+}
+
+// What is no known type counts as the last one.
+std::uint8_t flagsOfErrorId(std::uint32_t id) {
+  for (const ErrorClass& known : kErrorClasses) {
+    if (known.id == id) {
+      return known.flags;
+    }
+  }
+  return kErrorClasses.back().flags;
+}
+
+// The flags of a status record, and the bits of a bus status that they stand for.
+struct StatusFlag {
+  std::uint8_t flag;
+  WarningErrors status;
+};
+constexpr std::array kStatusFlags = {StatusFlag{0x80, WarningErrors::BusOff},
+                                     StatusFlag{0x40, WarningErrors::BusWarning},
+                                     StatusFlag{0x20, WarningErrors::BusPassive}};
+
+MessageKind kindOfFdFlags(std::uint16_t flags) {
+  const bool brs = (flags & frame_flag::kBrs) != 0;
+  if ((flags & frame_flag::kEsi) != 0) {
+    return brs ? MessageKind::BI : MessageKind::FE;
+  }
+  return brs ? MessageKind::FB : MessageKind::FD;
+}
+
+std::uint16_t fdFlagsOfKind(MessageKind kind) {
+  const bool brs = kind == MessageKind::FB || kind == MessageKind::BI;
+  const bool esi = kind == MessageKind::FE || kind == MessageKind::BI;
+  return static_cast<std::uint16_t>(frame_flag::kFd | (brs ? frame_flag::kBrs : 0) | (esi ? frame_flag::kEsi : 0));
+}
+
+// Text pieced together from texts and numbers.
+void appendPiece(std::string& text, std::string_view piece) {
+  text += piece;
+}
+void appendPiece(std::string& text, std::unsigned_integral auto number) {
+  text += std::to_string(std::uint64_t{number});
+}
+
+template <class... Pieces>
+std::string joined(const Pieces&... pieces) {
+  std::string text;
+  (appendPiece(text, pieces), ...);
+  return text;
+}
+
+std::uint32_t shownBus(std::uint8_t bus) {
+  return bus + 1U;
+}
+
+std::string shownTime(std::uint64_t microseconds) {
+  constexpr double kMicrosecondsPerMillisecond = 1000.0;
+  return formatFixed(static_cast<double>(microseconds) / kMicrosecondsPerMillisecond, 3);
+}
+
+// What stands before the bytes of a record that could not be read; records without a label are passed over silently.
+std::string_view rawDataLabel(RecordType type, std::span<const std::uint8_t> bytes) {
+  constexpr std::size_t kOffsetOfErrorFlags = 13;
+  switch (type) {
+    case RecordType::CanRxMsg:
+      return "Native_RecordCanRxMsg raw data: ";
+    case RecordType::CanRxFdMsg:
+      return "Native_RecordCanRxFdMsg raw data: ";
+    case RecordType::CanTxMsg:
+      return "Native_RecordCanTxMsg raw data: ";
+    case RecordType::CanTxFdMsg:
+      return "Native_RecordCanTxFdMsg raw data: ";
+    case RecordType::CanError:
+      return bytes.size() > kOffsetOfErrorFlags && (bytes[kOffsetOfErrorFlags] & kErrorClass) == kErrorCounters
+                 ? "Native_RecordCanError raw data(EC) : "
+                 : "Native_RecordCanError raw data(EF) : ";
+    case RecordType::CanStatus:
+      return "Native_RecordCanStatus raw data : ";
+    case RecordType::CanBusLoad:
+      return "Native_RecordCanBusLoad raw data : ";
+    case RecordType::CanBitrate:
+    case RecordType::CanBitrateFd:
+      return "Native_RecordCanBitrate raw data : ";
+    case RecordType::CanOverrun:
+    case RecordType::CanCritical:
+      return "Native_RecordCanCritical raw data : ";
+    case RecordType::Counter:
+      return "Native_RecordCounter raw data: ";
+    default:
+      return {};
+  }
+}
+
+}  // namespace
+
+TimeScale::TimeScale(std::int8_t exponent) {
+  constexpr int kMicroseconds = -6;
+  constexpr int kDigits = 19;  // the largest power of ten that 64 bits hold
+  const int power = exponent - kMicroseconds;
+  multiply = power >= 0;
+  const int steps = multiply ? power : -power;
+  for (int step = 0; step < steps; ++step) {
+    factor *= 10;
+  }
+  if (!multiply && steps > kDigits) {
+    factor = 0;
+  }
+}
+
+ZelkBinaryMessage::ZelkBinaryMessage(RecordType typeOfRecord, std::span<const std::uint8_t> bytes,
+                                     std::int8_t timeScalingExponent) {
+  readRecord(typeOfRecord, bytes, TimeScale(timeScalingExponent));
+}
+
+ZelkBinaryMessage::ZelkBinaryMessage(const BrixMessage& source) {
+  takeMessage(source);
+}
+
+bool ZelkBinaryMessage::getValid() const {
+  return valid && recordType >= RecordType::CanRxMsg && recordType <= RecordType::CanBusLoad;
+}
+
+void ZelkBinaryMessage::reset() {
+  id = kNoIdentifier;
+  valid = false;
+  length = 0;
+  data.clear();
+  bus = 1;
+  type = MessageType::Unknown;
+  direction = MessageDirection::None;
+  extended = false;
+  timestamp = 0;
+  kind = MessageKind::Unknown;
+  remote = false;
+  commentary.clear();
+  recordType = RecordType::Invalid;
+  rawBytes.clear();
+  record_.emplace<std::monostate>();
+}
+
+// Reading a record ----------------------------------------------------------------------------------------------------
+
+void ZelkBinaryMessage::readRecord(RecordType typeOfRecord, std::span<const std::uint8_t> bytes,
+                                   const TimeScale& timeScale) {
+  reset();
+  recordType = typeOfRecord;
+  rawBytes.assign(bytes.begin(), bytes.end());
+  Native_RecordHeader header;
+  if (!tryReadWire(rawBytes, header) || header.type != recordType) {
+    return;
+  }
+  if (!readContent(timeScale)) {
+    reportShortRecord();
+  }
+}
+
+// False for a record that ends before its fields do.
+bool ZelkBinaryMessage::readContent(const TimeScale& timeScale) {
+  switch (recordType) {
+    case RecordType::CanRxMsg:
+    case RecordType::CanRxRtrMsg:
+    case RecordType::CanRxFdMsg:
+      return readFrame<Internal_ReceivedDataFrameHeader>(timeScale);
+    case RecordType::CanTxMsg:
+    case RecordType::CanTxRtrMsg:
+    case RecordType::CanTxFdMsg:
+      return readFrame<Internal_SentDataFrameHeader>(timeScale);
+    case RecordType::CanError:
+      return readError(timeScale);
+    case RecordType::CanStatus:
+      return readStatus(timeScale);
+    case RecordType::CanBusLoad:
+      return readNote<Native_RecordCanBusLoad>([&](const auto& record) {
+        return joined("Bus-Load information (", shownTime(timeScale.toMicroseconds(record.timestamp)),
+                      ") --> Bus: ", shownBus(record.bus), " - Load: ", record.load, " %");
+      });
+    case RecordType::CanBitrate:
+      return readNote<Native_RecordCanBitrate>([](const auto& record) {
+        return joined("Arbitration bit-rate information --> Bus: ", shownBus(record.bus),
+                      " - Warning-Limit: ", record.warningLimit, " - Frequency: ", record.frequency,
+                      " - Prescaler: ", record.prescaler, " - TSEG1: ", record.tseg1, " - TSEG2: ", record.tseg2,
+                      " - SWJ: ", record.sjw);
+      });
+    case RecordType::CanBitrateFd:
+      return readNote<Native_RecordCanBitrateFd>([](const auto& record) {
+        return joined("FD bit-rate information --> Bus: ", shownBus(record.bus),
+                      " - Warning-Limit: ", record.warningLimit, " - Frequency: ", record.frequency,
+                      " - Nominal-Prescaler: ", record.nominalPrescaler, " - Nominal-TSEG1: ", record.nominalTseg1,
+                      " - Nominal-TSEG2: ", record.nominalTseg2, " - Nominal-SWJ: ", record.nominalSjw,
+                      " - Data-Prescaler: ", record.dataPrescaler, " - Data-TSEG1: ", record.dataTseg1,
+                      " - Data-TSEG2: ", record.dataTseg2, " - Data-SWJ: ", record.dataSjw);
+      });
+    case RecordType::CanOverrun:
+      return readNote<Native_RecordCanOverrun>([&](const auto& record) {
+        return joined("Overrun notification (", shownTime(timeScale.toMicroseconds(record.timestamp)),
+                      ") --> Bus: ", shownBus(record.bus), " - Overruns: ", record.overruns);
+      });
+    case RecordType::CanCritical:
+      return readNote<Native_RecordCanCritical>([&](const auto& record) {
+        return joined("Critical overrun notification from FPGA (",
+                      shownTime(timeScale.toMicroseconds(record.timestamp)), ") --> Bus: ", shownBus(record.bus));
+      });
+    case RecordType::Counter:
+      return readNote<Native_RecordCounter>([](const auto& record) {
+        return joined("Records counter --> Total records: ", record.totalRecords,
+                      " - Total messages: ", record.totalMessages);
+      });
+    case RecordType::TextMsg:
+      commentary = Native_RecordTextMsg::textOf(rawBytes);
+      valid = true;
+      return true;
+    default:
+      return true;
+  }
+}
+
+template <class FrameHeader>
+bool ZelkBinaryMessage::readFrame(const TimeScale& timeScale) {
+  constexpr bool kReceived = std::is_same_v<FrameHeader, Internal_ReceivedDataFrameHeader>;
+  FrameHeader frame;
+  if (!tryReadWire(rawBytes, frame)) {
+    return false;
+  }
+  const std::uint8_t dlc = frame.info.dlcCode();
+  remote = recordType == RecordType::CanRxRtrMsg || recordType == RecordType::CanTxRtrMsg;
+  const bool fd = recordType == RecordType::CanRxFdMsg || recordType == RecordType::CanTxFdMsg;
+  if (!remote) {
+    const auto bytes = dataOfFrame(rawBytes, frame);
+    if (!bytes) {
+      return false;
+    }
+    data.assign(bytes->begin(), bytes->end());
+  }
+  timestamp = timeScale.toMicroseconds(frame.timestamp);
+  bus = frame.info.bus;
+  id = frame.info.id;
+  extended = (frame.info.flags & frame_flag::kExtended) != 0;
+  direction = kReceived ? MessageDirection::Rx : MessageDirection::Tx;
+  if (fd) {
+    kind = kindOfFdFlags(frame.info.flags);
+    length = kDlcLengths[dlc];
+  } else {
+    type = kReceived ? MessageType::Rx : MessageType::Tx;
+    kind = remote ? MessageKind::RR : MessageKind::DT;
+    length = dlc;  // also a code above 8, though it is no FD frame
+  }
+  valid = true;
+  return true;
+}
+
+bool ZelkBinaryMessage::readError(const TimeScale& timeScale) {
+  Native_RecordCanError record;
+  if (!tryReadWire(rawBytes, record)) {
+    return false;
+  }
+  timestamp = timeScale.toMicroseconds(record.timestamp);
+  bus = record.bus;
+  type = MessageType::Error;
+  direction = MessageDirection::Rx;
+  if ((record.flags & kErrorClass) == kErrorCounters) {
+    kind = MessageKind::EC;
+    data = {record.rxErrorCounter, record.txErrorCounter};
+  } else {
+    kind = MessageKind::ER;
+    id = idOfErrorFlags(record.flags);
+    const bool directionBit = (record.flags & kErrorDirection) != 0;
+    data = {static_cast<std::uint8_t>(directionBit), record.errorPosition, record.rxErrorCounter,
+            record.txErrorCounter};
+  }
+  length = static_cast<std::uint32_t>(data.size());
+  valid = true;
+  return true;
+}
+
+bool ZelkBinaryMessage::readStatus(const TimeScale& timeScale) {
+  Native_RecordCanStatus record;
+  if (!tryReadWire(rawBytes, record)) {
+    return false;
+  }
+  std::uint32_t status = 0;
+  for (const StatusFlag& known : kStatusFlags) {
+    status += (record.flags & known.flag) != 0 ? static_cast<std::uint32_t>(known.status) : 0;
+  }
+  timestamp = timeScale.toMicroseconds(record.timestamp);
+  bus = record.bus;
+  type = MessageType::Warng;
+  direction = MessageDirection::Rx;
+  kind = MessageKind::ST;
+  extended = true;
+  data = {0, static_cast<std::uint8_t>(status >> 16), 0, static_cast<std::uint8_t>(status)};
+  length = static_cast<std::uint32_t>(data.size());
+  valid = true;
+  return true;
+}
+
+// A record that is no frame: its text is all that is kept, and its bus.
+template <class Record, class Describe>
+bool ZelkBinaryMessage::readNote(Describe describe) {
+  Record record;
+  if (!tryReadWire(rawBytes, record)) {
+    return false;
+  }
+  if constexpr (requires { record.bus; }) {
+    bus = record.bus;
+  }
+  commentary = describe(record);
+  return true;
+}
+
+void ZelkBinaryMessage::reportShortRecord() {
+  const std::string_view label = rawDataLabel(recordType, rawBytes);
+  if (!label.empty()) {
+    commentary = joined("Parsing exception: ", "Record of ", rawBytes.size(), " bytes is too short for its fields",
+                        ".\n", label);
+    commentary.append(rawBytes.begin(), rawBytes.end());
+  }
+}
+
+// Making a record -----------------------------------------------------------------------------------------------------
+
+void ZelkBinaryMessage::takeMessage(const BrixMessage& source) {
+  reset();
+  id = source.id;
+  length = source.length;
+  data.assign(source.data.begin(), source.data.end());
+  type = source.type;
+  direction = source.direction;
+  extended = source.extended;
+  remote = source.remote;
+  kind = source.kind;
+  bus = source.bus - 1;
+  timestamp = wholeMicroseconds(source.timeOffset);
+  commentary.assign(source.comment);
+  if (source.valid && kind != MessageKind::Unknown) {
+    valid = true;
+    makeRecord();
+  } else {
+    makeText(commentary);
+  }
+  updateRawBytes();
+}
+
+void ZelkBinaryMessage::makeRecord() {
+  const auto dlc = static_cast<std::uint8_t>(lengthToDlc(length));
+  switch (kind) {
+    case MessageKind::DT:
+      return makeFrame<Native_RecordCanRxMsg, Native_RecordCanTxMsg>(static_cast<std::uint8_t>(length), 0);
+    case MessageKind::FD:
+    case MessageKind::FB:
+    case MessageKind::FE:
+    case MessageKind::BI:
+      return makeFrame<Native_RecordCanRxFdMsg, Native_RecordCanTxFdMsg>(dlc, fdFlagsOfKind(kind));
+    case MessageKind::RR:
+      return makeFrame<Native_RecordCanRxRtrMsg, Native_RecordCanTxRtrMsg>(dlc, frame_flag::kRemote);
+    case MessageKind::ST:
+      return makeStatus();
+    case MessageKind::EC:
+      return makeErrorCounters();
+    case MessageKind::ER:
+      return makeError();
+    case MessageKind::EV:
+      makeText(joined("TODO 'Event Framer (EV)': ", commentary));
+      recordType = RecordType::TextMsg;
+      return;
+    default:
+      valid = false;
+      makeText(joined("Unknown record ': ", commentary));
+      recordType = RecordType::TextMsg;
+      return;
+  }
+}
+
+template <class Received, class Sent>
+void ZelkBinaryMessage::makeFrame(std::uint8_t dlc, std::uint16_t flags) {
+  const auto allFlags = static_cast<std::uint16_t>(flags | (extended ? frame_flag::kExtended : 0));
+  const Internal_DataFrameInfo info(static_cast<std::uint8_t>(bus), dlc, allFlags, id);
+  const std::span<const std::uint8_t> bytes(data);
+  const auto make = [&]<class Record>(std::type_identity<Record> /*tag*/, auto... times) {
+    if constexpr (std::is_constructible_v<Record, decltype(bytes), decltype(times)..., decltype(info)>) {
+      recordType = record_.emplace<Record>(bytes, times..., info).frame.header.type;
+    } else {
+      recordType = record_.emplace<Record>(times..., info).frame.header.type;
+    }
+  };
+  if (direction == MessageDirection::Rx) {
+    make(std::type_identity<Received>(), timestamp);
+  } else {
+    make(std::type_identity<Sent>(), timestamp, timestamp);
+  }
+}
+
+void ZelkBinaryMessage::makeStatus() {
+  std::uint32_t status = 0;
+  if (data.size() >= 4 || data.size() == 2) {
+    for (std::size_t index = 0; index < data.size() && index < 4; ++index) {
+      status = status << 8 | data[index];
+    }
+  }
+  auto& record = record_.emplace<Native_RecordCanStatus>();
+  record.timestamp = timestamp;
+  record.bus = static_cast<std::uint8_t>(bus);
+  for (const StatusFlag& known : kStatusFlags) {
+    const bool set = (status & static_cast<std::uint32_t>(known.status)) != 0;
+    record.flags = static_cast<std::uint8_t>(record.flags | (set ? known.flag : 0));
+  }
+  recordType = record.header.type;
+}
+
+void ZelkBinaryMessage::makeErrorCounters() {
+  auto& record = record_.emplace<Native_RecordCanError>();
+  record.timestamp = timestamp;
+  record.bus = static_cast<std::uint8_t>(bus);
+  record.flags = direction == MessageDirection::Tx ? kErrorCounters : kErrorCounters | kErrorDirection;
+  if (data.size() >= 2) {
+    record.rxErrorCounter = data[0];
+    record.txErrorCounter = data[1];
+  }
+  recordType = record.header.type;
+}
+
+void ZelkBinaryMessage::makeError() {
+  constexpr std::size_t kBytesWithType = 5;
+  constexpr std::size_t kBytesWithoutType = 4;
+  std::uint32_t errorType = 0;
+  std::array<std::uint8_t, kBytesWithoutType> rest{};  // direction, position, rx, tx
+  if (data.size() >= kBytesWithType) {
+    errorType = data[0];
+    std::copy_n(data.begin() + 1, rest.size(), rest.begin());
+  } else if (data.size() == kBytesWithoutType) {
+    errorType = id;
+    std::copy_n(data.begin(), rest.size(), rest.begin());
+  }
+  auto& record = record_.emplace<Native_RecordCanError>();
+  record.timestamp = timestamp;
+  record.bus = static_cast<std::uint8_t>(bus);
+  record.flags = static_cast<std::uint8_t>(flagsOfErrorId(errorType) | (rest[0] != 0 ? kErrorDirection : 0));
+  record.errorPosition = rest[1];
+  record.rxErrorCounter = rest[2];
+  record.txErrorCounter = rest[3];
+  recordType = record.header.type;
+}
+
+void ZelkBinaryMessage::makeText(std::string_view text) {
+  record_.emplace<Native_RecordTextMsg>(text);
+}
+
+void ZelkBinaryMessage::updateRawBytes() {
+  rawBytes.clear();
+  std::visit(
+      [this](const auto& record) {
+        if constexpr (requires { record.appendTo(rawBytes); }) {
+          record.appendTo(rawBytes);
+        }
+      },
+      record_);
+}
+
+void ZelkBinaryMessage::AdjustTimestamp(std::uint64_t delta) {
+  if (recordType < RecordType::CanRxMsg || recordType > RecordType::CanStatus) {
+    return;
+  }
+  std::visit(
+      [&](auto& record) {
+        if constexpr (std::is_base_of_v<ITimestampAdjustable, std::remove_cvref_t<decltype(record)>>) {
+          record.AdjustTimestamp(delta);
+        } else {
+          throwProcessingFailure(joined("Failed to adjust timestamp of parsing record ",
+                                        static_cast<std::uint16_t>(recordType), ": it was not made from a message"));
+        }
+      },
+      record_);
+  updateRawBytes();
+}
+
+const ISerializable* ZelkBinaryMessage::record() const {
+  return std::visit(
+      [](const auto& record) -> const ISerializable* {
+        if constexpr (std::is_base_of_v<ISerializable, std::remove_cvref_t<decltype(record)>>) {
+          return &record;
+        } else {
+          return nullptr;
+        }
+      },
+      record_);
+}
+
+std::string ZelkBinaryMessage::getParsingBytesString() const {
+  TextBuffer text;
+  appendHexBytes(text, rawBytes);
+  return std::string(text.view());
+}
+
+bool ZelkBinaryMessage::ValidateForTargetVersion(double version) const {
+  return getValid() && canStandInTrc(version, length, type, kind, true);
+}
+
+}  // namespace xlatr
