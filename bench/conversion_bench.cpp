@@ -84,6 +84,24 @@ const Source& mixedSource() {
   return source;
 }
 
+// Plain traffic in as many sessions of a hardware logger.
+Source makeSessions(std::uint32_t sessions) {
+  tracegen::RecordingOptions options;
+  options.traffic.makePlain();
+  options.maxMessages = framesFromEnvironment();
+  options.form = tracegen::Form::Btr;
+  options.btr = {.sessions = sessions, .circular = true};
+  Source source{.path = benchFolder().path("sessions" + std::to_string(sessions) + ".btr"), .size = {}};
+  source.size = tracegen::generateFile(options, source.path);
+  return source;
+}
+
+const Source& sessions(std::int64_t count) {
+  static const Source one = makeSessions(1);
+  static const Source thousand = makeSessions(1000);
+  return count == 1 ? one : thousand;
+}
+
 void convert(const std::string& source, const std::string& target, TraceFormat format, double version) {
   ConversionOption option{};
   option.tag = XLATR_OPTION_TARGET_VERSION;
@@ -155,6 +173,19 @@ void convertPlainToCsv(benchmark::State& state) {
 
 void convertMixedToCsv(benchmark::State& state) {
   measure(state, mixedSource(), XLATR_FORMAT_CSV, 1.0);
+}
+
+// The argument is the number of sessions.
+void convertSessionsToCsv(benchmark::State& state) {
+  measure(state, sessions(state.range(0)), XLATR_FORMAT_CSV, 1.0);
+}
+
+void convertSessionsToTrc(benchmark::State& state) {
+  measure(state, sessions(1), XLATR_FORMAT_TRC, 2.1);
+}
+
+void convertPlainToBtr(benchmark::State& state) {
+  measure(state, plainSource(), XLATR_FORMAT_BTR, 3.0);
 }
 
 // The argument is the version of the source times ten.
@@ -230,6 +261,16 @@ BENCHMARK(convertMixed)
     ->UseRealTime();
 BENCHMARK(convertPlainToCsv)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 BENCHMARK(convertMixedToCsv)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+
+BENCHMARK(convertSessionsToCsv)
+    ->ArgName("sessions")
+    ->Arg(1)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+BENCHMARK(convertSessionsToTrc)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+BENCHMARK(convertPlainToBtr)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 
 BENCHMARK(convertPlainToAsc)
     ->ArgName("version_x10")

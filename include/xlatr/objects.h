@@ -61,6 +61,15 @@ typedef struct MdfInfo MdfInfo;
 typedef struct MdfReader MdfReader;
 typedef struct MdfWriter MdfWriter;
 typedef struct MdfCanMessage MdfCanMessage;
+typedef struct BtrInfo BtrInfo;
+typedef struct BtrSessionEntry BtrSessionEntry;
+typedef struct BtrSessionReader BtrSessionReader;
+typedef struct BtrSessionWriter BtrSessionWriter;
+typedef struct SessionMessage SessionMessage;
+typedef struct SessionDescriptor SessionDescriptor;
+typedef struct SessionLocation SessionLocation;
+typedef struct SessionDateTime SessionDateTime;
+typedef struct MsgEntry MsgEntry;
 
 /* ---- ConverterLastError: the last failure of a thread ------------------------------------------------------------ */
 
@@ -562,6 +571,134 @@ XLATR_API void MdfWriter_setSourcePath(MdfWriter* writer, const char* path);
    be set at any time, but a file that was begun stays as it is. */
 XLATR_API void MdfWriter_setZipped(MdfWriter* writer, bool zipped);
 XLATR_API void MdfWriter_setSorted(MdfWriter* writer, bool sorted);
+
+/* ---- BtrInfo: the directory of a BTR file ------------------------------------------------------------------------ */
+
+/* Reads the directory and finds where each session begins and ends. Never fails: a file that can't be read or
+   understood gives an object without sessions. */
+XLATR_API BtrInfo* BtrInfo_Construct(const char* path);
+XLATR_API void BtrInfo_Destruct(BtrInfo* info);
+/* Whether the file has a session and is of a version from 1.0 to 3.0. */
+XLATR_API bool BtrInfo_GetValid(const BtrInfo* info);
+/* The file version of the first session; 0.0 without one. */
+XLATR_API double BtrInfo_GetVersion(const BtrInfo* info);
+XLATR_API uint32_t BtrInfo_getSessionsCount(const BtrInfo* info);
+/* A copy of the session's entry, which the caller owns and releases with BtrSessionEntry_Destruct; the index counts
+   from 0. Null at and beyond the count. */
+XLATR_API BtrSessionEntry* BtrInfo_GetSession(const BtrInfo* info, uint32_t index);
+/* About the format itself; no object is needed. */
+XLATR_API uint32_t BtrInfo_getFormatDescriptionSize(void);
+XLATR_API void BtrInfo_getFormatDescription(char* buffer, uint32_t bufferSize);
+XLATR_API const TraceFormat* BtrInfo_GetAllowedConvertions(void);
+XLATR_API uint32_t BtrInfo_GetAllowedConvertionsSize(void);
+XLATR_API const double* BtrInfo_GetSupportedVersions(void);
+XLATR_API uint32_t BtrInfo_GetSupportedVersionsSize(void);
+XLATR_API double BtrInfo_GetCurrentVersion(void);
+XLATR_API uint32_t BtrInfo_GetExtensionSize(void);
+XLATR_API void BtrInfo_GetExtension(char* buffer, uint32_t bufferSize);
+
+/* ---- BtrSessionEntry: one session of a BTR file ------------------------------------------------------------------ */
+
+XLATR_API void BtrSessionEntry_Destruct(BtrSessionEntry* entry);
+/* The path of the file. */
+XLATR_API uint32_t BtrSessionEntry_getSourcePathSize(const BtrSessionEntry* entry);
+XLATR_API void BtrSessionEntry_getSourcePath(const BtrSessionEntry* entry, char* buffer, uint32_t bufferSize);
+/* Reads the directory of the file anew; the caller owns the object. */
+XLATR_API BtrInfo* BtrSessionEntry_getTrace(const BtrSessionEntry* entry);
+/* The three belong to the entry and are not to be released: its line in the directory, the first sector to read, and
+   the last sector of its run (sector 0 when it could not be found). */
+XLATR_API const SessionDescriptor* BtrSessionEntry_getDescription(const BtrSessionEntry* entry);
+XLATR_API const SessionLocation* BtrSessionEntry_getStart(const BtrSessionEntry* entry);
+XLATR_API const SessionLocation* BtrSessionEntry_getEnd(const BtrSessionEntry* entry);
+/* Whether the logger overwrote the oldest sectors, so that reading begins in the middle of the run. */
+XLATR_API bool BtrSessionEntry_getIsCircular(const BtrSessionEntry* entry);
+/* From the beginning of the session's area to its end. */
+XLATR_API uint32_t BtrSessionEntry_getSectorsCount(const BtrSessionEntry* entry);
+/* Counts from 1 in the order of the directory. */
+XLATR_API uint32_t BtrSessionEntry_getIndex(const BtrSessionEntry* entry);
+
+/* ---- Session data: what a BTR file is made of -------------------------------------------------------------------- */
+/* These objects are parts of others and are released with them. */
+
+/* Bytes of a sector, and of a session's line in the directory; no object is needed. */
+XLATR_API uint32_t DataSector_getSize(void);
+XLATR_API uint32_t SessionDescriptor_getSize(void);
+XLATR_API const SessionDateTime* SessionDescriptor_getDateAndTime(const SessionDescriptor* descriptor);
+XLATR_API const SessionLocation* SessionDescriptor_getStartLocation(const SessionDescriptor* descriptor);
+/* The number of the sector, and its offset in the file in bytes. */
+XLATR_API uint32_t SessionLocation_getSector(const SessionLocation* location);
+XLATR_API uint64_t SessionLocation_getPosition(const SessionLocation* location);
+/* The fields as they are stored: the year counts from 2000, all others as clocks show them. A null pointer gets
+   nothing. */
+XLATR_API void SessionDateTime_getDateTimeItems(const SessionDateTime* date, uint8_t* year, uint8_t* month,
+                                                uint8_t* day, uint8_t* hour, uint8_t* minute, uint8_t* second,
+                                                uint8_t* hundredths);
+/* -1, 0 or 1 as `left` is earlier than `right`, the same or later. */
+XLATR_API int32_t SessionDateTime_compareTo(const SessionDateTime* left, const SessionDateTime* right);
+/* Days since 1899-12-30; those of 1970-01-01 for a date that is none. */
+XLATR_API double SessionDateTime_toDouble(const SessionDateTime* date);
+/* The bus of a frame, counted from 0; 15 is the logger itself. */
+XLATR_API uint8_t MsgEntry_getSource(const MsgEntry* entry);
+
+/* ---- BtrSessionReader: the messages of a session ----------------------------------------------------------------- */
+
+/* Copies the entry. The file is opened at once with `activate`, else by setActive. */
+XLATR_API BtrSessionReader* BtrSessionReader_Construct(const BtrSessionEntry* entry, bool activate);
+XLATR_API void BtrSessionReader_Destruct(BtrSessionReader* reader);
+/* true opens the file and starts at the session's first message, also when the reader is active already; false closes
+   it. Answers whether the reader is active now: a file that can't be opened leaves it inactive. */
+XLATR_API bool BtrSessionReader_setActive(BtrSessionReader* reader, bool active);
+/* Hands out the messages of the next sector, `count` of them, which may be 0. The caller owns them and releases each
+   with SessionMessage_Destruct, and the array with BtrSessionReader_DeleteSectors. `structSize` is the size of a
+   message object in bytes. Answers false, with no messages, at the end of the session, at a sector that is not one of
+   the session, and while the reader is inactive. Raises a ConverterGenericException at a sector that can't be read and
+   at a frame that makes no sense, and hands out the messages in front of that before. */
+XLATR_API bool BtrSessionReader_ReadNextSector(BtrSessionReader* reader, SessionMessage*** messages, uint32_t* count,
+                                               uint32_t* structSize);
+/* Releases the array and not the messages in it; null is ignored. */
+XLATR_API void BtrSessionReader_DeleteSectors(SessionMessage** messages);
+/* How much of the session was read, 0 to 100. */
+XLATR_API double BtrSessionReader_getPercentDone(const BtrSessionReader* reader);
+
+/* ---- SessionMessage: a message of a session ---------------------------------------------------------------------- */
+
+XLATR_API void SessionMessage_Destruct(SessionMessage* message);
+/* The frame as the logger stored it; belongs to the message. */
+XLATR_API const MsgEntry* SessionMessage_getMessage(const SessionMessage* message);
+
+/* ---- BtrSessionWriter: writes a BTR file of one session ---------------------------------------------------------- */
+
+/* No file is touched before setActive. `ownerBus` is the bus whose messages the writer is for, -1 for none; `version`
+   the file version to write, 1.0 to 3.0. Existing files are not overwritten until setOverrideExistingFile says so. */
+XLATR_API BtrSessionWriter* BtrSessionWriter_Construct(const char* targetPath, int32_t ownerBus, double version);
+XLATR_API void BtrSessionWriter_Destruct(BtrSessionWriter* writer);
+/* A new, inactive writer with the same target path, override flag, version and owner bus; the caller owns it. */
+XLATR_API BtrSessionWriter* BtrSessionWriter_CreateNew(const BtrSessionWriter* writer);
+/* Write the directory, with the source's start time; the second form sets the start time (days since 1899-12-30). */
+XLATR_API void BtrSessionWriter_WriteHeader(BtrSessionWriter* writer, const ITraceInfo* source);
+XLATR_API void BtrSessionWriter_WriteHeader_2(BtrSessionWriter* writer, const ITraceInfo* source, double startTime);
+/* Writes nothing: sessions have no comments. */
+XLATR_API void BtrSessionWriter_WriteComment(BtrSessionWriter* writer, const char* text);
+/* Writes the message, which must be a MessageCan. One that is no classic frame and no error frame writes nothing. */
+XLATR_API void BtrSessionWriter_WriteMessage(BtrSessionWriter* writer, const IMessage* message);
+/* true checks the target path and creates the file, false flushes and closes it; no effect when nothing changes. */
+XLATR_API void BtrSessionWriter_setActive(BtrSessionWriter* writer, bool active);
+XLATR_API bool BtrSessionWriter_getActive(const BtrSessionWriter* writer);
+/* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
+   at any time. A target equal to the source is refused when the writer becomes active. */
+XLATR_API uint32_t BtrSessionWriter_getTargetPathSize(const BtrSessionWriter* writer);
+XLATR_API void BtrSessionWriter_getTargetPath(const BtrSessionWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void BtrSessionWriter_setTargetPath(BtrSessionWriter* writer, const char* path);
+XLATR_API double BtrSessionWriter_getTargetVersion(const BtrSessionWriter* writer);
+XLATR_API void BtrSessionWriter_setTargetVersion(BtrSessionWriter* writer, double version);
+XLATR_API TraceFormat BtrSessionWriter_getTargetFormat(const BtrSessionWriter* writer);
+XLATR_API bool BtrSessionWriter_getOverrideExistingFile(const BtrSessionWriter* writer);
+XLATR_API void BtrSessionWriter_setOverrideExistingFile(BtrSessionWriter* writer, bool overrideExistingFile);
+XLATR_API int32_t BtrSessionWriter_getOwnerBus(const BtrSessionWriter* writer);
+XLATR_API void BtrSessionWriter_setOwnerBus(BtrSessionWriter* writer, int32_t bus);
+XLATR_API uint32_t BtrSessionWriter_getSourcePathSize(const BtrSessionWriter* writer);
+XLATR_API void BtrSessionWriter_getSourcePath(const BtrSessionWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void BtrSessionWriter_setSourcePath(BtrSessionWriter* writer, const char* path);
 
 #ifdef __cplusplus
 }

@@ -16,6 +16,9 @@
 #include "formats/mf4/mdf_info.hpp"
 #include "formats/mf4/mdf_reader.hpp"
 #include "formats/mf4/mdf_writer.hpp"
+#include "formats/native/btr_info.hpp"
+#include "formats/native/btr_session_reader.hpp"
+#include "formats/native/btr_session_writer.hpp"
 #include "formats/native/btrc_info.hpp"
 #include "formats/native/btrc_reader.hpp"
 #include "formats/native/btrc_writer.hpp"
@@ -64,6 +67,15 @@ XLATR_HANDLE(MdfInfo, xlatr::ITraceInfo, xlatr::MdfInfo);
 XLATR_HANDLE(MdfReader, xlatr::ITraceReader, xlatr::MdfReader);
 XLATR_HANDLE(MdfWriter, xlatr::ITraceWriter, xlatr::MdfWriter);
 XLATR_HANDLE(MdfCanMessage, xlatr::IMessage, xlatr::MdfCanMessage);
+XLATR_HANDLE(BtrInfo, xlatr::ITraceInfo, xlatr::BtrInfo);
+XLATR_HANDLE(BtrSessionReader, xlatr::ITraceReader, xlatr::BtrSessionReader);
+XLATR_HANDLE(BtrSessionWriter, xlatr::ITraceWriter, xlatr::BtrSessionWriter);
+XLATR_HANDLE(SessionMessage, xlatr::IMessage, xlatr::SessionMessage);
+XLATR_HANDLE(BtrSessionEntry, xlatr::BtrSessionEntry, xlatr::BtrSessionEntry);
+XLATR_HANDLE(SessionDescriptor, xlatr::SessionDescriptor, xlatr::SessionDescriptor);
+XLATR_HANDLE(SessionLocation, xlatr::SessionLocation, xlatr::SessionLocation);
+XLATR_HANDLE(SessionDateTime, xlatr::SessionDateTime, xlatr::SessionDateTime);
+XLATR_HANDLE(MsgEntry, xlatr::MsgEntry, xlatr::MsgEntry);
 #undef XLATR_HANDLE
 
 // The object behind a handle. A null handle, and one of an object of another class, raise a

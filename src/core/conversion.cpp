@@ -6,7 +6,9 @@
 #include <new>
 #include <utility>
 
+#include "core/btr_source.hpp"
 #include "io/format_table.hpp"
+#include "platform/module_path.hpp"
 #include "util/paths.hpp"
 
 namespace xlatr {
@@ -61,6 +63,12 @@ TargetPathTemplate makeTargetPathTemplate(const char* path, TraceFormat targetFo
     result.stem += pieces->extension;
   }
   return result;
+}
+
+// The separator stands there in any case, behind that of the directory as well as in front of a name alone, which is a
+// name at the root then. Callers know this and name their folder.
+std::string TargetPathTemplate::pathOfSession(std::uint32_t index) const {
+  return directory + platform::pathSeparator() + stem + "_S" + std::to_string(index) + extension;
 }
 
 Conversion::Conversion(const char* source, const char* target, const ConversionOptions& options,
@@ -135,15 +143,33 @@ void Conversion::prepareWorkers() {
   if (!formatRow(targetFormat_).conversionTarget) {
     refusal = kUnsupportedTarget;
   } else {
-    const double version = targetVersion_ == -1.0 ? formatRow(targetFormat_).currentVersion : targetVersion_;
     for (const TraceFileInfo& source : sources_) {
-      workers.push_back(std::make_unique<ConversionWorker>(
-          WorkOrder{source, targetFormat_, targetPath_.path(), version, settings_}, events_));
+      if (source.getFormat() == XLATR_FORMAT_BTR) {
+        addSessionWorkers(source, workers);
+      } else {
+        workers.push_back(std::make_unique<ConversionWorker>(orderOf(source, targetPath_.path()), events_));
+      }
     }
   }
   const MutexLock guard(listLock_);
   running_ = std::move(workers);
   refusal_ = std::move(refusal);
+}
+
+// One worker a session, all of them at work at the same time.
+void Conversion::addSessionWorkers(const TraceFileInfo& source, Workers& workers) {
+  const auto file = std::make_shared<const BtrInfo>(source);
+  for (std::size_t session = 0; session < file->getSessionsCount(); ++session) {
+    if (allSessions_ || std::ranges::find(selectedSessions_, session) != selectedSessions_.end()) {
+      WorkOrder order = orderOf(source, targetPath_.pathOfSession(file->GetSession(session).index));
+      workers.push_back(std::make_unique<ConversionWorker>(std::move(order), makeBtrSource(file, session), events_));
+    }
+  }
+}
+
+WorkOrder Conversion::orderOf(const TraceFileInfo& source, std::string targetPath) const {
+  const double version = targetVersion_ == -1.0 ? formatRow(targetFormat_).currentVersion : targetVersion_;
+  return {source, targetFormat_, std::move(targetPath), version, settings_};
 }
 
 void Conversion::start() {

@@ -22,6 +22,8 @@ struct TargetPathTemplate {
   std::string extension;
 
   [[nodiscard]] std::string path() const { return directory + stem + extension; }
+  // Where a session of a BTR source goes.
+  [[nodiscard]] std::string pathOfSession(std::uint32_t index) const;
 };
 
 // A null path has an empty directory and stem.
@@ -56,6 +58,8 @@ class Conversion {
 
   void takeOption(const ConversionOption& option);
   void prepareWorkers();
+  void addSessionWorkers(const TraceFileInfo& source, Workers& workers);
+  [[nodiscard]] WorkOrder orderOf(const TraceFileInfo& source, std::string targetPath) const;
   void monitor();
   void workerEnded(EventGroup::Event event);
   bool collect() XLATR_REQUIRES(listLock_);

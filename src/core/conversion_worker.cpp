@@ -49,12 +49,16 @@ std::string pathOfBus(const std::string& path, std::uint32_t bus) {
 
 }  // namespace
 
-ConversionWorker::ConversionWorker(WorkOrder order, EventGroup& events, FormatFactories factories)
+ConversionWorker::ConversionWorker(const WorkOrder& order, EventGroup& events, FormatFactories factories)
+    : ConversionWorker(order, makeSource(factories, order.source), events, factories) {}
+
+ConversionWorker::ConversionWorker(WorkOrder order, std::unique_ptr<TraceSource> source, EventGroup& events,
+                                   FormatFactories factories)
     : order_(withTargetPath(std::move(order))),
       events_(events),
       finishedEvent_(events.create()),
       failureEvent_(events.create()),
-      source_(makeSource(factories, order_.source)),
+      source_(std::move(source)),
       firstWriter_(makeWriter(factories, order_.targetFormat, order_.settings)),
       currentWriter_(firstWriter_.get()) {
   if (firstWriter_) {
@@ -169,7 +173,7 @@ void ConversionWorker::openFirstWriter() {
 void ConversionWorker::activate(ITraceWriter& writer) {
   writer.setActive(true);
   outputFiles_.push_back(getFileName(writer.getTargetPath()));
-  writer.WriteHeader(source_->info());
+  source_->writeHeader(writer);
 }
 
 ITraceWriter* ConversionWorker::selectWriter(std::optional<std::uint32_t> bus) {

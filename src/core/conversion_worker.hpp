@@ -33,7 +33,10 @@ struct WorkOrder {
 class ConversionWorker {
  public:
   // Reads the header of the source, on the caller's thread. `events` must outlive the worker.
-  ConversionWorker(WorkOrder order, EventGroup& events, FormatFactories factories = builtInFactories());
+  ConversionWorker(const WorkOrder& order, EventGroup& events, FormatFactories factories = builtInFactories());
+  // The same for a source that was made already, one part of a file of which each part has a worker.
+  ConversionWorker(WorkOrder order, std::unique_ptr<TraceSource> source, EventGroup& events,
+                   FormatFactories factories = builtInFactories());
   // Ends the conversion at the next message if it still runs, and waits for that.
   ~ConversionWorker();
   ConversionWorker(const ConversionWorker&) = delete;

@@ -10,6 +10,7 @@
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_writer.hpp"
 #include "formats/mf4/mdf_writer.hpp"
+#include "formats/native/btr_session_writer.hpp"
 #include "formats/native/btrc_writer.hpp"
 #include "formats/trc/trc_writer.hpp"
 
@@ -36,6 +37,8 @@ std::unique_ptr<ITraceWriter> makeMdfWriter(const WriterSettings& settings) {
 
 constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
+    // Its sessions become sources one by one: makeBtrSource.
+    FormatFactory{XLATR_FORMAT_BTR, nullptr, makePlainWriter<BtrSessionWriter>},
     FormatFactory{XLATR_FORMAT_ASC, makeAscSource, makePlainWriter<AscWriter>},
     FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
     FormatFactory{XLATR_FORMAT_BTRC, makeBtrcSource, makePlainWriter<BtrcWriter>},

@@ -42,6 +42,9 @@ class TraceSource {
   // active in a conversion that splits by bus; what is appended to `message` stands in the conversion's result.
   virtual void begin(ITraceWriter& writer, std::string& message);
 
+  // Writes the header of a target file that has just been opened.
+  virtual void writeHeader(ITraceWriter& writer) { writer.WriteHeader(info()); }
+
   // Reads on, into the current message, which the functions below are about.
   [[nodiscard]] virtual Read readNext() = 0;
   // Whether a target without a bus column becomes one file a bus.

@@ -60,7 +60,8 @@ class WriterFamily : public testing::Test {
   std::string target_ = folder_.file("target.trace");
 };
 
-using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, CsvWriterType, BtrcWriterType, MdfWriterType>;
+using WriterFamilies =
+    testing::Types<TrcWriterType, AscWriterType, CsvWriterType, BtrcWriterType, BtrWriterType, MdfWriterType>;
 TYPED_TEST_SUITE(WriterFamily, WriterFamilies, FamilyName);
 
 TYPED_TEST(WriterFamily, ignoresNullInDestruct) {

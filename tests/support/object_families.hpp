@@ -132,6 +132,16 @@ XLATR_WRITER_FAMILY_TYPE(TrcWriter, XLATR_FORMAT_TRC, 3.0);
 XLATR_WRITER_FAMILY_TYPE(AscWriter, XLATR_FORMAT_ASC, 8.1);
 XLATR_WRITER_FAMILY_TYPE(CsvWriter, XLATR_FORMAT_CSV, 1.0);
 XLATR_WRITER_FAMILY_TYPE(BtrcWriter, XLATR_FORMAT_BTRC, 1.0);
+XLATR_WRITER_FAMILY_TYPE(BtrSessionWriter, XLATR_FORMAT_BTR, 3.0);
+
+// Its constructor takes the owner bus, and the flag is set behind it.
+struct BtrWriterType : BtrSessionWriterType {
+  static Object* construct(const char* path, bool overrideExistingFile, double version) {
+    Object* const writer = BtrSessionWriter_Construct(path, -1, version);
+    BtrSessionWriter_setOverrideExistingFile(writer, overrideExistingFile);
+    return writer;
+  }
+};
 XLATR_WRITER_FAMILY_TYPE(MdfWriter, XLATR_FORMAT_MF4, 4.2);
 
 }  // namespace xlatr::test

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "support/btr_image.hpp"
 #include "tools/program.hpp"
 
 namespace xlatr::cli {
@@ -114,6 +115,25 @@ TEST_F(ConvertCommand, aSessionTargetThatExistsIsKept) {
   const Ended run = here.run({"convert", "log.btr", "log.csv"});
   EXPECT_EQ(run.exitCode, 4);
   EXPECT_THAT(run.errors, HasSubstr("log_S3.csv"));
+}
+
+TEST_F(ConvertCommand, sessionsBecomeAFileEachInTheWorkingDirectory) {
+  test::BtrImage image(4);
+  for (std::uint8_t index = 0; index < 3; ++index) {
+    image.session(index, {.firstSector = index + 1U, .date = {.minute = index}});
+    image.sector(index + 1U, {.minute = index}, {{.id = index}});
+  }
+  here.write("log.btr", image.bytes());
+  const Ended all = here.run({"convert", "log.btr", "log.csv"});
+  EXPECT_EQ(all.exitCode, 0) << all.errors;
+  EXPECT_THAT(here.names(), testing::IsSupersetOf({"log_S1.csv", "log_S2.csv", "log_S3.csv"}));
+  const Ended some = here.run({"convert", "log.btr", "some.trc", "--session", "1", "--session", "3"});
+  EXPECT_EQ(some.exitCode, 0) << some.errors;
+  EXPECT_THAT(here.names(), testing::IsSupersetOf({"some_S1.trc", "some_S3.trc"}));
+  EXPECT_THAT(here.names(), testing::Not(testing::Contains("some_S2.trc")));
+  const Ended none = here.run({"convert", "log.btr", "none.trc", "--session", "9"});
+  EXPECT_EQ(none.exitCode, 1);
+  EXPECT_THAT(none.errors, HasSubstr("nothing to convert"));
 }
 
 TEST_F(ConvertCommand, forceOverwrites) {

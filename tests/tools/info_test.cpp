@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/btr_image.hpp"
 #include "support/mf4_samples.hpp"
 #include "tools/program.hpp"
 
@@ -118,6 +119,49 @@ TEST(InfoCommand, aMeasurementFileThatIsNoneHasNoGroups) {
   EXPECT_THAT(run.output, HasSubstr("  version     unknown\n"));
   EXPECT_THAT(run.output, HasSubstr("  valid       no\n"));
   EXPECT_THAT(run.output, testing::EndsWith("  targets     trc\n"));
+}
+
+// Three sessions, of which the second begins in its middle and the third has lost its sectors.
+std::string threeSessions() {
+  test::BtrImage image(6);
+  image.session(0, {}).session(1, {.firstSector = 2, .date = {.hour = 9}}).session(2, {.firstSector = 6});
+  image.sector(1, {}).sector(2, {.hour = 9}, {}, 2).sector(3, {.hour = 9}).sector(4, {.hour = 9});
+  return image.bytes();
+}
+
+TEST(InfoCommand, listsTheSessionsOfAFile) {
+  const Workspace here;
+  here.write("log.btr", threeSessions());
+  const Ended run = here.run({"info", "log.btr"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_EQ(run.output,
+            "log.btr\n"
+            "  format      btr, BRIX-Bridge Pro - Binary trace file\n"
+            "  version     3.0\n"
+            "  start time  2024-03-01T08:15:30.250\n"
+            "  size        3.1 kB\n"
+            "  valid       yes\n"
+            "  targets     trc, asc, csv\n"
+            "  sessions    3\n"
+            "    1  2024-03-01T08:15:30.250  1 sector\n"
+            "    2  2024-03-01T09:15:30.250  4 sectors, circular\n"
+            "    3  2024-03-01T08:15:30.250  0 sectors\n");
+  const auto json = nlohmann::json::parse(here.run({"info", "--json", "log.btr"}).output);
+  EXPECT_EQ(json.at(0).at("sessions"), nlohmann::json::parse(R"([
+              {"index": 1, "startTime": "2024-03-01T08:15:30.250", "sectors": 1, "circular": false},
+              {"index": 2, "startTime": "2024-03-01T09:15:30.250", "sectors": 4, "circular": true},
+              {"index": 3, "startTime": "2024-03-01T08:15:30.250", "sectors": 0, "circular": false}])"));
+}
+
+TEST(InfoCommand, aSessionFileWithoutSessionsIsNotValid) {
+  const Workspace here;
+  here.write("log.btr", "too short");
+  const Ended run = here.run({"info", "log.btr"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.output, HasSubstr("  version     unknown\n"));
+  EXPECT_THAT(run.output, HasSubstr("  valid       no\n"));
+  EXPECT_THAT(run.output, testing::EndsWith("  sessions    0\n"));
+  EXPECT_EQ(nlohmann::json::parse(here.run({"info", "--json", "log.btr"}).output).at(0).at("sessions").size(), 0U);
 }
 
 TEST(InfoCommand, aFileWithoutHeaderIsNotValid) {

@@ -597,6 +597,28 @@ TEST(TracegenBtrc, damagesAsManyBlocksAsItIsAskedTo) {
   }
 }
 
+TEST(Tracegen, writesSessionsInWholeSectors) {
+  RecordingOptions options = busyOptions();
+  options.form = Form::Btr;
+  options.btr.sessions = 17;
+  options.maxMessages = 17 * 25;  // each session has a sector of 24 messages and one more
+  RecordingSize size = generate(options, [](std::string_view) {});
+  EXPECT_EQ(size.messages, 17U * 25);
+  EXPECT_EQ(size.bytes, (2 + 17 * 2) * 512U);
+  const std::string bytes = generateText(options);
+  EXPECT_EQ(bytes.size(), size.bytes);
+  EXPECT_EQ(bytes, generateText(options));
+  // The last slot of the first directory is marked and links to sector 33, behind 16 sessions.
+  EXPECT_EQ(bytes[15 * 32 + 3], 1);
+  EXPECT_EQ(bytes.substr(15 * 32 + 4, 4), std::string("\x21\0\0\0", 4));
+  EXPECT_EQ(bytes.substr(24, 4), std::string("\x01\0\0\0", 4)) << "the first session begins at sector 1";
+  EXPECT_EQ(bytes.substr(8, 8), std::string("\0\0\0\x08\x05\x01\x03\x18", 8)) << "on Friday, 1 March 2024, at 8";
+
+  options.maxMessages = UINT64_MAX;
+  options.maxBytes = 10 * 512;
+  EXPECT_EQ(generate(options, [](std::string_view) {}).messages, 240U);
+}
+
 TEST(Tracegen, refusesOptionsOutsideTheirRange) {
   struct Case {
     const char* name;
@@ -611,6 +633,12 @@ TEST(Tracegen, refusesOptionsOutsideTheirRange) {
       Case{"shares above 100", [](RecordingOptions& options) { options.traffic.xlShare = 71; }},
       Case{"rate above 10000", [](RecordingOptions& options) { options.traffic.eventRate = 10001; }},
       Case{"damage above 10000", [](RecordingOptions& options) { options.damageRate = 10001; }},
+      Case{"too many buses for a session file",
+           [](RecordingOptions& options) {
+             options.form = Form::Btr;
+             options.traffic.buses = 6;
+           }},
+      Case{"no session", [](RecordingOptions& options) { options.btr.sessions = 0; }},
       Case{"buses without a column", [](RecordingOptions& options) { options.version = TrcVersion::V2_0; }},
   };
   for (const Case& test : kCases) {

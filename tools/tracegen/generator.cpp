@@ -1,5 +1,6 @@
 #include "tracegen/generator.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <ios>
@@ -26,6 +27,8 @@ void checkOptions(const RecordingOptions& options) {
   require(traffic.buses >= 1 && traffic.buses <= kMaxBuses, "the number of buses must be 1 to 16");
   require(traffic.buses == 1 || hasBusColumn(options.version),
           "a file of this version has no bus column and holds one bus only");
+  require(options.form != Form::Btr || traffic.buses <= kMaxBtrBuses, "a session file holds at most 5 buses");
+  require(options.btr.sessions >= 1, "a session file holds one session at least");
   require(traffic.identifiers >= 1 && traffic.identifiers <= kMaxIdentifiers,
           "the number of identifiers must be 1 to 128");
   require(traffic.fdShare <= 100 && traffic.xlShare <= 100 - traffic.fdShare,
@@ -50,6 +53,19 @@ std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
                                               .seed = options.traffic.seed});
 }
 
+// A limit in bytes is one of whole sectors.
+RecordingSize generateSessions(const RecordingOptions& options, const Sink& sink) {
+  constexpr std::uint64_t kSectorSize = 512;
+  constexpr std::uint64_t kMessagesASector = 24;
+  TrafficOptions traffic = options.traffic;
+  limitToBtr(traffic);
+  TrafficModel model(traffic);
+  RecordingSize size;
+  size.messages = std::min(options.maxMessages, options.maxBytes / kSectorSize * kMessagesASector);
+  size.bytes = writeBtrRecording(model, options.btr, size.messages, sink);
+  return size;
+}
+
 [[noreturn]] void throwFileFailure(const std::string& path, int reason) {
   throw std::ios_base::failure(path, std::error_code(reason, std::generic_category()));
 }
@@ -58,6 +74,9 @@ std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
 
 RecordingSize generate(const RecordingOptions& options, const Sink& sink) {
   checkOptions(options);
+  if (options.form == Form::Btr) {
+    return generateSessions(options, sink);
+  }
   TrafficOptions traffic = options.traffic;
   limitToVersion(traffic, options.version);
   TrafficModel model(traffic);

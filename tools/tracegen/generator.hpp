@@ -4,13 +4,14 @@
 #include <cstdint>
 #include <string>
 
+#include "tracegen/btr_recording.hpp"
 #include "tracegen/text_output.hpp"
 #include "tracegen/traffic_model.hpp"
 #include "tracegen/trc_printer.hpp"
 
 namespace tracegen {
 
-enum class Form : std::uint8_t { Trc, Candump, Btrc };
+enum class Form : std::uint8_t { Trc, Candump, Btrc, Btr };
 
 struct RecordingOptions {
   TrafficOptions traffic;
@@ -20,6 +21,7 @@ struct RecordingOptions {
   TrcVersion version = TrcVersion::V2_1;
   bool carriageReturn = true;    // TRC only
   std::uint32_t damageRate = 0;  // BTRC only: blocks in 10000 that are damaged
+  BtrForm btr;                   // BTR only
   // The recording ends with the entry that reaches the first of these limits. Comments are no messages.
   std::uint64_t maxMessages = UINT64_MAX;
   std::uint64_t maxBytes = UINT64_MAX;

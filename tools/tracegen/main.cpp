@@ -51,12 +51,18 @@ void addOutputOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--file-version", arguments.version, "TRC version")
       ->check(CLI::IsMember({"1.1", "1.2", "1.3", "2.0", "2.1", "3.0"}))
       ->capture_default_str();
-  const std::map<std::string, tracegen::Form> forms{
-      {"trc", tracegen::Form::Trc}, {"candump", tracegen::Form::Candump}, {"btrc", tracegen::Form::Btrc}};
-  app.add_option("--form", recording.form, "trc; the same traffic as a SocketCAN log: candump; as a binary trace: btrc")
+  const std::map<std::string, tracegen::Form> forms{{"trc", tracegen::Form::Trc},
+                                                    {"candump", tracegen::Form::Candump},
+                                                    {"btrc", tracegen::Form::Btrc},
+                                                    {"btr", tracegen::Form::Btr}};
+  app.add_option("--form", recording.form,
+                 "trc; the same traffic as a SocketCAN log: candump; as a binary trace: btrc; as session files: btr")
       ->transform(CLI::CheckedTransformer(forms));
   app.add_option("--damage-rate", recording.damageRate, "Damaged blocks of a btrc file, in 10000")
       ->capture_default_str();
+  app.add_option("--sessions", recording.btr.sessions, "Sessions of a btr file, which share the messages")
+      ->capture_default_str();
+  app.add_flag("--circular", recording.btr.circular, "Sessions of a btr file whose oldest sectors were overwritten");
   app.add_flag("--lf", arguments.lineFeed, "End TRC lines with LF instead of CR LF");
   app.add_option("OUTPUT", arguments.output, "File to write; - is standard output")->required();
 }
@@ -85,7 +91,8 @@ int main(int argc, char** argv) {
       "  tracegen --frames 1000000 trace.trc\n"
       "  tracegen --size 1G --plain --seed 7 large.trc\n"
       "  tracegen --file-version 3.0 --xl-share 10 xl.trc\n"
-      "  tracegen --form candump - | head");
+      "  tracegen --form candump - | head\n"
+      "  tracegen --form btr --sessions 20 --circular log.btr");
   Arguments arguments;
   addTrafficOptions(app, arguments);
   addOutputOptions(app, arguments);

@@ -50,6 +50,28 @@ std::string reasonAgainstMdf(const std::string& path) {
   return reason.data();
 }
 
+TraceSession sessionOf(const BtrInfo* info, std::uint32_t place) {
+  const std::unique_ptr<BtrSessionEntry, decltype(&BtrSessionEntry_Destruct)> entry(BtrInfo_GetSession(info, place),
+                                                                                    &BtrSessionEntry_Destruct);
+  const SessionDateTime* const start = SessionDescriptor_getDateAndTime(BtrSessionEntry_getDescription(entry.get()));
+  const bool endKnown = SessionLocation_getSector(BtrSessionEntry_getEnd(entry.get())) != 0;
+  return {BtrSessionEntry_getIndex(entry.get()), SessionDateTime_toDouble(start),
+          endKnown ? BtrSessionEntry_getSectorsCount(entry.get()) : 0, BtrSessionEntry_getIsCircular(entry.get())};
+}
+
+// The start of a file is that of its first session.
+TraceHeader btrHeaderOf(const std::string& path) {
+  const std::unique_ptr<BtrInfo, decltype(&BtrInfo_Destruct)> info(BtrInfo_Construct(path.c_str()), &BtrInfo_Destruct);
+  TraceHeader header{BtrInfo_GetValid(info.get()), BtrInfo_GetVersion(info.get()), 0.0};
+  for (std::uint32_t place = 0; place < BtrInfo_getSessionsCount(info.get()); ++place) {
+    header.sessions.push_back(sessionOf(info.get(), place));
+  }
+  if (!header.sessions.empty()) {
+    header.startDays = header.sessions.front().startDays;
+  }
+  return header;
+}
+
 // What the library's information objects tell of a format, one row a format that has them.
 struct FormatFamily {
   TraceFormat format;
@@ -62,6 +84,8 @@ constexpr std::array kFamilies{
     FormatFamily{
         XLATR_FORMAT_TRC, versionsOf<TrcInfo_GetSupportedVersions, TrcInfo_GetSupportedVersionsSize>,
         headerOf<TrcInfo_Construct, TrcInfo_Destruct, TrcInfo_getValid, TrcInfo_GetVersion, TrcInfo_getStartTime>},
+    FormatFamily{XLATR_FORMAT_BTR, versionsOf<BtrInfo_GetSupportedVersions, BtrInfo_GetSupportedVersionsSize>,
+                 btrHeaderOf},
     FormatFamily{
         XLATR_FORMAT_ASC, versionsOf<AscInfo_GetSupportedVersions, AscInfo_GetSupportedVersionsSize>,
         headerOf<AscInfo_Construct, AscInfo_Destruct, AscInfo_getValid, AscInfo_GetVersion, AscInfo_getStartTime>},

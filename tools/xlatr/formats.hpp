@@ -1,6 +1,7 @@
 // What the program knows of the formats: all of it asked of the library, by flag.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,11 +11,20 @@
 
 namespace xlatr::cli {
 
+// One of the recordings that a btr file holds.
+struct TraceSession {
+  std::uint32_t index;    // counted from 1, as --session and file names do
+  double startDays;       // as in TraceHeader
+  std::uint32_t sectors;  // of 512 bytes; 0 when its end could not be found
+  bool circular;          // the recorder overwrote the oldest sectors
+};
+
 // What the header of a trace states.
 struct TraceHeader {
-  bool valid;        // whether the file is a trace of its format that the library reads
-  double version;    // 0.0 when the header states none
-  double startDays;  // days since 1899-12-30; 0.0 when the header states none
+  bool valid;                               // whether the file is a trace of its format that the library reads
+  double version;                           // 0.0 when the header states none
+  double startDays;                         // days since 1899-12-30; 0.0 when the header states none
+  std::vector<TraceSession> sessions = {};  // of a btr file
 };
 
 // All eight flags, ascending.

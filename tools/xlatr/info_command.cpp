@@ -91,6 +91,27 @@ nlohmann::ordered_json jsonOf(const Mf4Groups& groups) {
   return json;
 }
 
+// A line for each session of a btr file; nothing for a file of another format.
+std::string sessionsTextOf(const FileDescription& file) {
+  if (file.format != XLATR_FORMAT_BTR || !file.header) {
+    return {};
+  }
+  std::string text = "  sessions    " + std::to_string(file.header->sessions.size()) + "\n";
+  for (const TraceSession& session : file.header->sessions) {
+    text += "    " + std::to_string(session.index) + "  " + startTimeText(session.startDays) + "  " +
+            std::to_string(session.sectors) + (session.sectors == 1 ? " sector" : " sectors") +
+            (session.circular ? ", circular" : "") + "\n";
+  }
+  return text;
+}
+
+nlohmann::ordered_json jsonOf(const TraceSession& session) {
+  return {{"index", session.index},
+          {"startTime", startTimeText(session.startDays)},
+          {"sectors", session.sectors},
+          {"circular", session.circular}};
+}
+
 nlohmann::ordered_json jsonOf(const FileDescription& file) {
   nlohmann::ordered_json json;
   json["file"] = file.path;
@@ -125,6 +146,12 @@ nlohmann::ordered_json jsonOf(const FileDescription& file) {
     json["dataGroups"] = jsonOf(*file.groups);
     json["groupsComplete"] = file.groups->complete;
   }
+  if (file.format == XLATR_FORMAT_BTR && file.header) {
+    json["sessions"] = nlohmann::ordered_json::array();
+    for (const TraceSession& session : file.header->sessions) {
+      json["sessions"].push_back(jsonOf(session));
+    }
+  }
   return json;
 }
 
@@ -140,7 +167,7 @@ ExitCode runInfo(const InfoArguments& arguments) {
       if (arguments.json) {
         array.push_back(jsonOf(file));
       } else {
-        std::cout << (first ? "" : "\n") << textOf(file);
+        std::cout << (first ? "" : "\n") << textOf(file) << sessionsTextOf(file);
       }
       first = false;
     } catch (const CommandFailure& failure) {

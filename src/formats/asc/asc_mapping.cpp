@@ -39,6 +39,29 @@ void mapToAsc(const BrixMessage& source, AscMessage& target) {
   target.commentText.assign(source.comment);
 }
 
+void mapToAsc(const SessionMessage& source, AscMessage& target) {
+  constexpr std::uint32_t kErrorLength = 4;
+  const MsgEntry& entry = source.entry;
+  target.reset();
+  target.data.reserve(kReservedBytes);
+  target.time = source.time / 1000.0;
+  target.bus = entry.getSource() + 1U;
+  target.id = source.getIdentifier();
+  target.valid = source.getValid();
+  target.type = entry.isError() ? MessageType::Error : MessageType::Rx;
+  target.direction = MessageDirection::Rx;
+  target.extended = entry.isExtended();
+  target.frameClass = AscFrameClass::Classic;
+  target.length = entry.isError() ? kErrorLength : source.getLength();
+  target.lineKind = entry.isExtended() ? AscLineKind::ExtendedFrame : AscLineKind::StandardFrame;
+  if (entry.isRemote()) {
+    target.flags = asc_flag::kRemote;
+    target.lineKind = AscLineKind::SessionRemoteFrame;
+  }
+  const auto bytes = entry.payload(target.length);
+  target.data.assign(bytes.begin(), bytes.end());
+}
+
 void mapToAsc(const ZelkBinaryMessage& source, AscMessage& target) {
   constexpr double kMicrosecondsPerSecond = 1e6;
   constexpr std::size_t kZerosBeforeCounters = 2;

@@ -10,7 +10,7 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<BrixMessage, ZelkBinaryMessage>;
+using Accepted = MessageClasses<BrixMessage, SessionMessage, ZelkBinaryMessage>;
 
 }  // namespace
 
@@ -71,6 +71,13 @@ template <class Other>
 void AscWriter::writeMapped(const Other& message) {
   mapToAsc(message, mapped_);
   mapped_.textVersion8 = version8_;
+  writeMapped();
+}
+
+// The logger's frames are classic ones, which every version reads in the old form.
+void AscWriter::write(const SessionMessage& message) {
+  mapToAsc(message, mapped_);
+  mapped_.textVersion8 = false;
   writeMapped();
 }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "formats/asc/asc_message.hpp"
+#include "formats/native/session_message.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
@@ -31,6 +32,7 @@ class AscWriter final : public TraceWriterText {
 
  private:
   void write(const BrixMessage& message);
+  void write(const SessionMessage& message);
   void write(const ZelkBinaryMessage& message);
   template <class Other>
   void writeMapped(const Other& message);

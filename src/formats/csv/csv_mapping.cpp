@@ -68,6 +68,35 @@ void mapToCsv(const BrixMessage& source, CsvMessage& target) {
   takePayload(source, target);
 }
 
+void mapToCsv(const SessionMessage& source, CsvMessage& target) {
+  constexpr std::uint32_t kErrorLength = 4;
+  const MsgEntry& entry = source.entry;
+  target.reset();
+  target.id = source.getIdentifier();
+  target.valid = source.getValid();
+  target.time = source.time;
+  target.bus = entry.getSource() + 1U;
+  target.direction = MessageDirection::Rx;
+  target.extended = entry.isExtended();
+  if (entry.isError()) {
+    target.length = kErrorLength;
+    target.kind = MessageKind::ER;
+    target.type = MessageType::Error;
+  } else {
+    target.length = source.getLength();
+    target.remote = entry.isRemote();
+    target.kind = target.remote ? MessageKind::RR : MessageKind::DT;
+    target.type = MessageType::Rx;
+  }
+  target.data.reserve(kDataRoom);
+  if (target.remote) {
+    setZeros(target);
+  } else {
+    const auto bytes = entry.payload(target.length);
+    target.data.assign(bytes.begin(), bytes.end());
+  }
+}
+
 void mapToCsv(const AscMessage& source, CsvMessage& target) {
   constexpr double kMillisecondsPerSecond = 1000.0;
   takeCommon(source, target);

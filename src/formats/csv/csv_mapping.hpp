@@ -3,6 +3,7 @@
 
 #include "formats/asc/asc_message.hpp"
 #include "formats/csv/csv_message.hpp"
+#include "formats/native/session_message.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
@@ -11,6 +12,7 @@ namespace xlatr {
 // Fill `target` from a message of another format; whatever it held before is gone, but for its separator and columns.
 // Nothing is raised.
 void mapToCsv(const BrixMessage& source, CsvMessage& target);
+void mapToCsv(const SessionMessage& source, CsvMessage& target);
 void mapToCsv(const AscMessage& source, CsvMessage& target);
 void mapToCsv(const ZelkBinaryMessage& source, CsvMessage& target);
 

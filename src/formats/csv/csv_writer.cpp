@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kDefaultSeparator[] = ";";
 
-using Accepted = MessageClasses<BrixMessage, AscMessage, ZelkBinaryMessage>;
+using Accepted = MessageClasses<BrixMessage, SessionMessage, AscMessage, ZelkBinaryMessage>;
 
 }  // namespace
 

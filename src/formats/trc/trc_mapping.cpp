@@ -102,6 +102,31 @@ void mapToTrc(const MdfCanMessage& source, BrixMessage& target) {
   }
 }
 
+void mapToTrc(const SessionMessage& source, BrixMessage& target) {
+  constexpr std::uint32_t kErrorCountersLength = 2;
+  const MsgEntry& entry = source.entry;
+  prepare(target);
+  target.timeOffset = source.time;
+  target.bus = entry.getSource() + 1U;
+  target.id = source.getIdentifier();
+  target.extended = entry.isExtended();
+  target.valid = source.getValid();
+  target.length = source.getLength();
+  target.direction = MessageDirection::Rx;
+  if (entry.isError()) {
+    target.type = MessageType::Error;
+    target.kind = target.length == kErrorCountersLength ? MessageKind::EC : MessageKind::ER;
+  } else {
+    target.type = MessageType::Rx;
+    target.remote = entry.isRemote();
+    target.kind = target.remote ? MessageKind::RR : MessageKind::DT;
+  }
+  if (!target.remote) {
+    const auto bytes = entry.payload(target.length);
+    target.data.assign(bytes.begin(), bytes.end());
+  }
+}
+
 void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target) {
   constexpr double kMicrosecondsPerMillisecond = 1000.0;
   prepare(target);

@@ -3,6 +3,7 @@
 
 #include "formats/asc/asc_message.hpp"
 #include "formats/mf4/mdf_can_message.hpp"
+#include "formats/native/session_message.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
 
@@ -12,6 +13,8 @@ namespace xlatr {
 // frame has the type of its ECC as identifier and direction and position as data; of a status text only the bits of the
 // words that TRC knows are left.
 void mapToTrc(const AscMessage& source, BrixMessage& target);
+// An error frame of two bytes holds error counters. The bytes of an error are copied, since they are the error.
+void mapToTrc(const SessionMessage& source, BrixMessage& target);
 
 // An error frame has the identifier of its type, one bit each for bit, form, stuff and other errors, and its position
 // as data, counted as CAN controllers do.

@@ -16,7 +16,7 @@
 namespace xlatr {
 namespace {
 
-using Accepted = MessageClasses<ZelkBinaryMessage, BrixMessage, AscMessage, MdfCanMessage>;
+using Accepted = MessageClasses<ZelkBinaryMessage, BrixMessage, SessionMessage, AscMessage, MdfCanMessage>;
 
 // The columns that a version's header announces; below 2.0 there is nothing to announce.
 std::optional<TrcColumnSet> announcedColumns(TrcVersion version) {

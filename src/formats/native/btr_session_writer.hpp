@@ -1,0 +1,46 @@
+// Writes a BTR file of one session.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "formats/native/btr_layout.hpp"
+#include "formats/trc/trc_message.hpp"
+#include "io/trace_writer.hpp"
+
+namespace xlatr {
+
+// Writes a directory of one session and its sectors behind that, one behind the other and never circularly. Takes
+// classic frames and error frames; whatever else a trace has is left out.
+class BtrSessionWriter final : public TraceWriter {
+ public:
+  explicit BtrSessionWriter(std::string targetPath = {}, std::int32_t ownerBus = -1, double targetVersion = 3.0);
+  ~BtrSessionWriter() override;
+
+  [[nodiscard]] std::unique_ptr<ITraceWriter> CreateNew() const override;
+  // Writes the directory, also for a source that is not valid. Called again, it writes from the beginning of the file.
+  void WriteHeader(const ITraceInfo& source) override;
+  // A logger knows no comments: nothing is written.
+  void WriteComment(std::string_view text) override;
+  void WriteMessage(const IMessage& message) override;
+  [[nodiscard]] TraceFormat getTargetFormat() const override { return XLATR_FORMAT_BTR; }
+
+ protected:
+  // The last sector is written whatever it holds, so that every file ends in one that is not full.
+  void close() override;
+
+ private:
+  void write(const BrixMessage& message);
+  void flushSector();
+  void writeSector(const SectorImage& image);
+
+  SessionDescriptor session_;
+  DataSector sector_;
+  std::size_t entryCount_ = 0;  // slots of the sector in use
+};
+
+}  // namespace xlatr
