@@ -82,7 +82,8 @@ class Paths {
  public:
   // What readers and writers are pointed at: the source, targets of any kind, and places where no file can be.
   std::string next(Input& input) const {
-    constexpr std::array kNames{"source.trc", "source.asc", "target", "target.trc", "none/target", "source.btrc", ""};
+    constexpr std::array kNames{"source.trc",  "source.asc", "target",     "target.trc", "none/target",
+                                "source.btrc", "",           "source.mf4", "target.mf4"};
     const std::string name = kNames.at(input.choice(kNames.size()));
     return name.empty() ? name : folder_.path(name);
   }
@@ -231,7 +232,7 @@ class WriterSlot {
 
 using Slots = std::tuple<ReaderSlot<TrcReaderType>, ReaderSlot<AscReaderType>, WriterSlot<TrcWriterType>,
                          WriterSlot<AscWriterType>, WriterSlot<CsvWriterType>, ReaderSlot<BtrcReaderType>,
-                         WriterSlot<BtrcWriterType>>;
+                         WriterSlot<BtrcWriterType>, ReaderSlot<MdfReaderType>, WriterSlot<MdfWriterType>>;
 
 template <std::size_t... kIndex>
 void callSlot(Slots& slots, std::size_t chosen, Input& input, World& world, std::index_sequence<kIndex...>) {
@@ -259,7 +260,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const Paths paths;
   Input input({data, size});
-  constexpr std::array kSources{"source.trc", "source.asc", "source.btrc"};
+  constexpr std::array kSources{"source.trc", "source.asc", "source.btrc", "source.mf4"};
   const char* const source = kSources.at(input.choice(kSources.size()));
   const std::size_t sourceSize = std::size_t{input.byte()} * 4;
   paths.folder().write(source, input.take(sourceSize));

@@ -64,6 +64,10 @@ typedef struct BtrcWriter BtrcWriter;
 typedef struct MessageBinaryFD MessageBinaryFD;
 typedef struct CsvInfo CsvInfo;
 typedef struct CsvWriter CsvWriter;
+typedef struct MdfInfo MdfInfo;
+typedef struct MdfReader MdfReader;
+typedef struct MdfWriter MdfWriter;
+typedef struct MdfCanMessage MdfCanMessage;
 typedef struct BtrInfo BtrInfo;
 typedef struct BtrSessionEntry BtrSessionEntry;
 typedef struct BtrSessionReader BtrSessionReader;
@@ -633,6 +637,101 @@ XLATR_API void CsvWriter_getSourcePath(const CsvWriter* writer, char* buffer, ui
 XLATR_API void CsvWriter_setSourcePath(CsvWriter* writer, const char* path);
 /* What stands between cells, of any length, by default ";". Cells are never quoted. Refused like the other setters. */
 XLATR_API void CsvWriter_setSeparator(CsvWriter* writer, const char* separator);
+
+/* ---- MdfInfo: the top of an MF4 file ----------------------------------------------------------------------------- */
+
+/* Reads the top of the file and keeps the file open. A file that is no MF4 file, or one that ends too early, is not
+   valid; a file that is there and can't be opened raises std::ios_base::failure. */
+XLATR_API MdfInfo* MdfInfo_Construct(const TraceFileInfo* file);
+XLATR_API void MdfInfo_Destruct(MdfInfo* info);
+/* Whether the file is an MF4 file by its extension, open, and of version 4.1 to 4.2. Whether it can be converted is for
+   MdfReader_ValidateFile to say. */
+XLATR_API bool MdfInfo_getValid(const MdfInfo* info);
+/* The file version, 4.1 for 4.10; 0.0 when the top of the file can't be read. */
+XLATR_API double MdfInfo_GetVersion(const MdfInfo* info);
+/* The start of the measurement in days since 1899-12-30; 0.0 when the file states none that can be represented. */
+XLATR_API double MdfInfo_getStartTime(const MdfInfo* info);
+XLATR_API uint32_t MdfInfo_getPathSize(const MdfInfo* info);
+XLATR_API void MdfInfo_getPath(const MdfInfo* info, char* buffer, uint32_t bufferSize);
+/* About the format itself; no object is needed. */
+XLATR_API uint32_t MdfInfo_getFormatDescriptionSize(void);
+XLATR_API void MdfInfo_getFormatDescription(char* buffer, uint32_t bufferSize);
+XLATR_API const TraceFormat* MdfInfo_GetAllowedConvertions(void);
+XLATR_API uint32_t MdfInfo_GetAllowedConvertionsSize(void);
+XLATR_API const double* MdfInfo_GetSupportedVersions(void);
+XLATR_API uint32_t MdfInfo_GetSupportedVersionsSize(void);
+XLATR_API double MdfInfo_GetCurrentVersion(void);
+XLATR_API uint32_t MdfInfo_GetExtensionSize(void);
+XLATR_API void MdfInfo_GetExtension(char* buffer, uint32_t bufferSize);
+
+/* ---- MdfReader: the frames of an MF4 file ------------------------------------------------------------------------ */
+
+/* Shares the open file of the information object, which serves one pass over the file: no other reader may use it while
+   this one is active, and behind that the file is closed for good. */
+XLATR_API MdfReader* MdfReader_Construct(const MdfInfo* info);
+XLATR_API void MdfReader_Destruct(MdfReader* reader);
+XLATR_API const MdfInfo* MdfReader_getTrace(const MdfReader* reader);
+/* Whether the file can be converted; the text says why not, and is empty when it can. Raises nothing. Before setActive:
+   a file that is closed can't be looked at. */
+XLATR_API bool MdfReader_ValidateFile(MdfReader* reader, char* buffer, uint32_t bufferSize);
+/* true loads the data of all groups with CAN frames into memory and starts at the first message, false frees them and
+   closes the file. Answers whether the reader is active now. Blocks that can't be read raise a
+   ConverterProcessingException, and the reader stays inactive. */
+XLATR_API bool MdfReader_setActive(MdfReader* reader, bool active);
+/* Hands out the next message through `message` and answers true; answers false, and leaves `message` alone, at the end
+   of the file and while the reader is inactive. Messages come in the order of their times, as far as each data group
+   holds its own in order. Data that are no records of the channel groups raise a ConverterGenericException. */
+XLATR_API bool MdfReader_ReadNextMessage(MdfReader* reader, MdfCanMessage** message);
+/* How many of the records that the file states were read, 0 to 100. */
+XLATR_API double MdfReader_getPercentDone(const MdfReader* reader);
+
+/* ---- MdfCanMessage: a frame of an MF4 file ----------------------------------------------------------------------- */
+
+XLATR_API void MdfCanMessage_Destruct(MdfCanMessage* message);
+XLATR_API uint32_t MdfCanMessage_getBus(const MdfCanMessage* message);
+/* Whether the record was understood as a frame. */
+XLATR_API bool MdfCanMessage_getValid(const MdfCanMessage* message);
+
+/* ---- MdfWriter: writes an MF4 file ------------------------------------------------------------------------------- */
+
+/* No file is touched before setActive. `version` is 4.1, 4.11 or 4.2; the blocks are the same. */
+XLATR_API MdfWriter* MdfWriter_Construct(const char* targetPath, bool overrideExistingFile, double version);
+XLATR_API void MdfWriter_Destruct(MdfWriter* writer);
+/* A new, inactive writer with the same target path, override flag, version, owner bus and layout; the caller owns it.
+ */
+XLATR_API MdfWriter* MdfWriter_CreateNew(const MdfWriter* writer);
+/* Write the blocks that describe the file, with the source's start time; the second form sets the start time (days
+   since 1899-12-30). A source that is not valid gets none, and a file without them stays empty. */
+XLATR_API void MdfWriter_WriteHeader(MdfWriter* writer, const ITraceInfo* source);
+XLATR_API void MdfWriter_WriteHeader_2(MdfWriter* writer, const ITraceInfo* source, double startTime);
+/* Writes nothing: the file has no place for comments. */
+XLATR_API void MdfWriter_WriteComment(MdfWriter* writer, const char* text);
+/* Takes the message into the records. What is no CAN frame (status, error counters, events, CAN XL) writes nothing. */
+XLATR_API void MdfWriter_WriteMessage(MdfWriter* writer, const IMessage* message);
+/* true checks the target path and creates the file, false completes and closes it; no effect when nothing changes.
+   Until then the file says that it has no records. */
+XLATR_API void MdfWriter_setActive(MdfWriter* writer, bool active);
+XLATR_API bool MdfWriter_getActive(const MdfWriter* writer);
+/* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
+   at any time. A target equal to the source is refused when the writer becomes active. */
+XLATR_API uint32_t MdfWriter_getTargetPathSize(const MdfWriter* writer);
+XLATR_API void MdfWriter_getTargetPath(const MdfWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void MdfWriter_setTargetPath(MdfWriter* writer, const char* path);
+XLATR_API double MdfWriter_getTargetVersion(const MdfWriter* writer);
+XLATR_API void MdfWriter_setTargetVersion(MdfWriter* writer, double version);
+XLATR_API TraceFormat MdfWriter_getTargetFormat(const MdfWriter* writer);
+XLATR_API bool MdfWriter_getOverrideExistingFile(const MdfWriter* writer);
+XLATR_API void MdfWriter_setOverrideExistingFile(MdfWriter* writer, bool overrideExistingFile);
+/* The bus whose messages the writer is for, -1 for none; the writer itself does not look at it. */
+XLATR_API int32_t MdfWriter_getOwnerBus(const MdfWriter* writer);
+XLATR_API void MdfWriter_setOwnerBus(MdfWriter* writer, int32_t bus);
+XLATR_API uint32_t MdfWriter_getSourcePathSize(const MdfWriter* writer);
+XLATR_API void MdfWriter_getSourcePath(const MdfWriter* writer, char* buffer, uint32_t bufferSize);
+XLATR_API void MdfWriter_setSourcePath(MdfWriter* writer, const char* path);
+/* The layout: compressed data; one data group a kind of frame (data, remote, error) in place of one for all. Both may
+   be set at any time, but a file that was begun stays as it is. */
+XLATR_API void MdfWriter_setZipped(MdfWriter* writer, bool zipped);
+XLATR_API void MdfWriter_setSorted(MdfWriter* writer, bool sorted);
 
 /* ---- BtrInfo: the directory of a BTR file ------------------------------------------------------------------------ */
 

@@ -19,6 +19,10 @@
 #include "formats/lin/lin_message.hpp"
 #include "formats/lin/lin_reader.hpp"
 #include "formats/lin/lin_writer.hpp"
+#include "formats/mf4/mdf_can_message.hpp"
+#include "formats/mf4/mdf_info.hpp"
+#include "formats/mf4/mdf_reader.hpp"
+#include "formats/mf4/mdf_writer.hpp"
 #include "formats/native/btr_info.hpp"
 #include "formats/native/btr_session_reader.hpp"
 #include "formats/native/btr_session_writer.hpp"
@@ -73,6 +77,10 @@ XLATR_HANDLE(MessageLin, xlatr::IMessage, xlatr::KorlMessage);
 XLATR_HANDLE(BlfInfo, xlatr::ITraceInfo, xlatr::BlfInfo);
 XLATR_HANDLE(BlfReader, xlatr::ITraceReader, xlatr::BlfReader);
 XLATR_HANDLE(BlfMessage, xlatr::IMessage, xlatr::BlfMessage);
+XLATR_HANDLE(MdfInfo, xlatr::ITraceInfo, xlatr::MdfInfo);
+XLATR_HANDLE(MdfReader, xlatr::ITraceReader, xlatr::MdfReader);
+XLATR_HANDLE(MdfWriter, xlatr::ITraceWriter, xlatr::MdfWriter);
+XLATR_HANDLE(MdfCanMessage, xlatr::IMessage, xlatr::MdfCanMessage);
 XLATR_HANDLE(BtrInfo, xlatr::ITraceInfo, xlatr::BtrInfo);
 XLATR_HANDLE(BtrSessionReader, xlatr::ITraceReader, xlatr::BtrSessionReader);
 XLATR_HANDLE(BtrSessionWriter, xlatr::ITraceWriter, xlatr::BtrSessionWriter);

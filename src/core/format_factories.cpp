@@ -6,9 +6,11 @@
 #include "core/asc_source.hpp"
 #include "core/btrc_source.hpp"
 #include "core/lin_source.hpp"
+#include "core/mdf_source.hpp"
 #include "core/trc_source.hpp"
 #include "formats/asc/asc_writer.hpp"
 #include "formats/csv/csv_writer.hpp"
+#include "formats/mf4/mdf_writer.hpp"
 #include "formats/native/btr_session_writer.hpp"
 #include "formats/native/btrc_writer.hpp"
 #include "formats/trc/trc_writer.hpp"
@@ -27,6 +29,13 @@ std::unique_ptr<ITraceWriter> makeCsvWriter(const WriterSettings& settings) {
   return writer;
 }
 
+std::unique_ptr<ITraceWriter> makeMdfWriter(const WriterSettings& settings) {
+  auto writer = std::make_unique<MdfWriter>();
+  writer->setZipped(settings.zipped);
+  writer->setSorted(settings.sorted);
+  return writer;
+}
+
 constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_TRC, makeTrcSource, makePlainWriter<TrcWriter>},
     // Its sessions become sources one by one: makeBtrSource.
@@ -35,6 +44,7 @@ constexpr std::array kFactories = {
     FormatFactory{XLATR_FORMAT_LIN, makeLinSource, nullptr},
     FormatFactory{XLATR_FORMAT_CSV, nullptr, makeCsvWriter},
     FormatFactory{XLATR_FORMAT_BTRC, makeBtrcSource, makePlainWriter<BtrcWriter>},
+    FormatFactory{XLATR_FORMAT_MF4, makeMdfSource, makeMdfWriter},
 };
 
 const FormatFactory* factoryOf(FormatFactories factories, TraceFormat format) {

@@ -43,7 +43,7 @@ void TraceWriter::setActive(bool active) {
   }
 }
 
-void TraceWriter::open() {
+void TraceWriter::requireUsableTarget() const {
   if (targetPath_.empty()) {
     throwProcessingFailure("Value cannot be null or empty - TargetPath");
   }
@@ -57,6 +57,10 @@ void TraceWriter::open() {
     throwProcessingFailure("Target path too long (" + std::to_string(targetPath_.size()) +
                            "). Maximum allowed is 260.");
   }
+}
+
+void TraceWriter::open() {
+  requireUsableTarget();
   output_.open(targetPath_);
   active_ = true;
 }

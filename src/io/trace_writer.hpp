@@ -81,10 +81,12 @@ class TraceWriter : public ITraceWriter {
  protected:
   TraceWriter(std::string targetPath, bool overrideExistingFile, double targetVersion);
 
-  // Checks the target path against everything that may refuse it, then creates the file.
+  // Checks the target path and creates the file.
   void open() override;
   void close() override;
 
+  // Raises whatever may refuse the target path; touches no file.
+  void requireUsableTarget() const;
   // Raises "Writer is not initialized" while inactive.
   void requireActive() const;
   // Raises when active: properties are frozen from the creation of the file to its end.

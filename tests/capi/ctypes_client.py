@@ -10,8 +10,9 @@ CONVERSIONS = [
     ("Trc", "MessageCan", "Asc", ".asc", 4, 8.1),
     ("Asc", "MessageAsc", "Trc", ".trc", 1, 2.1),
     ("Trc", "MessageCan", "Csv", ".csv", 16, 1.0),
+    ("Mdf", "MdfCanMessage", "Trc", ".trc", 1, 2.1),
 ]
-EXTENSIONS = {"Trc": (".trc", 1, 2.1), "Asc": (".asc", 4, 8.1)}
+EXTENSIONS = {"Trc": (".trc", 1, 2.1), "Asc": (".asc", 4, 8.1), "Mdf": (".mf4", 64, 4.2)}
 
 
 class OptionValue(ctypes.Union):

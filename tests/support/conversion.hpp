@@ -54,6 +54,14 @@ struct Options {
     return *this;
   }
 
+  Options& flag(std::int32_t tag) {
+    ConversionOption item{};
+    item.tag = tag;
+    item.value.flag = 1;
+    items.push_back(item);
+    return *this;
+  }
+
   [[nodiscard]] std::int32_t convert(const char* source, const char* target, Result* result,
                                      ConversionProgress* progress = nullptr) const {
     ConversionOptions options{};

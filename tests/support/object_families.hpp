@@ -122,11 +122,13 @@ XLATR_MESSAGE_FAMILY_TYPE(MessageCan, MessageCan_getValid);
 XLATR_MESSAGE_FAMILY_TYPE(MessageAsc, MessageAsc_getValid);
 XLATR_MESSAGE_FAMILY_TYPE(MessageLin, MessageLin_getValid);
 XLATR_MESSAGE_FAMILY_TYPE(MessageBinaryFD, MessageBinaryFD_getValid);
+XLATR_MESSAGE_FAMILY_TYPE(MdfCanMessage, MdfCanMessage_getValid);
 
 XLATR_READER_FAMILY_TYPE(TrcReader, TrcInfo, TrcInfo_getValid, MessageCan, XLATR_FORMAT_TRC);
 XLATR_READER_FAMILY_TYPE(AscReader, AscInfo, AscInfo_getValid, MessageAsc, XLATR_FORMAT_ASC);
 XLATR_READER_FAMILY_TYPE(KorlReader, KorlInfo, KorlInfo_getValid, MessageLin, XLATR_FORMAT_LIN);
 XLATR_READER_FAMILY_TYPE(BtrcReader, BtrcInfo, BtrcInfo_GetValid, MessageBinaryFD, XLATR_FORMAT_BTRC);
+XLATR_READER_FAMILY_TYPE(MdfReader, MdfInfo, MdfInfo_getValid, MdfCanMessage, XLATR_FORMAT_MF4);
 
 XLATR_WRITER_FAMILY_TYPE(TrcWriter, XLATR_FORMAT_TRC, 3.0);
 XLATR_WRITER_FAMILY_TYPE(AscWriter, XLATR_FORMAT_ASC, 8.1);
@@ -143,5 +145,6 @@ struct BtrWriterType : BtrSessionWriterType {
     return writer;
   }
 };
+XLATR_WRITER_FAMILY_TYPE(MdfWriter, XLATR_FORMAT_MF4, 4.2);
 
 }  // namespace xlatr::test

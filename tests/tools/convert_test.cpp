@@ -7,6 +7,7 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 
 #include "support/btr_image.hpp"
 #include "tools/program.hpp"
@@ -207,6 +208,36 @@ TEST_F(ConvertCommand, whatTheLibraryReportsIsOneLineAndCode1) {
     EXPECT_THAT(run.errors, HasSubstr(target));
     EXPECT_EQ(run.output, "") << target;
   }
+}
+
+TEST_F(ConvertCommand, flagsChooseTheLayoutOfAMeasurementFile) {
+  const auto groupsOf = [this](const std::vector<std::string>& flags) {
+    std::vector<std::string> arguments = {"convert", "-f", "drive.trc", "drive.mf4"};
+    arguments.insert(arguments.end(), flags.begin(), flags.end());
+    const Ended run = here.run(arguments);
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    const auto json = nlohmann::json::parse(here.run({"info", "--json", "drive.mf4"}).output);
+    return json.at(0).at("dataGroups").size();
+  };
+  const auto isZipped = [this] { return here.read("drive.mf4").find("##DZ") != std::string::npos; };
+  EXPECT_EQ(groupsOf({}), 1U);
+  EXPECT_FALSE(isZipped());
+  EXPECT_EQ(groupsOf({"--sorted"}), 3U);
+  EXPECT_FALSE(isZipped());
+  EXPECT_EQ(groupsOf({"--zipped"}), 1U);
+  EXPECT_TRUE(isZipped());
+  EXPECT_EQ(groupsOf({"--zipped", "--sorted", "--target-version", "4.1"}), 3U);
+  EXPECT_TRUE(isZipped());
+  EXPECT_EQ(here.read("drive.mf4").substr(8, 4), "4.10");
+}
+
+TEST_F(ConvertCommand, aSourceThatIsNotValidLeavesAMeasurementFileEmpty) {
+  here.write("junk.trc", "no trace at all\n");
+  const Ended run = here.run({"convert", "junk.trc", "junk.mf4"});
+  EXPECT_EQ(run.exitCode, 3);
+  EXPECT_EQ(run.errors,
+            "xlatr: warning: junk.trc: is not a valid trc file, so the target is empty; look at its header\n");
+  EXPECT_EQ(here.read("junk.mf4"), "");
 }
 
 TEST_F(ConvertCommand, aPairWithoutReaderNamesBothFormats) {

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "support/btr_image.hpp"
+#include "support/mf4_samples.hpp"
 #include "tools/program.hpp"
 
 namespace xlatr::cli {
@@ -45,6 +46,79 @@ TEST(InfoCommand, tellsWhatALogIs) {
             "  size        98 bytes\n"
             "  valid       yes\n"
             "  targets     trc, csv\n");
+}
+
+TEST(InfoCommand, tellsTheGroupsOfAMeasurementFile) {
+  const Workspace here;
+  here.write("drive.mf4", test::mf4Sample());
+  const Ended run = here.run({"info", "drive.mf4"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.output,
+            "drive.mf4\n"
+            "  format      mf4, ASAM Measurement Data Format\n"
+            "  version     4.11\n"
+            "  start time  2021-07-26T06:00:00.000\n"
+            "  size        8.2 kB\n"
+            "  valid       yes\n"
+            "  convertible yes\n"
+            "  targets     trc\n"
+            "  data group 1\n"
+            "    CAN_DataFrame: cycle count 2\n"
+            "    CAN_RemoteFrame: cycle count 0\n"
+            "    CAN_ErrorFrame: cycle count 0\n");
+
+  const Ended asJson = here.run({"info", "--json", "drive.mf4"});
+  const auto json = nlohmann::json::parse(asJson.output).at(0);
+  EXPECT_EQ(json.at("version"), 4.11);
+  EXPECT_EQ(json.at("convertible"), true);
+  EXPECT_EQ(json.at("reason"), nullptr);
+  EXPECT_EQ(json.at("groupsComplete"), true);
+  EXPECT_EQ(json.at("dataGroups"), nlohmann::json::parse(R"([{"channelGroups": [
+                {"name": "CAN_DataFrame", "cycleCount": 2},
+                {"name": "CAN_RemoteFrame", "cycleCount": 0},
+                {"name": "CAN_ErrorFrame", "cycleCount": 0}]}])"));
+}
+
+TEST(InfoCommand, tellsWhyAMeasurementFileCanNotBeConverted) {
+  struct Case {
+    const char* name;
+    std::size_t offset;
+    char value;
+    const char* reason;
+  };
+  const Case cases[] = {
+      {"unfinished", 60, 1, "Only finalized MDF4 files are supported"},
+      {"no header", 66, 'X', "Only finalized MDF4 files are supported"},
+      {"no bus", 424 + 32, 0, "CAN bus not available. There is no data to be converted"},
+  };
+  const Workspace here;
+  for (const Case& item : cases) {
+    std::string file = test::mf4Sample();
+    file[item.offset] = item.value;
+    if (item.value == 0) {
+      file.replace(item.offset, 8, 8, '\0');
+    }
+    here.write("x.mf4", file);
+    const Ended run = here.run({"info", "x.mf4"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_THAT(run.output, HasSubstr(std::string("  convertible no: ") + item.reason + "\n")) << item.name;
+    const auto json = nlohmann::json::parse(here.run({"info", "--json", "x.mf4"}).output).at(0);
+    EXPECT_EQ(json.at("convertible"), false) << item.name;
+    EXPECT_EQ(json.at("reason"), item.reason) << item.name;
+    const Ended conversion = here.run({"convert", "-f", "x.mf4", "x.trc"});
+    EXPECT_EQ(conversion.exitCode, 1) << item.name;
+    EXPECT_THAT(conversion.errors, HasSubstr(item.reason)) << item.name;
+  }
+}
+
+TEST(InfoCommand, aMeasurementFileThatIsNoneHasNoGroups) {
+  const Workspace here;
+  here.write("x.mf4", "no measurement at all");
+  const Ended run = here.run({"info", "x.mf4"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.output, HasSubstr("  version     unknown\n"));
+  EXPECT_THAT(run.output, HasSubstr("  valid       no\n"));
+  EXPECT_THAT(run.output, testing::EndsWith("  targets     trc\n"));
 }
 
 // Three sessions, of which the second begins in its middle and the third has lost its sectors.

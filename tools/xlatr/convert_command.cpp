@@ -133,13 +133,21 @@ void requireFreeTarget(const ConvertArguments& arguments, const TargetFiles& fil
   }
 }
 
-bool warnIfNotValid(const std::string& source, TraceFormat format) {
+// What becomes of a source that is not valid.
+std::string consequence(TraceFormat source, TraceFormat target) {
+  if (target == XLATR_FORMAT_MF4) {
+    return "the target is empty";
+  }
+  return source == XLATR_FORMAT_MF4 ? "the target has no header" : "its lines were carried over as comments";
+}
+
+bool warnIfNotValid(const std::string& source, TraceFormat format, TraceFormat target) {
   const auto header = readTraceHeader(format, source);
   if (!header || header->valid) {
     return false;
   }
-  printWarning(source + ": is not a valid " + formatName(format) +
-               " file, so its lines were carried over as comments; look at its header");
+  printWarning(source + ": is not a valid " + formatName(format) + " file, so " + consequence(format, target) +
+               "; look at its header");
   return true;
 }
 
@@ -180,7 +188,7 @@ Leftover leftoverOf(const TargetFiles& files) {
 
 // The library's own words for a pair of formats that it has no reader or no writer for don't say which.
 bool isMissingReaderOrWriter(const std::string& reason) {
-  return reason.find("not supported") != std::string::npos ||
+  return reason.find("specified conversion is invalid") != std::string::npos ||
          reason.find("converting object is invalid") != std::string::npos;
 }
 
@@ -240,7 +248,7 @@ ExitCode runConvert(const ConvertArguments& arguments) {
   if (!arguments.quiet) {
     printWritten(files, outcome.files);
   }
-  bool warned = warnIfNotValid(arguments.source, sourceFormat);
+  bool warned = warnIfNotValid(arguments.source, sourceFormat, format);
   if (!outcome.text.empty()) {
     printWarning(arguments.source + ": " + outcome.text);
     warned = true;

@@ -40,6 +40,16 @@ TraceHeader headerOf(const std::string& path) {
   return {Valid(info.get()), Version(info.get()), StartTime(info.get())};
 }
 
+std::string reasonAgainstMdf(const std::string& path) {
+  const auto file = fileInfo(path);
+  const std::unique_ptr<MdfInfo, decltype(&MdfInfo_Destruct)> info(MdfInfo_Construct(file.get()), &MdfInfo_Destruct);
+  const std::unique_ptr<MdfReader, decltype(&MdfReader_Destruct)> reader(MdfReader_Construct(info.get()),
+                                                                         &MdfReader_Destruct);
+  std::array<char, 256> reason{};
+  static_cast<void>(MdfReader_ValidateFile(reader.get(), reason.data(), static_cast<std::uint32_t>(reason.size())));
+  return reason.data();
+}
+
 TraceSession sessionOf(const BtrInfo* info, std::uint32_t place) {
   const std::unique_ptr<BtrSessionEntry, decltype(&BtrSessionEntry_Destruct)> entry(BtrInfo_GetSession(info, place),
                                                                                     &BtrSessionEntry_Destruct);
@@ -67,6 +77,7 @@ struct FormatFamily {
   TraceFormat format;
   std::vector<double> (*versions)();
   TraceHeader (*header)(const std::string& path);
+  std::string (*reasonAgainstConversion)(const std::string& path) = nullptr;  // null where there is none ever
 };
 
 // A format whose files have versions of their own that no writer is to be asked for.
@@ -92,6 +103,10 @@ constexpr std::array kFamilies{
     FormatFamily{
         XLATR_FORMAT_BTRC, versionsOf<BtrcInfo_GetSupportedVersions, BtrcInfo_GetSupportedVersionsSize>,
         headerOf<BtrcInfo_Construct, BtrcInfo_Destruct, BtrcInfo_GetValid, BtrcInfo_GetVersion, BtrcInfo_getStartTime>},
+    FormatFamily{
+        XLATR_FORMAT_MF4, versionsOf<MdfInfo_GetSupportedVersions, MdfInfo_GetSupportedVersionsSize>,
+        headerOf<MdfInfo_Construct, MdfInfo_Destruct, MdfInfo_getValid, MdfInfo_GetVersion, MdfInfo_getStartTime>,
+        reasonAgainstMdf},
 };
 
 const FormatFamily* findFamily(TraceFormat format) {
@@ -199,6 +214,13 @@ std::vector<double> formatVersions(TraceFormat format) {
 std::optional<TraceHeader> readTraceHeader(TraceFormat format, const std::string& path) {
   const FormatFamily* family = findFamily(format);
   return family == nullptr ? std::nullopt : std::optional(family->header(path));
+}
+
+std::optional<std::string> reasonAgainstConversion(TraceFormat format, const std::string& path) {
+  const FormatFamily* family = findFamily(format);
+  return family == nullptr || family->reasonAgainstConversion == nullptr
+             ? std::nullopt
+             : std::optional(family->reasonAgainstConversion(path));
 }
 
 }  // namespace xlatr::cli

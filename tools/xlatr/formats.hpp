@@ -59,4 +59,8 @@ struct TraceHeader {
 // Reads the header of a file. Nothing when the library offers no information object for the format.
 [[nodiscard]] std::optional<TraceHeader> readTraceHeader(TraceFormat format, const std::string& path);
 
+// Why the file can't be converted although its format can: empty when it can. Nothing for a format whose files have no
+// such reason.
+[[nodiscard]] std::optional<std::string> reasonAgainstConversion(TraceFormat format, const std::string& path);
+
 }  // namespace xlatr::cli

@@ -8,6 +8,7 @@
 
 #include "command_failure.hpp"
 #include "formats.hpp"
+#include "mf4_groups.hpp"
 #include "output.hpp"
 #include "source_file.hpp"
 #include "start_time.hpp"
@@ -21,6 +22,8 @@ struct FileDescription {
   TraceFormat format = XLATR_FORMAT_NONE;
   std::uint64_t size = 0;
   std::optional<TraceHeader> header;
+  std::optional<std::string> reasonAgainst;
+  std::optional<Mf4Groups> groups;
 };
 
 FileDescription describe(const std::string& path) {
@@ -30,7 +33,34 @@ FileDescription describe(const std::string& path) {
   file.format = requireTraceFormat(path);
   file.size = std::filesystem::file_size(path);
   file.header = readTraceHeader(file.format, path);
+  file.reasonAgainst = reasonAgainstConversion(file.format, path);
+  if (file.format == XLATR_FORMAT_MF4) {
+    file.groups = readMf4Groups(path);
+  }
   return file;
+}
+
+std::string conversionText(const FileDescription& file) {
+  if (!file.reasonAgainst) {
+    return {};
+  }
+  return "  convertible " + (file.reasonAgainst->empty() ? "yes" : "no: " + oneLine(*file.reasonAgainst)) + "\n";
+}
+
+std::string groupsText(const FileDescription& file) {
+  if (!file.groups) {
+    return {};
+  }
+  std::string text;
+  std::size_t number = 0;
+  for (const Mf4DataGroup& dataGroup : file.groups->dataGroups) {
+    text += "  data group " + std::to_string(++number) + "\n";
+    for (const Mf4ChannelGroup& group : dataGroup.channelGroups) {
+      text += "    " + (group.name.empty() ? "(no name)" : oneLine(group.name)) + ": cycle count " +
+              std::to_string(group.cycleCount) + "\n";
+    }
+  }
+  return text + (file.groups->complete ? "" : "  further groups can't be read\n");
 }
 
 std::string textOf(const FileDescription& file) {
@@ -45,7 +75,20 @@ std::string textOf(const FileDescription& file) {
          "  format      " + formatName(file.format) + ", " + formatDescription(file.format) + "\n" + "  version     " +
          (versionStated ? versionText(file.header->version) : "unknown") + "\n" + "  start time  " +
          (startTime.empty() ? "unknown" : startTime) + "\n" + "  size        " + sizeText(file.size) + "\n" +
-         "  valid       " + validity + "\n" + "  targets     " + (targets.empty() ? "none" : targets) + "\n";
+         "  valid       " + validity + "\n" + conversionText(file) + "  targets     " +
+         (targets.empty() ? "none" : targets) + "\n" + groupsText(file);
+}
+
+nlohmann::ordered_json jsonOf(const Mf4Groups& groups) {
+  auto json = nlohmann::ordered_json::array();
+  for (const Mf4DataGroup& dataGroup : groups.dataGroups) {
+    auto channelGroups = nlohmann::ordered_json::array();
+    for (const Mf4ChannelGroup& group : dataGroup.channelGroups) {
+      channelGroups.push_back({{"name", group.name}, {"cycleCount", group.cycleCount}});
+    }
+    json.push_back({{"channelGroups", channelGroups}});
+  }
+  return json;
 }
 
 // A line for each session of a btr file; nothing for a file of another format.
@@ -91,6 +134,17 @@ nlohmann::ordered_json jsonOf(const FileDescription& file) {
   json["targets"] = nlohmann::ordered_json::array();
   for (const TraceFormat target : formatsOf(xlatr_get_formats_convertible_from(file.format))) {
     json["targets"].push_back(formatName(target));
+  }
+  if (file.reasonAgainst) {
+    json["convertible"] = file.reasonAgainst->empty();
+    json["reason"] = nullptr;
+    if (!file.reasonAgainst->empty()) {
+      json["reason"] = *file.reasonAgainst;
+    }
+  }
+  if (file.groups) {
+    json["dataGroups"] = jsonOf(*file.groups);
+    json["groupsComplete"] = file.groups->complete;
   }
   if (file.format == XLATR_FORMAT_BTR && file.header) {
     json["sessions"] = nlohmann::ordered_json::array();

@@ -1,5 +1,7 @@
 #include "formats/trc/trc_mapping.hpp"
 
+#include <array>
+
 namespace xlatr {
 namespace {
 
@@ -48,6 +50,15 @@ void setStatus(std::string_view text, BrixMessage& target) {
                  static_cast<std::uint8_t>(mask >> 8), static_cast<std::uint8_t>(mask)};
 }
 
+// Types 1 to 3 are bit, form and stuff errors. Positions count from the start of the frame, those of a TRC line from
+// three bits before it.
+void setMdfError(const MdfCanMessage& source, BrixMessage& target) {
+  constexpr std::array<std::uint32_t, 4> kIdentifiers = {8, 1, 2, 4};
+  target.id = kIdentifiers[source.errorType < kIdentifiers.size() ? source.errorType : 0];
+  target.length = 4;
+  target.data = {0, static_cast<std::uint8_t>(source.bitPosition + 3), 0, 0};
+}
+
 }  // namespace
 
 void mapToTrc(const AscMessage& source, BrixMessage& target) {
@@ -73,6 +84,25 @@ void mapToTrc(const AscMessage& source, BrixMessage& target) {
       break;
   }
   if (!target.remote) {
+    target.data.assign(source.data.begin(), source.data.end());
+  }
+}
+
+void mapToTrc(const MdfCanMessage& source, BrixMessage& target) {
+  prepare(target);
+  target.timeOffset = source.time / 1000.0;
+  target.bus = source.bus;
+  target.id = source.id;
+  target.extended = source.extended;
+  target.valid = source.valid;
+  target.length = source.length;
+  target.type = source.type;
+  target.direction = source.direction;
+  target.kind = source.kind;
+  target.remote = source.isRemote;
+  if (source.type == MessageType::Error) {
+    setMdfError(source, target);
+  } else if (!source.isRemote) {
     target.data.assign(source.data.begin(), source.data.end());
   }
 }

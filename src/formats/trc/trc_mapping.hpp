@@ -3,6 +3,7 @@
 
 #include "formats/asc/asc_message.hpp"
 #include "formats/blf/blf_message.hpp"
+#include "formats/mf4/mdf_can_message.hpp"
 #include "formats/native/session_message.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_message.hpp"
@@ -16,6 +17,9 @@ void mapToTrc(const AscMessage& source, BrixMessage& target);
 // An error frame of two bytes holds error counters. The bytes of an error are copied, since they are the error.
 void mapToTrc(const SessionMessage& source, BrixMessage& target);
 
+// An error frame has the identifier of its type, one bit each for bit, form, stuff and other errors, and its position
+// as data, counted as CAN controllers do.
+void mapToTrc(const MdfCanMessage& source, BrixMessage& target);
 // The text of a record that is no frame becomes the parsing text, which no file shows.
 void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target);
 

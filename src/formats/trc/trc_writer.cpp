@@ -16,8 +16,8 @@
 namespace xlatr {
 namespace {
 
-using Accepted =
-    MessageClasses<ZelkBinaryMessage, BrixMessage, SessionMessage, AscMessage, BlfCanMessage, BlfLinMessage>;
+using Accepted = MessageClasses<ZelkBinaryMessage, BrixMessage, SessionMessage, AscMessage, MdfCanMessage,
+                                BlfCanMessage, BlfLinMessage>;
 
 // The columns that a version's header announces; below 2.0 there is nothing to announce.
 std::optional<TrcColumnSet> announcedColumns(TrcVersion version) {

@@ -114,6 +114,80 @@ TEST(TrcMapping, knowsNoKindOfAnUnknownType) {
   EXPECT_EQ(mapped("1.5 3 123 Unknown d 2 0A B0").kind, MessageKind::Unknown);
 }
 
+TEST(TrcMapping, copiesWhatAnMdfMessageKnows) {
+  MdfCanMessage source;
+  source.time = 1234567.5;
+  source.bus = 3;
+  source.id = 0x1ABCDEF0;
+  source.extended = true;
+  source.valid = true;
+  source.type = MessageType::Tx;
+  source.direction = MessageDirection::Tx;
+  source.kind = MessageKind::BI;
+  source.length = 3;
+  source.data = {1, 2, 3, 0, 0, 0, 0, 0};
+  BrixMessage message;
+  message.comment = "of an earlier message";
+  message.reserved = 5;
+  mapToTrc(source, message);
+  EXPECT_EQ(message.timeOffset, 1234.5675);
+  EXPECT_EQ(message.bus, 3U);
+  EXPECT_EQ(message.id, 0x1ABCDEF0U);
+  EXPECT_TRUE(message.extended);
+  EXPECT_TRUE(message.valid);
+  EXPECT_EQ(message.type, MessageType::Tx);
+  EXPECT_EQ(message.direction, MessageDirection::Tx);
+  EXPECT_EQ(message.kind, MessageKind::BI);
+  EXPECT_EQ(message.length, 3U);
+  EXPECT_EQ(message.data, source.data);
+  EXPECT_EQ(message.comment, "");
+  EXPECT_EQ(message.reserved, -1);
+  EXPECT_TRUE(message.columnBased);
+  EXPECT_FALSE(message.remote);
+  source.valid = false;
+  mapToTrc(source, message);
+  EXPECT_FALSE(message.valid);
+}
+
+TEST(TrcMapping, leavesOutTheDataOfARemoteMdfFrame) {
+  MdfCanMessage source;
+  source.kind = MessageKind::RR;
+  source.isRemote = true;
+  source.length = 8;
+  source.data = {1, 2};
+  BrixMessage message;
+  mapToTrc(source, message);
+  EXPECT_TRUE(message.remote);
+  EXPECT_EQ(message.kind, MessageKind::RR);
+  EXPECT_EQ(message.length, 8U);
+  EXPECT_TRUE(message.data.empty());
+}
+
+TEST(TrcMapping, makesIdentifierAndDataOfAnMdfError) {
+  const struct {
+    std::uint8_t errorType;
+    std::uint32_t id;
+  } cases[] = {{0, 8}, {1, 1}, {2, 2}, {3, 4}, {4, 8}, {255, 8}};
+  for (const auto& test : cases) {
+    MdfCanMessage source;
+    source.type = MessageType::Error;
+    source.kind = MessageKind::ER;
+    source.errorType = test.errorType;
+    source.bitPosition = 29;
+    source.data = {9, 9, 9, 9, 9, 9};
+    source.length = 6;
+    BrixMessage message;
+    mapToTrc(source, message);
+    EXPECT_EQ(message.id, test.id);
+    EXPECT_EQ(message.kind, MessageKind::ER);
+    EXPECT_EQ(message.length, 4U);
+    EXPECT_EQ(message.data, (Bytes{0, 32, 0, 0}));
+    source.bitPosition = 254;
+    mapToTrc(source, message);
+    EXPECT_EQ(message.data, (Bytes{0, 1, 0, 0}));
+  }
+}
+
 // A record of a binary trace, whose buses count from 0.
 ZelkBinaryMessage zelkMessage() {
   ZelkBinaryMessage source;

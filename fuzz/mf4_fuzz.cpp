@@ -1,0 +1,78 @@
+// A whole MF4 file: the top of it, why it may not be converted, all messages, and what they are in a TRC trace.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <ios>
+#include <span>
+#include <string>
+
+#include "formats/mf4/mdf_reader.hpp"
+#include "formats/trc/trc_mapping.hpp"
+#include "scratch_folder.hpp"
+#include "util/text_buffer.hpp"
+#include "xlatr/failures.hpp"
+
+namespace {
+
+void require(bool condition) {
+  if (!condition) {
+    std::abort();
+  }
+}
+
+void checkMessage(const xlatr::MdfCanMessage& message) {
+  require(!message.valid || message.isRemote || message.length <= message.data.size());
+  xlatr::BrixMessage mapped;
+  xlatr::mapToTrc(message, mapped);
+  require(mapped.valid == message.valid);
+  xlatr::TextBuffer out;
+  for (const double version : {1.3, 2.1, 3.0}) {
+    mapped.appendText(out, version, 1, 0);
+  }
+}
+
+void readFile(const std::string& path) {
+  const xlatr::MdfInfo info(path);
+  static_cast<void>(info.getValid());
+  static_cast<void>(info.getStartTime());
+  xlatr::MdfReader reader(info);
+  std::string reason;
+  const bool convertible = reader.ValidateFile(reason);
+  require(convertible == reason.empty());
+  if (!reader.setActive(true)) {
+    require(!reader.failure().empty());
+    return;
+  }
+
+  std::uint64_t count = 0;
+  for (xlatr::MdfCanMessage message; reader.readInto(message); ++count) {
+    require(message.time == message.time);
+
+    checkMessage(message);
+  }
+
+  require(count == 0 || reader.getPercentDone() == 100.0);
+  reader.setActive(false);
+  require(!info.getValid());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const fuzz::ScratchFolder folder;
+  constexpr std::size_t kLargestInput = std::size_t{1} << 16;  // inflated, some sixty megabytes
+  if (size > kLargestInput) {
+    return 0;
+  }
+  folder.write("source.mf4", std::span(data, size));
+  try {
+    readFile(folder.path("source.mf4"));
+  } catch (const xlatr::ConverterGenericException&) {
+    return 0;
+  } catch (const std::ios_base::failure&) {
+    return 0;
+  }
+  return 0;
+}

@@ -1,0 +1,187 @@
+#include "formats/mf4/block_header.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <limits>
+#include <utility>
+
+#include "platform/files.hpp"
+#include "util/render.hpp"
+
+namespace xlatr {
+namespace {
+
+constexpr std::uint64_t kNsPerSecond = 1'000'000'000;
+constexpr std::uint64_t kNsPerUs = 1'000;
+constexpr std::uint64_t kUsPerSecond = 1'000'000;
+constexpr double kNsPerMinute = 6e10;
+
+// The first second of 1970 by the clock on the wall.
+DateTime localEpoch() {
+  return DateTime::fromLocalFields({}, 0, 0);
+}
+
+// The count that stands for the start by the clock on the wall.
+std::uint64_t localStartNs(const HeaderBlockData& data) {
+  if ((data.hdTimeFlags & kTimeIsLocal) != 0) {
+    return data.hdStartTimeNs;
+  }
+  if ((data.hdTimeFlags & kTimeOffsetsValid) == 0) {
+    return 0;
+  }
+  const double start = std::round(static_cast<double>(data.hdStartTimeNs) + data.hdTzOffsetMin * kNsPerMinute +
+                                  data.hdDstOffsetMin * kNsPerMinute);
+  constexpr double kEnd = 18446744073709551616.0;  // 2 to the 64th
+  return start >= kEnd ? std::numeric_limits<std::uint64_t>::max() : static_cast<std::uint64_t>(std::max(0.0, start));
+}
+
+}  // namespace
+
+FileIdentificationBlock FileIdentificationBlock::forVersion(double version) {
+  FileIdentificationBlock block;
+  const std::string text = formatFixed(version, 2);
+  std::copy_n(text.begin(), std::min(text.size(), block.idVersion.size() - 1), block.idVersion.begin());
+  block.idVersionNumber = static_cast<std::uint16_t>(std::lround(version * 100.0));
+  return block;
+}
+
+std::unique_ptr<FileHistoryBlock> FileHistoryBlock::create() {
+  auto block = std::make_unique<FileHistoryBlock>();
+  const DateTime now = DateTime::now();
+  if (now.seconds >= 0) {
+    const auto fractionUs = static_cast<std::uint64_t>(now.millisecond * 1000 + now.microsecond);
+    block->data.fhTimeNs = static_cast<std::uint64_t>(now.seconds) * kNsPerSecond + fractionUs * kNsPerUs;
+  }
+  block->comment_.add(createHistoryComment());
+  return block;
+}
+
+HeaderBlock::HeaderBlock(BlockStream& stream)
+    : DescribedBlock(stream, kPosition), dataGroups_(&stream, link(kFirstDataGroup)) {}
+
+std::unique_ptr<HeaderBlock> HeaderBlock::createTree(const MdfLayoutOptions& options, std::uint64_t startTimeNs) {
+  auto header = std::make_unique<HeaderBlock>();
+  header->data.hdStartTimeNs = startTimeNs;
+  header->history_.add(FileHistoryBlock::create());
+  addDataGroups(options, header->dataGroups_);
+  header->placeAll();
+  return header;
+}
+
+void HeaderBlock::placeAll() {
+  std::uint64_t nextFree = kPosition;
+  place(nextFree);
+  placeChildren(*this, nextFree);
+}
+
+void HeaderBlock::appendTreeBytes(Bytes& bytes) {
+  appendBytes(bytes);
+  appendChildren(*this, bytes);
+}
+
+DataGroupBlock& HeaderBlock::requireDataGroup(std::size_t index) {
+  constexpr std::size_t kLastIndex = 2;
+  DataGroupBlock* const group = dataGroups_.at(std::min(index, kLastIndex));
+  if (group == nullptr) {
+    throwProcessingFailure(kNoSuchGroup);
+  }
+  return *group;
+}
+
+std::uint64_t HeaderBlock::cycleCountPosition(std::size_t dataGroupIndex, BusEventFrameType kind) {
+  const ChannelGroupBlock* const group = requireDataGroup(dataGroupIndex).findChannelGroup(kind);
+  if (group == nullptr) {
+    throwProcessingFailure(kNoSuchGroup);
+  }
+  return group->cycleCountPosition();
+}
+
+std::uint64_t HeaderBlock::dataLinkPosition(std::size_t dataGroupIndex) {
+  return requireDataGroup(dataGroupIndex).dataLinkPosition();
+}
+
+std::vector<TreeChild> HeaderBlock::children() {
+  return {{kFirstHistory, &history_},
+          {kHierarchy, &hierarchies_},
+          {kAttachment, &attachments_},
+          {kEvent, &events_},
+          {kFirstDataGroup, &dataGroups_}};
+}
+
+MdfFileHeader::MdfFileHeader(const std::string& path) {
+  if (!platform::fileExists(path)) {
+    return;
+  }
+  try {
+    stream_ = std::make_unique<BlockStream>(path);
+  } catch (const std::exception&) {
+    return;  // as good as no file
+  }
+  readTop();
+}
+
+MdfFileHeader::MdfFileHeader(std::vector<std::uint8_t> bytes)
+    : stream_(std::make_unique<BlockStream>(std::move(bytes))) {
+  readTop();
+}
+
+// Whoever asks whether the file is valid learns by what is missing that it could not be read.
+void MdfFileHeader::readTop() {
+  std::array<std::uint8_t, FileIdentificationBlock::kSize> bytes{};
+  try {
+    if (!stream_->read(0, bytes)) {
+      return;
+    }
+    FieldReader fields(bytes);
+    FileIdentificationBlock::describe(fields, identification_.emplace());
+    header_ = std::make_unique<HeaderBlock>(*stream_);
+  } catch (const std::exception&) {
+    header_.reset();
+  }
+}
+
+std::unique_ptr<MdfFileHeader> MdfFileHeader::createForWriting(const MdfLayoutOptions& options,
+                                                               std::uint64_t startTimeNs, double version) {
+  std::unique_ptr<MdfFileHeader> file(new MdfFileHeader);
+  file->identification_ = FileIdentificationBlock::forVersion(version);
+  file->header_ = HeaderBlock::createTree(options, startTimeNs);
+  return file;
+}
+
+Bytes MdfFileHeader::toBytes() {
+  Bytes bytes;
+  FieldWriter fields(bytes);
+  if (identification_) {
+    FileIdentificationBlock::describe(fields, *identification_);
+  }
+  if (header_) {
+    header_->appendTreeBytes(bytes);
+  }
+  return bytes;
+}
+
+bool MdfFileHeader::hasOpenHeader() const {
+  if (closed() || !header_) {
+    return false;
+  }
+  const std::array<char, 4>& id = header_->head().blockId;
+  return std::string_view(id.data(), id.size()) == "##HD";
+}
+
+void MdfFileHeader::close() {
+  header_.reset();
+  stream_.reset();
+}
+
+DateTime MdfFileHeader::startTime() const {
+  DateTime epoch = localEpoch();
+  if (!hasOpenHeader()) {
+    return epoch;
+  }
+  const std::uint64_t startUs = localStartNs(header_->data) / kNsPerUs;
+  return {static_cast<std::int64_t>(startUs / kUsPerSecond) + epoch.seconds,
+          static_cast<std::int32_t>(startUs / 1000 % 1000), static_cast<std::int32_t>(startUs % 1000), false};
+}
+
+}  // namespace xlatr

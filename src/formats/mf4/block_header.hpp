@@ -1,0 +1,185 @@
+// The top of an MDF file: identification, header and file history.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "formats/mf4/block_channels.hpp"
+#include "util/date_time.hpp"
+
+namespace xlatr {
+
+// The first 64 bytes, which are no block: no head, no links.
+struct FileIdentificationBlock {
+  static constexpr std::uint64_t kSize = 64;
+
+  std::array<char, 8> idFile = {'M', 'D', 'F', ' ', ' ', ' ', ' ', ' '};
+  std::array<char, 8> idVersion{};  // "4.10" and zero bytes; not blanks, which other writers pad with
+  std::array<char, 8> idProgram = {'Z', 'E', 'L', 'K', '-', 'C', 'o', 'n'};
+  std::uint16_t idVersionNumber = 0;  // 410 for 4.10
+  std::uint16_t idUnfinishedFlags = 0;
+  std::uint16_t idCustomUnfinishedFlags = 0;
+
+  [[nodiscard]] static FileIdentificationBlock forVersion(double version);
+
+  // Nothing is compared here: an idFile of another format is the reader's matter.
+  template <class Fields, class Self>
+  static void describe(Fields& fields, Self& self) {
+    fields.text("idFile", self.idFile);
+    fields.text("idVersion", self.idVersion);
+    fields.text("idProgram", self.idProgram);
+    fields.reserved(4);
+    fields.number("idVersionNumber", self.idVersionNumber);
+    fields.reserved(30);
+    fields.number("idUnfinishedFlags", self.idUnfinishedFlags);
+    fields.number("idCustomUnfinishedFlags", self.idCustomUnfinishedFlags);
+  }
+};
+
+inline constexpr std::uint8_t kTimeIsLocal = 1;       // bit of the time flags: a time is local time
+inline constexpr std::uint8_t kTimeOffsetsValid = 2;  // bit of the time flags: the two offsets are valid
+
+struct FileHistoryBlockData {
+  static constexpr BlockTypeId kType = BlockTypeId::FH;
+  static constexpr std::size_t kLinkCount = 2;  // next, comment
+
+  std::uint64_t fhTimeNs = 0;
+  std::int16_t fhTzOffsetMin = 0;
+  std::int16_t fhDstOffsetMin = 0;
+  std::uint8_t fhTimeFlags = kTimeIsLocal;
+
+  template <class Fields, class Self>
+  static void describe(Fields& fields, Self& self) {
+    fields.number("fhTimeNs", self.fhTimeNs);
+    fields.number("fhTzOffsetMin", self.fhTzOffsetMin);
+    fields.number("fhDstOffsetMin", self.fhDstOffsetMin);
+    fields.number("fhTimeFlags", self.fhTimeFlags);
+    fields.reserved(3);
+  }
+};
+
+class FileHistoryBlock final : public DescribedBlock<FileHistoryBlockData> {
+ public:
+  using DescribedBlock::DescribedBlock;
+
+  // The entry of a file that is written now, with its comment.
+  [[nodiscard]] static std::unique_ptr<FileHistoryBlock> create();
+
+  [[nodiscard]] std::vector<TreeChild> children() override { return {{1, &comment_}}; }
+  [[nodiscard]] bool hasValidLinkCount() const override { return links().size() == 2; }
+
+ private:
+  BlockChain<MetadataBlock> comment_;
+};
+
+struct HeaderBlockData {
+  static constexpr BlockTypeId kType = BlockTypeId::HD;
+  static constexpr std::size_t kLinkCount = 6;
+
+  std::uint64_t hdStartTimeNs = 0;
+  std::int16_t hdTzOffsetMin = 0;
+  std::int16_t hdDstOffsetMin = 0;
+  std::uint8_t hdTimeFlags = kTimeIsLocal;
+  std::uint8_t hdTimeClass = 0;
+  std::uint8_t hdFlags = 0;
+  double hdStartAngleRad = 0.0;
+  double hdStartDistanceM = 0.0;
+
+  template <class Fields, class Self>
+  static void describe(Fields& fields, Self& self) {
+    fields.number("hdStartTimeNs", self.hdStartTimeNs);
+    fields.number("hdTzOffsetMin", self.hdTzOffsetMin);
+    fields.number("hdDstOffsetMin", self.hdDstOffsetMin);
+    fields.number("hdTimeFlags", self.hdTimeFlags);
+    fields.number("hdTimeClass", self.hdTimeClass);
+    fields.number("hdFlags", self.hdFlags);
+    fields.reserved(1);
+    fields.number("hdStartAngleRad", self.hdStartAngleRad);
+    fields.number("hdStartDistanceM", self.hdStartDistanceM);
+  }
+};
+
+class HeaderBlock final : public DescribedBlock<HeaderBlockData> {
+ public:
+  enum Link : std::size_t { kFirstDataGroup, kFirstHistory, kHierarchy, kAttachment, kEvent, kComment };
+  static constexpr std::uint64_t kPosition = FileIdentificationBlock::kSize;
+
+  HeaderBlock() = default;
+  explicit HeaderBlock(BlockStream& stream);
+
+  // The whole tree of a file to be written, placed. The start is in nanoseconds since 1970.
+  [[nodiscard]] static std::unique_ptr<HeaderBlock> createTree(const MdfLayoutOptions& options,
+                                                               std::uint64_t startTimeNs);
+  // The bytes of the whole tree. Channel hierarchies, attachments and events raise kBlockNotWritten.
+  void appendTreeBytes(Bytes& bytes);
+
+  [[nodiscard]] BlockChain<DataGroupBlock>& dataGroups() { return dataGroups_; }
+  [[nodiscard]] DataGroupBlock* firstDataGroup() { return dataGroups_.at(0); }
+
+  // Where a writer patches what it knows only at the end; offsets in the file. A data group that is not there, or that
+  // has no channel group for the frames of this kind, raises kNoSuchGroup. Groups above 2 are the third one.
+  [[nodiscard]] std::uint64_t cycleCountPosition(std::size_t dataGroupIndex, BusEventFrameType kind);
+  [[nodiscard]] std::uint64_t dataLinkPosition(std::size_t dataGroupIndex);
+
+  [[nodiscard]] std::vector<TreeChild> children() override;
+  // Lists of blocks that no file which is written has.
+  [[nodiscard]] BlockList& hierarchies() { return hierarchies_; }
+  [[nodiscard]] BlockList& attachments() { return attachments_; }
+  [[nodiscard]] BlockList& events() { return events_; }
+
+ private:
+  void placeAll();
+  [[nodiscard]] DataGroupBlock& requireDataGroup(std::size_t index);
+
+  BlockChain<FileHistoryBlock> history_;
+  BlockChain<DataGroupBlock> dataGroups_;
+  BlockList hierarchies_;
+  BlockList attachments_;
+  BlockList events_;
+};
+
+// An MDF file: its stream, its identification and the top of its tree.
+class MdfFileHeader {
+ public:
+  // For reading. A path at which there is no file that can be opened gives an object that is closed; identification or
+  // header that can't be read are absent. Nothing is raised.
+  explicit MdfFileHeader(const std::string& path);
+  // The same of a file in memory.
+  explicit MdfFileHeader(std::vector<std::uint8_t> bytes);
+
+  // A file to be written: the start in nanoseconds since 1970, the version as 4.1 for 4.10.
+  [[nodiscard]] static std::unique_ptr<MdfFileHeader> createForWriting(const MdfLayoutOptions& options,
+                                                                       std::uint64_t startTimeNs, double version);
+  // Identification and the whole tree.
+  [[nodiscard]] Bytes toBytes();
+
+  // Null where they could not be read.
+  [[nodiscard]] const FileIdentificationBlock* identification() const {
+    return identification_ ? &*identification_ : nullptr;
+  }
+  [[nodiscard]] HeaderBlock* header() { return header_.get(); }
+  // Whether there is a header, of the type HD, and the file is still open.
+  [[nodiscard]] bool hasOpenHeader() const;
+  // True for an object without a file.
+  [[nodiscard]] bool closed() const { return stream_ == nullptr; }
+  // Closes the file. What was read of it is gone.
+  void close();
+
+  // The start of the measurement. The file's count is taken for local time; where it is said to be UTC, the offsets of
+  // the file make it so, and a file that says neither starts at 1970-01-01. The same without a header. Raises the
+  // failure of DateTime for what can't be represented.
+  [[nodiscard]] DateTime startTime() const;
+
+ private:
+  MdfFileHeader() = default;
+  void readTop();
+
+  std::unique_ptr<BlockStream> stream_;
+  std::optional<FileIdentificationBlock> identification_;
+  std::unique_ptr<HeaderBlock> header_;
+};
+
+}  // namespace xlatr

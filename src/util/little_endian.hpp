@@ -1,0 +1,48 @@
+// Numbers as binary files hold them: the low byte first.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+namespace xlatr {
+
+namespace detail {
+
+// The unsigned integer of a number's size.
+template <std::size_t kSize>
+using BitsOfSize = std::conditional_t<
+    kSize == 1, std::uint8_t,
+    std::conditional_t<kSize == 2, std::uint16_t, std::conditional_t<kSize == 4, std::uint32_t, std::uint64_t>>>;
+
+// Compilers make one move of these loops where the machine's order is the same.
+template <class Bits>
+[[nodiscard]] constexpr Bits gatherLittle(const std::uint8_t* bytes) {
+  Bits bits = 0;
+  for (std::size_t index = 0; index < sizeof(Bits); ++index) {
+    bits = static_cast<Bits>(bits | static_cast<Bits>(static_cast<Bits>(bytes[index]) << (8 * index)));
+  }
+  return bits;
+}
+
+}  // namespace detail
+
+// The integer or IEEE 754 number in the sizeof(Number) bytes at `bytes`, of any alignment.
+template <class Number>
+requires std::is_arithmetic_v<Number>
+[[nodiscard]] constexpr Number loadLittle(const std::uint8_t* bytes) {
+  return std::bit_cast<Number>(detail::gatherLittle<detail::BitsOfSize<sizeof(Number)>>(bytes));
+}
+
+template <class Number>
+requires std::is_arithmetic_v<Number>
+constexpr void storeLittle(std::uint8_t* bytes, Number value) {
+  const auto bits = std::bit_cast<detail::BitsOfSize<sizeof(Number)>>(value);
+  for (std::size_t index = 0; index < sizeof(Number); ++index) {
+    bytes[index] = static_cast<std::uint8_t>(bits >> (8 * index));
+  }
+}
+
+}  // namespace xlatr

@@ -1,0 +1,42 @@
+// Looks at an MF4 file as a stranger would who knows ASAM MDF 4 and nothing of the library, whose code it shares none
+// of.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace xlatr::test {
+
+struct Mf4Group {
+  std::string name;  // the acquisition name
+  std::uint64_t dataGroup = 0;
+  std::uint64_t recordId = 0;
+  std::uint64_t cycleCount = 0;
+  std::string records;  // without their ids, joined
+};
+
+struct Mf4Report {
+  std::vector<std::string> faults;  // each with the offset of its block; empty for a sound file
+  double version = 0.0;
+  std::uint64_t startNs = 0;
+  std::vector<Mf4Group> groups;     // in the order of the chains
+  std::vector<std::string> blocks;  // ids in the order of their offsets
+};
+
+// Follows every link from the header on. What must hold:
+// - the identification names a finished file, its two versions agree;
+// - a block stands at a multiple of 8, inside the file, is of a type that its link may lead to, has the links of its
+//   type, zeros where it is reserved, and is reached by one link only;
+// - blocks do not overlap, and between them and behind the last one there is nothing but padding;
+// - texts end in zeros, names are not empty, the records of a group have one master channel, channels lie inside their
+//   record and components inside their composition;
+// - the data of a data group are whole records of its channel groups, as many as their cycle counts say; zipped data
+//   inflate to the stated size.
+[[nodiscard]] Mf4Report checkMf4(std::string_view file);
+
+// The faults, one a line.
+[[nodiscard]] std::string faultsOf(const Mf4Report& report);
+
+}  // namespace xlatr::test
