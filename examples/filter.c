@@ -1,6 +1,7 @@
-/* Reads a TRC trace message by message, keeps one CAN identifier, and writes an ASC log of what is left.
+/* Reads a TRC trace message by message, keeps one CAN identifier, and writes an ASC log and an MF4 file of what is
+   left.
 
-       filter SOURCE.trc IDENTIFIER TARGET.asc
+       filter SOURCE.trc IDENTIFIER TARGET.asc TARGET.mf4
 
    The source is of version 2.1 and the identifier hexadecimal, as it stands there. */
 #include <stdbool.h>
@@ -23,8 +24,8 @@ static bool has_identifier(const MessageCan* message, unsigned long wanted) {
 }
 
 int main(int argc, char** argv) {
-  if (argc != 4) {
-    fprintf(stderr, "usage: filter SOURCE.trc IDENTIFIER TARGET.asc\n");
+  if (argc != 5) {
+    fprintf(stderr, "usage: filter SOURCE.trc IDENTIFIER TARGET.asc TARGET.mf4\n");
     return 2;
   }
   const unsigned long wanted = strtoul(argv[2], NULL, 16);
@@ -39,8 +40,11 @@ int main(int argc, char** argv) {
   /* An existing target is overwritten (true). A writer creates its file when it becomes active. */
   TrcReader* const reader = TrcReader_Construct(info);
   AscWriter* const asc = AscWriter_Construct(argv[3], true, AscInfo_GetCurrentVersion());
+  MdfWriter* const mdf = MdfWriter_Construct(argv[4], true, MdfInfo_GetCurrentVersion());
   AscWriter_setActive(asc, true);
   AscWriter_WriteHeader(asc, (const ITraceInfo*)info);
+  MdfWriter_setActive(mdf, true);
+  MdfWriter_WriteHeader(mdf, (const ITraceInfo*)info);
 
   unsigned kept = 0;
   MessageCan* message = NULL;
@@ -48,12 +52,14 @@ int main(int argc, char** argv) {
   while (TrcReader_ReadNextMessage(reader, &message)) {
     if (MessageCan_getValid(message) && has_identifier(message, wanted)) {
       AscWriter_WriteMessage(asc, (const IMessage*)message);
+      MdfWriter_WriteMessage(mdf, (const IMessage*)message);
       ++kept;
     }
     MessageCan_Destruct(message); /* a message belongs to whoever read it */
   }
   printf("%u messages kept\n", kept);
 
+  MdfWriter_Destruct(mdf); /* closes the file */
   AscWriter_Destruct(asc);
   TrcReader_Destruct(reader);
   TrcInfo_Destruct(info);

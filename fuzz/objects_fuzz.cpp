@@ -8,6 +8,7 @@
 #include <cstring>
 #include <ios>
 #include <limits>
+#include <memory>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -82,8 +83,8 @@ class Paths {
  public:
   // What readers and writers are pointed at: the source, targets of any kind, and places where no file can be.
   std::string next(Input& input) const {
-    constexpr std::array kNames{"source.trc",  "source.asc", "target",     "target.trc", "none/target",
-                                "source.btrc", "",           "source.mf4", "target.mf4"};
+    constexpr std::array kNames{"source.trc", "source.asc", "target",     "target.trc",  "none/target", "source.btrc",
+                                "",           "source.mf4", "target.mf4", "source.ltrc", "source.btr"};
     const std::string name = kNames.at(input.choice(kNames.size()));
     return name.empty() ? name : folder_.path(name);
   }
@@ -170,6 +171,79 @@ class ReaderSlot {
   Owned<typename Family::MessageType> message_;
 };
 
+// The sessions of a BTR file, whose messages come a sector at a time.
+class SessionSlot {
+ public:
+  void call(Input& input, World& world) {
+    switch (input.choice(6)) {
+      case 0:
+        world.info = nullptr;
+        reopen(world.paths.next(input), input.byte());
+        world.info = reinterpret_cast<const ITraceInfo*>(info_.get());
+        break;
+      case 1:
+        BtrSessionReader_setActive(reader_.get(), input.flag());
+        break;
+      case 2:
+      case 3:
+        readSector(world);
+        break;
+      case 4:
+        require(!(BtrSessionReader_getPercentDone(reader_.get()) < 0.0));
+        break;
+      default:
+        look();
+        break;
+    }
+  }
+
+ private:
+  template <auto kDestruct>
+  struct Destruct {
+    template <typename Object>
+    void operator()(Object* object) const {
+      kDestruct(object);
+    }
+  };
+
+  void reopen(const std::string& path, std::uint32_t session) {
+    reader_.reset();
+    entry_.reset();
+    info_.reset();
+    info_.reset(BtrInfo_Construct(path.c_str()));
+    entry_.reset(BtrInfo_GetSession(info_.get(), session));
+    require((entry_ != nullptr) == (session < BtrInfo_getSessionsCount(info_.get())));
+    reader_.reset(BtrSessionReader_Construct(entry_.get(), false));
+  }
+  void readSector(World& world) {
+    SessionMessage** messages = nullptr;
+    std::uint32_t count = 0;
+    std::uint32_t size = 0;
+    if (!BtrSessionReader_ReadNextSector(reader_.get(), &messages, &count, &size)) {
+      require(messages == nullptr);
+      return;
+    }
+    for (const std::span<SessionMessage*> all(messages, count); SessionMessage* const message : all) {
+      world.message = nullptr;
+      message_.reset(message);
+      world.message = reinterpret_cast<const IMessage*>(message);
+    }
+    BtrSessionReader_DeleteSectors(messages);
+  }
+  void look() {
+    static_cast<void>(BtrSessionEntry_getIndex(entry_.get()));
+    static_cast<void>(BtrSessionEntry_getSectorsCount(entry_.get()));
+    const SessionDescriptor* const description = BtrSessionEntry_getDescription(entry_.get());
+    static_cast<void>(SessionDateTime_toDouble(SessionDescriptor_getDateAndTime(description)));
+    static_cast<void>(MsgEntry_getSource(SessionMessage_getMessage(message_.get())));
+  }
+
+  std::unique_ptr<BtrInfo, Destruct<BtrInfo_Destruct>> info_;
+  std::unique_ptr<BtrSessionEntry, Destruct<BtrSessionEntry_Destruct>> entry_;
+  std::unique_ptr<BtrSessionReader, Destruct<BtrSessionReader_Destruct>> reader_;
+  std::unique_ptr<SessionMessage, Destruct<SessionMessage_Destruct>> message_;
+};
+
 template <typename Family>
 class WriterSlot {
  public:
@@ -230,9 +304,11 @@ class WriterSlot {
   Owned<Family> writer_;
 };
 
-using Slots = std::tuple<ReaderSlot<TrcReaderType>, ReaderSlot<AscReaderType>, WriterSlot<TrcWriterType>,
-                         WriterSlot<AscWriterType>, WriterSlot<CsvWriterType>, ReaderSlot<BtrcReaderType>,
-                         WriterSlot<BtrcWriterType>, ReaderSlot<MdfReaderType>, WriterSlot<MdfWriterType>>;
+using Slots =
+    std::tuple<ReaderSlot<TrcReaderType>, ReaderSlot<AscReaderType>, WriterSlot<TrcWriterType>,
+               WriterSlot<AscWriterType>, WriterSlot<CsvWriterType>, ReaderSlot<BtrcReaderType>,
+               WriterSlot<BtrcWriterType>, ReaderSlot<MdfReaderType>, WriterSlot<MdfWriterType>,
+               ReaderSlot<KorlReaderType>, WriterSlot<KorlWriterType>, SessionSlot, WriterSlot<BtrWriterType>>;
 
 template <std::size_t... kIndex>
 void callSlot(Slots& slots, std::size_t chosen, Input& input, World& world, std::index_sequence<kIndex...>) {
@@ -260,9 +336,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const Paths paths;
   Input input({data, size});
-  constexpr std::array kSources{"source.trc", "source.asc", "source.btrc", "source.mf4"};
+  constexpr std::array kSources{"source.trc", "source.asc", "source.btrc", "source.mf4", "source.ltrc", "source.btr"};
   const char* const source = kSources.at(input.choice(kSources.size()));
-  const std::size_t sourceSize = std::size_t{input.byte()} * 4;
+  const std::size_t sourceSize = std::size_t{input.byte()} * 8;
   paths.folder().write(source, input.take(sourceSize));
 
   Slots slots;

@@ -8,6 +8,7 @@
 
 #include <unistd.h>
 
+#include "capi/c_frame.h"
 #include "support/object_failures.hpp"
 #include "support/object_text.hpp"
 #include "support/temp_folder.hpp"
@@ -248,6 +249,17 @@ TEST(ConverterLastErrorExports, keepTheLaterTextOfEachThread) {
   char one[1] = {'#'};
   ConverterLastError_GetText(static_cast<std::uint32_t>(::gettid()), one, 1);
   EXPECT_EQ(one[0], '\0');
+  TrcWriter_Destruct(writer);
+}
+
+TEST_F(ObjectsTest, aFailurePassesThroughAFunctionInC) {
+  TrcWriter* const writer = TrcWriter_Construct(folder_.file("y.trc").c_str(), false, 1.2);
+  int returned = 0;
+  set_target_path_in_c(writer, folder_.file("z.trc").c_str(), &returned);
+  EXPECT_EQ(returned, 1);
+  TrcWriter_setActive(writer, true);
+  EXPECT_EQ(processingFailureOf([&] { set_target_path_in_c(writer, "x", &returned); }), kFrozen);
+  EXPECT_EQ(returned, 1);
   TrcWriter_Destruct(writer);
 }
 

@@ -19,16 +19,12 @@ struct Target {
   double version;
 };
 
-std::string parsingTextOf(const MessageCan* message) {
-  std::string text(MessageCan_getParsingTextSize(message) + std::size_t{1}, '\0');
-  MessageCan_getParsingText(message, text.data(), static_cast<std::uint32_t>(text.size()));
-  text.pop_back();
-  return text;
-}
-
-std::string parsingTextOf(const MessageAsc* message) {
-  std::string text(MessageAsc_getParsingTextSize(message) + std::size_t{1}, '\0');
-  MessageAsc_getParsingText(message, text.data(), static_cast<std::uint32_t>(text.size()));
+// Reads a text pair of an object.
+template <typename Object>
+std::string readText(const Object* object, std::uint32_t (*size)(const Object*),
+                     void (*copy)(const Object*, char*, std::uint32_t)) {
+  std::string text(size(object) + std::size_t{1}, '\0');
+  copy(object, text.data(), static_cast<std::uint32_t>(text.size()));
   text.pop_back();
   return text;
 }
@@ -41,7 +37,8 @@ void carry(const MessageCan* message, typename Writer::Object* writer, const Tar
                                                       : MessageCan_getValid(message);
   if (fits) {
     Writer::writeMessage(writer, MessageCanType::asMessage(message));
-  } else if (const std::string text = parsingTextOf(message); !text.empty()) {
+  } else if (const std::string text = readText(message, MessageCan_getParsingTextSize, MessageCan_getParsingText);
+             !text.empty()) {
     Writer::writeComment(writer, text.c_str());
   }
 }
@@ -51,7 +48,32 @@ void carry(const MessageAsc* message, typename Writer::Object* writer, const Tar
   if (MessageAsc_getValid(message)) {
     Writer::writeMessage(writer, MessageAscType::asMessage(message));
   } else {
-    Writer::writeComment(writer, parsingTextOf(message).c_str());
+    const std::string text = readText(message, MessageAsc_getParsingTextSize, MessageAsc_getParsingText);
+    Writer::writeComment(writer, text.c_str());
+  }
+}
+
+template <typename Writer>
+void carry(const MessageLin* message, typename Writer::Object* writer, const Target&) {
+  if (MessageLin_getValid(message)) {
+    Writer::writeMessage(writer, MessageLinType::asMessage(message));
+  } else {
+    const std::string text = readText(message, MessageLin_getParsingTextSize, MessageLin_getParsingText);
+    Writer::writeComment(writer, text.c_str());
+  }
+}
+
+template <typename Writer>
+void carry(const MessageBinaryFD* message, typename Writer::Object* writer, const Target& target) {
+  if (!MessageBinaryFD_getValid(message)) {
+    return;
+  }
+  if (target.format != XLATR_FORMAT_TRC || MessageBinaryFD_ValidateForTargetVersion(message, target.version)) {
+    Writer::writeMessage(writer, MessageBinaryFDType::asMessage(message));
+  }
+  const std::string text = readText(message, MessageBinaryFD_getCommentarySize, MessageBinaryFD_getCommentary);
+  if (!text.empty()) {
+    Writer::writeComment(writer, text.c_str());
   }
 }
 
@@ -88,38 +110,86 @@ void convertByObjects(const std::string& source, const std::string& targetPath, 
   }
 }
 
+// The only session of a session file, sector by sector.
+template <typename Writer>
+void convertSessionByObjects(const std::string& source, const std::string& targetPath, const Target& target) {
+  BtrInfo* const info = BtrInfo_Construct(source.c_str());
+  BtrSessionEntry* const session = BtrInfo_GetSession(info, 0);
+  BtrSessionReader* const reader = BtrSessionReader_Construct(session, true);
+  const SessionDateTime* const start = SessionDescriptor_getDateAndTime(BtrSessionEntry_getDescription(session));
+  {
+    const Owned<Writer> writer(Writer::construct(targetPath.c_str(), true, target.version));
+    Writer::setActive(writer.get(), true);
+    Writer::writeHeader2(writer.get(), reinterpret_cast<const ITraceInfo*>(info), SessionDateTime_toDouble(start));
+    SessionMessage** messages = nullptr;
+    std::uint32_t count = 0;
+    std::uint32_t sector = 0;
+    while (BtrSessionReader_ReadNextSector(reader, &messages, &count, &sector)) {
+      for (std::uint32_t index = 0; index < count; ++index) {
+        Writer::writeMessage(writer.get(), reinterpret_cast<const IMessage*>(messages[index]));
+        SessionMessage_Destruct(messages[index]);
+      }
+      BtrSessionReader_DeleteSectors(messages);
+    }
+  }
+  BtrSessionReader_Destruct(reader);
+  BtrSessionEntry_Destruct(session);
+  BtrInfo_Destruct(info);
+}
+
 class ObjectConversions : public testing::Test {
  protected:
-  // A trace of one bus in this format, made from generated traffic of all kinds.
+  // A trace of one bus in this format, made from generated traffic of all kinds that it can hold.
   std::string sourceOf(TraceFormat format, const char* extension) const {
     tracegen::RecordingOptions options;
     options.traffic = {.seed = 23, .buses = 1, .identifiers = 20, .fdShare = 30, .remoteRate = 50};
     options.maxMessages = 500;
+    std::string source = folder_.file("source" + std::string(extension));
+    if (format == XLATR_FORMAT_LIN) {
+      options.form = tracegen::Form::Lin;
+      tracegen::generateFile(options, source);
+      return source;
+    }
     const std::string trc = folder_.file("generated.trc");
     tracegen::generateFile(options, trc);
-    const std::string source = folder_.file("source" + std::string(extension));
+    convertWhole(trc, "source" + std::string(extension), {format, format == XLATR_FORMAT_TRC ? 2.1 : -1.0});
+    return source;
+  }
+
+  // By one call. Answers the bytes of the only target.
+  std::string convertWhole(const std::string& source, const std::string& name, const Target& target) const {
     Result result;
-    EXPECT_EQ(Options{.format = format}.version(format == XLATR_FORMAT_TRC ? 2.1 : -1.0).convert(trc, source, result),
+    EXPECT_EQ(Options{.format = target.format}.version(target.version).convert(source, folder_.file(name), result),
               XLATR_SUCCESS)
         << result.text();
-    return source;
+    return result.files().size() == 1 ? folder_.read(result.files().front()) : "";
+  }
+
+  void expectEqual(const std::string& written, const std::string& expected, TraceFormat format) const {
+    EXPECT_GT(expected.size(), 5000U);
+    EXPECT_EQ(withoutTimeOfWriting(written, format), withoutTimeOfWriting(expected, format));
   }
 
   template <typename Reader, typename Writer>
   void expectTheSameFile(const char* sourceExtension, const char* targetExtension, double version) const {
+    const Target target{Writer::kFormat, version};
     const std::string source = sourceOf(Reader::InfoType::kFormat, sourceExtension);
     const std::string name = "target" + std::string(targetExtension);
-    Result result;
-    ASSERT_EQ(Options{.format = Writer::kFormat}.version(version).convert(source, folder_.file(name), result),
-              XLATR_SUCCESS)
-        << result.text();
-    const std::string expected = folder_.read(name);
+    const std::string expected = convertWhole(source, name, target);
     std::filesystem::remove(folder_.file(name));
+    convertByObjects<Reader, Writer>(source, folder_.file(name), target);
+    expectEqual(folder_.read(name), expected, target.format);
+  }
 
-    convertByObjects<Reader, Writer>(source, folder_.file(name), {Writer::kFormat, version});
-    EXPECT_GT(expected.size(), 5000U);
-    EXPECT_EQ(withoutTimeOfWriting(folder_.read(name), Writer::kFormat),
-              withoutTimeOfWriting(expected, Writer::kFormat));
+  template <typename Writer>
+  void expectTheSameSession(const char* targetExtension, double version) const {
+    const Target target{Writer::kFormat, version};
+    const std::string source = sourceOf(XLATR_FORMAT_BTR, ".btr");
+    const std::string extension = targetExtension;
+    const std::string expected = convertWhole(source, "target" + extension, target);
+    // Headers name their file, and the path of a session has a separator of its own behind the folder's.
+    convertSessionByObjects<Writer>(source, folder_.path().string() + "//target_S1" + extension, target);
+    expectEqual(folder_.read("target_S1" + extension), expected, target.format);
   }
 
   TempFolder folder_;
@@ -133,6 +203,25 @@ TEST_F(ObjectConversions, ofTrc) {
   expectTheSameFile<TrcReaderType, AscWriterType>(".trc", ".asc", 8.1);
   expectTheSameFile<TrcReaderType, CsvWriterType>(".trc", ".csv", 1.0);
   expectTheSameFile<TrcReaderType, MdfWriterType>(".trc", ".mf4", 4.2);
+  expectTheSameFile<TrcReaderType, BtrcWriterType>(".trc", ".btrc", 1.0);
+  expectTheSameFile<TrcReaderType, BtrWriterType>(".trc", ".btr", 3.0);
+}
+
+TEST_F(ObjectConversions, ofBtr) {
+  expectTheSameSession<TrcWriterType>(".trc", 2.1);
+  expectTheSameSession<AscWriterType>(".asc", 8.1);
+  expectTheSameSession<CsvWriterType>(".csv", 1.0);
+}
+
+TEST_F(ObjectConversions, ofBtrc) {
+  expectTheSameFile<BtrcReaderType, TrcWriterType>(".btrc", ".trc", 2.1);
+  expectTheSameFile<BtrcReaderType, AscWriterType>(".btrc", ".asc", 8.1);
+  expectTheSameFile<BtrcReaderType, CsvWriterType>(".btrc", ".csv", 1.0);
+}
+
+TEST_F(ObjectConversions, ofLin) {
+  expectTheSameFile<KorlReaderType, AscWriterType>(".ltrc", ".asc", 8.1);
+  expectTheSameFile<KorlReaderType, CsvWriterType>(".ltrc", ".csv", 1.0);
 }
 
 TEST_F(ObjectConversions, ofMdf) {

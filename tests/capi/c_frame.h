@@ -1,0 +1,18 @@
+/* A function in C between a caller and a callee that are both C++. */
+#ifndef XLATR_TESTS_CAPI_C_FRAME_H
+#define XLATR_TESTS_CAPI_C_FRAME_H
+
+#include "xlatr/objects.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Sets the target path and adds 1 to `*returned` when that comes back. */
+void set_target_path_in_c(TrcWriter* writer, const char* path, int* returned);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
