@@ -47,10 +47,10 @@ class Library:
     """Every function by its name; objects and texts are plain pointers."""
 
     def __init__(self, path):
-        self.library = ctypes.CDLL(path)
+        self.loaded = ctypes.CDLL(path)
 
     def call(self, name, *arguments, result=None):
-        function = getattr(self.library, name)
+        function = getattr(self.loaded, name)
         function.restype = result
         return function(*arguments)
 

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "formats/mf4/block_failures.hpp"
+#include "util/byte_growth.hpp"
 #include "util/failures.hpp"
 #include "util/little_endian.hpp"
 
@@ -78,8 +79,7 @@ class FieldWriter {
 
   template <class Number>
   void number(const char* /*name*/, Number value) {
-    bytes_.resize(bytes_.size() + sizeof(Number));
-    storeLittle(bytes_.data() + bytes_.size() - sizeof(Number), value);
+    storeLittle(growBytes(bytes_, sizeof(Number)), value);
   }
   // The count is the one that the file states, which is the number of values.
   template <class Number>
@@ -93,8 +93,8 @@ class FieldWriter {
       bytes_.push_back(static_cast<std::uint8_t>(letter));
     }
   }
-  void rest(const char* /*name*/, const Bytes& value) { bytes_.insert(bytes_.end(), value.begin(), value.end()); }
-  void reserved(std::size_t count) { bytes_.resize(bytes_.size() + count); }
+  void rest(const char* /*name*/, const Bytes& value) { appendBytes(bytes_, value); }
+  void reserved(std::size_t count) { growBytes(bytes_, count); }
 
  private:
   Bytes& bytes_;

@@ -23,7 +23,7 @@ std::vector<std::uint8_t> Native_RecordInvalid::Serialize() const {
 
 void Native_RecordInvalid::appendTo(std::vector<std::uint8_t>& out) const {
   header.appendTo(out);
-  out.insert(out.end(), filler.begin(), filler.end());
+  appendBytes(out, filler);
 }
 
 std::unique_ptr<Native_RecordInvalid> Native_RecordInvalid::FromBytes(std::span<const std::uint8_t> bytes) {

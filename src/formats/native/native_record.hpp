@@ -24,6 +24,7 @@
 #include "formats/native/serializable.hpp"
 #include "formats/native/wire_layout.hpp"
 #include "messages/can_dlc.hpp"
+#include "util/byte_growth.hpp"
 
 namespace xlatr {
 
@@ -232,8 +233,7 @@ class DataFrameRecord : public FrameRecord<Record, FrameHeader> {
   }
   void appendTo(std::vector<std::uint8_t>& out) const {
     appendWire(out, this->frame);
-    const auto bytes = data();
-    out.insert(out.end(), bytes.begin(), bytes.end());
+    appendBytes(out, data());
   }
   [[nodiscard]] static std::unique_ptr<Record> FromBytes(std::span<const std::uint8_t> bytes) {
     auto record = std::make_unique<Record>();
