@@ -17,7 +17,7 @@ constexpr bool kIdleReaperPolls = true;
 
 }  // namespace
 
-std::vector<std::unique_ptr<Conversion>>* ConversionRegistry::ofTheParent_ = nullptr;
+ConversionRegistry::Conversions* ConversionRegistry::ofTheParent_ = nullptr;
 
 ConversionRegistry& ConversionRegistry::instance() {
   static ConversionRegistry registry;
@@ -34,7 +34,7 @@ ConversionRegistry::~ConversionRegistry() {
     // A process that was forked off has the registry but none of its threads: there is nobody to wait for, and the
     // conversions go on in the other process.
     reaper_.detach();
-    ofTheParent_ = new std::vector<std::unique_ptr<Conversion>>(std::move(conversions_));
+    ofTheParent_ = conversions_.release();
     return;
   }
   {
@@ -44,7 +44,7 @@ ConversionRegistry::~ConversionRegistry() {
   }
   events_.signal(changedEvent_);
   reaper_.join();
-  conversions_.clear();
+  conversions_->clear();
 }
 
 TraceFormat ConversionRegistry::convertibleFrom(TraceFormat source) {
@@ -64,13 +64,13 @@ std::int32_t ConversionRegistry::convert(const char* source, const char* target,
     auto& self = *static_cast<ConversionRegistry*>(registry);
     self.events_.signal(self.changedEvent_);
   };
-  conversions_.push_back(std::make_unique<Conversion>(source, target, options, result, onFinished, this));
-  Conversion& conversion = *conversions_.back();
+  conversions_->push_back(std::make_unique<Conversion>(source, target, options, result, onFinished, this));
+  Conversion& conversion = *conversions_->back();
   setIdle(false);
   try {
     conversion.start();
   } catch (...) {
-    conversions_.pop_back();
+    conversions_->pop_back();
     throw;
   }
   if (options.asynchronous == 0) {
@@ -84,9 +84,9 @@ std::int32_t ConversionRegistry::fillProgress(ConversionProgress* progress) {
   if (progress == nullptr) {
     return XLATR_BAD_ARGUMENT;
   }
-  const auto conversion =
-      std::ranges::find_if(conversions_, [progress](const auto& candidate) { return candidate->id() == progress->id; });
-  if (conversion == conversions_.end()) {
+  const auto conversion = std::ranges::find_if(
+      *conversions_, [progress](const auto& candidate) { return candidate->id() == progress->id; });
+  if (conversion == conversions_->end()) {
     return XLATR_UNKNOWN_CONVERSION;
   }
   (*conversion)->fillProgress(*progress);
@@ -105,7 +105,7 @@ void ConversionRegistry::reap() {
   while (!exit_) {
     {
       const MutexLock guard(lock_);
-      if (conversions_.empty() && !exit_) {
+      if (conversions_->empty() && !exit_) {
         idle_ = true;
       }
     }
@@ -115,7 +115,7 @@ void ConversionRegistry::reap() {
     }
     static_cast<void>(events_.waitAny());
     const MutexLock guard(lock_);
-    std::erase_if(conversions_, [](const auto& conversion) { return conversion->isFinished(); });
+    std::erase_if(*conversions_, [](const auto& conversion) { return conversion->isFinished(); });
   }
 }
 

@@ -38,8 +38,10 @@ class ConversionRegistry {
   void waitWhileIdle();
   void setIdle(bool idle);
 
+  using Conversions = std::vector<std::unique_ptr<Conversion>>;
+
   Mutex lock_;
-  std::vector<std::unique_ptr<Conversion>> conversions_ XLATR_GUARDED_BY(lock_);
+  std::unique_ptr<Conversions> conversions_ XLATR_GUARDED_BY(lock_) = std::make_unique<Conversions>();
   EventGroup events_;
   const EventGroup::Event changedEvent_;
   std::atomic<bool> exit_ = false;
@@ -48,7 +50,7 @@ class ConversionRegistry {
   std::thread reaper_;
 
   // Where a forked process keeps the conversions that it does not run, so that they count as held and not as leaked.
-  static std::vector<std::unique_ptr<Conversion>>* ofTheParent_;
+  static Conversions* ofTheParent_;
 };
 
 }  // namespace xlatr

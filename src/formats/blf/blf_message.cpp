@@ -111,7 +111,7 @@ void BlfMessage::takeRow(CsvMessage& row) {
   type = MessageType::Unknown;
   direction = MessageDirection::None;
   comment.swap(row.comment);
-  static_cast<BlfObjectFields&>(*this) = row;
+  static_cast<BlfObjectFields&>(*this) = static_cast<const BlfObjectFields&>(row);
 }
 
 // The width of the identifier tells its format, and not a flag: an identifier that base frames can't have is extended.

@@ -50,7 +50,8 @@ std::unique_ptr<FileHistoryBlock> FileHistoryBlock::create() {
   auto block = std::make_unique<FileHistoryBlock>();
   const DateTime now = DateTime::now();
   if (now.seconds >= 0) {
-    const auto fractionUs = static_cast<std::uint64_t>(now.millisecond * 1000 + now.microsecond);
+    const auto fractionUs =
+        static_cast<std::uint64_t>(now.millisecond) * 1000 + static_cast<std::uint64_t>(now.microsecond);
     block->data.fhTimeNs = static_cast<std::uint64_t>(now.seconds) * kNsPerSecond + fractionUs * kNsPerUs;
   }
   block->comment_.add(createHistoryComment());

@@ -23,7 +23,7 @@ std::uint64_t systemTimeOf(const DateTime& date) {
   constexpr std::int64_t kSecondsTo1970 = 62135596800;
   constexpr std::int64_t kMicrosecondsPerSecond = 1000000;
   return static_cast<std::uint64_t>((kSecondsTo1970 + date.seconds) * kMicrosecondsPerSecond +
-                                    date.millisecond * kMicrosecondsPerMillisecond + date.microsecond);
+                                    std::int64_t{date.millisecond} * kMicrosecondsPerMillisecond + date.microsecond);
 }
 
 Native_RecordTimeCalibration calibrationOf(const DateTime& date, std::uint64_t systemTime) {

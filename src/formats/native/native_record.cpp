@@ -38,7 +38,8 @@ std::unique_ptr<Native_RecordInvalid> Native_RecordInvalid::FromBytes(std::span<
 }
 
 Native_RecordTextMsg::Native_RecordTextMsg(std::string_view content) {
-  constexpr std::size_t kLongestText = std::numeric_limits<std::uint16_t>::max() / 4 * 4 - kRecordHeaderSize;
+  constexpr std::size_t kLongestText =
+      std::size_t{std::numeric_limits<std::uint16_t>::max() / 4} * 4 - kRecordHeaderSize;
   text = content.substr(0, kLongestText);
   text.resize(roundedUpToFour(text.size()), ' ');
   header = {text.size() + kRecordHeaderSize, RecordType::TextMsg};
