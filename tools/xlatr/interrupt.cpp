@@ -1,15 +1,18 @@
 #include "interrupt.hpp"
 
+#include <atomic>
 #include <csignal>
 
 namespace xlatr::cli {
 
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+// The system hands the signal to any thread, so that it is not enough to be safe from interruption by it.
+std::atomic<bool> interrupted = false;
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may touch nothing else");
 
 extern "C" void onInterrupt(int signal) {
-  interrupted = 1;
+  interrupted = true;
   std::signal(signal, SIG_DFL);
 }
 
@@ -20,7 +23,7 @@ void watchForInterrupt() {
 }
 
 bool interruptRequested() {
-  return interrupted != 0;
+  return interrupted;
 }
 
 }  // namespace xlatr::cli
