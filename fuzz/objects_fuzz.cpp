@@ -215,15 +215,23 @@ class SessionSlot {
     require((entry_ != nullptr) == (session < BtrInfo_getSessionsCount(info_.get())));
     reader_.reset(BtrSessionReader_Construct(entry_.get(), false));
   }
+  // A frame that makes no sense ends the sector with a failure, and those in front of it were handed out by then.
   void readSector(World& world) {
     SessionMessage** messages = nullptr;
     std::uint32_t count = 0;
     std::uint32_t size = 0;
-    if (!BtrSessionReader_ReadNextSector(reader_.get(), &messages, &count, &size)) {
-      require(messages == nullptr);
-      return;
+    try {
+      const bool read = BtrSessionReader_ReadNextSector(reader_.get(), &messages, &count, &size);
+      require(read || messages == nullptr);
+    } catch (const xlatr::ConverterGenericException&) {
+      takeMessages(messages, count, world);
+      throw;
     }
-    for (const std::span<SessionMessage*> all(messages, count); SessionMessage* const message : all) {
+    takeMessages(messages, count, world);
+  }
+  // All of them are released but the last, which is the one that writers get.
+  void takeMessages(SessionMessage** messages, std::uint32_t count, World& world) {
+    for (SessionMessage* const message : std::span<SessionMessage*>(messages, count)) {
       world.message = nullptr;
       message_.reset(message);
       world.message = reinterpret_cast<const IMessage*>(message);
