@@ -171,6 +171,14 @@ class ReaderSlot {
   Owned<typename Family::MessageType> message_;
 };
 
+template <auto kDestruct>
+struct Destruct {
+  template <typename Object>
+  void operator()(Object* object) const {
+    kDestruct(object);
+  }
+};
+
 // The sessions of a BTR file, whose messages come a sector at a time.
 class SessionSlot {
  public:
@@ -198,14 +206,6 @@ class SessionSlot {
   }
 
  private:
-  template <auto kDestruct>
-  struct Destruct {
-    template <typename Object>
-    void operator()(Object* object) const {
-      kDestruct(object);
-    }
-  };
-
   void reopen(const std::string& path, std::uint32_t session) {
     reader_.reset();
     entry_.reset();
@@ -250,6 +250,68 @@ class SessionSlot {
   std::unique_ptr<BtrSessionEntry, Destruct<BtrSessionEntry_Destruct>> entry_;
   std::unique_ptr<BtrSessionReader, Destruct<BtrSessionReader_Destruct>> reader_;
   std::unique_ptr<SessionMessage, Destruct<SessionMessage_Destruct>> message_;
+};
+
+// A BLF log in its three phases, in any order. Where no converter is built its queries and its launch fail.
+class LogSlot {
+ public:
+  void call(Input& input, World& world) {
+    switch (input.choice(8)) {
+      case 0:
+        world.info = nullptr;
+        reopen(world.paths.folder().path("source.blf"), world.paths.folder().path(""));
+        world.info = reinterpret_cast<const ITraceInfo*>(info_.get());
+        break;
+      case 1:
+        BlfReader_setActive(reader_.get(), input.flag());
+        break;
+      case 2:
+        static_cast<void>(BlfReader_InitializePhaseTwoWaitBlfToCsv(reader_.get(), &exitCode_));
+        break;
+      case 3:
+        BlfReader_InitializePhaseThreePrepareCsvReader(reader_.get(), input.flag() ? exitCode_ : input.byte());
+        break;
+      case 4:
+        BlfReader_KillBlfToCsv(reader_.get());
+        break;
+      case 5:
+        readNext(world);
+        break;
+      case 6:
+        static_cast<void>(BlfReader_getPercentDone(reader_.get()));
+        static_cast<void>(BlfReader_getCSVInfoStartTime(reader_.get()));
+        static_cast<void>(BlfInfo_getValid(info_.get()));
+        break;
+      default:
+        static_cast<void>(BlfMessage_isBlfCANType(message_.get()));
+        readText(input, BlfMessage_getAsCommentarySize(message_.get()), [this](char* buffer, std::uint32_t size) {
+          BlfMessage_getAsCommentary(message_.get(), buffer, size);
+        });
+        break;
+    }
+  }
+
+ private:
+  void reopen(const std::string& path, const std::string& folder) {
+    const std::unique_ptr<TraceFileInfo, Destruct<TraceFileInfo_Destruct>> file(TraceFileInfo_Construct(path.c_str()));
+    reader_.reset();
+    info_.reset();
+    info_.reset(BlfInfo_Construct(file.get()));
+    reader_.reset(BlfReader_Construct(info_.get(), folder.c_str()));
+  }
+  void readNext(World& world) {
+    BlfMessage* next = nullptr;
+    if (BlfReader_ReadNextMessage(reader_.get(), &next) && next != nullptr) {
+      world.message = nullptr;
+      message_.reset(next);
+      world.message = reinterpret_cast<const IMessage*>(next);
+    }
+  }
+
+  std::unique_ptr<BlfInfo, Destruct<BlfInfo_Destruct>> info_;
+  std::unique_ptr<BlfReader, Destruct<BlfReader_Destruct>> reader_;
+  std::unique_ptr<BlfMessage, Destruct<BlfMessage_Destruct>> message_;
+  std::int32_t exitCode_ = -1;
 };
 
 template <typename Family>
@@ -316,7 +378,7 @@ using Slots =
     std::tuple<ReaderSlot<TrcReaderType>, ReaderSlot<AscReaderType>, WriterSlot<TrcWriterType>,
                WriterSlot<AscWriterType>, WriterSlot<CsvWriterType>, ReaderSlot<BtrcReaderType>,
                WriterSlot<BtrcWriterType>, ReaderSlot<MdfReaderType>, WriterSlot<MdfWriterType>,
-               ReaderSlot<KorlReaderType>, WriterSlot<KorlWriterType>, SessionSlot, WriterSlot<BtrWriterType>>;
+               ReaderSlot<KorlReaderType>, WriterSlot<KorlWriterType>, SessionSlot, WriterSlot<BtrWriterType>, LogSlot>;
 
 template <std::size_t... kIndex>
 void callSlot(Slots& slots, std::size_t chosen, Input& input, World& world, std::index_sequence<kIndex...>) {
