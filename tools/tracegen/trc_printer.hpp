@@ -44,7 +44,7 @@ class TrcPrinter : public LinePrinter {
   void printOld(const Entry& entry, TextOutput& output);
   void printColumns(const Entry& entry, TextOutput& output);
   void printColumnsBeforeLength(const Entry& entry, TextOutput& output);
-  void printEnd(TextOutput& output) const;
+  void printLineEnd(TextOutput& output) const;
 
   TrcForm form_;
   std::uint64_t number_ = 0;
