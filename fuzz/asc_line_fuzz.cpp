@@ -3,7 +3,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -11,17 +10,14 @@
 #include "formats/asc/asc_mapping.hpp"
 #include "formats/asc/asc_message.hpp"
 #include "formats/trc/trc_mapping.hpp"
+#include "target.hpp"
 #include "util/text_buffer.hpp"
 
 namespace {
 
-constexpr std::array<double, 8> kVersions{0.0, 7.0, 7.5, 8.1, 8.5, 15.0, 5.0, -1.0};
+using fuzz::require;
 
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+constexpr std::array<double, 8> kVersions{0.0, 7.0, 7.5, 8.1, 8.5, 15.0, 5.0, -1.0};
 
 std::string textOf(const xlatr::AscMessage& message, bool version8) {
   xlatr::TextBuffer out;
@@ -70,8 +66,6 @@ void checkMessage(const xlatr::AscMessage& message) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) {

@@ -2,7 +2,6 @@
 // understand each row of the table as it was meant.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -11,16 +10,13 @@
 #include "blf2csv/table_conversion.hpp"
 #include "formats/csv/csv_message.hpp"
 #include "scratch_folder.hpp"
+#include "target.hpp"
 
 namespace {
 
-constexpr std::size_t kMostData = 64;
+using fuzz::require;
 
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+constexpr std::size_t kMostData = 64;
 
 std::string_view takeLine(std::string_view& text) {
   const std::size_t end = text.find('\n');
@@ -64,8 +60,6 @@ std::string tableOf(const std::string& path, blf2csv::Remarks& remarks) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const fuzz::ScratchFolder folder;

@@ -2,7 +2,6 @@
 // functions. The lowest bits of the first byte choose the target, the rest of the input is the file.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <ios>
 #include <memory>
 #include <span>
@@ -11,34 +10,24 @@
 
 #include "scratch_folder.hpp"
 #include "support/object_families.hpp"
+#include "target.hpp"
 #include "xlatr/failures.hpp"
 #include "xlatr/objects.h"
 
 namespace {
 
+using fuzz::require;
+
 using xlatr::test::AscWriterType;
 using xlatr::test::CsvWriterType;
+using xlatr::test::Destructor;
 using xlatr::test::Owned;
 using xlatr::test::TrcWriterType;
-
-template <auto kDestruct>
-struct Destructor {
-  template <typename Object>
-  void operator()(Object* object) const {
-    kDestruct(object);
-  }
-};
 
 using Info = std::unique_ptr<BtrInfo, Destructor<BtrInfo_Destruct>>;
 using Entry = std::unique_ptr<BtrSessionEntry, Destructor<BtrSessionEntry_Destruct>>;
 using Reader = std::unique_ptr<BtrSessionReader, Destructor<BtrSessionReader_Destruct>>;
 using Message = std::unique_ptr<SessionMessage, Destructor<SessionMessage_Destruct>>;
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
 
 struct Sector {
   bool read = false;
@@ -102,8 +91,6 @@ void checkEntry(const BtrInfo* info, const BtrSessionEntry* entry, std::uint32_t
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const fuzz::ScratchFolder folder;

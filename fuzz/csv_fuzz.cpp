@@ -2,21 +2,17 @@
 // read again, into a message that is used again, and must be the same.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "formats/csv/csv_reader.hpp"
 #include "scratch_folder.hpp"
+#include "target.hpp"
 
 namespace {
 
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+using fuzz::require;
 
 void checkInfo(const xlatr::CsvInfo& info) {
   require(info.getValid());
@@ -73,8 +69,6 @@ void readTwice(const std::string& path) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const fuzz::ScratchFolder folder;

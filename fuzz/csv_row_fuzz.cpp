@@ -2,23 +2,19 @@
 // row of ours that was understood is printed, read and printed again, which changes nothing any more.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "formats/csv/csv_message.hpp"
+#include "target.hpp"
 
 namespace {
+
+using fuzz::require;
 
 constexpr std::uint64_t kNumber = 7;
 constexpr char kWideColumns[] =
     "Number;Time (ms);Bus;Direction;Type;ID/PID (hex);Reserved;VCID;SDT;AF;RRS;SEC;Length;D0;D1;;D...";
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
 
 xlatr::CsvMessage parsed(const xlatr::CsvColumnLine& line, const std::string& row, bool blfRow) {
   xlatr::CsvMessage message(line.separator);
@@ -57,8 +53,6 @@ void printAndReadAgain(xlatr::CsvMessage message) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // Copies of the exact size, so that a read past the end is seen.

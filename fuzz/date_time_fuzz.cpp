@@ -2,12 +2,12 @@
 // selects one of them. Whatever they read must print, and what a text form printed must be read back as the same date.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "target.hpp"
 #include "util/date_fields.hpp"
 #include "util/date_names.hpp"
 #include "util/date_time.hpp"
@@ -15,13 +15,9 @@
 
 namespace {
 
-using xlatr::DateTime;
+using fuzz::require;
 
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+using xlatr::DateTime;
 
 // What `make` returns, or nothing if it raises the one exception that it may raise.
 template <typename Make>
@@ -85,8 +81,6 @@ void checkDays(std::string_view bytes) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) {

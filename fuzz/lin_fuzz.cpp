@@ -2,7 +2,6 @@
 // input is the file. What was read is read again, into a message that is used again, and must be the same.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 #include <string>
 #include <vector>
@@ -11,15 +10,12 @@
 #include "formats/csv/csv_writer.hpp"
 #include "formats/lin/lin_reader.hpp"
 #include "scratch_folder.hpp"
+#include "target.hpp"
 #include "util/failures.hpp"
 
 namespace {
 
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+using fuzz::require;
 
 // What of a message tells it from another.
 std::string imageOf(const xlatr::KorlMessage& message) {
@@ -66,8 +62,6 @@ void readTwice(const std::string& path, xlatr::ITraceWriter& table, xlatr::ITrac
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const fuzz::ScratchFolder folder;

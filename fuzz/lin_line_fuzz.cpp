@@ -2,20 +2,16 @@
 // understood and that a line can show is read again as the same frame.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "formats/lin/lin_message.hpp"
+#include "target.hpp"
 
 namespace {
 
-constexpr std::uint32_t kShownErrors = 0xFF;
+using fuzz::require;
 
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+constexpr std::uint32_t kShownErrors = 0xFF;
 
 std::string printed(const xlatr::KorlMessage& message, double version) {
   xlatr::TextBuffer out;
@@ -29,8 +25,6 @@ bool canBeShown(const xlatr::KorlMessage& message) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // A copy of the exact size, so that a read past the end is seen.

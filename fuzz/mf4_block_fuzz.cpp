@@ -2,25 +2,21 @@
 // a file that begins with the block; its links lead into the same bytes.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "formats/mf4/block_header.hpp"
+#include "target.hpp"
 #include "xlatr/failures.hpp"
 
 namespace {
 
+using fuzz::require;
+
 using xlatr::BlockStream;
 using xlatr::BlockTypeId;
 using xlatr::Bytes;
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
 
 // What is written of a block is read as the same. The length in its head also counts bytes behind its fields; a text
 // may state a length that does not even hold its head, and is empty then.
@@ -136,8 +132,6 @@ void readAs(BlockStream& stream, BlockTypeId type) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   constexpr std::size_t kLargestInput = std::size_t{1} << 16;

@@ -3,7 +3,6 @@
 // message made of them must say what it is, survive being mapped and be written again as the record that it was.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 #include <vector>
 
@@ -12,17 +11,14 @@
 #include "formats/native/native_record.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_mapping.hpp"
+#include "target.hpp"
 
 namespace {
 
+using fuzz::require;
+
 using xlatr::RecordType;
 using xlatr::ZelkBinaryMessage;
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
 
 // What a record gives back is the beginning of what it was made from.
 template <class... Records>
@@ -83,8 +79,6 @@ void checkMappings(const ZelkBinaryMessage& message) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   constexpr std::size_t kPrefix = 3;

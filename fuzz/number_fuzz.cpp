@@ -4,22 +4,18 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "messages/enumerations.hpp"
+#include "target.hpp"
 #include "util/numbers.hpp"
 #include "xlatr/failures.hpp"
 
 namespace {
 
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+using fuzz::require;
 
 // What `parse` returns, or nothing if it raises the one exception that it may raise.
 template <typename Parse>
@@ -115,8 +111,6 @@ void checkWords(std::string_view text) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // A copy of the exact size, so that a read past the end is seen.

@@ -338,15 +338,13 @@ TYPED_TEST(ReaderFamily, readsAllMessagesAndTellsHowFarItIs) {
   EXPECT_FALSE(this->next(reader));
 }
 
+// One that reads its file once only is inactive then.
 TYPED_TEST(ReaderFamily, startsAgainWhenItIsActivatedAgain) {
-  if (!kReadsAgain<TypeParam>) {
-    GTEST_SKIP() << "serves one pass";
-  }
   const auto reader = this->make();
   ASSERT_TRUE(TypeParam::setActive(reader.get(), true));
   EXPECT_TRUE(this->next(reader));
-  ASSERT_TRUE(TypeParam::setActive(reader.get(), true));
-  EXPECT_EQ(this->countValid(reader), 2);
+  EXPECT_EQ(TypeParam::setActive(reader.get(), true), kReadsAgain<TypeParam>);
+  EXPECT_EQ(this->countValid(reader), kReadsAgain<TypeParam> ? 2 : 0);
 }
 
 TYPED_TEST(ReaderFamily, keepsAnInformationObjectOfItsOwn) {

@@ -12,12 +12,14 @@
 #include <vector>
 
 #include "conversions/conversion_support.hpp"
+#include "support/object_families.hpp"
 #include "xlatr/objects.h"
 
 namespace xlatr::conversions {
 namespace {
 
 namespace fs = std::filesystem;
+using test::Destructor;
 
 fs::path csvGolden(const std::string& name) {
   return goldenDirectory().parent_path() / "csv" / name;
@@ -82,14 +84,6 @@ INSTANTIATE_TEST_SUITE_P(All, CsvTable,
                            return "from" + version + "with" + std::get<1>(test.param).name;
                          });
 
-template <auto kDestruct>
-struct Release {
-  template <class Object>
-  void operator()(Object* object) const {
-    kDestruct(object);
-  }
-};
-
 class CsvTableOfObjects : public testing::TestWithParam<std::string> {};
 
 // Only a writer object takes a separator of several characters.
@@ -97,16 +91,16 @@ TEST_P(CsvTableOfObjects, isTheGoldenFile) {
   const std::string source = sourceName(GetParam());
   const WorkingDirectory directory;
   fs::copy_file(goldenDirectory() / source, source);
-  const std::unique_ptr<TrcInfo, Release<TrcInfo_Destruct>> info(TrcInfo_Construct_2(source.c_str()));
-  const std::unique_ptr<TrcReader, Release<TrcReader_Destruct>> reader(TrcReader_Construct(info.get()));
-  const std::unique_ptr<CsvWriter, Release<CsvWriter_Destruct>> writer(CsvWriter_Construct("out.csv", false, 1.0));
+  const std::unique_ptr<TrcInfo, Destructor<TrcInfo_Destruct>> info(TrcInfo_Construct_2(source.c_str()));
+  const std::unique_ptr<TrcReader, Destructor<TrcReader_Destruct>> reader(TrcReader_Construct(info.get()));
+  const std::unique_ptr<CsvWriter, Destructor<CsvWriter_Destruct>> writer(CsvWriter_Construct("out.csv", false, 1.0));
   CsvWriter_setSeparator(writer.get(), " | ");
   CsvWriter_setActive(writer.get(), true);
   CsvWriter_WriteHeader(writer.get(), reinterpret_cast<const ITraceInfo*>(info.get()));
   ASSERT_TRUE(TrcReader_setActive(reader.get(), true));
   MessageCan* next = nullptr;
   while (TrcReader_ReadNextMessage(reader.get(), &next)) {
-    const std::unique_ptr<MessageCan, Release<MessageCan_Destruct>> message(next);
+    const std::unique_ptr<MessageCan, Destructor<MessageCan_Destruct>> message(next);
     if (MessageCan_getValid(next)) {
       CsvWriter_WriteMessage(writer.get(), reinterpret_cast<const IMessage*>(next));
       continue;

@@ -18,11 +18,19 @@ struct Release {
 template <typename Family>
 using Owned = std::unique_ptr<typename Family::Object, Release<Family>>;
 
+// Releases an object that is of none of the families below.
+template <auto kDestruct>
+struct Destructor {
+  template <typename Object>
+  void operator()(Object* object) const {
+    kDestruct(object);
+  }
+};
+
 // The information object of a file.
 template <typename InfoFamily>
 Owned<InfoFamily> openInfo(const char* path) {
-  const std::unique_ptr<TraceFileInfo, decltype(&TraceFileInfo_Destruct)> file(TraceFileInfo_Construct(path),
-                                                                               &TraceFileInfo_Destruct);
+  const std::unique_ptr<TraceFileInfo, Destructor<TraceFileInfo_Destruct>> file(TraceFileInfo_Construct(path));
   return Owned<InfoFamily>(InfoFamily::construct(file.get()));
 }
 
