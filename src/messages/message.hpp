@@ -44,6 +44,15 @@ class Message : public IMessage {
   bool valid = false;
   std::uint32_t length = 0;        // bytes, which may be more than `data` holds (a remote frame has a length, no data)
   std::vector<std::uint8_t> data;  // the payload
+
+ protected:
+  // What a message without content has; `data` keeps its room, so that a message can be filled again and again.
+  void resetCommonFields() {
+    id = kNoIdentifier;
+    valid = false;
+    length = 0;
+    data.clear();
+  }
 };
 
 // The fields of a message on a CAN bus.
@@ -53,6 +62,16 @@ class MessageStyleCan : public Message {
   MessageType type = MessageType::Unknown;
   MessageDirection direction = MessageDirection::None;
   bool extended = false;  // 29-bit identifier
+
+ protected:
+  // `noBus`: what the format takes for a bus that was not told.
+  void resetCommonFields(std::uint32_t noBus) {
+    Message::resetCommonFields();
+    bus = noBus;
+    type = MessageType::Unknown;
+    direction = MessageDirection::None;
+    extended = false;
+  }
 };
 
 }  // namespace xlatr

@@ -6,14 +6,7 @@
 namespace xlatr {
 
 void AscMessage::reset() {
-  id = kNoIdentifier;
-  valid = false;
-  length = 0;
-  data.clear();
-  bus = 0;
-  type = MessageType::Unknown;
-  direction = MessageDirection::None;
-  extended = false;
+  resetCommonFields(0);
   time = 0.0;
   parsingText.clear();
   commentText.clear();

@@ -6,14 +6,7 @@
 namespace xlatr {
 
 void CsvMessage::reset() {
-  id = kNoIdentifier;
-  valid = false;
-  length = 0;
-  data.clear();
-  bus = 255;
-  type = MessageType::Unknown;
-  direction = MessageDirection::None;
-  extended = false;
+  resetCommonFields(255);
   kind = MessageKind::Unknown;
   time = 0.0;
   remote = false;

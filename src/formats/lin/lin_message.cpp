@@ -6,10 +6,7 @@
 namespace xlatr {
 
 void KorlMessage::reset() {
-  id = kNoIdentifier;
-  valid = false;
-  length = 0;
-  data.clear();
+  resetCommonFields();
   direction = DirectionType::Unknown;
   checksum = 0;
   checksumType = ChecksumType::Unknown;

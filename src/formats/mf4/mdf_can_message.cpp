@@ -3,14 +3,9 @@
 namespace xlatr {
 
 void MdfCanMessage::reset() {
-  id = kNoIdentifier;
-  valid = false;
-  length = 0;
-  data.clear();
-  bus = 1;
+  resetCommonFields(1);
   type = MessageType::Rx;
   direction = MessageDirection::Rx;
-  extended = false;
   dlc = 0;
   isRemote = false;
   kind = MessageKind::DT;

@@ -155,14 +155,7 @@ bool ZelkBinaryMessage::getValid() const {
 }
 
 void ZelkBinaryMessage::reset() {
-  id = kNoIdentifier;
-  valid = false;
-  length = 0;
-  data.clear();
-  bus = 1;
-  type = MessageType::Unknown;
-  direction = MessageDirection::None;
-  extended = false;
+  resetCommonFields(1);
   timestamp = 0;
   kind = MessageKind::Unknown;
   remote = false;

@@ -7,14 +7,7 @@
 namespace xlatr {
 
 void BrixMessage::reset() {
-  id = kNoIdentifier;
-  valid = false;
-  length = 0;
-  data.clear();
-  bus = 1;
-  type = MessageType::Unknown;
-  direction = MessageDirection::None;
-  extended = false;
+  resetCommonFields(1);
   timeOffset = 0.0;
   kind = MessageKind::Unknown;
   comment.clear();

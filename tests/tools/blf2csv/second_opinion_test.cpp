@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/blf_builder.hpp"
+#include "support/recordings.hpp"
 #include "tools/blf2csv/table.hpp"
 #include "tracegen/generator.hpp"
 
@@ -225,19 +226,15 @@ TEST(SecondOpinionOfRecordings, EveryObjectIsAsListed) {
   if (!fs::exists(recordings)) {
     GTEST_SKIP() << "there are no recordings in " << recordings;
   }
-  std::size_t logs = 0;
-  for (const auto& entry : fs::directory_iterator(recordings)) {
-    if (entry.path().extension() != ".blf") {
-      continue;
-    }
-    SCOPED_TRACE(entry.path().filename());
-    ++logs;
-    const Converted converted = convertLog(readFile(entry.path()));
+  const std::vector<fs::path> logs = xlatr::test::recordingsIn(recordings, ".blf");
+  ASSERT_FALSE(logs.empty());
+  for (const fs::path& log : logs) {
+    SCOPED_TRACE(log.filename());
+    const Converted converted = convertLog(readFile(log));
     EXPECT_TRUE(converted.table.starts_with("$BLFSTARTTIME=14/11/2023 22:13:20.123\n"));
     EXPECT_TRUE(converted.remarks.lines().empty());
     const std::vector<Row> rows = readRows(converted.table);
-    const std::vector<std::string> lines =
-        split(readFile(fs::path(entry.path()).replace_extension(".expected.csv")), '\n');
+    const std::vector<std::string> lines = split(readFile(xlatr::test::frameListOf(log)), '\n');
     ASSERT_EQ(rows.size() + 2, lines.size());
     for (std::size_t index = 0; index < rows.size(); ++index) {
       // time_ns, kind, bus, id, ide, dir, edl, brs, esi, dlc, length, data, err
@@ -263,7 +260,6 @@ TEST(SecondOpinionOfRecordings, EveryObjectIsAsListed) {
       }
     }
   }
-  EXPECT_GT(logs, 0U);
 }
 
 }  // namespace
