@@ -7,6 +7,8 @@
 
 #include "formats/trc/trc_message.hpp"
 #include "messages/can_dlc.hpp"
+#include "messages/error_type.hpp"
+#include "messages/fd_kind.hpp"
 #include "util/failures.hpp"
 #include "util/render.hpp"
 
@@ -17,32 +19,16 @@ namespace {
 constexpr std::uint8_t kErrorDirection = 0x80;
 constexpr std::uint8_t kErrorClass = 0x70;
 constexpr std::uint8_t kErrorCounters = 0x40;  // the class of a change of counters
-
-// The class of an error record, and what TRC calls it.
-struct ErrorClass {
-  std::uint8_t flags;
-  std::uint32_t id;
-};
-constexpr std::array kErrorClasses = {ErrorClass{0x00, 1}, ErrorClass{0x10, 2}, ErrorClass{0x20, 4},
-                                      ErrorClass{0x30, 8}};
+constexpr unsigned kErrorClassShift = 4;       // to and from the type of an error
 
 std::uint32_t idOfErrorFlags(std::uint8_t flags) {
-  for (const ErrorClass& known : kErrorClasses) {
-    if (known.flags == (flags & kErrorClass)) {
-      return known.id;
-    }
-  }
-  return 0;
+  const std::uint32_t type = (flags & kErrorClass) >> kErrorClassShift;
+  return type <= kOtherError ? trcIdOfErrorType(type) : 0;
 }
 
-// What is no known type counts as the last one.
+// What is no known type counts as another error.
 std::uint8_t flagsOfErrorId(std::uint32_t id) {
-  for (const ErrorClass& known : kErrorClasses) {
-    if (known.id == id) {
-      return known.flags;
-    }
-  }
-  return kErrorClasses.back().flags;
+  return static_cast<std::uint8_t>(errorTypeOfTrcId(id).value_or(kOtherError) << kErrorClassShift);
 }
 
 // The flags of a status record, and the bits of a bus status that they stand for.
@@ -54,18 +40,10 @@ constexpr std::array kStatusFlags = {StatusFlag{0x80, WarningErrors::BusOff},
                                      StatusFlag{0x40, WarningErrors::BusWarning},
                                      StatusFlag{0x20, WarningErrors::BusPassive}};
 
-MessageKind kindOfFdFlags(std::uint16_t flags) {
-  const bool brs = (flags & frame_flag::kBrs) != 0;
-  if ((flags & frame_flag::kEsi) != 0) {
-    return brs ? MessageKind::BI : MessageKind::FE;
-  }
-  return brs ? MessageKind::FB : MessageKind::FD;
-}
-
 std::uint16_t fdFlagsOfKind(MessageKind kind) {
-  const bool brs = kind == MessageKind::FB || kind == MessageKind::BI;
-  const bool esi = kind == MessageKind::FE || kind == MessageKind::BI;
-  return static_cast<std::uint16_t>(frame_flag::kFd | (brs ? frame_flag::kBrs : 0) | (esi ? frame_flag::kEsi : 0));
+  const int brs = hasBrs(kind) ? frame_flag::kBrs : 0;
+  const int esi = hasEsi(kind) ? frame_flag::kEsi : 0;
+  return static_cast<std::uint16_t>(frame_flag::kFd | brs | esi);
 }
 
 // Text pieced together from texts and numbers.
@@ -264,7 +242,7 @@ bool ZelkBinaryMessage::readFrame(const TimeScale& timeScale) {
   extended = (frame.info.flags & frame_flag::kExtended) != 0;
   direction = kReceived ? MessageDirection::Rx : MessageDirection::Tx;
   if (fd) {
-    kind = kindOfFdFlags(frame.info.flags);
+    kind = fdKind((frame.info.flags & frame_flag::kBrs) != 0, (frame.info.flags & frame_flag::kEsi) != 0);
     length = kDlcLengths[dlc];
   } else {
     type = kReceived ? MessageType::Rx : MessageType::Tx;
