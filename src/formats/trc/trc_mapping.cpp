@@ -89,15 +89,8 @@ void mapToTrc(const AscMessage& source, BrixMessage& target) {
 }
 
 void mapToTrc(const MdfCanMessage& source, BrixMessage& target) {
-  prepare(target);
+  prepare(source, target);
   target.timeOffset = source.time / 1000.0;
-  target.bus = source.bus;
-  target.id = source.id;
-  target.extended = source.extended;
-  target.valid = source.valid;
-  target.length = source.length;
-  target.type = source.type;
-  target.direction = source.direction;
   target.kind = source.kind;
   target.remote = source.isRemote;
   if (source.type == MessageType::Error) {
@@ -134,15 +127,9 @@ void mapToTrc(const SessionMessage& source, BrixMessage& target) {
 
 void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target) {
   constexpr double kMicrosecondsPerMillisecond = 1000.0;
-  prepare(target);
+  prepare(source, target);
   target.timeOffset = static_cast<double>(source.timestamp) / kMicrosecondsPerMillisecond;
   target.bus = source.bus + 1;
-  target.id = source.id;
-  target.extended = source.extended;
-  target.valid = source.getValid();
-  target.length = source.length;
-  target.type = source.type;
-  target.direction = source.direction;
   target.kind = source.kind;
   target.remote = source.remote;
   target.parsingText = source.commentary;
