@@ -1,8 +1,7 @@
 #include "formats/native/zelk_message.hpp"
 
-#include <algorithm>
-#include <array>
 #include <concepts>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
