@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/trc/trc_mapping.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "support/btrc_image.hpp"
 #include "util/failures.hpp"
@@ -116,6 +117,19 @@ TEST(ZelkMessage, takesFdFramesByTheirFlags) {
     EXPECT_EQ(tx.length, 64U);
     EXPECT_EQ(tx.data.size(), 16U) << "nothing is made up for what the record lost";
   }
+}
+
+TEST(ZelkMessage, ignoresFlagsThatItDoesNotKnow) {
+  const ZelkBinaryMessage classic = read(received(1, 9, frameInfo(0, 4, 0xFF8C, 0x100), "1234"));
+  EXPECT_TRUE(classic.getValid());
+  EXPECT_EQ(classic.kind, MessageKind::DT);
+  EXPECT_FALSE(classic.extended);
+  EXPECT_FALSE(classic.remote);
+  const ZelkBinaryMessage fd = read(received(3, 9, frameInfo(0, 4, 0xFF9C, 0x100), "1234"));
+  EXPECT_TRUE(fd.getValid());
+  EXPECT_EQ(fd.kind, MessageKind::FD);
+  EXPECT_FALSE(fd.extended);
+  EXPECT_FALSE(fd.remote);
 }
 
 TEST(ZelkMessage, lengthOfAClassicFrameIsItsDlcAlsoAbove8) {
@@ -412,6 +426,17 @@ TEST(ZelkMessage, takesTheFieldsOfAMessage) {
   EXPECT_EQ(message.GetRecordType(), RecordType::CanRxMsg);
 }
 
+// A source without a bus, which has no form of its own in a record.
+TEST(ZelkMessage, bus0IsTheLastOneThatARecordHolds) {
+  BrixMessage source = brixMessage({});
+  source.bus = 0;
+  const ZelkBinaryMessage message(source);
+  EXPECT_EQ(message.rawBytes, bytesOf(received(1, 2500, frameInfo(0xFF, 2, 0, 0x123), std::string("\x0A\xB0\0\0", 4))));
+  BrixMessage back;
+  mapToTrc(ZelkBinaryMessage(RecordType::CanRxMsg, message.rawBytes, -6), back);
+  EXPECT_EQ(back.bus, 256U);
+}
+
 TEST(ZelkMessage, makesDataFrames) {
   EXPECT_EQ(imageOf({}), received(1, 2500, frameInfo(2, 2, 0, 0x123), std::string("\x0A\xB0\0\0", 4)));
   EXPECT_EQ(imageOf({.direction = kTx, .extended = true}),
@@ -462,6 +487,8 @@ TEST(ZelkMessage, sentFdFrameOf64BytesKeeps16) {
 TEST(ZelkMessage, makesRemoteFramesWithoutData) {
   const std::string rx = number(24, 2) + number(2, 2) + number(2500, 8) + frameInfo(2, 2, 3, 0x123);
   EXPECT_EQ(imageOf({.kind = MessageKind::RR, .extended = true}), rx) << "declares 24 bytes and has 20";
+  const std::string longRx = number(32, 2) + number(2, 2) + number(2500, 8) + frameInfo(2, 9, 1, 0x123);
+  EXPECT_EQ(imageOf({.kind = MessageKind::RR, .length = 12}), longRx) << "declares 32 bytes and has 20";
   EXPECT_EQ(imageOf({.kind = MessageKind::RR, .direction = kTx}), sent(5, 2500, frameInfo(2, 2, 1, 0x123), ""));
 }
 
