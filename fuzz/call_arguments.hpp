@@ -16,8 +16,8 @@
 
 namespace fuzz {
 
-// Chooses arguments by bytes from the front of an input; by zeros when they are used up. Several of them in one call are
-// taken one after the other in front of it, for compilers differ in the order in which they work out arguments.
+// Chooses arguments by bytes from the front of an input; by zeros when they are used up. Several of them in one call
+// are taken one after the other in front of it, for compilers differ in the order in which they work out arguments.
 class Arguments {
  public:
   Arguments(std::span<const std::uint8_t> bytes, const ScratchFolder& folder) : bytes_(bytes), folder_(folder) {}

@@ -125,9 +125,7 @@ inline constexpr auto kMessageCalls<MessageCan> = std::to_array<Call<MessageCan>
     get<MessageCan_getValid>,
     get<MessageCan_getBus>,
     getText<MessageCan_getParsingTextSize, MessageCan_getParsingText>,
-    [](MessageCan* message, Arguments& arguments) {
-      MessageCan_ValidateForTargetVersion(message, arguments.number());
-    },
+    [](MessageCan* message, Arguments& arguments) { MessageCan_ValidateForTargetVersion(message, arguments.number()); },
 });
 
 template <>

@@ -1,5 +1,5 @@
-// Objects that are made, called and released in any order. A slot holds one object of each family that belongs together,
-// or null, and its `call` does one thing to one of them.
+// Objects that are made, called and released in any order. A slot holds one object of each family that belongs
+// together, or null, and its `call` does one thing to one of them.
 #pragma once
 
 #include <cstdint>
