@@ -103,6 +103,10 @@ TEST_F(TrcWriterTest, writesNothingOfAVersionThatItDoesNotKnow) {
   writer.setActive(true);
   writer.WriteHeader(StubInfo("x.trc"));
   writer.WriteMessage(frame());
+  AscMessage mapped;
+  mapped.parseLine("0.5 2 123 Rx d 1 AA", 7.0);
+  ASSERT_TRUE(mapped.getValid());
+  writer.WriteMessage(mapped);
   writer.setActive(false);
   EXPECT_EQ(folder_.read("x.trc"), "");
 }
