@@ -96,7 +96,8 @@ TEST(ValueTableTest, answersAsAWalkWouldWhateverTheOrder) {
     }
     const ValueTable table(elements);
     for (const double input : {kNan, kInfinity, -kInfinity, number(32) / 2 - 4, number(32) / 2 - 4, number(32) - 8}) {
-      ASSERT_TRUE(same(table.lookUp(input), walk(elements, input))) << input << " in " << testing::PrintToString(elements);
+      ASSERT_TRUE(same(table.lookUp(input), walk(elements, input)))
+          << input << " in " << testing::PrintToString(elements);
     }
   }
 }

@@ -87,6 +87,17 @@ TEST(BtrcMapping, takesTheFieldsOfAMessage) {
   EXPECT_EQ(message.GetRecordType(), RecordType::CanRxMsg);
 }
 
+// A source without a bus, which has no form of its own in a record.
+TEST(BtrcMapping, bus0IsTheLastOneThatARecordHolds) {
+  BrixMessage source = brixMessage({});
+  source.bus = 0;
+  const ZelkBinaryMessage message(source);
+  EXPECT_EQ(message.rawBytes, bytesOf(received(1, 2500, frameInfo(0xFF, 2, 0, 0x123), std::string("\x0A\xB0\0\0", 4))));
+  BrixMessage back;
+  mapToTrc(ZelkBinaryMessage(RecordType::CanRxMsg, message.rawBytes, -6), back);
+  EXPECT_EQ(back.bus, 256U);
+}
+
 TEST(BtrcMapping, makesDataFrames) {
   EXPECT_EQ(imageOf({}), received(1, 2500, frameInfo(2, 2, 0, 0x123), std::string("\x0A\xB0\0\0", 4)));
   EXPECT_EQ(imageOf({.direction = kTx, .extended = true}),
@@ -137,6 +148,8 @@ TEST(BtrcMapping, sentFdFrameOf64BytesKeeps16) {
 TEST(BtrcMapping, makesRemoteFramesWithoutData) {
   const std::string rx = number(24, 2) + number(2, 2) + number(2500, 8) + frameInfo(2, 2, 3, 0x123);
   EXPECT_EQ(imageOf({.kind = MessageKind::RR, .extended = true}), rx) << "declares 24 bytes and has 20";
+  const std::string longRx = number(32, 2) + number(2, 2) + number(2500, 8) + frameInfo(2, 9, 1, 0x123);
+  EXPECT_EQ(imageOf({.kind = MessageKind::RR, .length = 12}), longRx) << "declares 32 bytes and has 20";
   EXPECT_EQ(imageOf({.kind = MessageKind::RR, .direction = kTx}), sent(5, 2500, frameInfo(2, 2, 1, 0x123), ""));
 }
 

@@ -114,6 +114,19 @@ TEST(ZelkMessage, takesFdFramesByTheirFlags) {
   }
 }
 
+TEST(ZelkMessage, ignoresFlagsThatItDoesNotKnow) {
+  const ZelkBinaryMessage classic = read(received(1, 9, frameInfo(0, 4, 0xFF8C, 0x100), "1234"));
+  EXPECT_TRUE(classic.getValid());
+  EXPECT_EQ(classic.kind, MessageKind::DT);
+  EXPECT_FALSE(classic.extended);
+  EXPECT_FALSE(classic.remote);
+  const ZelkBinaryMessage fd = read(received(3, 9, frameInfo(0, 4, 0xFF9C, 0x100), "1234"));
+  EXPECT_TRUE(fd.getValid());
+  EXPECT_EQ(fd.kind, MessageKind::FD);
+  EXPECT_FALSE(fd.extended);
+  EXPECT_FALSE(fd.remote);
+}
+
 TEST(ZelkMessage, lengthOfAClassicFrameIsItsDlcAlsoAbove8) {
   EXPECT_EQ(read(received(1, 9, frameInfo(0, 12, 0, 1), "12345678")).length, 12U);
   EXPECT_EQ(read(received(1, 9, frameInfo(0, 0xF2, 0, 1), "1234")).length, 2U);
