@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/trc/trc_mapping.hpp"
 #include "support/btrc_image.hpp"
 
 namespace xlatr {
@@ -91,7 +92,7 @@ TEST(BtrcMapping, takesTheFieldsOfAMessage) {
 TEST(BtrcMapping, bus0IsTheLastOneThatARecordHolds) {
   BrixMessage source = brixMessage({});
   source.bus = 0;
-  const ZelkBinaryMessage message(source);
+  const ZelkBinaryMessage message = mapped(source);
   EXPECT_EQ(message.rawBytes, bytesOf(received(1, 2500, frameInfo(0xFF, 2, 0, 0x123), std::string("\x0A\xB0\0\0", 4))));
   BrixMessage back;
   mapToTrc(ZelkBinaryMessage(RecordType::CanRxMsg, message.rawBytes, -6), back);
