@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "platform/calendar.hpp"
+#include "util/date_time.hpp"
 #include "util/numbers.hpp"
 #include "util/text.hpp"
 
@@ -82,9 +83,10 @@ double toDays(const DateText& date) {
   if (seconds < 0) {
     return 0.0;
   }
-  constexpr double kEpochSeconds = 2209161600.0;  // from 1899-12-30 to 1970-01-01
-  constexpr double kSecondsPerDay = 86400.0;
-  return (millisecond / 1000.0 + static_cast<double>(seconds) + kEpochSeconds) / kSecondsPerDay;
+  DateTime start;
+  start.seconds = seconds;
+  start.millisecond = millisecond;
+  return start.toOleDateFractionFirst();
 }
 
 }  // namespace
