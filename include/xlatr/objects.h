@@ -566,7 +566,8 @@ XLATR_API void MessageBinaryFD_getCommentary(const MessageBinaryFD* message, cha
    every writer, ConverterProcessingExceptions. */
 XLATR_API BtrcWriter* BtrcWriter_Construct(const char* targetPath, bool overrideExistingFile, double version);
 XLATR_API void BtrcWriter_Destruct(BtrcWriter* writer);
-/* A new, inactive writer with the same target path, override flag, version and owner bus; the caller owns it. */
+/* A new, inactive writer with the same target path, override flag, version, owner bus and source path; the caller owns
+   it. */
 XLATR_API BtrcWriter* BtrcWriter_CreateNew(const BtrcWriter* writer);
 /* Write the head of the target version at the start of the file, with the source's start time; the second form sets the
    start time (days since 1899-12-30). The times of all messages behind it are moved to that start. */

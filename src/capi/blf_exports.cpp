@@ -3,6 +3,13 @@
 
 using xlatr::capi::object;
 
+namespace {
+
+// Asked while the library is loaded: what becomes of the converter later does not change it.
+[[maybe_unused]] const double kConverterVersionAtLoad = xlatr::blfCurrentVersion();
+
+}  // namespace
+
 XLATR_INFO_FORMAT_DESCRIPTION(BlfInfo, XLATR_FORMAT_BLF)
 XLATR_INFO_OBJECT_FAMILY(BlfInfo)
 

@@ -11,7 +11,16 @@ class AscSource final : public TraceSource {
 
   [[nodiscard]] const ITraceInfo& info() const override { return reader_.getTrace(); }
   [[nodiscard]] ITraceReader& reader() override { return reader_; }
-  [[nodiscard]] Read readNext() override { return reader_.readInto(message_) ? Read::Message : Read::End; }
+  // Relative times are summed over every frame, also over one whose file can't be opened.
+  [[nodiscard]] Read readNext() override {
+    if (!reader_.readInto(message_)) {
+      return Read::End;
+    }
+    if (message_.getValid()) {
+      message_.AdjustTime(now_);
+    }
+    return Read::Message;
+  }
 
   // A line whose bus was not read belongs where the line before it went.
   [[nodiscard]] std::optional<std::uint32_t> bus() const override {
@@ -24,10 +33,7 @@ class AscSource final : public TraceSource {
   }
   [[nodiscard]] std::string_view commentText() const override { return message_.parsingText; }
 
-  void write(ITraceWriter& writer, const TargetKind& /*target*/) override {
-    message_.AdjustTime(now_);
-    writer.WriteMessage(message_);
-  }
+  void write(ITraceWriter& writer, const TargetKind& /*target*/) override { writer.WriteMessage(message_); }
 
  private:
   AscReader reader_;

@@ -20,7 +20,7 @@ class BtrSource final : public TraceSource {
 
   // The information object is that of the whole file, and its start is that of the first session.
   void writeHeader(ITraceWriter& writer) override {
-    writer.WriteHeader_2(*file_, reader_.session().description.dateAndTime.toDouble());
+    writer.WriteHeader_2(*file_, reader_.session().description.dateAndTime.toDateTime().toOleDateFractionFirst());
   }
 
   [[nodiscard]] Read readNext() override {

@@ -1,6 +1,7 @@
 // One call of xlatr_convert.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -31,7 +32,8 @@ struct TargetPathTemplate {
 
 // Owns the workers of a conversion and the thread that waits for them, and fills the caller's records.
 //
-// Locks: listLock_ may be taken under the registry's lock; finishedLock_ is taken alone or last.
+// Locks: listLock_ may be taken under the registry's lock; finishedLock_ comes behind it, and `onFinished`
+// is called under it.
 class Conversion {
  public:
   // Reads the options and fills the first state into the caller's records. `result` may be null. `onFinished` is called

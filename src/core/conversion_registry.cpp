@@ -1,25 +1,24 @@
 #include "core/conversion_registry.hpp"
 
 #include <algorithm>
-#include <cmath>
+#include <system_error>
 
 #include "core/format_matrix.hpp"
 #include "platform/thread.hpp"
+#include "util/failures.hpp"
 
 namespace xlatr {
 namespace {
 
-#if defined(XLATR_IDLE_REAPER_WAITS)
-constexpr bool kIdleReaperPolls = false;
-#else
-constexpr bool kIdleReaperPolls = true;
-#endif
+constexpr bool kIdleReaperPolls = XLATR_IDLE_REAPER_POLLS;
 
 }  // namespace
 
 ConversionRegistry::Conversions* ConversionRegistry::ofTheParent_ = nullptr;
 
 ConversionRegistry& ConversionRegistry::instance() {
+  // Made first, so that it ends last: workers may still fail while the end of the registry waits for them.
+  static_cast<void>(lastErrorText(0));
   static ConversionRegistry registry;
   return registry;
 }
@@ -95,41 +94,56 @@ std::int32_t ConversionRegistry::fillProgress(ConversionProgress* progress) {
 
 void ConversionRegistry::setIdle(bool idle) {
   idle_ = idle;
-  if constexpr (!kIdleReaperPolls) {
-    idle_.notify_all();
-  }
+  idle_.notify_all();
 }
 
 // The reaper thread.
 void ConversionRegistry::reap() {
+  std::thread poller = startPoller();
   while (!exit_) {
     {
       const MutexLock guard(lock_);
       if (conversions_->empty() && !exit_) {
-        idle_ = true;
+        setIdle(true);
       }
     }
     if (idle_) {
-      waitWhileIdle();
+      idle_.wait(true);
       continue;
     }
     static_cast<void>(events_.waitAny());
     const MutexLock guard(lock_);
     std::erase_if(*conversions_, [](const auto& conversion) { return conversion->isFinished(); });
   }
+  if (poller.joinable()) {
+    setIdle(true);  // a poller that sleeps sees now that all is over
+    poller.join();
+  }
 }
 
-// Polling makes the start of a conversion free of a wake-up. It takes nothing from anyone: the thread yields between
-// polls, runs only where no other thread wants the processor, and touches no lock before it has left that class again.
-void ConversionRegistry::waitWhileIdle() {
+// A registry that no thread can be had for does without.
+std::thread ConversionRegistry::startPoller() {
   if constexpr (kIdleReaperPolls) {
-    platform::enterIdlePriority();
-    while (idle_ && !exit_) {
-      std::this_thread::yield();
+    try {
+      return std::thread(&ConversionRegistry::poll, this);
+    } catch (const std::system_error&) {
+      return {};
     }
-    platform::leaveIdlePriority();
-  } else {
-    idle_.wait(true);
+  }
+  return {};
+}
+
+// Polls for the reaper while the registry is idle. It takes nothing from anyone: it yields between polls and runs only
+// where no other thread wants the processor. Since not every user may leave that class again, it is a thread that
+// touches no lock, so that it can't hold anyone up.
+void ConversionRegistry::poll() {
+  platform::enterIdlePriority();
+  while (!exit_) {
+    if (idle_) {
+      std::this_thread::yield();
+    } else {
+      idle_.wait(false);
+    }
   }
 }
 

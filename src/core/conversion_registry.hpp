@@ -35,7 +35,8 @@ class ConversionRegistry {
   ~ConversionRegistry();
 
   void reap();
-  void waitWhileIdle();
+  [[nodiscard]] std::thread startPoller();
+  void poll();
   void setIdle(bool idle);
 
   using Conversions = std::vector<std::unique_ptr<Conversion>>;

@@ -3,6 +3,8 @@
 #include <cstring>
 #include <utility>
 
+#include "util/failures.hpp"
+
 namespace xlatr {
 namespace {
 
@@ -45,7 +47,7 @@ void WaitingComments::handOut(const std::function<void(std::string_view)>& take)
     for (std::size_t size = 0; std::fread(&size, sizeof size, 1, spilled.get()) == 1;) {
       text.resize(size);
       if (std::fread(text.data(), 1, size, spilled.get()) != size) {
-        break;
+        throwProcessingFailure("Comments that were kept aside can't be read back");
       }
       take(text);
     }

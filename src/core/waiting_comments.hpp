@@ -14,7 +14,7 @@ namespace xlatr {
 class WaitingComments {
  public:
   void add(std::string_view text);
-  // Hands out all texts in the order in which they came and forgets them.
+  // Hands out all texts in the order in which they came and forgets them. Raises a failure when some are lost.
   void handOut(const std::function<void(std::string_view)>& take);
 
  private:

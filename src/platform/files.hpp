@@ -24,7 +24,7 @@ class File {
   File(File&& other) noexcept;
   File& operator=(File&& other) noexcept;
 
-  // `path` must be a file; a folder is a failure here and not at the first read.
+  // `path` must be a regular file: a folder, a pipe and a device are a failure here and not at the first read.
   [[nodiscard]] static File openForReading(const std::string& path);
   // Makes the file when it is not there and empties it when it is.
   [[nodiscard]] static File createForWriting(const std::string& path);

@@ -11,9 +11,8 @@ namespace xlatr::platform {
 // The id of the current process, which tells a forked child from its parent.
 [[nodiscard]] std::int64_t currentProcessId();
 
-// Puts the current thread into the class that runs only when nothing else wants the processor, and takes it out again.
-// A platform that refuses changes nothing: both are hints.
+// Puts the current thread into the class that runs only when nothing else wants the processor. It may have to stay
+// there: not every user may leave the class again. A platform that refuses changes nothing.
 void enterIdlePriority();
-void leaveIdlePriority();
 
 }  // namespace xlatr::platform

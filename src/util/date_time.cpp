@@ -47,7 +47,6 @@ std::int64_t truncateToSeconds(double value) {
 }
 
 DateTime splitOleDate(double days, double (*toWhole)(double)) {
-  // One operation a statement, so that no compiler may fuse two of them and round differently.
   const double daySeconds = days * kSecondsPerDay;
   const double value = daySeconds - kOleEpochSeconds;
   DateTime result(truncateToSeconds(value), 0, 0, true);
@@ -228,6 +227,11 @@ std::int32_t DateTime::dayOfWeek() const {
 
 double DateTime::toOleDate() const {
   return (static_cast<double>(seconds) + kOleEpochSeconds + millisecond / 1000.0 + microsecond / 1000000.0) /
+         kSecondsPerDay;
+}
+
+double DateTime::toOleDateFractionFirst() const {
+  return (static_cast<double>(seconds) + millisecond / 1000.0 + microsecond / 1000000.0 + kOleEpochSeconds) /
          kSecondsPerDay;
 }
 

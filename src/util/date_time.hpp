@@ -87,6 +87,9 @@ class DateTime {
 
   // Days since 1899-12-30, from the seconds and the fraction.
   [[nodiscard]] double toOleDate() const;
+  // The same with the fraction added to the seconds first. It rounds differently, which shows in the last digit of a
+  // header: the starts of ASC logs, CSV tables and logger sessions are these sums.
+  [[nodiscard]] double toOleDateFractionFirst() const;
 
   // The text forms. Numbers are filled with zeros to the width shown, the year is not filled. They print the fields as
   // they are, toAscText excepted.

@@ -1,10 +1,10 @@
 #include "util/failures.hpp"
 
 #include <map>
-#include <mutex>
 #include <utility>
 
 #include "platform/thread.hpp"
+#include "util/mutex.hpp"
 
 namespace xlatr {
 
@@ -31,8 +31,8 @@ namespace {
 // An entry stays until its thread fails again, so that the text can be asked for at any later time, also by another
 // thread and after the failing one has ended.
 struct LastErrorStore {
-  std::mutex lock;
-  std::map<std::uint32_t, std::string> texts;
+  Mutex lock;
+  std::map<std::uint32_t, std::string> texts XLATR_GUARDED_BY(lock);
 };
 
 LastErrorStore& lastErrorStore() {
@@ -45,7 +45,7 @@ LastErrorStore& lastErrorStore() {
 void raiseFailure(FailureKind kind, std::string text) {
   {
     auto& store = lastErrorStore();
-    const std::scoped_lock guard(store.lock);
+    const MutexLock guard(store.lock);
     store.texts[platform::currentThreadId()] = text;
   }
   switch (kind) {
@@ -72,7 +72,7 @@ void throwParsingFailure(std::string_view word, std::string_view text) {
 
 std::string lastErrorText(std::uint32_t threadId) {
   auto& store = lastErrorStore();
-  const std::scoped_lock guard(store.lock);
+  const MutexLock guard(store.lock);
   const auto entry = store.texts.find(threadId);
   return entry == store.texts.end() ? std::string() : entry->second;
 }

@@ -2,21 +2,14 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
+#include <ios>
 #include <string_view>
 #include <system_error>
 
+#include "platform/files.hpp"
+
 namespace xlatr {
-
-namespace {
-
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-}  // namespace
 
 std::optional<std::uint64_t> getFileSize(const std::string& path) {
   std::error_code error;
@@ -27,25 +20,26 @@ std::optional<std::uint64_t> getFileSize(const std::string& path) {
 std::uint32_t detectLineEnding(const std::string& path) {
   constexpr std::uint32_t kLineFeed = 1;
   constexpr std::uint32_t kCarriageReturnAndLineFeed = 2;
-  const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
-  if (!file) {
-    return kCarriageReturnAndLineFeed;
-  }
   // The first line of a damaged or binary file may be gigabytes long, so it is looked at piece by piece.
   std::array<char, 4096> buffer;
   bool empty = true;
   bool lineFeed = false;
-  while (!lineFeed) {
-    const std::string_view piece(buffer.data(), std::fread(buffer.data(), 1, buffer.size(), file.get()));
-    if (piece.empty()) {
-      break;
+  try {
+    platform::File file = platform::File::openForReading(path);
+    while (!lineFeed) {
+      const std::string_view piece(buffer.data(), file.read(buffer));
+      if (piece.empty()) {
+        break;
+      }
+      empty = false;
+      const std::size_t end = piece.find('\n');
+      lineFeed = end != std::string_view::npos;
+      if (piece.substr(0, end).find('\r') != std::string_view::npos) {
+        return kCarriageReturnAndLineFeed;
+      }
     }
-    empty = false;
-    const std::size_t end = piece.find('\n');
-    lineFeed = end != std::string_view::npos;
-    if (piece.substr(0, end).find('\r') != std::string_view::npos) {
-      return kCarriageReturnAndLineFeed;
-    }
+  } catch (const std::ios_base::failure&) {
+    return kCarriageReturnAndLineFeed;
   }
   return empty ? kCarriageReturnAndLineFeed : kLineFeed;
 }

@@ -98,7 +98,7 @@ TEST(BlfObjects, askTheConverterForTheCurrentVersion) {
 TEST_F(BlfObjectsTest, tellOfTheLog) {
   makeReader("exit 0");
   EXPECT_TRUE(BlfInfo_getValid(info_));
-  EXPECT_EQ(BlfInfo_GetVersion(info_), 4.080203);
+  EXPECT_DOUBLE_EQ(BlfInfo_GetVersion(info_), 4.080203);
   EXPECT_EQ(BlfInfo_getStartTime(info_), 0.0);
   EXPECT_EQ(TEXT_OF(BlfInfo, getPath, getPathSize, info_), folder_.file("x.blf"));
   EXPECT_EQ(TEXT_OF(BlfInfo, getPath, getPathSize, BlfReader_getTrace(reader_)), folder_.file("x.blf"));

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,16 @@ TEST_F(AscEdges, relativeTimesAreSummedOverFramesAlone) {
       converted("base hex  timestamps relative\n// version 7.0.0\n0.1 1 100 Rx d 0\n9.0 x\n0.2 1 100 Rx d 0\n", "2.1"),
       (std::vector<std::string>{"      1       100.000 DT 1      0100 Rx -  0    ", ";9.0 x",
                                 "      2       300.000 DT 1      0100 Rx -  0    "}));
+}
+
+TEST_F(AscEdges, relativeTimesAreSummedAlsoOverABusWhoseFileCantBeOpened) {
+  writeFile("in.asc",
+            "base hex  timestamps relative\n// version 7.0.0\n1.0 1 100 Rx d 0\n1.0 2 100 Rx d 0\n1.0 1 100 Rx d 0\n");
+  std::filesystem::create_directory("out_BUS2.trc");
+  EXPECT_EQ(convert("in.asc", "out.trc", 2.0).code, XLATR_FAILED);
+  EXPECT_EQ(linesBehindHeader("out_BUS1.trc", "2.0"),
+            (std::vector<std::string>{"      1      1000.000 DT     0100 Rx 0  ",
+                                      "      2      3000.000 DT     0100 Rx 0  "}));
 }
 
 TEST_F(AscEdges, fdFramesReachATrcVersionThatHasNone) {

@@ -85,6 +85,16 @@ TEST(BtrConversions, makeAFileASessionNamedByItsIndex) {
   EXPECT_TRUE(second.ends_with("\r\n      1         1.500 DT 2      0002 Rx -  1    A0\r\n")) << second;
 }
 
+// The fraction is added to the seconds before the days that lie in front of them, which shows in the last digit.
+TEST(BtrConversions, giveTheStartOfASessionToTheMicrosecond) {
+  const WorkingDirectory directory;
+  const BtrDate date{
+      .year = 24, .month = 12, .day = 6, .hour = 12, .minute = 11, .second = 17, .hundredths = 7, .dayOfWeek = 5};
+  writeFile("in.btr", BtrImage(2).session(0, {.date = date}).sector(1, date).bytes());
+  expectSuccess(convertSessions({}, XLATR_FORMAT_TRC, "./out.trc", 2.1), {"out_S1.trc"});
+  EXPECT_NE(readFile("out_S1.trc").find(";   Start time: 06.12.2024 12:11:17.070.000\r\n"), std::string::npos);
+}
+
 TEST(BtrConversions, convertTheSessionsThatAreNamed) {
   const WorkingDirectory directory;
   writeFile("in.btr", threeSessions().bytes());

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <array>
 #include <chrono>
@@ -521,6 +522,23 @@ class HostLocale {
   std::string previous_;
   bool isGerman_ = false;
 };
+
+class OddSource : public testing::TestWithParam<const char*> {};
+
+// What has no end, or waits for someone to write, must not hold the caller up.
+TEST_P(OddSource, endsAtOnce) {
+  const WorkingDirectory directory;
+  const std::string pipe = std::string("pipe.") + GetParam();
+  const std::string device = std::string("device.") + GetParam();
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  fs::create_symlink("/dev/zero", device);
+  const TraceFormat target = std::string(GetParam()) == "trc" ? XLATR_FORMAT_CSV : XLATR_FORMAT_TRC;
+  for (const std::string& source : {pipe, device}) {
+    EXPECT_NE(convert(source, "out.x", std::nullopt, target).code, XLATR_SUCCESS) << source;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, OddSource, testing::Values("trc", "asc", "ltrc", "btrc", "btr", "mf4"));
 
 TEST(HostLocaleOfTheProgram, changesNoByte) {
   const HostLocale locale;

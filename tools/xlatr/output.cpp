@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <iostream>
 
@@ -56,7 +57,10 @@ std::string oneLine(std::string_view text) {
 
 std::string versionText(double version) {
   std::array<char, 64> buffer{};
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), version);
+  // A version that is the sum of its parts is a hair beside the number that is meant.
+  constexpr double kPlaces = 1e6;
+  const double rounded = std::round(version * kPlaces) / kPlaces;
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), rounded);
   std::string text(buffer.data(), end.ptr);
   if (text.find_first_not_of("0123456789") == std::string::npos) {
     text += ".0";

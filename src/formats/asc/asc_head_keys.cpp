@@ -146,7 +146,7 @@ void AscHeadKeys::lookForBaseAndTimestamps(std::string_view line) {
 }
 
 double AscHeadKeys::startTime() const {
-  return dateText_.empty() ? 0.0 : DateTime::parseLocalized(dateText_).toOleDate();
+  return dateText_.empty() ? 0.0 : DateTime::parseLocalized(dateText_).toOleDateFractionFirst();
 }
 
 }  // namespace xlatr

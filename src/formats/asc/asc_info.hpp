@@ -12,8 +12,8 @@ namespace xlatr {
 
 // Reads the head once, at construction. Nothing is raised for a file that can't be read or understood.
 //
-// The head ends in front of "begin triggerblock", behind the line that follows the first one with "version", or behind
-// ten lines. A file that ends before that has no head, and its messages begin at its end: it is no log.
+// The head ends in front of "begin triggerblock", behind the first line with "version", or behind ten lines. A file
+// that ends before that has no head, and its messages begin at its end: it is no log.
 class AscInfo final : public TraceInfo {
  public:
   explicit AscInfo(TraceFileInfo file);

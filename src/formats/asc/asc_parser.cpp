@@ -210,7 +210,7 @@ bool hasWholeTail(AscTokens& tokens) {
   return tokens.skip(kFieldsWithFlags) && tokens.atEnd();
 }
 
-// A CANFD line. Its numbers are hexadecimal whatever the file's base, the data excepted.
+// A CANFD line. Its identifier and flags are hexadecimal whatever the file's base, its bus and length are not.
 bool parseFrameFd(AscTokens& tokens, AscMessage& message) {
   parseTime(tokens, message);
   if (tokens.require() != "CANFD") {

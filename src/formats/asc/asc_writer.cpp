@@ -63,10 +63,6 @@ void AscWriter::write(const BrixMessage& message) {
   writeMapped(message);
 }
 
-void AscWriter::write(const KorlMessage& message) {
-  writeMapped(message);
-}
-
 void AscWriter::write(const ZelkBinaryMessage& message) {
   writeMapped(message);
 }
@@ -78,10 +74,15 @@ void AscWriter::writeMapped(const Other& message) {
   writeMapped();
 }
 
-// The logger's frames are classic ones, which every version reads in the old form.
+// Frames of the logger and of a LIN bus are never CAN FD ones, and every version reads classic ones in the old form,
+// which their mappings leave as it is.
 void AscWriter::write(const SessionMessage& message) {
   mapToAsc(message, mapped_);
-  mapped_.textVersion8 = false;
+  writeMapped();
+}
+
+void AscWriter::write(const KorlMessage& message) {
+  mapToAsc(message, mapped_);
   writeMapped();
 }
 

@@ -16,7 +16,8 @@
 namespace xlatr {
 
 // Writes a head of four lines and a line a message, always hexadecimal and with absolute times. There are two forms for
-// all versions: below 8.0 that of 7.0.0, which has no CAN FD frames, from 8.0 on that of 8.1.0.
+// all versions: below 8.0 that of 7.0.0, which has no CAN FD frames, from 8.0 on that of 8.1.0; what comes from a
+// logger session or a LIN bus has the old form in both.
 class AscWriter final : public TraceWriterText {
  public:
   explicit AscWriter(std::string targetPath = {}, bool overrideExistingFile = false, double targetVersion = 7.0);

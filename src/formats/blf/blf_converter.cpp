@@ -16,6 +16,9 @@ namespace {
 constexpr std::string_view kProgramName = "BLF2CSV.exe";
 constexpr std::int32_t kNoAnswer = -1;
 
+// Above stand negative answers, of which an exit code keeps eight bits, and the ends by a signal.
+constexpr std::uint32_t kLargestExitAnswer = 127;
+
 // More than the longest number and its line end; a longer output is no answer.
 constexpr std::size_t kMostOutput = 64;
 
@@ -65,7 +68,10 @@ std::int32_t BlfConverter::ask(const std::vector<std::string>& arguments) const 
   if (!answer) {
     return kNoAnswer;
   }
-  return parseAnswer(answer->output).value_or(static_cast<std::int32_t>(answer->exitCode));
+  if (const auto number = parseAnswer(answer->output)) {
+    return *number;
+  }
+  return answer->exitCode <= kLargestExitAnswer ? static_cast<std::int32_t>(answer->exitCode) : kNoAnswer;
 }
 
 bool BlfConverter::start(const std::string& source, const std::string& table, const std::string& blockName,
@@ -74,8 +80,8 @@ bool BlfConverter::start(const std::string& source, const std::string& table, co
 }
 
 double blfVersionNumber(std::int32_t version) {
-  constexpr double kScale = 1e6;  // one division rounds once: the sum of the pairs would not print as it reads
-  return std::max(version, 0) / kScale;
+  const auto [major, minor, release, build] = versionPairs(version);
+  return major + minor / 100.0 + release / 10000.0 + build / 1000000.0;
 }
 
 std::string blfVersionText(std::int32_t version) {

@@ -10,8 +10,8 @@
 namespace xlatr {
 
 // A converter program in a folder. Questions are answered by a decimal number, which the program prints as its only
-// line; one that prints none answers by its exit code, which reaches from 0 to 255 only. A program that can't be run
-// answers -1. Questions have no time limit. Safe from any thread.
+// line; one that prints none answers by its exit code, where that is from 0 to 127. A program that can't be run, or
+// ends in another way, answers -1. Questions have no time limit. Safe from any thread.
 class BlfConverter {
  public:
   // By default the folder of the library.
@@ -40,8 +40,8 @@ class BlfConverter {
 [[nodiscard]] double blfVersionNumber(std::int32_t version);
 [[nodiscard]] std::string blfVersionText(std::int32_t version);
 
-// The number of the API version of the converter beside the library. It is asked once, at the first call. Safe from any
-// thread.
+// The number of the API version of the converter beside the library, which is asked at the first call. The shared
+// library calls it while it is loaded. Safe from any thread.
 [[nodiscard]] double blfCurrentVersion();
 
 }  // namespace xlatr

@@ -28,6 +28,7 @@ double BlfReader::getPercentDone() const {
 
 bool BlfReader::open() {
   close();
+  csvReader_.reset();
   objectsRead_ = 0;
   invalidCount_ = 0;
   lineCount_ = 0;
@@ -99,7 +100,9 @@ bool BlfReader::ReadNextMessage(std::unique_ptr<BlfMessage>& message) {
 
 void BlfReader::close() {
   letConverterGo();
-  csvReader_.reset();
+  if (csvReader_) {
+    csvReader_->setActive(false);  // its head stays known, for the start time
+  }
   if (!temporaryPath_.empty()) {
     platform::removeFile(temporaryPath_);
     temporaryPath_.clear();

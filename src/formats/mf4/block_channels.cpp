@@ -60,29 +60,12 @@ std::optional<double> ChannelConversionBlock::evaluate(double value) const {
   return std::nullopt;
 }
 
+// A record looks up every field that it has, so the table is made ready once.
 std::optional<double> ChannelConversionBlock::lookUp(double value) const {
-  const std::vector<double>& table = data.ccVal;
-  const std::size_t size = table.size();
-  if (size < 2 || size % 2 != 0) {
-    return std::nullopt;
+  if (!table_) {
+    table_.emplace(data.ccVal);
   }
-  if (value < table.front()) {
-    return table[1];
-  }
-  if (value > table[size - 2]) {
-    return table[size - 1];
-  }
-  for (std::size_t index = 0; index + 1 < size; ++index) {
-    if (table[index] == value) {
-      return table[index + 1];
-    }
-    if (index + 2 < size && table[index] < value && value < table[index + 2]) {
-      const bool lowerIsNearer = value - table[index] <= table[index + 2] - value;
-      const std::size_t found = index + (lowerIsNearer ? 1 : 3);
-      return found < size ? std::optional(table[found]) : std::nullopt;
-    }
-  }
-  return std::nullopt;
+  return table_->lookUp(value);
 }
 
 std::vector<TreeChild> ChannelConversionBlock::children() {

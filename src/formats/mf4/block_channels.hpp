@@ -13,6 +13,7 @@
 #include "formats/mf4/block_data.hpp"
 #include "formats/mf4/block_layout_options.hpp"
 #include "formats/mf4/block_texts.hpp"
+#include "formats/mf4/value_table.hpp"
 
 namespace xlatr {
 
@@ -74,6 +75,7 @@ class ChannelConversionBlock final : public DescribedBlock<ChannelConversionBloc
 
   BlockChain<TextBlock> unit_;
   std::optional<std::string> unitText_;
+  mutable std::optional<ValueTable> table_;  // made at the first look-up
 };
 
 struct ChannelArrayBlockData {

@@ -11,6 +11,8 @@ namespace xlatr {
 namespace {
 
 constexpr std::uint64_t kWindowSize = std::uint64_t{1} << 16;
+// Behind a jump, so that blocks which are linked to and fro don't cost a whole window each.
+constexpr std::uint64_t kWindowSizeAfterJump = std::uint64_t{1} << 10;
 
 }  // namespace
 
@@ -53,7 +55,9 @@ bool BlockStream::readAround(std::uint64_t position, std::uint64_t count) {
   if (position >= windowPosition_ && position + count <= windowPosition_ + window_.size()) {
     return true;
   }
-  window_.resize(static_cast<std::size_t>(std::min(kWindowSize, bytesBehind(position))));
+  const bool goesOn = position >= windowPosition_ && position <= windowPosition_ + window_.size();
+  const std::uint64_t wanted = goesOn ? kWindowSize : std::max(count, kWindowSizeAfterJump);
+  window_.resize(static_cast<std::size_t>(std::min(wanted, bytesBehind(position))));
   windowPosition_ = position;
   if (readFile(position, window_)) {
     return true;

@@ -17,8 +17,9 @@ namespace xlatr {
 // The blocks of a file are a tree, so that reading a file takes each byte about once. Two bounds follow from that, and
 // what breaks one of them raises a ConverterProcessingException, "Block links form a loop":
 // - A block that is a node of the tree (enterBlock) is reached once.
-// - All reads together take at most kReadFactor times the file's size, plus kReadAllowance. Texts and conversions may
-//   be shared between blocks, but not without end.
+// - All that blocks ask for is together at most kReadFactor times the file's size, plus kReadAllowance. Texts and
+//   conversions may be shared between blocks, but not without end. A read behind a jump may take a kibibyte more from
+//   the system than what was asked for.
 class BlockStream {
  public:
   static constexpr std::uint64_t kReadFactor = 8;

@@ -81,8 +81,12 @@ bool MdfReader::open() {
     return false;
   }
   try {
+    if (startFailure_) {
+      std::rethrow_exception(startFailure_);
+    }
     merge_.start(*header->header());
   } catch (const std::exception& failure) {
+    startFailure_ = std::current_exception();
     failure_ = failure.what();
     merge_.clear();
     throw;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <string>
 
@@ -49,6 +50,7 @@ class MdfReader final : public TraceReader {
 
   MdfInfo info_;
   MdfMerge merge_;
+  std::exception_ptr startFailure_;  // given again: the blocks that were reached then are not reached twice
 };
 
 }  // namespace xlatr

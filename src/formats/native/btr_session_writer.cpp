@@ -17,13 +17,6 @@ using Accepted = MessageClasses<BrixMessage>;
 constexpr std::uint8_t kWrapCounter = 1;  // of a session that never wraps
 constexpr std::uint32_t kFirstDataSector = 1;
 
-// A number of days is often a hair short of the second that is meant, and comes out as a thousand milliseconds of the
-// one before. Their hundredths would be no date to a reader, so they become the next second here.
-DateTime startOfSession(double days) {
-  const DateTime start = DateTime::fromOleDate(days);
-  return start.millisecond < 1000 ? start : DateTime(start.seconds + 1, 0, start.microsecond, true);
-}
-
 }  // namespace
 
 BtrSessionWriter::BtrSessionWriter(std::string targetPath, std::int32_t ownerBus, double targetVersion)
@@ -46,7 +39,7 @@ std::unique_ptr<ITraceWriter> BtrSessionWriter::CreateNew() const {
 
 void BtrSessionWriter::WriteHeader(const ITraceInfo& source) {
   requireActive();
-  const DateTime start = startOfSession(startTimeFrom(source));
+  const DateTime start = DateTime::fromOleDate(startTimeFrom(source));
   session_ = {};
   session_.version = static_cast<std::uint8_t>(std::lround(getTargetVersion()));
   session_.dateAndTime = SessionDateTime::fromDateTime(start);

@@ -54,6 +54,7 @@ BtrcWriter::~BtrcWriter() {
 std::unique_ptr<ITraceWriter> BtrcWriter::CreateNew() const {
   auto fresh = std::make_unique<BtrcWriter>(getTargetPath(), getOverrideExistingFile(), getTargetVersion());
   fresh->setOwnerBus(getOwnerBus());
+  fresh->setSourcePath(getSourcePath());
   return fresh;
 }
 

@@ -513,12 +513,14 @@ class Native_RecordCounter final : public FixedRecord<Native_RecordCounter> {
   }
 };
 
-// Filler of a given size, header included. A size below that of the header is the header alone.
+// Filler of a given size, header included. A size below that of the header is the header alone; so is one that the 16
+// bits of the header show as such.
 class Native_RecordInvalid final : public ISerializable {
  public:
   Native_RecordInvalid() : Native_RecordInvalid(kRecordHeaderSize) {}
   explicit Native_RecordInvalid(std::size_t size)
-      : header(std::max(size, kRecordHeaderSize), RecordType::Invalid), filler(header.size - kRecordHeaderSize) {}
+      : header(std::max(size % kSizesOfARecord, kRecordHeaderSize), RecordType::Invalid),
+        filler(header.size - kRecordHeaderSize) {}
 
   [[nodiscard]] std::vector<std::uint8_t> Serialize() const override;
   void appendTo(std::vector<std::uint8_t>& out) const;
@@ -526,6 +528,9 @@ class Native_RecordInvalid final : public ISerializable {
 
   Native_RecordHeader header;
   std::vector<std::uint8_t> filler;
+
+ private:
+  static constexpr std::size_t kSizesOfARecord = std::size_t{1} << 16;
 };
 
 // A comment.

@@ -184,8 +184,9 @@ constexpr std::array kLayouts = {
 };
 static_assert(kLayouts.size() == kTrcVersionNumbers.size());
 
+const std::string kNothing;
+
 const std::string& valueOf(Field field, const TrcHeaderValues& values) {
-  static const std::string nothing;
   switch (field) {
     case Field::TargetPath:
       return values.targetPath;
@@ -198,7 +199,7 @@ const std::string& valueOf(Field field, const TrcHeaderValues& values) {
     case Field::Nothing:
       break;
   }
-  return nothing;
+  return kNothing;
 }
 
 }  // namespace

@@ -52,14 +52,15 @@ File& File::operator=(File&& other) noexcept {
   return *this;
 }
 
+// A pipe would let the call wait for someone who writes to it, and a device may have no end.
 File File::openForReading(const std::string& path) {
-  File file(::open(path.c_str(), O_RDONLY | O_CLOEXEC), path);
+  File file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK), path);
   if (!file.isOpen()) {
     raise(path, "open", errno);
   }
   struct stat status {};
-  if (::fstat(file.descriptor_, &status) == 0 && S_ISDIR(status.st_mode)) {
-    raise(path, "open", EISDIR);
+  if (::fstat(file.descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
+    raise(path, "open", S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP);
   }
   return file;
 }

@@ -18,9 +18,7 @@ std::string resolve(const char* path) {
   return resolved ? std::string(resolved.get()) : std::string();
 }
 
-}  // namespace
-
-std::string moduleDirectory() {
+std::string findModuleDirectory() {
   Dl_info module{};
   std::string path;
   if (::dladdr(reinterpret_cast<const void*>(&moduleDirectory), &module) != 0 && module.dli_fname != nullptr) {
@@ -31,6 +29,21 @@ std::string moduleDirectory() {
     path = resolve("/proc/self/exe");
   }
   return path.substr(0, path.find_last_of(pathSeparator()) + (path.rfind(pathSeparator()) == 0 ? 1 : 0));
+}
+
+// Found while the library is loaded: the loader keeps a relative path as it was given, which leads elsewhere once the
+// program has changed its directory.
+const std::string& knownModuleDirectory() {
+  static const std::string directory = findModuleDirectory();
+  return directory;
+}
+
+[[maybe_unused]] const std::string& kFoundAtLoad = knownModuleDirectory();
+
+}  // namespace
+
+std::string moduleDirectory() {
+  return knownModuleDirectory();
 }
 
 char pathSeparator() {

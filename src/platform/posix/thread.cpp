@@ -19,9 +19,4 @@ void enterIdlePriority() {
   ::sched_setscheduler(0, SCHED_IDLE, &none);
 }
 
-void leaveIdlePriority() {
-  const sched_param none{};
-  ::sched_setscheduler(0, SCHED_OTHER, &none);
-}
-
 }  // namespace xlatr::platform

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "support/temp_folder.hpp"
+#include "util/time_zone.hpp"
 
 namespace xlatr {
 namespace {
@@ -38,6 +39,15 @@ TEST_F(AscInfoTest, readsAHeadOfFourLines) {
   EXPECT_EQ(info.lineBreakSize(), 1);
   EXPECT_EQ(info.getLowestVersion(), 7.0);
   EXPECT_EQ(info.getCurrentVersion(), 15.0);
+}
+
+// The terms of the sum are added in this order, which shows in the last digit of a header.
+TEST_F(AscInfoTest, addsTheFractionOfTheStartToTheSecondsFirst) {
+  const ScopedTimeZone zone("UTC0");
+  const AscInfo info = infoOf(std::string("date Sat Mar 30 17:56:39.912 2019\nbase hex  timestamps absolute\n") +
+                              "no internal events logged\n// version 8.1.0\n" + kData);
+  EXPECT_EQ(info.getStartTime(), (912 / 1000.0 + 1553968599.0 + 2209161600.0) / 86400.0);
+  EXPECT_NE(info.getStartTime(), (1553968599.0 + 2209161600.0 + 912 / 1000.0) / 86400.0);
 }
 
 TEST_F(AscInfoTest, endsTheHeadInFrontOfATriggerBlock) {

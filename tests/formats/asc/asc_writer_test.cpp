@@ -116,6 +116,27 @@ TEST_F(AscWriterTest, writesClassicFramesFrom8OnAsCanFdLines) {
                 " 0 0 1  1 AA        0    0   200000" + kTail8);
 }
 
+// Whatever was written before and behind.
+TEST_F(AscWriterTest, writesFramesOfALinBusInTheOldFormInLogsOfEveryVersion) {
+  KorlMessage lin;
+  lin.parseLine("1) 1000 Pub 2A 6 01 02 03 04 05 06 7C CL");
+  ASSERT_TRUE(lin.valid);
+  const auto writeAll = [&lin](AscWriter& writer) {
+    writer.WriteHeader(StubInfo("source.ltrc"));
+    writer.WriteMessage(frame());
+    writer.WriteMessage(lin);
+    writer.WriteMessage(frame());
+  };
+  const std::string line = "   0.001000 1  2A              Rx   d 6 01 02 03 04 05 06\r\n";
+  const std::string frame7 = written(7.0, [](AscWriter& writer) { writer.WriteMessage(frame()); });
+  const std::string frame8 = written(8.0, [](AscWriter& writer) {
+    writer.WriteHeader(StubInfo("source.ltrc"));
+    writer.WriteMessage(frame());
+  });
+  EXPECT_EQ(written(7.0, writeAll), kHead7 + frame7 + line + frame7);
+  EXPECT_EQ(written(8.0, writeAll), frame8 + line + frame8.substr(kHead8.size()));
+}
+
 TEST_F(AscWriterTest, writesACanXlFrameAsAComment) {
   BrixMessage message;
   message.parseLine("1 10.5 XL 3 123 Rx - 01 03 00000005 0 1 1 AA BB", 3.0, kTrcColumns30);

@@ -40,7 +40,15 @@ TEST_F(BlfConverterTest, answersByItsExitCodeOtherwise) {
                                "echo 2147483648; exit 7", "echo 12 >&2; exit 7", "head -c 1000000 /dev/zero; exit 7"}) {
     EXPECT_EQ(answerOf(commands), 7) << commands;
   }
-  EXPECT_EQ(answerOf("kill -9 $$"), 128 + 9);
+  EXPECT_EQ(answerOf("exit 127"), 127);
+}
+
+// Of a negative answer an exit code keeps eight bits, and a signal looks like an exit code above 127.
+TEST_F(BlfConverterTest, hasNoAnswerWhenItsExitCodeIsNone) {
+  EXPECT_EQ(answerOf("exit 128"), -1);
+  EXPECT_EQ(answerOf("exit 255"), -1);
+  EXPECT_EQ(answerOf("kill -9 $$"), -1);
+  EXPECT_EQ(answerOf("kill -SEGV $$"), -1);
 }
 
 // What a converter has started may outlive it, with its standard output open.
@@ -106,6 +114,7 @@ TEST_F(BlfConverterTest, negativeAnswersAreNone) {
 
 TEST(BlfVersion, isFourPairsOfDigits) {
   EXPECT_EQ(blfVersionNumber(4070100), 4.0701);
+  EXPECT_EQ(blfVersionNumber(4080203), 4 + 8 / 100.0 + 2 / 10000.0 + 3 / 1000000.0) << "added pair by pair";
   EXPECT_DOUBLE_EQ(blfVersionNumber(12345678), 12.345678);
   EXPECT_DOUBLE_EQ(blfVersionNumber(99), 0.000099);
   EXPECT_EQ(blfVersionNumber(0), 0.0);

@@ -110,7 +110,10 @@ TEST_F(BlfReaderTest, readsTheRowsOfTheTable) {
   EXPECT_EQ(log.invalidCount(), 1U);
   EXPECT_EQ(log.failure(), "");
   log.setActive(false);
+  EXPECT_EQ(log.getCSVInfoStartTime(), 44403.25) << "for the header of a target that is written afterwards";
   expectNothingLeft();
+  EXPECT_TRUE(log.setActive(true));
+  EXPECT_EQ(log.getCSVInfoStartTime(), 0.0) << "not before phase three";
 }
 
 TEST_F(BlfReaderTest, removesItsFileWhenItIsDestroyed) {

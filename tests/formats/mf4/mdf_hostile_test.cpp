@@ -10,8 +10,8 @@
 #include "support/temp_folder.hpp"
 
 // Files that are made to hang a reader or to eat its memory. The bounds: each block of the tree is reached once; all
-// that is read is at most eight times the file and a mebibyte; the inflated data of a list is at most 1032 times the
-// file; a record costs at most 64 fields and a payload of 2048 bytes.
+// that blocks ask for is at most eight times the file and a mebibyte; the inflated data of a list is at most 1032 times
+// the file; a record costs at most 64 fields and a payload of 2048 bytes.
 namespace xlatr {
 namespace {
 
@@ -135,6 +135,22 @@ TEST_F(MdfHostileTest, aHugeConversionThatManyFieldsShare) {
   };
   EXPECT_EQ(outcomeWith(8), "");
   EXPECT_EQ(outcomeWith(20), kLoop);
+}
+
+// A table that each record looks up again must not be walked again: that would be fifty thousand million steps here.
+TEST_F(MdfHostileTest, aHugeConversionOfManyRecords) {
+  constexpr std::size_t kRecords = 100'000;
+  MdfFileBuilder file;
+  std::vector<double> table(65534, -1.0);  // the input 0 is found between the last two keys
+  table[table.size() - 3] = 8.0;
+  table[table.size() - 2] = 1.0;
+  const std::uint64_t conversion = file.conversion(5, table);
+  const std::vector<test::ChannelSpec> specs(8, {.name = "DLC", .byteOffset = 8, .conversion = conversion});
+  const std::uint64_t top = file.topChannels("CAN_ErrorFrame", file.channels(specs));
+  const std::uint64_t group = file.group({.channels = top, .cycles = kRecords});
+  file.setFirstDataGroup(file.dataGroup(group, file.data(ByteList(kRecords * 24))));
+  EXPECT_EQ(outcomeOf(file), "");
+  EXPECT_EQ(count_, kRecords);
 }
 
 TEST_F(MdfHostileTest, zippedBlocksThatOverlap) {

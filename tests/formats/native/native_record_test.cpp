@@ -182,6 +182,12 @@ TEST(NativeRecord, fillerOfLessThanAHeaderIsAHeader) {
   EXPECT_EQ(Native_RecordInvalid::FromBytes(Bytes{3, 0, 0, 0}), nullptr);
 }
 
+TEST(NativeRecord, fillerOfMoreThanAHeaderCanSayIsWhatTheHeaderSays) {
+  EXPECT_EQ(Native_RecordInvalid(65536).Serialize(), (Bytes{4, 0, 0, 0}));
+  EXPECT_EQ(Native_RecordInvalid(65536 + 5).Serialize(), (Bytes{5, 0, 0, 0, 0}));
+  EXPECT_EQ(Native_RecordInvalid(65535).Serialize().size(), 65535U);
+}
+
 TEST(NativeRecord, infoIdentifiesTheFile) {
   Native_RecordInfo record;
   record.version = 1;
