@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "formats/native/btrc_mapping.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_mapping.hpp"
 #include "formats/trc/trc_message.hpp"
@@ -40,7 +41,7 @@ void makeRecords(benchmark::State& state) {
   ZelkBinaryMessage message;
   for ([[maybe_unused]] auto step : state) {
     for (const BrixMessage& source : sources) {
-      message.takeMessage(source);
+      mapToBtrc(source, message);
       message.AdjustTimestamp(1000);
       benchmark::DoNotOptimize(message.rawBytes.data());
     }
@@ -52,7 +53,7 @@ BENCHMARK(makeRecords);
 void readRecords(benchmark::State& state) {
   std::vector<ZelkBinaryMessage> records;
   for (const BrixMessage& source : messages()) {
-    records.emplace_back(source);
+    mapToBtrc(source, records.emplace_back());
   }
   ZelkBinaryMessage message;
   for ([[maybe_unused]] auto step : state) {
@@ -69,7 +70,7 @@ BENCHMARK(readRecords);
 void printRecords(benchmark::State& state) {
   std::vector<ZelkBinaryMessage> records;
   for (const BrixMessage& source : messages()) {
-    records.emplace_back(source);
+    mapToBtrc(source, records.emplace_back());
   }
   BrixMessage mapped;
   TextBuffer line;

@@ -8,6 +8,7 @@
 
 #include "formats/asc/asc_mapping.hpp"
 #include "formats/csv/csv_mapping.hpp"
+#include "formats/native/btrc_mapping.hpp"
 #include "formats/native/native_record.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_mapping.hpp"
@@ -63,7 +64,8 @@ void checkMappings(const ZelkBinaryMessage& message) {
   row.toRow(text, 1);
 
   // What is made of the line is of the same type, and is read as the same frame.
-  ZelkBinaryMessage made(line);
+  ZelkBinaryMessage made;
+  mapToBtrc(line, made);
   if (message.getValid()) {
     require(made.GetRecordType() == message.GetRecordType());
     ZelkBinaryMessage again;

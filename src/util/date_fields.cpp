@@ -6,21 +6,13 @@
 
 #include "util/date_names.hpp"
 #include "util/failures.hpp"
+#include "util/text.hpp"
 
 namespace xlatr {
 
 namespace {
 
 constexpr std::string_view kDefaultLocale = "en-US";
-
-// What counts as white space in the C locale.
-constexpr bool isSpace(char character) {
-  return character == ' ' || (character >= '\t' && character <= '\r');
-}
-
-constexpr bool isDigit(char character) {
-  return character >= '0' && character <= '9';
-}
 
 constexpr char toLower(char character) {
   return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
@@ -99,7 +91,7 @@ class Parser {
     for (std::size_t index = 0; index < format.size(); ++index) {
       const char character = format[index];
       bool matched = true;
-      if (isSpace(character)) {
+      if (isSpaceCharacter(character)) {
         skipSpaces();
       } else if (character == '%' && index + 1 < format.size()) {
         matched = parseDirective(format[++index]);
@@ -114,7 +106,7 @@ class Parser {
   }
 
   void skipSpaces() {
-    while (position_ < text_.size() && isSpace(text_[position_])) {
+    while (position_ < text_.size() && isSpaceCharacter(text_[position_])) {
       ++position_;
     }
   }
@@ -175,7 +167,7 @@ class Parser {
   bool parseNumber(std::size_t digits, std::int32_t lowest, std::int32_t highest, std::int32_t& out) {
     std::int32_t value = 0;
     std::size_t count = 0;
-    while (count < digits && position_ < text_.size() && isDigit(text_[position_])) {
+    while (count < digits && position_ < text_.size() && isDecimalDigit(text_[position_])) {
       value = value * 10 + (text_[position_] - '0');
       ++position_;
       ++count;

@@ -77,6 +77,7 @@ TEST_F(BtrcObjectsTest, readAHeadByItsPathAlone) {
   EXPECT_EQ(BtrcFileHeader_getBlockSize(none), 8U);
   EXPECT_EQ(BtrcFileHeader_getTimeScalingExponent(none), 0);
   BtrcFileHeader_Destruct(none);
+  BtrcFileHeader_Destruct(nullptr);
 }
 
 TEST_F(BtrcObjectsTest, handOutMessagesThatTheCallerOwns) {

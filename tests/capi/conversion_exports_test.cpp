@@ -231,6 +231,29 @@ TEST_F(ConversionExportsTest, tellsHowFarAnAsynchronousConversionIs) {
   EXPECT_THAT(result.files(), ElementsAre("x.trc"));
 }
 
+// A conversion that has ended is known for a moment more, which a caller sees now and then.
+TEST_F(ConversionExportsTest, percentIsNoNumberWhereThereIsNothingToDo) {
+  constexpr int kMostRounds = 10000;
+  Options options;
+  options.asynchronous = true;
+  bool seen = false;
+  for (int round = 0; round < kMostRounds && !seen; ++round) {
+    Result result;
+    ConversionProgress progress{};
+    ASSERT_EQ(options.convert(folder_.file("none.trc").c_str(), folder_.file("x.trc").c_str(), &result, &progress),
+              XLATR_NOTHING_CONVERTED);
+    seen = xlatr_get_progress(&progress) == XLATR_SUCCESS;
+    if (seen) {
+      EXPECT_TRUE(std::isnan(progress.percent));
+      EXPECT_EQ(progress.status, XLATR_NOTHING_CONVERTED);
+      EXPECT_EQ(progress.finished, 1);
+    }
+    waitForEnd(progress.id);
+    EXPECT_EQ(result.status(), XLATR_NOTHING_CONVERTED);
+  }
+  EXPECT_TRUE(seen);
+}
+
 TEST_F(ConversionExportsTest, leavesTheResultToTheCallerWhoGivesNone) {
   EXPECT_EQ(Options().convert(source_.c_str(), folder_.file("x.trc").c_str(), nullptr), XLATR_SUCCESS);
   EXPECT_TRUE(folder_.has("x.trc"));

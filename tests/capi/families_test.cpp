@@ -60,6 +60,10 @@ class WriterFamily : public testing::Test {
   std::string target_ = folder_.file("target.trace");
 };
 
+// Whether the format has a place for comments; where it has none they are ignored, whatever state the writer is in.
+template <typename Family>
+constexpr bool kWritesComments = !std::is_same_v<Family, MdfWriterType> && !std::is_same_v<Family, BtrWriterType>;
+
 using WriterFamilies = testing::Types<TrcWriterType, AscWriterType, KorlWriterType, CsvWriterType, BtrcWriterType,
                                       BtrWriterType, MdfWriterType>;
 TYPED_TEST_SUITE(WriterFamily, WriterFamilies, FamilyName);
@@ -105,14 +109,16 @@ TYPED_TEST(WriterFamily, keepsWhatItsSettersSet) {
 }
 
 TYPED_TEST(WriterFamily, givesItsPropertiesToANewWriterButNotTheSourcePath) {
-  const auto writer = this->makeActive();
+  const auto writer = this->make(true);
+  TypeParam::setOwnerBus(writer.get(), 5);
   TypeParam::setSourcePath(writer.get(), "source");
+  TypeParam::setActive(writer.get(), true);
   const Owned<TypeParam> fresh(TypeParam::createNew(writer.get()));
   EXPECT_FALSE(TypeParam::getActive(fresh.get()));
   EXPECT_EQ(this->targetPathOf(fresh), this->target_);
   EXPECT_EQ(TypeParam::getTargetVersion(fresh.get()), TypeParam::kVersion);
-  EXPECT_FALSE(TypeParam::getOverrideExistingFile(fresh.get()));
-  EXPECT_EQ(TypeParam::getOwnerBus(fresh.get()), -1);
+  EXPECT_TRUE(TypeParam::getOverrideExistingFile(fresh.get()));
+  EXPECT_EQ(TypeParam::getOwnerBus(fresh.get()), 5);
   // Of a binary trace the source path goes along.
   EXPECT_EQ(this->sourcePathOf(fresh), TypeParam::kFormat == XLATR_FORMAT_BTRC ? "source" : "");
 }
@@ -147,6 +153,12 @@ TYPED_TEST(WriterFamily, writesNothingBeforeItIsActive) {
             kNotActive);
   EXPECT_EQ(failureTextOf<ConverterGenericException>([&] { TypeParam::writeHeader2(writer.get(), source, 44403.25); }),
             kNotActive);
+  if constexpr (kWritesComments<TypeParam>) {
+    EXPECT_EQ(failureTextOf<ConverterGenericException>([&] { TypeParam::writeComment(writer.get(), "note"); }),
+              kNotActive);
+  } else {
+    TypeParam::writeComment(writer.get(), "note");
+  }
 
   const Owned<TrcReaderType> reader(TrcReader_Construct(info.get()));
   MessageCan* message = nullptr;

@@ -42,6 +42,9 @@ TEST(Objects, refuseAnObjectOfAnotherFamily) {
   EXPECT_EQ(processingFailureOf([castInfo] { static_cast<void>(CsvInfo_GetVersion(castInfo)); }), expected);
   EXPECT_EQ(processingFailureOf([castInfo] { static_cast<void>(CsvInfo_getStartTime(castInfo)); }), expected);
   EXPECT_EQ(processingFailureOf([castInfo] { static_cast<void>(CsvInfo_getPathSize(castInfo)); }), expected);
+  char path[8] = "";
+  EXPECT_EQ(processingFailureOf([&] { CsvInfo_getPath(castInfo, path, sizeof path); }), expected);
+  EXPECT_STREQ(path, "");
   TrcInfo_Destruct(info);
 }
 

@@ -37,14 +37,14 @@ BtrImage threeSessions() {
 }
 
 // The lines of a CSV table that are rows.
-Names rowsOf(const std::string& path) {
+Names rowsOf(const std::string& path, const std::string& separator = ";") {
   Names rows;
   bool behindHead = false;
   for (const std::string& line : splitLines(readFile(path))) {
     if (behindHead) {
       rows.push_back(line);
     }
-    behindHead = behindHead || line.starts_with("Number;");
+    behindHead = behindHead || line.starts_with("Number" + separator);
   }
   return rows;
 }
@@ -102,6 +102,46 @@ TEST(BtrConversions, convertTheSessionsThatAreNamed) {
   expectSuccess(convertSessions({2, 4}, XLATR_FORMAT_ASC, "./out.asc"), {"out_S2.asc"});
   expectSuccess(convertSessions({0}, XLATR_FORMAT_ASC, "./all.asc"), {"all_S1.asc", "all_S2.asc", "all_S3.asc"});
   EXPECT_EQ(rowsOf("out_S3.csv"), Names{"1;1.500;3;Rx;DT;0003;-;1;A0"});
+}
+
+TEST(BtrConversions, separateTheCellsOfEverySessionAlike) {
+  const WorkingDirectory directory;
+  writeFile("in.btr", threeSessions().bytes());
+  test::Result result;
+  EXPECT_EQ(test::Options{.format = XLATR_FORMAT_CSV}.session(1).session(3).separator('|').convert("in.btr",
+                                                                                                   "./out.csv", result),
+            XLATR_SUCCESS);
+  EXPECT_EQ(rowsOf("out_S1.csv", "|"), Names{"1|1.500|1|Rx|DT|0001|-|1|A0"});
+  EXPECT_EQ(rowsOf("out_S3.csv", "|"), Names{"1|1.500|3|Rx|DT|0003|-|1|A0"});
+}
+
+// Its information object is not valid, which only the head of the target depends on.
+TEST(BtrConversions, writeNoHeadForAFileOfAVersionThatThereIsNot) {
+  const WorkingDirectory directory;
+  writeFile("in.btr", BtrImage(2).session(0, {.version = 4}).sector(1, {}, {{.id = 1}, {.id = 2}}).bytes());
+  expectSuccess(convertSessions({}, XLATR_FORMAT_TRC, "./out.trc", 1.2), {"out_S1.trc"});
+  EXPECT_EQ(readFile("out_S1.trc"),
+            "     1)        0.000  1  Rx         0001  0  \r\n"
+            "     2)        0.000  1  Rx         0002  0  \r\n");
+}
+
+TEST(BtrConversions, aSessionWhoseDateIsNoneBeginsIn1970) {
+  const WorkingDirectory directory;
+  const BtrDate none = {.month = 13};
+  BtrImage image = threeSessions();
+  image.session(1, {.firstSector = 2, .date = none}).sector(2, none, {{.id = 2}});
+  writeFile("in.btr", image.bytes());
+  expectSuccess(convertSessions({}, XLATR_FORMAT_TRC, "./out.trc", 2.1), {"out_S1.trc", "out_S2.trc", "out_S3.trc"});
+  const struct {
+    const char* path;
+    const char* start;
+  } cases[] = {{"out_S1.trc", ";   Start time: 01.03.2024 08:00:30.250.000\r\n"},
+               {"out_S2.trc", ";   Start time: 01.01.1970 00:00:00.000.000\r\n"},
+               {"out_S3.trc", ";   Start time: 01.03.2024 08:02:30.250.000\r\n"}};
+  for (const auto& test : cases) {
+    EXPECT_NE(readFile(test.path).find(test.start), std::string::npos) << test.path;
+  }
+  EXPECT_NE(readFile("out_S2.trc").find("\r\n;$STARTTIME=25569"), std::string::npos);
 }
 
 TEST(BtrConversions, haveNothingToConvertInASessionThatIsNotThere) {

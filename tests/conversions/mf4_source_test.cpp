@@ -53,6 +53,30 @@ TEST(Mf4Source, becomesAFileForEachBusOfATargetWithoutBuses) {
   expectSuccess(convert("in.mf4", "out.trc", 1.1), {"out_BUS3.trc", "out_BUS20.trc"});
 }
 
+// A length above the payload: the record is not understood, but its bus is known.
+constexpr std::uint8_t kTooLong = 9;
+
+TEST(Mf4Source, hasNoFileForABusWhoseRecordsAreNotUnderstood) {
+  const WorkingDirectory directory;
+  MdfFileBuilder file;
+  file.sortedFile({MdfFileBuilder::record(0, 1, 0, kTooLong, 9), MdfFileBuilder::record(1, 2, 0, 2, 3)});
+  save(file);
+  expectSuccess(convert("in.mf4", "out.trc", 1.1), {"out_BUS3.trc"});
+  EXPECT_EQ(directory.names(), (std::vector<std::string>{"in.mf4", "out_BUS3.trc"}));
+}
+
+TEST(Mf4Source, warnsOfTheBusesOfRecordsThatAreNotUnderstoodToo) {
+  const WorkingDirectory directory;
+  MdfFileBuilder file;
+  file.sortedFile({MdfFileBuilder::record(0, 1, 0, kTooLong, 40), MdfFileBuilder::record(1, 2, 0, 2, 17)});
+  save(file);
+  expectSuccess(convert("in.mf4", "out.trc", 2.1), {"out.trc"},
+                "The Converted file 'out.trc' contents at least one invalid BUS number: 17 40.\n"
+                "Only BRIX trace files with bus numbers from 1 to 16 are supported ");
+  EXPECT_EQ(framesOf("out.trc", "2.1"),
+            (std::vector<std::string>{"      1         0.000 DT 17     0002 Rx -  2    11 22"}));
+}
+
 TEST(Mf4Source, warnsOfBusesThatTraceProgramsDoNotShow) {
   const WorkingDirectory directory;
   MdfFileBuilder file;

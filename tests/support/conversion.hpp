@@ -53,7 +53,13 @@ struct Options {
     items.push_back(item);
     return *this;
   }
-
+  Options& separator(char character) {
+    ConversionOption item{};
+    item.tag = XLATR_OPTION_SEPARATOR;
+    item.value.separator = character;
+    items.push_back(item);
+    return *this;
+  }
   Options& flag(std::int32_t tag) {
     ConversionOption item{};
     item.tag = tag;

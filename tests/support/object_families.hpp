@@ -43,9 +43,26 @@ Owned<InfoFamily> openInfo(const char* path) {
     static const IMessage* asMessage(const Object* object) { return reinterpret_cast<const IMessage*>(object); } \
   }
 
+// What an information family answers of its format, without an object.
+#define XLATR_FORMAT_FAMILY_TYPE(InfoFamily)                                                                \
+  struct InfoFamily##Format {                                                                               \
+    static std::uint32_t getFormatDescriptionSize() { return InfoFamily##_getFormatDescriptionSize(); }     \
+    static void getFormatDescription(char* buffer, std::uint32_t size) {                                    \
+      InfoFamily##_getFormatDescription(buffer, size);                                                      \
+    }                                                                                                       \
+    static std::uint32_t getExtensionSize() { return InfoFamily##_GetExtensionSize(); }                     \
+    static void getExtension(char* buffer, std::uint32_t size) { InfoFamily##_GetExtension(buffer, size); } \
+    static double getCurrentVersion() { return InfoFamily##_GetCurrentVersion(); }                          \
+    static std::uint32_t getAllowedConvertionsSize() { return InfoFamily##_GetAllowedConvertionsSize(); }   \
+    static const TraceFormat* getAllowedConvertions() { return InfoFamily##_GetAllowedConvertions(); }      \
+    static std::uint32_t getSupportedVersionsSize() { return InfoFamily##_GetSupportedVersionsSize(); }     \
+    static const double* getSupportedVersions() { return InfoFamily##_GetSupportedVersions(); }             \
+  }
+
 // An information family that is made from a file, and its reader.
 #define XLATR_READER_FAMILY_TYPE(Family, InfoFamily, InfoValid, Message, fileFormat)                                   \
-  struct InfoFamily##Type {                                                                                            \
+  XLATR_FORMAT_FAMILY_TYPE(InfoFamily);                                                                                \
+  struct InfoFamily##Type : InfoFamily##Format {                                                                       \
     using Object = InfoFamily;                                                                                         \
     static constexpr const char* kName = #InfoFamily;                                                                  \
     static constexpr TraceFormat kFormat = fileFormat;                                                                 \
@@ -58,17 +75,6 @@ Owned<InfoFamily> openInfo(const char* path) {
     static void getPath(const Object* object, char* buffer, std::uint32_t size) {                                      \
       InfoFamily##_getPath(object, buffer, size);                                                                      \
     }                                                                                                                  \
-    static std::uint32_t getFormatDescriptionSize() { return InfoFamily##_getFormatDescriptionSize(); }                \
-    static void getFormatDescription(char* buffer, std::uint32_t size) {                                               \
-      InfoFamily##_getFormatDescription(buffer, size);                                                                 \
-    }                                                                                                                  \
-    static std::uint32_t getExtensionSize() { return InfoFamily##_GetExtensionSize(); }                                \
-    static void getExtension(char* buffer, std::uint32_t size) { InfoFamily##_GetExtension(buffer, size); }            \
-    static double getCurrentVersion() { return InfoFamily##_GetCurrentVersion(); }                                     \
-    static std::uint32_t getAllowedConvertionsSize() { return InfoFamily##_GetAllowedConvertionsSize(); }              \
-    static const TraceFormat* getAllowedConvertions() { return InfoFamily##_GetAllowedConvertions(); }                 \
-    static std::uint32_t getSupportedVersionsSize() { return InfoFamily##_GetSupportedVersionsSize(); }                \
-    static const double* getSupportedVersions() { return InfoFamily##_GetSupportedVersions(); }                        \
     static const ITraceInfo* asTraceInfo(const Object* object) { return reinterpret_cast<const ITraceInfo*>(object); } \
   };                                                                                                                   \
   struct Family##Type {                                                                                                \
@@ -137,6 +143,11 @@ XLATR_READER_FAMILY_TYPE(AscReader, AscInfo, AscInfo_getValid, MessageAsc, XLATR
 XLATR_READER_FAMILY_TYPE(KorlReader, KorlInfo, KorlInfo_getValid, MessageLin, XLATR_FORMAT_LIN);
 XLATR_READER_FAMILY_TYPE(BtrcReader, BtrcInfo, BtrcInfo_GetValid, MessageBinaryFD, XLATR_FORMAT_BTRC);
 XLATR_READER_FAMILY_TYPE(MdfReader, MdfInfo, MdfInfo_getValid, MdfCanMessage, XLATR_FORMAT_MF4);
+
+// Of these the constructor is another, or there is none.
+XLATR_FORMAT_FAMILY_TYPE(BlfInfo);
+XLATR_FORMAT_FAMILY_TYPE(BtrInfo);
+XLATR_FORMAT_FAMILY_TYPE(CsvInfo);
 
 XLATR_WRITER_FAMILY_TYPE(TrcWriter, XLATR_FORMAT_TRC, 3.0);
 XLATR_WRITER_FAMILY_TYPE(AscWriter, XLATR_FORMAT_ASC, 8.1);

@@ -78,6 +78,80 @@ TEST(AppendFixed, printsWhatTheCLibraryPrints) {
   }
 }
 
+TEST(FormatFixed, printsTheDecimals) {
+  const struct {
+    const char* name;
+    double value;
+    int precision;
+    const char* expected;
+  } cases[] = {
+      {"zero", 0.0, 2, "0.00"},
+      {"negative zero", -0.0, 1, "-0.0"},
+      {"no decimals", 1.75, 0, "2"},
+      {"half to even where the value is exact", 2.5, 0, "2"},
+      {"rounded up to a whole", 9.9996, 3, "10.000"},
+      {"negative", -12.25, 1, "-12.2"},
+      {"smaller than its decimals show", 1e-300, 3, "0.000"},
+      {"no exponent", 1e22, 1, "10000000000000000000000.0"},
+      {"more decimals than digits", 0.5, 12, "0.500000000000"},
+      {"not a number", std::numeric_limits<double>::quiet_NaN(), 3, "nan"},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(formatFixed(test.value, test.precision), test.expected) << test.name;
+  }
+}
+
+TEST(FormatFixed, holdsTheLongestValueThereIs) {
+  const std::string text = formatFixed(-std::numeric_limits<double>::max(), 9);
+  EXPECT_EQ(text.size(), 1U + 309U + 1U + 9U);
+  EXPECT_TRUE(text.starts_with("-17976931348623157"));
+  EXPECT_TRUE(text.ends_with(".000000000"));
+}
+
+TEST(AppendTraceId, fillsEightColumns) {
+  const struct {
+    const char* name;
+    std::uint32_t identifier;
+    bool extended;
+    std::size_t width;
+    const char* expected;
+  } cases[] = {
+      {"base in three digits", 0xA, false, 3, "     00A"},
+      {"base in four digits", 0xA, false, 4, "    000A"},
+      {"base as wide as its digits", 0x7FF, false, 3, "     7FF"},
+      {"base wider than its digits", 0x12345, false, 3, "   12345"},
+      {"extended", 0x123, true, 4, "00000123"},
+      {"extended, all digits", 0xFFFFFFFF, true, 4, "FFFFFFFF"},
+      {"zero", 0, false, 4, "    0000"},
+      {"extended zero", 0, true, 3, "00000000"},
+  };
+  for (const auto& test : cases) {
+    TextBuffer out;
+    appendTraceId(out, test.identifier, test.extended, test.width);
+    EXPECT_EQ(out.view(), test.expected) << test.name;
+  }
+}
+
+TEST(AppendAscId, fillsFifteenColumns) {
+  const struct {
+    const char* name;
+    std::uint32_t identifier;
+    bool extended;
+    const char* expected;
+  } cases[] = {
+      {"base", 0x7FF, false, "7FF            "},
+      {"no fill in front", 0xA, false, "A              "},
+      {"extended", 0x18ABCDEF, true, "18ABCDEFx      "},
+      {"extended of one digit", 0, true, "0x             "},
+  };
+  for (const auto& test : cases) {
+    TextBuffer out;
+    out.append("|");  // what stands in front counts for no column
+    appendAscId(out, test.identifier, test.extended);
+    EXPECT_EQ(out.view(), std::string("|") + test.expected) << test.name;
+  }
+}
+
 TEST(AppendHexBytes, joinsThemByTheSeparator) {
   const std::uint8_t bytes[] = {0x00, 0xAB, 0x7F};
   const struct {

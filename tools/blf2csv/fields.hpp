@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <span>
 
+#include "util/little_endian.hpp"
+
 namespace blf2csv {
 
 // Bytes from which little-endian numbers are read at any offset. What lies beyond the end is 0, so that no number in
@@ -15,14 +17,14 @@ class Fields {
   explicit Fields(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
 
   [[nodiscard]] std::size_t size() const { return bytes_.size(); }
-  [[nodiscard]] std::uint16_t u16(std::size_t offset) const { return static_cast<std::uint16_t>(number<2>(offset)); }
-  [[nodiscard]] std::uint32_t u32(std::size_t offset) const { return static_cast<std::uint32_t>(number<4>(offset)); }
-  [[nodiscard]] std::uint64_t u64(std::size_t offset) const { return number<8>(offset); }
+  [[nodiscard]] std::uint16_t u16(std::size_t offset) const { return number<std::uint16_t>(offset); }
+  [[nodiscard]] std::uint32_t u32(std::size_t offset) const { return number<std::uint32_t>(offset); }
+  [[nodiscard]] std::uint64_t u64(std::size_t offset) const { return number<std::uint64_t>(offset); }
   // A number of 1, 2 or 4 bytes; of no bytes it is 0.
   [[nodiscard]] std::uint32_t sized(std::size_t offset, std::size_t width) const {
     switch (width) {
       case 1:
-        return static_cast<std::uint32_t>(number<1>(offset));
+        return number<std::uint8_t>(offset);
       case 2:
         return u16(offset);
       case 4:
@@ -42,16 +44,12 @@ class Fields {
   }
 
  private:
-  template <std::size_t kWidth>
-  [[nodiscard]] std::uint64_t number(std::size_t offset) const {
-    if (bytes_.size() < kWidth || offset > bytes_.size() - kWidth) {
+  template <class Number>
+  [[nodiscard]] Number number(std::size_t offset) const {
+    if (bytes_.size() < sizeof(Number) || offset > bytes_.size() - sizeof(Number)) {
       return 0;
     }
-    std::uint64_t value = 0;
-    for (std::size_t index = 0; index < kWidth; ++index) {
-      value |= static_cast<std::uint64_t>(bytes_[offset + index]) << (8 * index);
-    }
-    return value;
+    return xlatr::loadLittle<Number>(bytes_.data() + offset);
   }
 
   std::span<const std::uint8_t> bytes_;

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "messages/enumerations.hpp"
+#include "messages/fd_kind.hpp"
 
 namespace xlatr {
 
@@ -25,30 +26,17 @@ inline constexpr std::uint32_t kReadMask = 0xFFFFF;
   if ((flags & asc_flag::kEdl) == 0) {
     return MessageKind::DT;
   }
-  const bool brs = (flags & asc_flag::kBrs) != 0;
-  if ((flags & asc_flag::kEsi) != 0) {
-    return brs ? MessageKind::BI : MessageKind::FE;
-  }
-  return brs ? MessageKind::FB : MessageKind::FD;
+  return fdKind((flags & asc_flag::kBrs) != 0, (flags & asc_flag::kEsi) != 0);
 }
 
 [[nodiscard]] constexpr std::uint32_t ascFlagsOfMessageKind(MessageKind kind) {
-  switch (kind) {
-    case MessageKind::DT:
-      return asc_flag::kClassicFrame;
-    case MessageKind::FD:
-      return asc_flag::kEdl;
-    case MessageKind::FB:
-      return asc_flag::kEdl | asc_flag::kBrs;
-    case MessageKind::FE:
-      return asc_flag::kEdl | asc_flag::kEsi;
-    case MessageKind::BI:
-      return asc_flag::kEdl | asc_flag::kBrs | asc_flag::kEsi;
-    case MessageKind::RR:
-      return asc_flag::kRemote;
-    default:
-      return 0;
+  if (isFd(kind)) {
+    return asc_flag::kEdl | (hasBrs(kind) ? asc_flag::kBrs : 0) | (hasEsi(kind) ? asc_flag::kEsi : 0);
   }
+  if (kind == MessageKind::DT) {
+    return asc_flag::kClassicFrame;
+  }
+  return kind == MessageKind::RR ? asc_flag::kRemote : 0;
 }
 
 }  // namespace xlatr

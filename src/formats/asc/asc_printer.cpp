@@ -1,10 +1,10 @@
 #include "formats/asc/asc_printer.hpp"
 
 #include <algorithm>
-#include <array>
 #include <span>
 
 #include "messages/can_dlc.hpp"
+#include "messages/error_type.hpp"
 #include "util/render.hpp"
 
 namespace xlatr {
@@ -148,20 +148,7 @@ void appendAscErrorBits(TextBuffer& out, const AscMessage& message) {
   const std::uint32_t type = typeInData ? byteAt(message, 0) : message.id;
   const unsigned direction = byteAt(message, typeInData ? 1 : 0);
   const unsigned position = byteAt(message, typeInData ? 2 : 1);
-  unsigned bits = direction << 5 | position;
-  switch (type) {
-    case 2:
-      bits += 0x40;
-      break;
-    case 4:
-      bits += 0x80;
-      break;
-    case 8:
-      bits += 0xC0;
-      break;
-    default:
-      break;
-  }
+  const unsigned bits = (errorTypeOfTrcId(type).value_or(0) << 6) + (direction << 5 | position);
   for (int bit = 7; bit >= 0; --bit) {
     out.append((bits >> bit & 1U) != 0 ? '1' : '0');
   }

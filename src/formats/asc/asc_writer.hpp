@@ -6,14 +6,15 @@
 #include <string_view>
 
 #include "formats/asc/asc_message.hpp"
-#include "formats/lin/lin_message.hpp"
-#include "formats/native/session_message.hpp"
-#include "formats/native/zelk_message.hpp"
-#include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
 #include "util/text_buffer.hpp"
 
 namespace xlatr {
+
+class BrixMessage;
+class KorlMessage;
+class SessionMessage;
+class ZelkBinaryMessage;
 
 // Writes a head of four lines and a line a message, always hexadecimal and with absolute times. There are two forms for
 // all versions: below 8.0 that of 7.0.0, which has no CAN FD frames, from 8.0 on that of 8.1.0; what comes from a

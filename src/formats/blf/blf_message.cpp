@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "messages/fd_kind.hpp"
+
 namespace xlatr {
 namespace {
 
@@ -178,13 +180,7 @@ MessageKind BlfCanMessage::kind() const {
   if (remote) {
     return MessageKind::RR;
   }
-  if (!fdFormat) {
-    return MessageKind::DT;
-  }
-  if (errorStateIndicator) {
-    return bitRateSwitch ? MessageKind::BI : MessageKind::FE;
-  }
-  return bitRateSwitch ? MessageKind::FB : MessageKind::FD;
+  return fdFormat ? fdKind(bitRateSwitch, errorStateIndicator) : MessageKind::DT;
 }
 
 void BlfLinMessage::assign(CsvMessage& row) {

@@ -6,7 +6,7 @@ namespace xlatr {
 namespace {
 
 // Cut and not rounded. What no counter holds becomes the largest one.
-std::uint64_t wholeMicroseconds(double value) {
+std::uint64_t clampedMicroseconds(double value) {
   constexpr double kBeyond = 0x1p64;
   return value < kBeyond ? static_cast<std::uint64_t>(value) : std::numeric_limits<std::uint64_t>::max();
 }
@@ -20,7 +20,7 @@ void mapToLin(const BlfLinMessage& source, KorlMessage& target) {
   target.direction = source.linDirection;
   target.checksum = source.checksum;
   target.checksumType = source.checksumType;
-  target.timestamp = wholeMicroseconds(source.microseconds());
+  target.timestamp = clampedMicroseconds(source.microseconds());
   target.busEvent = source.kind == MessageKind::EV;
   if (target.busEvent) {
     target.data.assign(source.eventText.begin(), source.eventText.end());

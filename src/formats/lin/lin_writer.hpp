@@ -6,12 +6,14 @@
 #include <string>
 #include <string_view>
 
-#include "formats/blf/blf_message.hpp"
 #include "formats/lin/lin_message.hpp"
 #include "io/trace_writer.hpp"
 #include "util/text_buffer.hpp"
 
 namespace xlatr {
+
+class BlfCanMessage;
+class BlfLinMessage;
 
 // Writes the header of its target version and a line a message of a BLF log. The default version is one that has no
 // header; a caller names the one it wants.

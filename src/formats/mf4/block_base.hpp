@@ -5,6 +5,7 @@
 // file with the whole of its tree (placeTree), before the tree's bytes are taken (appendTree).
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>

@@ -83,7 +83,7 @@ std::unique_ptr<ChannelBlock> createTime() {
   return channel;
 }
 
-void makeDataBytes(const MdfLayoutOptions& options, ChannelBlockData& data) {
+void describeDataBytes(const MdfLayoutOptions& options, ChannelBlockData& data) {
   data.cnType = number(options.usesSignalData() ? MdfChannelType::VariableLength : MdfChannelType::MaximumLength);
   data.cnDataType = number(MdfDataType::ByteArray);
   data.cnBitCount = 8 * payloadBytes(options);
@@ -104,7 +104,7 @@ std::unique_ptr<ChannelBlock> createField(const FieldRow& row, const MdfLayoutOp
   data.cnPrecision = kAllDecimals;
   data.cnLimitMax = row.name == kBusChannel ? 0.0 : kLimit;
   if (row.name == kDataBytes) {
-    makeDataBytes(options, data);
+    describeDataBytes(options, data);
   }
   std::string name(mdfFrameName(kind));
   channel->setName(name.append(".").append(row.name));

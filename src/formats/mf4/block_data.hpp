@@ -216,7 +216,7 @@ struct DataBlockBytes {
 
 // The data block of a group to be written, with these records: what its placeholder (DataGroupBlock::createTree) says,
 // a DT or a DZ. A DZ without records is no block at all. Raises kDeflateFailure, and kNoDataBlock for a group with
-// another placeholder or none.
+// another placeholder or none. The one-shot form that MdfDataOutput, which is what a writer uses, is held against.
 [[nodiscard]] DataBlockBytes makeDataBytes(const DataGroupBlock& group, std::span<const std::uint8_t> records);
 
 }  // namespace xlatr

@@ -1,6 +1,7 @@
 #include "formats/mf4/mdf_mapping.hpp"
 
 #include "messages/can_dlc.hpp"
+#include "messages/error_type.hpp"
 
 namespace xlatr {
 namespace {
@@ -18,18 +19,10 @@ BusEventFrameType frameKindOf(MessageKind kind) {
   return kind == MessageKind::ER ? BusEventFrameType::ErrorFrame : BusEventFrameType::DataFrame;
 }
 
-// TRC numbers the kinds of errors by bits; MF4 counts them. What it has no number for is 0, unknown.
+// MF4 counts the types of errors from 1. What it has no number for is 0, unknown.
 std::uint8_t errorTypeOf(std::uint8_t trcError) {
-  switch (trcError) {
-    case 1:
-      return 1;  // bit error
-    case 2:
-      return 2;  // form error
-    case 4:
-      return 3;  // stuff error
-    default:
-      return 0;
-  }
+  const std::uint32_t type = errorTypeOfTrcId(trcError).value_or(kOtherError);
+  return type == kOtherError ? std::uint8_t{0} : static_cast<std::uint8_t>(type + 1);
 }
 
 // TRC counts the bits of a frame from 3.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "messages/fd_kind.hpp"
 #include "util/little_endian.hpp"
 
 namespace xlatr {
@@ -17,23 +18,13 @@ constexpr std::uint8_t kExtended = 0x10;
 constexpr double kNanosecondsPerMicrosecond = 1000.0;
 
 std::uint8_t flagsOf(const MdfCanMessage& message) {
-  const auto kindFlags = [kind = message.kind]() -> std::uint8_t {
-    switch (kind) {
-      case MessageKind::FD:
-        return kFd;
-      case MessageKind::FB:
-        return kFd | kBrs;
-      case MessageKind::FE:
-        return kFd | kEsi;
-      case MessageKind::BI:
-        return kFd | kBrs | kEsi;
-      default:
-        return 0;
-    }
-  };
-  const std::uint8_t sent = message.direction == MessageDirection::Tx ? kSent : 0;
-  const std::uint8_t extended = message.extended && message.kind != MessageKind::ER ? kExtended : 0;
-  return static_cast<std::uint8_t>(kindFlags() | sent | extended);
+  const MessageKind kind = message.kind;
+  const int sent = message.direction == MessageDirection::Tx ? kSent : 0;
+  const int extended = message.extended && kind != MessageKind::ER ? kExtended : 0;
+  const int fd = isFd(kind) ? kFd : 0;
+  const int brs = hasBrs(kind) ? kBrs : 0;
+  const int esi = hasEsi(kind) ? kEsi : 0;
+  return static_cast<std::uint8_t>(sent | fd | brs | esi | extended);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string_view>
 
+#include "messages/fd_kind.hpp"
+
 namespace xlatr {
 namespace {
 
@@ -481,19 +483,13 @@ void MdfRecordParser::setField(Target target, std::uint64_t value, MdfCanMessage
       message.isRemote = message.isRemote || isSet;
       break;
     case Target::FdFormat:
-      if (isSet && kind != MessageKind::FB && kind != MessageKind::FE && kind != MessageKind::BI) {
-        kind = MessageKind::FD;
-      }
+      kind = isSet ? fdKind(hasBrs(kind), hasEsi(kind)) : kind;
       break;
     case Target::BitRateSwitch:
-      if (isSet && kind != MessageKind::BI) {
-        kind = kind == MessageKind::FE ? MessageKind::BI : MessageKind::FB;
-      }
+      kind = isSet ? fdKind(true, hasEsi(kind)) : kind;
       break;
     case Target::ErrorState:
-      if (isSet && kind != MessageKind::BI) {
-        kind = kind == MessageKind::FB ? MessageKind::BI : MessageKind::FE;
-      }
+      kind = isSet ? fdKind(hasBrs(kind), true) : kind;
       break;
     case Target::BitPosition:
       message.bitPosition = static_cast<std::uint8_t>(value);

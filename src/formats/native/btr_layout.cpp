@@ -11,14 +11,8 @@ namespace {
 
 constexpr std::int32_t kFirstYear = 2000;
 
-// Where the parts of a data sector stand.
-constexpr std::size_t kStampOffset = 0;
-constexpr std::size_t kEntriesOffset = 4;
-constexpr std::size_t kTimeOffset = 504;
-constexpr std::size_t kCheckOffset = 508;
-
 static_assert(kWireSize<SessionDescriptor> == 32);
-static_assert(kEntriesOffset + DataSector::kEntries * kWireSize<MsgEntry> == kTimeOffset);
+static_assert(kWireSize<DataSector> == kBtrSectorSize);
 
 int signOf(std::strong_ordering order) {
   if (std::is_eq(order)) {
@@ -98,27 +92,13 @@ int SessionDateTime::compareTo(const SessionDateTime& other) const {
 
 DataSector DataSector::fromBytes(SectorBytes bytes) {
   DataSector result;
-  readWire(bytes.data() + kStampOffset, result.stamp);
-  const std::uint8_t* slot = bytes.data() + kEntriesOffset;
-  for (MsgEntry& entry : result.entries) {
-    readWire(slot, entry);
-    slot += kWireSize<MsgEntry>;
-  }
-  readWire(bytes.data() + kTimeOffset, result.time);
-  readWire(bytes.data() + kCheckOffset, result.check);
+  readWire(bytes.data(), result);
   return result;
 }
 
 SectorImage DataSector::toBytes() const {
   SectorImage image{};
-  writeWire(stamp, image.data() + kStampOffset);
-  std::uint8_t* slot = image.data() + kEntriesOffset;
-  for (const MsgEntry& entry : entries) {
-    writeWire(entry, slot);
-    slot += kWireSize<MsgEntry>;
-  }
-  writeWire(time, image.data() + kTimeOffset);
-  writeWire(check, image.data() + kCheckOffset);
+  writeWire(*this, image.data());
   return image;
 }
 

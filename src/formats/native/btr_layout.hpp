@@ -143,6 +143,11 @@ struct MsgEntry {
 struct DataSector {
   static constexpr std::size_t kEntries = 25;
 
+  static constexpr auto wireFields() {
+    return std::tuple(WireField{&DataSector::stamp, 0}, WireField{&DataSector::entries, 4},
+                      WireField{&DataSector::time, 504}, WireField{&DataSector::check, 508});
+  }
+
   std::uint32_t stamp = 0;  // day, month, year since 2000 and the wrap counter, from the lowest byte up
   std::array<MsgEntry, kEntries> entries{};
   std::uint32_t time = 0;  // the first four bytes of the session's date

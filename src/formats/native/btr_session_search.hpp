@@ -13,8 +13,7 @@ namespace xlatr {
 void findSessionEnd(BtrSectors& sectors, std::uint64_t sectorCount, BtrSessionEntry& entry);
 
 // Sets the entry's start to its oldest sector: its first one, or in a session that was recorded circularly the one
-// behind the newest. Where that can't be found out, and while the end is
-// not known, the start stays as it is.
+// behind the newest. Where that can't be found out, and while the end is not known, the start stays as it is.
 void findSessionStart(BtrSectors& sectors, BtrSessionEntry& entry);
 
 }  // namespace xlatr

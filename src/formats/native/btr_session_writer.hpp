@@ -9,10 +9,11 @@
 #include <string_view>
 
 #include "formats/native/btr_layout.hpp"
-#include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
 
 namespace xlatr {
+
+class BrixMessage;
 
 // Writes a directory of one session and its sectors behind that, one behind the other and never circularly. Takes
 // classic frames and error frames; whatever else a trace has is left out.

@@ -1,7 +1,6 @@
 #include "formats/native/btrc_file_header.hpp"
 
 #include <exception>
-#include <ios>
 #include <utility>
 
 #include "util/failures.hpp"
@@ -36,9 +35,13 @@ DateTime dateOf(const Native_RecordTimeCalibration& record) {
 
 BtrcFileHeader::BtrcFileHeader(std::string path) : sourcePath(std::move(path)) {
   reset();
+  bool whole = false;
   try {
-    read();
+    whole = read();
   } catch (const std::exception&) {
+    whole = false;
+  }
+  if (!whole) {
     reset();
   }
 }
@@ -59,21 +62,23 @@ void BtrcFileHeader::reset() {
   timeCalibration.second = static_cast<std::uint8_t>(startDateTime.second);
 }
 
-void BtrcFileHeader::read() {
+// False for a file that ends before its second record does. One that begins otherwise has no second record to look at.
+bool BtrcFileHeader::read() {
   BlockInput input(sourcePath);
   if (!tryReadWire(input.peek(kInfoSize), info)) {
-    throw std::ios_base::failure("no record of a file's start");
+    return false;
   }
   valid = info.header.type == RecordType::Info;
   if (!valid) {
-    return;
+    return true;
   }
   input.skip(kInfoSize);
   firstFramePosition = kInfoSize;
   if (!tryReadWire(input.peek(kCalibrationSize), timeCalibration)) {
-    throw std::ios_base::failure("nothing behind the start of the file");
+    return false;
   }
   readCalibration();
+  return true;
 }
 
 // Without a good calibration record its bytes are the first record to be read, whatever they are.

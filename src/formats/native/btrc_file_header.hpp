@@ -36,7 +36,7 @@ class BtrcFileHeader {
 
  private:
   void reset();
-  void read();
+  [[nodiscard]] bool read();
   void readCalibration();
 };
 

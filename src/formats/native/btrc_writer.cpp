@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "formats/native/btrc_file_header.hpp"
-#include "formats/trc/trc_message.hpp"
+#include "formats/native/btrc_mapping.hpp"
 #include "messages/message_dispatch.hpp"
 #include "util/date_time.hpp"
 #include "util/failures.hpp"
@@ -119,7 +119,7 @@ void BtrcWriter::WriteMessage(const IMessage& message) {
     if (known.kind == MessageKind::XL) {
       return;
     }
-    mapped_.takeMessage(known);
+    mapToBtrc(known, mapped_);
     mapped_.AdjustTimestamp(systemTime_);
     writeRecord(mapped_.timestamp, mapped_.rawBytes);
   });

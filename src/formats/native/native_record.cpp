@@ -1,6 +1,5 @@
 #include "formats/native/native_record.hpp"
 
-#include <cmath>
 #include <limits>
 
 namespace xlatr {
@@ -72,19 +71,6 @@ std::string_view Native_RecordTextMsg::textOf(std::span<const std::uint8_t> byte
   const auto content = bytes.subspan(kRecordHeaderSize);
   const auto end = std::find(content.begin(), content.end(), std::uint8_t{0});
   return {reinterpret_cast<const char*>(content.data()), static_cast<std::size_t>(end - content.begin())};
-}
-
-std::uint64_t wholeMicroseconds(double milliseconds) {
-  constexpr double kTwoTo63 = 9223372036854775808.0;
-  constexpr double kTwoTo64 = 2.0 * kTwoTo63;
-  const double microseconds = std::round(milliseconds * 1000.0);
-  if (microseconds >= 0.0 && microseconds < kTwoTo64) {
-    return static_cast<std::uint64_t>(microseconds);
-  }
-  if (microseconds < 0.0 && microseconds >= -kTwoTo63) {
-    return static_cast<std::uint64_t>(static_cast<std::int64_t>(microseconds));
-  }
-  return 0;
 }
 
 }  // namespace xlatr

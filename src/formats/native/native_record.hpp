@@ -551,8 +551,4 @@ class Native_RecordTextMsg final : public ISerializable {
   std::string text;
 };
 
-// A time of milliseconds in microseconds, rounded to the nearest; what is no such number, or is beyond them, is 0. A
-// time before the start wraps, so that adding the start to it gives what it should.
-[[nodiscard]] std::uint64_t wholeMicroseconds(double milliseconds);
-
 }  // namespace xlatr

@@ -6,12 +6,11 @@
 //     return std::tuple(WireField{&Pair::first, 0}, WireField{&Pair::second, 4});
 //   }
 //
-// The width of a field is that of its type: integers, enumerations, arrays of bytes, and structures that have fields
-// themselves. Everything is little-endian and without padding. Nothing here allocates.
+// The width of a field is that of its type: integers, enumerations, structures that have fields themselves, and arrays
+// of all these. Everything is little-endian and without padding. Nothing here allocates.
 #pragma once
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -19,6 +18,8 @@
 #include <tuple>
 #include <type_traits>
 #include <vector>
+
+#include "util/little_endian.hpp"
 
 namespace xlatr {
 
@@ -49,8 +50,8 @@ inline constexpr std::size_t kWireSize = WireSize<Value>::value;
 template <WireNumber Value>
 struct WireSize<Value> : std::integral_constant<std::size_t, sizeof(Value)> {};
 
-template <std::size_t Count>
-struct WireSize<std::array<std::uint8_t, Count>> : std::integral_constant<std::size_t, Count> {};
+template <class Element, std::size_t kCount>
+struct WireSize<std::array<Element, kCount>> : std::integral_constant<std::size_t, kCount * kWireSize<Element>> {};
 
 // A field stands directly behind the one before it, so that a wrong offset in a description does not compile.
 template <class... Owners, class... Values>
@@ -67,41 +68,48 @@ consteval std::size_t sizeOfContiguous(const std::tuple<WireField<Owners, Values
 template <WireStructure Value>
 struct WireSize<Value> : std::integral_constant<std::size_t, sizeOfContiguous(Value::wireFields())> {};
 
-// Copies a number between memory and a file's byte order, which is the same operation both ways.
 template <class Value>
-void copyLittleEndian(const void* from, void* to) {
-  if constexpr (std::endian::native == std::endian::little || sizeof(Value) == 1) {
-    std::memcpy(to, from, sizeof(Value));
-  } else {
-    for (std::size_t index = 0; index < sizeof(Value); ++index) {
-      static_cast<std::uint8_t*>(to)[sizeof(Value) - 1 - index] = static_cast<const std::uint8_t*>(from)[index];
-    }
-  }
-}
+inline constexpr bool kIsByteArray = false;
+template <std::size_t kCount>
+inline constexpr bool kIsByteArray<std::array<std::uint8_t, kCount>> = true;
 
 // Fills the value from kWireSize bytes.
 template <class Value>
 void readWire(const std::uint8_t* bytes, Value& value) {
-  if constexpr (WireNumber<Value>) {
-    copyLittleEndian<Value>(bytes, &value);
+  if constexpr (std::is_enum_v<Value>) {
+    value = static_cast<Value>(loadLittle<std::underlying_type_t<Value>>(bytes));
+  } else if constexpr (WireNumber<Value>) {
+    value = loadLittle<Value>(bytes);
   } else if constexpr (WireStructure<Value>) {
     std::apply([&](const auto&... field) { (readWire(bytes + field.offset, value.*field.member), ...); },
                Value::wireFields());
-  } else {
+  } else if constexpr (kIsByteArray<Value>) {
     std::memcpy(value.data(), bytes, value.size());
+  } else {
+    for (auto& element : value) {
+      readWire(bytes, element);
+      bytes += kWireSize<typename Value::value_type>;
+    }
   }
 }
 
 // Writes kWireSize bytes.
 template <class Value>
 void writeWire(const Value& value, std::uint8_t* bytes) {
-  if constexpr (WireNumber<Value>) {
-    copyLittleEndian<Value>(&value, bytes);
+  if constexpr (std::is_enum_v<Value>) {
+    storeLittle(bytes, static_cast<std::underlying_type_t<Value>>(value));
+  } else if constexpr (WireNumber<Value>) {
+    storeLittle(bytes, value);
   } else if constexpr (WireStructure<Value>) {
     std::apply([&](const auto&... field) { (writeWire(value.*field.member, bytes + field.offset), ...); },
                Value::wireFields());
-  } else {
+  } else if constexpr (kIsByteArray<Value>) {
     std::memcpy(bytes, value.data(), value.size());
+  } else {
+    for (const auto& element : value) {
+      writeWire(element, bytes);
+      bytes += kWireSize<typename Value::value_type>;
+    }
   }
 }
 

@@ -1,71 +1,24 @@
 #include "formats/native/zelk_message.hpp"
 
-#include <algorithm>
-#include <array>
 #include <concepts>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 
+#include "formats/native/record_flags.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "messages/can_dlc.hpp"
+#include "messages/error_type.hpp"
+#include "messages/fd_kind.hpp"
 #include "util/failures.hpp"
 #include "util/render.hpp"
 
 namespace xlatr {
 namespace {
 
-// Bits of the flags of an error record.
-constexpr std::uint8_t kErrorDirection = 0x80;
-constexpr std::uint8_t kErrorClass = 0x70;
-constexpr std::uint8_t kErrorCounters = 0x40;  // the class of a change of counters
-
-// The class of an error record, and what TRC calls it.
-struct ErrorClass {
-  std::uint8_t flags;
-  std::uint32_t id;
-};
-constexpr std::array kErrorClasses = {ErrorClass{0x00, 1}, ErrorClass{0x10, 2}, ErrorClass{0x20, 4},
-                                      ErrorClass{0x30, 8}};
-
 std::uint32_t idOfErrorFlags(std::uint8_t flags) {
-  for (const ErrorClass& known : kErrorClasses) {
-    if (known.flags == (flags & kErrorClass)) {
-      return known.id;
-    }
-  }
-  return 0;
-}
-
-// What is no known type counts as the last one.
-std::uint8_t flagsOfErrorId(std::uint32_t id) {
-  for (const ErrorClass& known : kErrorClasses) {
-    if (known.id == id) {
-      return known.flags;
-    }
-  }
-  return kErrorClasses.back().flags;
-}
-
-// The flags of a status record, and the bits of a bus status that they stand for.
-struct StatusFlag {
-  std::uint8_t flag;
-  WarningErrors status;
-};
-constexpr std::array kStatusFlags = {StatusFlag{0x80, WarningErrors::BusOff},
-                                     StatusFlag{0x40, WarningErrors::BusWarning},
-                                     StatusFlag{0x20, WarningErrors::BusPassive}};
-
-MessageKind kindOfFdFlags(std::uint16_t flags) {
-  const bool brs = (flags & frame_flag::kBrs) != 0;
-  if ((flags & frame_flag::kEsi) != 0) {
-    return brs ? MessageKind::BI : MessageKind::FE;
-  }
-  return brs ? MessageKind::FB : MessageKind::FD;
-}
-
-std::uint16_t fdFlagsOfKind(MessageKind kind) {
-  const bool brs = kind == MessageKind::FB || kind == MessageKind::BI;
-  const bool esi = kind == MessageKind::FE || kind == MessageKind::BI;
-  return static_cast<std::uint16_t>(frame_flag::kFd | (brs ? frame_flag::kBrs : 0) | (esi ? frame_flag::kEsi : 0));
+  const std::uint32_t type = (flags & error_flag::kClass) >> error_flag::kClassShift;
+  return type <= kOtherError ? trcIdOfErrorType(type) : 0;
 }
 
 // Text pieced together from texts and numbers.
@@ -105,7 +58,8 @@ std::string_view rawDataLabel(RecordType type, std::span<const std::uint8_t> byt
     case RecordType::CanTxFdMsg:
       return "Native_RecordCanTxFdMsg raw data: ";
     case RecordType::CanError:
-      return bytes.size() > kOffsetOfErrorFlags && (bytes[kOffsetOfErrorFlags] & kErrorClass) == kErrorCounters
+      return bytes.size() > kOffsetOfErrorFlags &&
+                     (bytes[kOffsetOfErrorFlags] & error_flag::kClass) == error_flag::kCounters
                  ? "Native_RecordCanError raw data(EC) : "
                  : "Native_RecordCanError raw data(EF) : ";
     case RecordType::CanStatus:
@@ -146,10 +100,6 @@ ZelkBinaryMessage::ZelkBinaryMessage(RecordType typeOfRecord, std::span<const st
   readRecord(typeOfRecord, bytes, TimeScale(timeScalingExponent));
 }
 
-ZelkBinaryMessage::ZelkBinaryMessage(const BrixMessage& source) {
-  takeMessage(source);
-}
-
 bool ZelkBinaryMessage::getValid() const {
   return valid && recordType >= RecordType::CanRxMsg && recordType <= RecordType::CanBusLoad;
 }
@@ -164,8 +114,6 @@ void ZelkBinaryMessage::reset() {
   rawBytes.clear();
   record_.emplace<std::monostate>();
 }
-
-// Reading a record ----------------------------------------------------------------------------------------------------
 
 void ZelkBinaryMessage::readRecord(RecordType typeOfRecord, std::span<const std::uint8_t> bytes,
                                    const TimeScale& timeScale) {
@@ -264,7 +212,7 @@ bool ZelkBinaryMessage::readFrame(const TimeScale& timeScale) {
   extended = (frame.info.flags & frame_flag::kExtended) != 0;
   direction = kReceived ? MessageDirection::Rx : MessageDirection::Tx;
   if (fd) {
-    kind = kindOfFdFlags(frame.info.flags);
+    kind = fdKind((frame.info.flags & frame_flag::kBrs) != 0, (frame.info.flags & frame_flag::kEsi) != 0);
     length = kDlcLengths[dlc];
   } else {
     type = kReceived ? MessageType::Rx : MessageType::Tx;
@@ -284,13 +232,13 @@ bool ZelkBinaryMessage::readError(const TimeScale& timeScale) {
   bus = record.bus;
   type = MessageType::Error;
   direction = MessageDirection::Rx;
-  if ((record.flags & kErrorClass) == kErrorCounters) {
+  if ((record.flags & error_flag::kClass) == error_flag::kCounters) {
     kind = MessageKind::EC;
     data = {record.rxErrorCounter, record.txErrorCounter};
   } else {
     kind = MessageKind::ER;
     id = idOfErrorFlags(record.flags);
-    const bool directionBit = (record.flags & kErrorDirection) != 0;
+    const bool directionBit = (record.flags & error_flag::kDirection) != 0;
     data = {static_cast<std::uint8_t>(directionBit), record.errorPosition, record.rxErrorCounter,
             record.txErrorCounter};
   }
@@ -343,132 +291,11 @@ void ZelkBinaryMessage::reportShortRecord() {
   }
 }
 
-// Making a record -----------------------------------------------------------------------------------------------------
-
-void ZelkBinaryMessage::takeMessage(const BrixMessage& source) {
-  reset();
-  id = source.id;
-  length = source.length;
-  data.assign(source.data.begin(), source.data.end());
-  type = source.type;
-  direction = source.direction;
-  extended = source.extended;
-  remote = source.remote;
-  kind = source.kind;
-  bus = source.bus - 1;
-  timestamp = wholeMicroseconds(source.timeOffset);
-  commentary.assign(source.comment);
-  if (source.valid && kind != MessageKind::Unknown) {
-    valid = true;
-    makeRecord();
-  } else {
-    makeText(commentary);
-  }
+void ZelkBinaryMessage::setRecord(MadeRecord made) {
+  record_ = std::move(made);
   updateRawBytes();
-}
-
-void ZelkBinaryMessage::makeRecord() {
-  const auto dlc = static_cast<std::uint8_t>(lengthToDlc(length));
-  switch (kind) {
-    case MessageKind::DT:
-      return makeFrame<Native_RecordCanRxMsg, Native_RecordCanTxMsg>(static_cast<std::uint8_t>(length), 0);
-    case MessageKind::FD:
-    case MessageKind::FB:
-    case MessageKind::FE:
-    case MessageKind::BI:
-      return makeFrame<Native_RecordCanRxFdMsg, Native_RecordCanTxFdMsg>(dlc, fdFlagsOfKind(kind));
-    case MessageKind::RR:
-      return makeFrame<Native_RecordCanRxRtrMsg, Native_RecordCanTxRtrMsg>(dlc, frame_flag::kRemote);
-    case MessageKind::ST:
-      return makeStatus();
-    case MessageKind::EC:
-      return makeErrorCounters();
-    case MessageKind::ER:
-      return makeError();
-    case MessageKind::EV:
-      makeText(joined("TODO 'Event Framer (EV)': ", commentary));
-      recordType = RecordType::TextMsg;
-      return;
-    default:
-      valid = false;
-      makeText(joined("Unknown record ': ", commentary));
-      recordType = RecordType::TextMsg;
-      return;
-  }
-}
-
-template <class Received, class Sent>
-void ZelkBinaryMessage::makeFrame(std::uint8_t dlc, std::uint16_t flags) {
-  const auto allFlags = static_cast<std::uint16_t>(flags | (extended ? frame_flag::kExtended : 0));
-  const Internal_DataFrameInfo info(static_cast<std::uint8_t>(bus), dlc, allFlags, id);
-  const std::span<const std::uint8_t> bytes(data);
-  const auto make = [&]<class Record>(std::type_identity<Record> /*tag*/, auto... times) {
-    if constexpr (std::is_constructible_v<Record, decltype(bytes), decltype(times)..., decltype(info)>) {
-      recordType = record_.emplace<Record>(bytes, times..., info).frame.header.type;
-    } else {
-      recordType = record_.emplace<Record>(times..., info).frame.header.type;
-    }
-  };
-  if (direction == MessageDirection::Rx) {
-    make(std::type_identity<Received>(), timestamp);
-  } else {
-    make(std::type_identity<Sent>(), timestamp, timestamp);
-  }
-}
-
-void ZelkBinaryMessage::makeStatus() {
-  std::uint32_t status = 0;
-  if (data.size() >= 4 || data.size() == 2) {
-    for (std::size_t index = 0; index < data.size() && index < 4; ++index) {
-      status = status << 8 | data[index];
-    }
-  }
-  auto& record = record_.emplace<Native_RecordCanStatus>();
-  record.timestamp = timestamp;
-  record.bus = static_cast<std::uint8_t>(bus);
-  for (const StatusFlag& known : kStatusFlags) {
-    const bool set = (status & static_cast<std::uint32_t>(known.status)) != 0;
-    record.flags = static_cast<std::uint8_t>(record.flags | (set ? known.flag : 0));
-  }
-  recordType = record.header.type;
-}
-
-void ZelkBinaryMessage::makeErrorCounters() {
-  auto& record = record_.emplace<Native_RecordCanError>();
-  record.timestamp = timestamp;
-  record.bus = static_cast<std::uint8_t>(bus);
-  record.flags = direction == MessageDirection::Tx ? kErrorCounters : kErrorCounters | kErrorDirection;
-  if (data.size() >= 2) {
-    record.rxErrorCounter = data[0];
-    record.txErrorCounter = data[1];
-  }
-  recordType = record.header.type;
-}
-
-void ZelkBinaryMessage::makeError() {
-  constexpr std::size_t kBytesWithType = 5;
-  constexpr std::size_t kBytesWithoutType = 4;
-  std::uint32_t errorType = 0;
-  std::array<std::uint8_t, kBytesWithoutType> rest{};  // direction, position, rx, tx
-  if (data.size() >= kBytesWithType) {
-    errorType = data[0];
-    std::copy_n(data.begin() + 1, rest.size(), rest.begin());
-  } else if (data.size() == kBytesWithoutType) {
-    errorType = id;
-    std::copy_n(data.begin(), rest.size(), rest.begin());
-  }
-  auto& record = record_.emplace<Native_RecordCanError>();
-  record.timestamp = timestamp;
-  record.bus = static_cast<std::uint8_t>(bus);
-  record.flags = static_cast<std::uint8_t>(flagsOfErrorId(errorType) | (rest[0] != 0 ? kErrorDirection : 0));
-  record.errorPosition = rest[1];
-  record.rxErrorCounter = rest[2];
-  record.txErrorCounter = rest[3];
-  recordType = record.header.type;
-}
-
-void ZelkBinaryMessage::makeText(std::string_view text) {
-  record_.emplace<Native_RecordTextMsg>(text);
+  Native_RecordHeader header;
+  recordType = tryReadWire(rawBytes, header) ? header.type : RecordType::Invalid;
 }
 
 void ZelkBinaryMessage::updateRawBytes() {

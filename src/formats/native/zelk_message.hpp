@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <span>
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -12,8 +11,6 @@
 #include "messages/message.hpp"
 
 namespace xlatr {
-
-class BrixMessage;
 
 // How the timestamps of a file become microseconds. Everything is unsigned and modulo 2^64; a divisor beyond that
 // leaves nothing.
@@ -34,15 +31,13 @@ class TimeScale {
   std::uint64_t factor = 1;
 };
 
-// One record of a BTRC file, or what becomes one: a writer of BTRC files turns every other class into this one first.
-// Unlike everywhere else bus numbers count from 0 here.
+// One record of a BTRC file, or what becomes one: a writer of BTRC files turns every other class into this one first
+// (btrc_mapping.hpp). Unlike everywhere else bus numbers count from 0 here.
 class ZelkBinaryMessage final : public MessageStyleCan {
  public:
   ZelkBinaryMessage() { bus = 1; }
   // From the record of this type in these bytes: readRecord.
   ZelkBinaryMessage(RecordType typeOfRecord, std::span<const std::uint8_t> bytes, std::int8_t timeScalingExponent);
-  // From a message of a TRC trace: takeMessage.
-  explicit ZelkBinaryMessage(const BrixMessage& source);
 
   // Frames and bus events alone may be written; the valid flag is set for texts as well.
   [[nodiscard]] bool getValid() const override;
@@ -55,8 +50,12 @@ class ZelkBinaryMessage final : public MessageStyleCan {
   // that the bytes begin with has no content. Raises nothing.
   void readRecord(RecordType typeOfRecord, std::span<const std::uint8_t> bytes, const TimeScale& timeScale);
 
-  // Makes the record of the message, after a reset. What has no record of its own becomes a text.
-  void takeMessage(const BrixMessage& source);
+  using MadeRecord =
+      std::variant<std::monostate, Native_RecordCanRxMsg, Native_RecordCanRxRtrMsg, Native_RecordCanRxFdMsg,
+                   Native_RecordCanTxMsg, Native_RecordCanTxRtrMsg, Native_RecordCanTxFdMsg, Native_RecordCanError,
+                   Native_RecordCanStatus, Native_RecordTextMsg>;
+  // Takes the record that was made of the message's fields, with its type and its bytes.
+  void setRecord(MadeRecord made);
 
   // Moves the time of the record that was made from a message, and its bytes with it. No effect for texts. Raises a
   // ConverterProcessingException for a message that was read from a record.
@@ -78,11 +77,6 @@ class ZelkBinaryMessage final : public MessageStyleCan {
   std::vector<std::uint8_t> rawBytes;           // the record as read or made
 
  private:
-  using MadeRecord =
-      std::variant<std::monostate, Native_RecordCanRxMsg, Native_RecordCanRxRtrMsg, Native_RecordCanRxFdMsg,
-                   Native_RecordCanTxMsg, Native_RecordCanTxRtrMsg, Native_RecordCanTxFdMsg, Native_RecordCanError,
-                   Native_RecordCanStatus, Native_RecordTextMsg>;
-
   [[nodiscard]] bool readContent(const TimeScale& timeScale);
   template <class FrameHeader>
   [[nodiscard]] bool readFrame(const TimeScale& timeScale);
@@ -91,14 +85,6 @@ class ZelkBinaryMessage final : public MessageStyleCan {
   template <class Record, class Describe>
   [[nodiscard]] bool readNote(Describe describe);
   void reportShortRecord();
-
-  void makeRecord();
-  template <class Received, class Sent>
-  void makeFrame(std::uint8_t dlc, std::uint16_t flags);
-  void makeStatus();
-  void makeErrorCounters();
-  void makeError();
-  void makeText(std::string_view text);
   void updateRawBytes();
 
   MadeRecord record_;

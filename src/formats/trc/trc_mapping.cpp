@@ -1,6 +1,6 @@
 #include "formats/trc/trc_mapping.hpp"
 
-#include <array>
+#include "messages/error_type.hpp"
 
 namespace xlatr {
 namespace {
@@ -36,7 +36,7 @@ void setErrorCounters(const AscMessage& source, BrixMessage& target) {
 // Bits 6 and 7 of an ECC are the type of the error, bit 5 its direction, bits 0 to 4 its position.
 void setError(std::uint32_t errorCode, BrixMessage& target) {
   target.kind = MessageKind::ER;
-  target.id = 1U << (errorCode >> 6 & 3U);
+  target.id = trcIdOfErrorType(errorCode >> 6 & 3U);
   target.length = 4;
   target.data = {static_cast<std::uint8_t>(errorCode >> 5 & 1U), static_cast<std::uint8_t>(errorCode & 0x1FU), 0, 0};
 }
@@ -50,11 +50,11 @@ void setStatus(std::string_view text, BrixMessage& target) {
                  static_cast<std::uint8_t>(mask >> 8), static_cast<std::uint8_t>(mask)};
 }
 
-// Types 1 to 3 are bit, form and stuff errors. Positions count from the start of the frame, those of a TRC line from
-// three bits before it.
+// MF4 counts the types of errors from 1 and knows no number for others. Positions count from the start of the frame,
+// those of a TRC line from three bits before it.
 void setMdfError(const MdfCanMessage& source, BrixMessage& target) {
-  constexpr std::array<std::uint32_t, 4> kIdentifiers = {8, 1, 2, 4};
-  target.id = kIdentifiers[source.errorType < kIdentifiers.size() ? source.errorType : 0];
+  const bool known = source.errorType >= 1 && source.errorType <= kOtherError;
+  target.id = trcIdOfErrorType(known ? source.errorType - 1U : kOtherError);
   target.length = 4;
   target.data = {0, static_cast<std::uint8_t>(source.bitPosition + 3), 0, 0};
 }
@@ -89,15 +89,8 @@ void mapToTrc(const AscMessage& source, BrixMessage& target) {
 }
 
 void mapToTrc(const MdfCanMessage& source, BrixMessage& target) {
-  prepare(target);
+  prepare(source, target);
   target.timeOffset = source.time / 1000.0;
-  target.bus = source.bus;
-  target.id = source.id;
-  target.extended = source.extended;
-  target.valid = source.valid;
-  target.length = source.length;
-  target.type = source.type;
-  target.direction = source.direction;
   target.kind = source.kind;
   target.remote = source.isRemote;
   if (source.type == MessageType::Error) {
@@ -134,15 +127,9 @@ void mapToTrc(const SessionMessage& source, BrixMessage& target) {
 
 void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target) {
   constexpr double kMicrosecondsPerMillisecond = 1000.0;
-  prepare(target);
+  prepare(source, target);
   target.timeOffset = static_cast<double>(source.timestamp) / kMicrosecondsPerMillisecond;
   target.bus = source.bus + 1;
-  target.id = source.id;
-  target.extended = source.extended;
-  target.valid = source.getValid();
-  target.length = source.length;
-  target.type = source.type;
-  target.direction = source.direction;
   target.kind = source.kind;
   target.remote = source.remote;
   target.parsingText = source.commentary;

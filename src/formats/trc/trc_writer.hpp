@@ -6,13 +6,14 @@
 #include <string>
 #include <string_view>
 
-#include "formats/blf/blf_message.hpp"
 #include "formats/trc/trc_columns.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "io/trace_writer.hpp"
 #include "util/text_buffer.hpp"
 
 namespace xlatr {
+
+class BlfLinMessage;
 
 // Writes the header of its target version and a line a message.
 //

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "formats/asc/asc_info.hpp"
+#include "formats/trc/trc_message.hpp"
 #include "support/temp_folder.hpp"
 #include "support/writer_stubs.hpp"
 

@@ -105,6 +105,15 @@ TEST_F(BlfConverterTest, knowsNothingOfALogWithoutAConverter) {
   EXPECT_EQ(info.objectsCount(), 0U);
 }
 
+// The newest version is a matter of the program that comes with the library, and not of the one that read this log.
+TEST_F(BlfConverterTest, currentVersionIsThatOfTheConverterBesideTheLibrary) {
+  test::writeStandIn(folder_, "", "-GetApiVersion) echo 9090909 ;;\n");
+  const BlfInfo info(TraceFileInfo(folder_.write("x.blf", "")), converter());
+  EXPECT_EQ(info.getCurrentVersion(), blfVersionNumber(BlfConverter().queryApiVersion()));
+  EXPECT_EQ(info.getCurrentVersion(), blfCurrentVersion());
+  EXPECT_NE(info.getCurrentVersion(), blfVersionNumber(info.converter().queryApiVersion()));
+}
+
 TEST_F(BlfConverterTest, negativeAnswersAreNone) {
   test::writeStandIn(folder_, "", "-*) echo -4070100 ;;\n");
   const BlfInfo info(TraceFileInfo(folder_.write("x.blf", "")), converter());

@@ -267,6 +267,10 @@ TEST(BlfLinMessage, isWhatItsTypeSays) {
   }
 }
 
+TEST(BlfLinMessage, isOfTheBusOfItsChannel) {
+  EXPECT_EQ(lin(blfRow(57)).bus, 7U);
+}
+
 TEST(BlfLinMessage, mapsItsDirection) {
   const DirectionType expected[] = {DirectionType::Subscriber, DirectionType::Publisher, DirectionType::Publisher,
                                     DirectionType::Unknown};

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +19,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/shared_memory.hpp"
 #include "support/blf_stand_in.hpp"
 #include "support/writer_stubs.hpp"
 
@@ -296,6 +298,42 @@ TEST_F(BlfReaderTest, aHangingConverterIsWaitedForInSmallSteps) {
   const auto waited = std::chrono::steady_clock::now() - start;
   EXPECT_GE(waited, milliseconds(50));
   EXPECT_LT(waited, std::chrono::seconds(20));
+  ::kill(standInId(), SIGKILL);
+  EXPECT_EQ(waitForConverter(log), 128 + 9);
+  log.setActive(false);
+  expectNothingLeft();
+}
+
+// As it is when the converter ends in the middle of an access.
+TEST_F(BlfReaderTest, keepsTheOldProgressWhileTheLockIsNotToBeHad) {
+  standIn(R"(printf '\020\047\000\000' > /dev/shm/"$3"; exec sleep 1000)");
+  BlfReader log = reader();
+  ASSERT_TRUE(log.setActive(true));
+  std::int32_t exitCode = 0;
+  while (log.getPercentDone() == 0.0) {
+    ASSERT_FALSE(log.InitializePhaseTwoWaitBlfToCsv(exitCode));
+  }
+  platform::NamedMutex lock;
+  ASSERT_TRUE(lock.open(noted("block") + "_MUTEX"));
+  ASSERT_TRUE(lock.lock(milliseconds(1000)));
+  platform::SharedMemory memory;
+  ASSERT_TRUE(memory.open(noted("block"), 4));
+  memory.bytes()[1] = std::byte{0};
+
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(log.InitializePhaseTwoWaitBlfToCsv(exitCode));
+  const auto waited = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(waited, milliseconds(4900));
+  EXPECT_LT(waited, std::chrono::seconds(30));
+  EXPECT_EQ(exitCode, -1);
+  EXPECT_DOUBLE_EQ(log.getPercentDone(), 50.0);
+  EXPECT_FALSE(log.KillBlfToCsv());
+  EXPECT_EQ(memory.bytes()[2], std::byte{0}) << "it was not asked to stop";
+
+  lock.unlock();
+  EXPECT_FALSE(log.InitializePhaseTwoWaitBlfToCsv(exitCode));
+  EXPECT_LT(log.getPercentDone(), 50.0);
+  EXPECT_TRUE(log.KillBlfToCsv());
   ::kill(standInId(), SIGKILL);
   EXPECT_EQ(waitForConverter(log), 128 + 9);
   log.setActive(false);

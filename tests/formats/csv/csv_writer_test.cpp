@@ -233,6 +233,22 @@ TEST_F(CsvWriterTest, numbersRowsFrom1AcrossComments) {
   }
 }
 
+TEST_F(CsvWriterTest, anEmptyCommentIsNoLineOfThoseBetweenTwoFlushes) {
+  constexpr std::size_t kLinesUnflushed = 200;
+  const std::string line = "a note";
+  CsvWriter writer(folder_.file("x.csv"));
+  writer.setActive(true);
+  for (std::size_t count = 0; count < kLinesUnflushed; ++count) {
+    writer.WriteComment(line);
+  }
+  for (int count = 0; count < 10; ++count) {
+    writer.WriteComment("");
+  }
+  EXPECT_EQ(folder_.read("x.csv"), "");
+  writer.WriteComment(line);
+  EXPECT_EQ(folder_.read("x.csv").size(), (kLinesUnflushed + 1) * (line.size() + 2));
+}
+
 TEST_F(CsvWriterTest, writesAMessageThatIsNotValid) {
   CsvWriter writer(folder_.file("x.csv"));
   writer.setActive(true);

@@ -72,6 +72,30 @@ TEST(LinMapping, aBusEventHasItsTextAsData) {
   EXPECT_EQ(message.errorFlags, 0U);
 }
 
+TEST(LinMapping, onlyAnErrorHasErrorFlags) {
+  for (const std::uint32_t objectType : {57U, 20U}) {
+    CsvMessage source = linRow(objectType);
+    BlfLinMessage message(source);
+    ASSERT_NE(message.kind, MessageKind::ER);
+    message.errorFlags = 1;
+    KorlMessage target;
+    mapToLin(message, target);
+    EXPECT_EQ(target.errorFlags, 0U) << objectType;
+  }
+}
+
+TEST(LinMapping, takesOverTheDataOfWhatHasNoKind) {
+  CsvMessage source = linRow(57);
+  BlfLinMessage message(source);
+  message.kind = MessageKind::Unknown;
+  KorlMessage target;
+  mapToLin(message, target);
+  EXPECT_TRUE(target.valid);
+  EXPECT_FALSE(target.busEvent);
+  EXPECT_EQ(target.length, 2U);
+  EXPECT_EQ(target.data, (Bytes{0xAA, 0xBB}));
+}
+
 TEST(LinMapping, keepsAMessageNotValid) {
   CsvMessage source = linRow(57);
   source.valid = false;

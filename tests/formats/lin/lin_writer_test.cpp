@@ -6,6 +6,7 @@
 #include <iterator>
 #include <string>
 
+#include "formats/blf/blf_message.hpp"
 #include "support/temp_folder.hpp"
 #include "support/writer_stubs.hpp"
 

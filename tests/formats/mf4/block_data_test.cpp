@@ -72,6 +72,15 @@ ByteList ldFields(std::uint32_t count) {
   return join({le(1, 4), le(count, 4), le(0, 8)});
 }
 
+// These values, of 8 bytes each.
+ByteList longs(const std::vector<std::uint64_t>& values) {
+  ByteList bytes;
+  for (const std::uint64_t value : values) {
+    bytes = join({bytes, le(value, 8)});
+  }
+  return bytes;
+}
+
 TEST(BlockDataTest, plainBlocksGiveTheirBytes) {
   for (const char* const type : {"DT", "DV", "RD", "RV", "SD"}) {
     MdfFileBuilder file;
@@ -251,6 +260,43 @@ TEST(BlockDataTest, aListKeepsItsValues) {
   EXPECT_EQ(block.data.values.timeValues, (std::vector<std::uint64_t>{3, 4}));
   EXPECT_EQ(block.data.values.angleValues, (std::vector<std::uint64_t>{5, 6}));
   EXPECT_EQ(block.data.values.distanceValues, (std::vector<std::uint64_t>{7, 8}));
+}
+
+TEST(BlockDataTest, aListOfValuesKeepsWhatItsFlagsAnnounce) {
+  using Values = std::vector<std::uint64_t>;
+  const struct {
+    const char* name;
+    std::uint32_t flags;
+    Values stored;
+    std::uint64_t equalLength;
+    Values offsets;
+    Values times;
+    Values angles;
+    Values distances;
+  } cases[] = {
+      {"offsets", 0x00, {1, 2}, 0, {1, 2}, {}, {}, {}},
+      {"equal lengths", 0x01, {9}, 9, {}, {}, {}, {}},
+      {"all but equal lengths", 0x0E, {1, 2, 3, 4, 5, 6, 7, 8}, 0, {1, 2}, {3, 4}, {5, 6}, {7, 8}},
+      {"equal lengths and angles", 0x05, {9, 5, 6}, 9, {}, {}, {5, 6}, {}},
+  };
+  for (const auto& each : cases) {
+    MdfFileBuilder file;
+    const std::uint64_t dv = file.block("DV", {}, {1});
+    const std::uint64_t rv = file.block("RV", {}, {2});
+    const auto fieldsWith = [&](const Values& stored) { return join({le(each.flags, 4), le(2, 4), longs(stored)}); };
+    const std::uint64_t position = file.block("LD", {0, rv, dv}, fieldsWith(each.stored));
+    const std::uint64_t shorter =
+        file.block("LD", {0, rv, dv}, fieldsWith(Values(each.stored.begin(), each.stored.end() - 1)));
+    BlockStream stream(file.bytes());
+    const DataListValues values = ListDataBlock(stream, position).data.values;
+    EXPECT_EQ(values.equalLength, each.equalLength) << each.name;
+    EXPECT_EQ(values.offsets, each.offsets) << each.name;
+    EXPECT_EQ(values.timeValues, each.times) << each.name;
+    EXPECT_EQ(values.angleValues, each.angles) << each.name;
+    EXPECT_EQ(values.distanceValues, each.distances) << each.name;
+    EXPECT_EQ(dataAt(file, position), (ByteList{2, 1})) << each.name;
+    EXPECT_EQ(failureAt(file, shorter), "Not all wanted bytes could be retrieved") << each.name;
+  }
 }
 
 TEST(BlockDataTest, aBlockThatIsLinkedTwiceFails) {

@@ -60,6 +60,15 @@ TEST(MdfMapping, takesFramesOnly) {
   }
 }
 
+// Whoever hands over a message has asked before whether it is valid.
+TEST(MdfMapping, takesAFrameWhateverItsSourceSaysOfItself) {
+  BrixMessage source = messageOf(MessageKind::DT);
+  source.valid = false;
+  MdfCanMessage target;
+  mapToMdf(source, target);
+  EXPECT_TRUE(target.valid);
+}
+
 TEST(MdfMapping, makesTheDlcFromTheLength) {
   const std::uint32_t dlcs[][2] = {{0, 0},   {1, 1},   {8, 8},   {9, 9},   {12, 9},  {13, 10},
                                    {16, 10}, {17, 11}, {20, 11}, {21, 12}, {24, 12}, {25, 13},

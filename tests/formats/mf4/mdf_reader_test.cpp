@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,13 @@ using test::le;
 using test::MdfFileBuilder;
 using test::real;
 using test::textBytes;
+
+// How reading fails when the data of a group end before its next record.
+std::string failureBehindTheDataOf(std::uint64_t group) {
+  std::ostringstream text;
+  text << "Index is out of range for next cycle for Channel Group 0x" << std::hex << group;
+  return text.str();
+}
 
 class MdfReaderTest : public testing::Test {
  protected:
@@ -336,6 +344,36 @@ TEST_F(MdfReaderTest, recordIdsAboveAByteAreFound) {
   EXPECT_EQ(timesOf(file), (std::vector<double>{2.0, 1.0}));
 }
 
+TEST_F(MdfReaderTest, withoutRecordIdsAllRecordsAreThoseOfTheLowestId) {
+  MdfFileBuilder file;
+  // Without the payload's last byte, so that records of the other size would be read from the wrong places.
+  constexpr std::uint32_t kSize = 23;
+  const std::uint64_t parts = file.channels({{.name = "BusChannel", .byteOffset = 8},
+                                             {.name = "ID", .byteOffset = 9, .bitCount = 32},
+                                             {.name = "DLC", .byteOffset = 14}});
+  const std::uint64_t channels = file.topChannels("CAN_RemoteFrame", parts);
+  const std::uint64_t second = file.group({.channels = channels, .cycles = 1, .dataBytes = kSize, .recordId = 1});
+  const std::uint64_t first =
+      file.group({.channels = file.frameChannels(), .cycles = 1, .dataBytes = 40, .recordId = 5}, second);
+  ByteList records;
+  for (const std::uint32_t id : {0x101U, 0x102U}) {
+    const ByteList record = MdfFileBuilder::record(1000, id);
+    records.insert(records.end(), record.begin(), record.begin() + kSize);
+  }
+  file.setFirstDataGroup(file.dataGroup(first, file.data(records)));
+  MdfReader reader = openReader(file);
+  ASSERT_TRUE(reader.setActive(true));
+  MdfCanMessage message;
+  for (const std::uint32_t id : {0x101U, 0x102U}) {
+    ASSERT_TRUE(reader.readInto(message));
+    EXPECT_TRUE(message.valid);
+    EXPECT_TRUE(message.isRemote);
+    EXPECT_EQ(message.id, id);
+    EXPECT_EQ(message.frameKind, 1);
+  }
+  EXPECT_FALSE(reader.readInto(message));
+}
+
 TEST_F(MdfReaderTest, ofTwoGroupsWithOneRecordIdTheLaterOneCounts) {
   MdfFileBuilder file;
   const std::uint64_t second = file.group({.channels = file.frameChannels(), .cycles = 1, .recordId = 1});
@@ -456,13 +494,14 @@ TEST_F(MdfReaderTest, cycleCountBeyondTheDataFails) {
   MdfFileBuilder file;
   const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = 0xFFFFFFFFFFFFFFFF});
   file.setFirstDataGroup(file.dataGroup(group, file.data(join({MdfFileBuilder::record(0), ByteList(23)}))));
-  std::string expected = "Index is out of range for next cycle for Channel Group 0x";
-  for (int shift = 12; shift >= 0; shift -= 4) {
-    if (group >> shift != 0) {
-      expected += "0123456789abcdef"[group >> shift & 15];
-    }
-  }
-  EXPECT_EQ(failureOf<ConverterGenericException>(file), expected);
+  EXPECT_EQ(failureOf<ConverterGenericException>(file), failureBehindTheDataOf(group));
+}
+
+TEST_F(MdfReaderTest, aDataGroupWithoutADataLinkHasNoBytes) {
+  MdfFileBuilder file;
+  const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = 1});
+  file.setFirstDataGroup(file.dataGroup(group, 0));
+  EXPECT_EQ(failureOf<ConverterGenericException>(file), failureBehindTheDataOf(group));
 }
 
 TEST_F(MdfReaderTest, aRecordOfNoBytesWithCyclesLeftFails) {

@@ -332,6 +332,38 @@ TEST(MdfRecordParserTest, theTopBitOfAnIdentifierMarksAnExtendedOne) {
   EXPECT_EQ(base.id, 0x123U);
 }
 
+TEST(MdfRecordParserTest, theTopBitOfAnIdentifierAndIdeCountInTheOrderOfTheirChannels) {
+  constexpr std::uint32_t kMarked = 0x80000123;
+  const struct {
+    const char* name;
+    std::vector<std::string> order;
+    std::uint32_t rawId;
+    std::uint8_t ide;
+    bool extended;
+  } cases[] = {
+      {"IDE takes the top bit back", {"ID", "IDE"}, kMarked, 0, false},
+      {"both say so", {"ID", "IDE"}, kMarked, 1, true},
+      {"IDE alone says so", {"ID", "IDE"}, 0x123, 1, true},
+      {"neither says so", {"ID", "IDE"}, 0x123, 0, false},
+      {"the top bit behind IDE", {"IDE", "ID"}, kMarked, 0, true},
+      {"an identifier without the top bit leaves IDE", {"IDE", "ID"}, 0x123, 1, true},
+  };
+  for (const auto& each : cases) {
+    MdfFileBuilder file;
+    std::vector<ChannelSpec> parts = {{.name = "BusChannel", .byteOffset = 8}, {.name = "DLC", .byteOffset = 14}};
+    for (const std::string& name : each.order) {
+      parts.push_back(name == "ID" ? ChannelSpec{.name = name, .byteOffset = 9, .bitCount = 32}
+                                   : ChannelSpec{.name = name, .byteOffset = 13, .bitCount = 1});
+    }
+    const std::uint64_t top = file.topChannels("CAN_RemoteFrame", file.channels(parts));
+    const MdfCanMessage message =
+        Group(std::move(file), {.channels = top}).parse(MdfFileBuilder::record(0, each.rawId, each.ide));
+    EXPECT_TRUE(message.valid) << each.name;
+    EXPECT_EQ(message.extended, each.extended) << each.name;
+    EXPECT_EQ(message.id, 0x123U) << each.name;
+  }
+}
+
 TEST(MdfRecordParserTest, onlyTheFirstIdentifierCounts) {
   const MdfCanMessage message =
       frameOf({}, {{.name = "ID", .byteOffset = 15, .bitCount = 8}}).parse(frameRecord(0x321));

@@ -23,6 +23,7 @@
 #include "support/mf4_layout.hpp"
 #include "support/temp_folder.hpp"
 #include "support/writer_stubs.hpp"
+#include "util/hex.hpp"
 
 namespace xlatr {
 namespace {
@@ -163,6 +164,31 @@ TEST_F(MdfWriterTest, leavesAllDataLinks0InAnEmptyZippedFile) {
   options.zipped = true;
   expectFile(written(options, {}), "sorted.layout",
              {{"cycles0", 0}, {"cycles1", 0}, {"cycles2", 0}, {"data0", 0}, {"data1", 0}, {"data2", 0}}, "");
+}
+
+TEST_F(MdfWriterTest, alignsBehindAZippedBlockAlsoForGroupsWithoutRecords) {
+  MdfLayoutOptions options = layout(MdfLayout::Sorted);
+  options.zipped = true;
+  constexpr std::uint64_t kFirstBlock = 8168;
+  std::vector<std::string> lines;
+  std::string file;
+  std::uint64_t end = 0;
+  do {  // how well zlib does is its own affair: until the block ends unaligned
+    lines.push_back(kDataLine);
+    file = written(options, lines);
+    end = kFirstBlock + numberAt(file, kFirstBlock + 8);
+  } while (end % 8 == 0 && lines.size() < 20);
+  ASSERT_NE(end % 8, 0U);
+  const std::string block = file.substr(kFirstBlock, end - kFirstBlock);
+  ASSERT_EQ(block.substr(0, 4), "##DZ");
+  std::string fields;
+  for (const char byte : block) {
+    fields.append(hexPair(static_cast<std::uint8_t>(byte))).append(" ");
+  }
+  expectFile(
+      file, "sorted.layout",
+      {{"cycles0", lines.size()}, {"cycles1", 0}, {"cycles2", 0}, {"data0", kFirstBlock}, {"data1", 0}, {"data2", 0}},
+      fields + "z" + std::to_string(8 - end % 8));
 }
 
 TEST_F(MdfWriterTest, writesThreeEmptyBlocksInAnEmptySortedFile) {

@@ -6,6 +6,7 @@
 
 #include "support/btr_image.hpp"
 #include "util/failures.hpp"
+#include "util/time_zone.hpp"
 
 namespace xlatr {
 namespace {
@@ -131,6 +132,13 @@ TEST(SessionDateTimes, becomeSecond0Of1970WhenTheyAreNone) {
     EXPECT_EQ(none.toDouble(), 25569.0) << value;
     EXPECT_THROW(static_cast<void>(none.parseDateTime()), ConverterParsingException) << value;
   }
+}
+
+TEST(SessionDateTimes, areInTheTimeZoneOfTheProcess) {
+  const ScopedTimeZone zone(kNewYork);
+  EXPECT_DOUBLE_EQ(kDate.toDouble(), 45352.0 + (29730.25 + 5 * 3600) / 86400);
+  EXPECT_DOUBLE_EQ(with(kDate, &SessionDateTime::month, 7).toDouble(), 45474.0 + (29730.25 + 4 * 3600) / 86400);
+  EXPECT_EQ(with(kDate, &SessionDateTime::month, 13).toDouble(), 25569.0) << "none is the same in every zone";
 }
 
 TEST(SessionDateTimes, areMadeFromSectorWords) {

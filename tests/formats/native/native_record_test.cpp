@@ -357,16 +357,5 @@ TEST(NativeRecord, everyRecordIsSerializableByItsBase) {
   EXPECT_EQ(serializable.Serialize(), frame.Serialize());
 }
 
-TEST(NativeRecord, millisecondsBecomeWholeMicroseconds) {
-  EXPECT_EQ(wholeMicroseconds(0.0), 0U);
-  EXPECT_EQ(wholeMicroseconds(1.0004), 1000U);
-  EXPECT_EQ(wholeMicroseconds(1.0006), 1001U);
-  EXPECT_EQ(wholeMicroseconds(1.8e16), 18000000000000000000U);
-  EXPECT_EQ(wholeMicroseconds(-0.002), std::uint64_t{0} - 2) << "before the start";
-  EXPECT_EQ(wholeMicroseconds(1e300), 0U);
-  EXPECT_EQ(wholeMicroseconds(-1e300), 0U);
-  EXPECT_EQ(wholeMicroseconds(std::numeric_limits<double>::quiet_NaN()), 0U);
-}
-
 }  // namespace
 }  // namespace xlatr

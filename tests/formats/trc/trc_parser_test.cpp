@@ -100,6 +100,11 @@ TEST(TrcParser, readsLinesOfVersion10) {
        0,
        {.kind = MessageKind::RR, .length = 8, .data = {}, .remote = true}},
       {"error", "1) 10.5 0004 2 Error 0A B0", 1.0, 0, {.type = MessageType::Error, .kind = MessageKind::ER, .id = 4}},
+      {"error without data",
+       "1) 10.5 0004 2 ERROR RTR",
+       1.0,
+       0,
+       {.type = MessageType::Error, .kind = MessageKind::RR, .id = 4, .data = {}, .remote = true}},
       {"status, named by its bits",
        "1) 10.5 FFFFFFFF 4 00 04 00 18",
        1.0,
@@ -144,7 +149,23 @@ TEST(TrcParser, readsLinesOfVersion11) {
         .length = 4,
         .data = {0, 0, 0, 16},
         .comment = "BUSOFF"}},
+      {"status by its identifier",
+       "1) 10.5 Rx FFFFFFFF 4 00 00 00 10",
+       1.1,
+       0,
+       {.type = MessageType::Warng,
+        .kind = MessageKind::ST,
+        .id = 0xFFFFFFFF,
+        .extended = true,
+        .length = 4,
+        .data = {0, 0, 0, 16},
+        .comment = "BUSOFF"}},
       {"error", "1) 10.5 Error 0001 2 0A B0", 1.1, 0, {.type = MessageType::Error, .kind = MessageKind::ER, .id = 1}},
+      {"error by its word in front of the data",
+       "1) 10.5 Rx 0001 2 ERROR 0A B0",
+       1.1,
+       0,
+       {.type = MessageType::Error, .kind = MessageKind::ER, .id = 1}},
       {"a type word that says it is unknown", "1) 10.5 Unknown 0123 2 0A B0", 1.1, 0, {.type = MessageType::Unknown}},
       {"sent remote",
        "1) 10.5 Tx 0123 3 RTR",
@@ -164,6 +185,18 @@ TEST(TrcParser, readsLinesOfVersion11) {
 
 TEST(TrcParser, readsLinesOfVersion12) {
   expectFrame({"bus", "1) 10.5 7 Rx 0123 2 0A B0", 1.2, 0, {.bus = 7}});
+  expectFrame({"status by its identifier",
+               "1) 10.5 7 Rx FFFFFFFF 4 00 00 00 10",
+               1.2,
+               0,
+               {.bus = 7,
+                .type = MessageType::Warng,
+                .kind = MessageKind::ST,
+                .id = 0xFFFFFFFF,
+                .extended = true,
+                .length = 4,
+                .data = {0, 0, 0, 16},
+                .comment = "BUSOFF"}});
 }
 
 TEST(TrcParser, cutsALengthOf12To8) {
@@ -198,6 +231,11 @@ TEST(TrcParser, readsLinesOfVersion13) {
        1.3,
        0,
        {.bus = 7, .type = MessageType::Error, .kind = MessageKind::ER, .id = 8}},
+      {"no identifier makes a status",
+       "1) 10.5 7 Rx FFFFFFFF - 2 0A B0",
+       1.3,
+       0,
+       {.bus = 7, .id = 0xFFFFFFFF, .extended = true}},
       {"words behind the data are passed over", "1) 10.5 7 Rx 0123 - 2 0A B0 words", 1.3, 0, {.bus = 7}},
   };
   for (const Case& test : cases) {

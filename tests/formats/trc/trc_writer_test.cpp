@@ -103,6 +103,10 @@ TEST_F(TrcWriterTest, writesNothingOfAVersionThatItDoesNotKnow) {
   writer.setActive(true);
   writer.WriteHeader(StubInfo("x.trc"));
   writer.WriteMessage(frame());
+  AscMessage mapped;
+  mapped.parseLine("0.5 2 123 Rx d 1 AA", 7.0);
+  ASSERT_TRUE(mapped.getValid());
+  writer.WriteMessage(mapped);
   writer.setActive(false);
   EXPECT_EQ(folder_.read("x.trc"), "");
 }
@@ -232,6 +236,13 @@ TEST_F(TrcWriterTest, checksTheTargetPathInOrder) {
             "Source and target paths match. Target file cannot be overridden - SourcePath/TargetPath");
   EXPECT_FALSE(writer.getActive());
   EXPECT_EQ(folder_.read("there.trc"), "kept");
+  const std::string longPath(260, 'x');
+  writer.setTargetPath(longPath);
+  writer.setSourcePath(longPath);
+  EXPECT_EQ(failureOf([&] { writer.setActive(true); }),
+            "Source and target paths match. Target file cannot be overridden - SourcePath/TargetPath");
+  writer.setSourcePath("");
+  EXPECT_EQ(failureOf([&] { writer.setActive(true); }), "Target path too long (260). Maximum allowed is 260.");
 }
 
 TEST_F(TrcWriterTest, comparesSourceAndTargetWithoutRegardToCase) {

@@ -62,19 +62,19 @@ void expectRows(const std::string& log, const std::vector<std::uint32_t>& ids, c
   expectRemarks(converted.remarks, told);
 }
 
-TEST(Blf2CsvContainers, BothMethodsGiveTheSame) {
+TEST(Blf2CsvContainers, bothMethodsGiveTheSame) {
   expectRows(file(stored(frames(3))), {1, 2, 3});
   expectRows(file(zipped(frames(3))), {1, 2, 3});
   expectRows(file(zipped(frames(2)) + stored(frames(1, 3)) + zipped(frames(1, 4))), {1, 2, 3, 4});
 }
 
-TEST(Blf2CsvContainers, ALogOfNothingHasAHeadOnly) {
+TEST(Blf2CsvContainers, aLogOfNothingHasAHeadOnly) {
   expectRows(file(""), {});
   expectRows(file(stored("")), {});
   expectRows(file(zipped("")), {});
 }
 
-TEST(Blf2CsvContainers, AnObjectMayBeCutAnywhere) {
+TEST(Blf2CsvContainers, anObjectMayBeCutAnywhere) {
   const std::string content = frames(3);
   for (std::size_t cut = 0; cut <= content.size(); ++cut) {
     SCOPED_TRACE(cut);
@@ -82,7 +82,7 @@ TEST(Blf2CsvContainers, AnObjectMayBeCutAnywhere) {
   }
 }
 
-TEST(Blf2CsvContainers, AnObjectMaySpanManyContainers) {
+TEST(Blf2CsvContainers, anObjectMaySpanManyContainers) {
   std::string containers;
   for (const char byte : frames(2)) {
     containers += zipped(std::string(1, byte));
@@ -90,13 +90,13 @@ TEST(Blf2CsvContainers, AnObjectMaySpanManyContainers) {
   expectRows(file(containers), {1, 2});
 }
 
-TEST(Blf2CsvContainers, ObjectsOutsideOfContainersCount) {
+TEST(Blf2CsvContainers, objectsOutsideOfContainersCount) {
   expectRows(file(frames(2)), {1, 2});
   expectRows(file(frames(1) + zipped(frames(1, 2)) + frames(1, 3)), {1, 2, 3});
 }
 
 // After an object of odd size the next may begin at an odd offset; how many bytes lie between them depends on the type.
-TEST(Blf2CsvContainers, PaddingOfUpToThreeBytesIsNothing) {
+TEST(Blf2CsvContainers, paddingOfUpToThreeBytesIsNothing) {
   for (std::size_t size = 0; size < 5; ++size) {
     for (std::size_t padding = 0; padding <= 3; ++padding) {
       SCOPED_TRACE(std::to_string(size) + " bytes, " + std::to_string(padding) + " behind them");
@@ -107,7 +107,7 @@ TEST(Blf2CsvContainers, PaddingOfUpToThreeBytesIsNothing) {
   }
 }
 
-TEST(Blf2CsvContainers, StrayBytesArePassedOverAndTold) {
+TEST(Blf2CsvContainers, strayBytesArePassedOverAndTold) {
   expectRows(file(stored(frames(1) + std::string(4, '\0') + frames(1, 2))), {1, 2}, {{Remark::StrayBytes, 1}});
   expectRows(file(stored("x" + frames(1) + "LOB" + frames(1, 2) + "LOBJLOBJ")), {1, 2}, {{Remark::StrayBytes, 3}});
   expectRows(file("junk" + stored(frames(1)) + "junk, LOBJ and junk" + stored(frames(1, 2)) + "LOBJ"), {1, 2},
@@ -120,7 +120,7 @@ TEST(Blf2CsvContainers, StrayBytesArePassedOverAndTold) {
                                      "first at offset 144"});
 }
 
-TEST(Blf2CsvContainers, AnObjectThatIsTooSmallForItsSizeFieldIsNoHeader) {
+TEST(Blf2CsvContainers, anObjectThatIsTooSmallForItsSizeFieldIsNoHeader) {
   for (const auto& [headerSize, size] : std::vector<std::pair<unsigned, unsigned>>{
            {32, 0}, {32, 31}, {31, 48}, {16, 48}, {0, 48}, {0, 0}, {65535, 48}, {32, 0xFFFFFFFF}, {32, 1U << 25}}) {
     SCOPED_TRACE(std::to_string(headerSize) + " of " + std::to_string(size));
@@ -131,7 +131,7 @@ TEST(Blf2CsvContainers, AnObjectThatIsTooSmallForItsSizeFieldIsNoHeader) {
   }
 }
 
-TEST(Blf2CsvContainers, ALastObjectThatIsCutIsDropped) {
+TEST(Blf2CsvContainers, aLastObjectThatIsCutIsDropped) {
   const std::string content = frames(2);
   for (std::size_t size = 49; size < 96; ++size) {
     SCOPED_TRACE(size);
@@ -141,12 +141,12 @@ TEST(Blf2CsvContainers, ALastObjectThatIsCutIsDropped) {
   }
 }
 
-TEST(Blf2CsvContainers, AWholeObjectInsideACutOneIsFound) {
+TEST(Blf2CsvContainers, aWholeObjectInsideACutOneIsFound) {
   const std::string open = object({.type = 92}, std::string(40, 'x') + frames(1, 7) + "tail");
   expectRows(file(stored(frames(1) + open.substr(0, open.size() - 3))), {1, 7}, {{Remark::StrayBytes, 2}});
 }
 
-TEST(Blf2CsvContainers, AContainerCutByTheEndGivesWhatIsThere) {
+TEST(Blf2CsvContainers, aContainerCutByTheEndGivesWhatIsThere) {
   const std::string container = zipped(frames(50));
   const std::string log = file(zipped(frames(1, 100)) + container);
   std::size_t most = 0;
@@ -161,12 +161,12 @@ TEST(Blf2CsvContainers, AContainerCutByTheEndGivesWhatIsThere) {
   EXPECT_GE(most, 50U);
 }
 
-TEST(Blf2CsvContainers, ACutStoredContainerGivesWhatIsThere) {
+TEST(Blf2CsvContainers, aCutStoredContainerGivesWhatIsThere) {
   const std::string log = file(stored(frames(3)));
   expectRows(log.substr(0, log.size() - 48), {1, 2}, {{Remark::CutContainer, 1}});
 }
 
-TEST(Blf2CsvContainers, ABrokenContainerLeavesAHole) {
+TEST(Blf2CsvContainers, aBrokenContainerLeavesAHole) {
   std::string packed = deflated(frames(60, 1000));
   packed[packed.size() / 2] = static_cast<char>(packed[packed.size() / 2] ^ 0x55);
   // The object that was open in front of the hole does not go on behind it.
@@ -181,13 +181,13 @@ TEST(Blf2CsvContainers, ABrokenContainerLeavesAHole) {
   EXPECT_EQ(converted.remarks.times(Remark::StrayFileBytes), 0U);
 }
 
-TEST(Blf2CsvContainers, AStreamThatEndsEarlyIsBroken) {
+TEST(Blf2CsvContainers, aStreamThatEndsEarlyIsBroken) {
   const std::string packed = deflated(frames(3));
   const std::string log = file(containerOf(2, packed.substr(0, packed.size() - 5), 144) + stored(frames(1, 9)));
   expectRows(log, {1, 2, 3, 9}, {{Remark::BrokenContainer, 1}});
 }
 
-TEST(Blf2CsvContainers, WhatLiesBehindAStreamIsLookedThrough) {
+TEST(Blf2CsvContainers, whatLiesBehindAStreamIsLookedThrough) {
   // A container whose size takes in the next one.
   const std::string next = stored(frames(1, 2));
   std::string first = zipped(frames(1));
@@ -196,7 +196,7 @@ TEST(Blf2CsvContainers, WhatLiesBehindAStreamIsLookedThrough) {
   expectRows(file(first + next), {1, 2});
 }
 
-TEST(Blf2CsvContainers, StatedContentSizesAreNotBelieved) {
+TEST(Blf2CsvContainers, statedContentSizesAreNotBelieved) {
   const std::string packed = deflated(frames(2));
   for (const std::uint32_t stated : {0U, 1U, 95U, 97U, 0xFFFFFFFFU}) {
     SCOPED_TRACE(stated);
@@ -211,7 +211,7 @@ TEST(Blf2CsvContainers, StatedContentSizesAreNotBelieved) {
   expectRows(file(containerOf(0, both, 96)), {1, 2, 3}, {{Remark::WrongContentSize, 1}});
 }
 
-TEST(Blf2CsvContainers, UnknownMethodsArePassedOver) {
+TEST(Blf2CsvContainers, unknownMethodsArePassedOver) {
   for (const std::uint16_t method : std::initializer_list<std::uint16_t>{1, 3, 65535}) {
     SCOPED_TRACE(method);
     const std::string unknown = containerOf(method, frames(3), 144);
@@ -219,11 +219,11 @@ TEST(Blf2CsvContainers, UnknownMethodsArePassedOver) {
   }
 }
 
-TEST(Blf2CsvContainers, AContainerInAContainerIsPassedOver) {
+TEST(Blf2CsvContainers, aContainerInAContainerIsPassedOver) {
   expectRows(file(stored(frames(1) + zipped(frames(1, 5)) + frames(1, 2))), {1, 2}, {{Remark::NestedContainer, 1}});
 }
 
-TEST(Blf2CsvContainers, AContainerWithoutRoomForItsHeaderIsNone) {
+TEST(Blf2CsvContainers, aContainerWithoutRoomForItsHeaderIsNone) {
   for (const unsigned size : {16U, 31U}) {
     const std::string bad = Bytes().text("LOBJ").u16(16).u16(1).u32(size).u32(10).zeros(16).str();
     expectRows(file(bad + stored(frames(1))), {1}, {{Remark::StrayFileBytes, 1}});
@@ -232,7 +232,7 @@ TEST(Blf2CsvContainers, AContainerWithoutRoomForItsHeaderIsNone) {
   expectRows(file(stored(frames(1)) + atTheEnd), {1}, {{Remark::StrayFileBytes, 1}});
 }
 
-TEST(Blf2CsvContainers, LargeContainersAndLargeObjectsAreRead) {
+TEST(Blf2CsvContainers, largeContainersAndLargeObjectsAreRead) {
   const std::string large = object({.type = 92}, std::string(3'000'001, 'L'));
   const std::string content = frames(1) + large + frames(1, 2);
   expectRows(file(zipped(content)), {1, 2});
@@ -240,7 +240,7 @@ TEST(Blf2CsvContainers, LargeContainersAndLargeObjectsAreRead) {
   expectRows(file(content), {1, 2});
 }
 
-TEST(Blf2CsvContainers, ManyFramesAcrossManyContainers) {
+TEST(Blf2CsvContainers, manyFramesAcrossManyContainers) {
   std::string content;
   std::string rows;
   for (int index = 0; index < 20000; ++index) {
@@ -256,7 +256,7 @@ TEST(Blf2CsvContainers, ManyFramesAcrossManyContainers) {
   EXPECT_EQ(convertLog(file(containers)).rows(), rows);
 }
 
-TEST(Blf2CsvFile, WhatIsNoLogIsRefused) {
+TEST(Blf2CsvFile, whatIsNoLogIsRefused) {
   const std::string log = file(stored(frames(1)));
   for (const std::string& bytes :
        {std::string(), std::string("LOGG"), log.substr(0, 143), "x" + log.substr(1), std::string(1000, '\0')}) {
@@ -264,7 +264,7 @@ TEST(Blf2CsvFile, WhatIsNoLogIsRefused) {
   }
 }
 
-TEST(Blf2CsvFile, ObjectsBeginWhereTheHeaderSays) {
+TEST(Blf2CsvFile, objectsBeginWhereTheHeaderSays) {
   std::string log = file(Bytes().leftovers(16).str() + stored(frames(1)));
   log.replace(4, 4, Bytes().u32(160).str());
   expectRows(log, {1});
@@ -276,7 +276,7 @@ TEST(Blf2CsvFile, ObjectsBeginWhereTheHeaderSays) {
   expectRows(log, {});
 }
 
-TEST(Blf2CsvFile, ObjectsAreCountedWhereTheHeaderDoesNot) {
+TEST(Blf2CsvFile, objectsAreCountedWhereTheHeaderDoesNot) {
   const xlatr::test::TempFolder folder;
   EXPECT_EQ(countObjects(folder.write("a.blf", file({.objects = 77}, stored(frames(3))))), 77);
   EXPECT_EQ(countObjects(folder.write("b.blf", file({.objects = 0}, stored(frames(3) + object({.type = 92}, ""))))), 3);
@@ -284,7 +284,7 @@ TEST(Blf2CsvFile, ObjectsAreCountedWhereTheHeaderDoesNot) {
   EXPECT_THROW(static_cast<void>(countObjects(folder.file("missing.blf"))), std::runtime_error);
 }
 
-TEST(Blf2CsvFile, TheVersionIsFourPairs) {
+TEST(Blf2CsvFile, theVersionIsFourPairs) {
   const xlatr::test::TempFolder folder;
   for (const auto& [number, version] : std::vector<std::pair<std::uint32_t, std::int32_t>>{
            {4070100, 4070100}, {0, 0}, {5, 5}, {99999999, 99999999}, {100000000, 0}, {0xFFFFFFFF, 0}}) {

@@ -60,7 +60,7 @@ void expectEnd(const std::string& log) {
   }
 }
 
-TEST(Blf2CsvHostile, ALogCutAnywhere) {
+TEST(Blf2CsvHostile, aLogCutAnywhere) {
   const std::string log = mixedLog();
   for (std::size_t size = 0; size <= log.size(); ++size) {
     SCOPED_TRACE(size);
@@ -68,7 +68,7 @@ TEST(Blf2CsvHostile, ALogCutAnywhere) {
   }
 }
 
-TEST(Blf2CsvHostile, EachByteFlipped) {
+TEST(Blf2CsvHostile, eachByteFlipped) {
   const std::string log = mixedLog();
   for (std::size_t at = 0; at < log.size(); ++at) {
     for (const int flip : {0xFF, 0x01}) {
@@ -80,7 +80,7 @@ TEST(Blf2CsvHostile, EachByteFlipped) {
   }
 }
 
-TEST(Blf2CsvHostile, EachWordExtreme) {
+TEST(Blf2CsvHostile, eachWordExtreme) {
   const std::string log = mixedLog();
   for (std::size_t at = 0; at + 4 <= log.size(); ++at) {
     for (const std::uint32_t value : {0U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
@@ -93,7 +93,7 @@ TEST(Blf2CsvHostile, EachWordExtreme) {
 }
 
 // A gigabyte of zeros in a megabyte: what is beyond the largest content is cut off.
-TEST(Blf2CsvHostile, ABombIsCutOff) {
+TEST(Blf2CsvHostile, aBombIsCutOff) {
   // A deflate stream that repeats is made by hand: the same packed block of zeros over and over.
   constexpr std::size_t kBlock = std::size_t{1} << 20;
   z_stream stream{};
@@ -117,7 +117,7 @@ TEST(Blf2CsvHostile, ABombIsCutOff) {
 
 // Signatures at every fourth byte, each with a size that can't be or that reaches beyond the end: looking through them
 // takes no more time than their number.
-TEST(Blf2CsvHostile, ManyFalseHeadersTakeLittleTime) {
+TEST(Blf2CsvHostile, manyFalseHeadersTakeLittleTime) {
   const auto start = std::chrono::steady_clock::now();
   for (const std::uint32_t size : {0U, 15U, 5'000'000U, 16U << 20, 0xFFFFFFFFU}) {
     std::string content;

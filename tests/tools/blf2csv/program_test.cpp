@@ -100,7 +100,7 @@ const std::string& largeLog() {
   return path;
 }
 
-TEST(Blf2CsvProgram, AnswersQueries) {
+TEST(Blf2CsvProgram, answersQueries) {
   const Workspace here;
   here.write("a.blf", smallLog());
   struct Case {
@@ -118,7 +118,7 @@ TEST(Blf2CsvProgram, AnswersQueries) {
   }
 }
 
-TEST(Blf2CsvProgram, AnswersMinusOneAboutWhatIsNoLog) {
+TEST(Blf2CsvProgram, answersMinusOneAboutWhatIsNoLog) {
   const Workspace here;
   here.write("text.blf", "this is text");
   for (const char* const query : {"-GetFileVersion", "-GetObjectsCount"}) {
@@ -131,7 +131,7 @@ TEST(Blf2CsvProgram, AnswersMinusOneAboutWhatIsNoLog) {
   }
 }
 
-TEST(Blf2CsvProgram, WritesTheTableAndLeavesNothingElse) {
+TEST(Blf2CsvProgram, writesTheTableAndLeavesNothingElse) {
   const Workspace here;
   const std::string name = blockName("WRITES");
   here.write("a.blf", smallLog());
@@ -144,7 +144,7 @@ TEST(Blf2CsvProgram, WritesTheTableAndLeavesNothingElse) {
   EXPECT_FALSE(isLeft(name));
 }
 
-TEST(Blf2CsvProgram, TakesAnyPath) {
+TEST(Blf2CsvProgram, takesAnyPath) {
   const Workspace here;
   const std::string source = "a \"log\" of $HOME; it's `here` & there.blf";
   here.write(source, smallLog());
@@ -154,7 +154,7 @@ TEST(Blf2CsvProgram, TakesAnyPath) {
   EXPECT_EQ(here.read("a $(table) \\.csv"), std::string(kHead) + kRow);
 }
 
-TEST(Blf2CsvProgram, ReplacesAnOldTable) {
+TEST(Blf2CsvProgram, replacesAnOldTable) {
   const Workspace here;
   here.write("a.blf", smallLog());
   here.write("a.csv", std::string(100'000, 'x'));
@@ -162,7 +162,7 @@ TEST(Blf2CsvProgram, ReplacesAnOldTable) {
   EXPECT_EQ(here.read("a.csv"), std::string(kHead) + kRow);
 }
 
-TEST(Blf2CsvProgram, TellsWhatItPassedOver) {
+TEST(Blf2CsvProgram, tellsWhatItPassedOver) {
   const Workspace here;
   here.write("a.blf", file(stored(classicFrame({.dlc = 2}) + "junk" + object({.type = 92}, ""))));
   const Ended run = here.run({"a.blf", "a.csv", blockName("TELLS")});
@@ -174,7 +174,7 @@ TEST(Blf2CsvProgram, TellsWhatItPassedOver) {
   EXPECT_EQ(here.read("a.csv"), std::string(kHead) + kRow);
 }
 
-TEST(Blf2CsvProgram, FailsWithOneLineAndWithoutTable) {
+TEST(Blf2CsvProgram, failsWithOneLineAndWithoutTable) {
   const Workspace here;
   const std::string name = blockName("FAILS");
   here.write("a.blf", smallLog());
@@ -201,7 +201,7 @@ TEST(Blf2CsvProgram, FailsWithOneLineAndWithoutTable) {
   }
 }
 
-TEST(Blf2CsvProgram, FailsWhenTheDiskIsFull) {
+TEST(Blf2CsvProgram, failsWhenTheDiskIsFull) {
   const Workspace here;
   here.write("a.blf", smallLog());
   std::filesystem::create_symlink("/dev/full", here / "full.csv");
@@ -212,7 +212,7 @@ TEST(Blf2CsvProgram, FailsWhenTheDiskIsFull) {
   EXPECT_THAT(here.names(), ElementsAre("a.blf", "full.csv"));
 }
 
-TEST(Blf2CsvProgram, ShowsItsUseForOtherArguments) {
+TEST(Blf2CsvProgram, showsItsUseForOtherArguments) {
   const Workspace here;
   for (const std::vector<std::string>& arguments : {std::vector<std::string>{},
                                                     {"-GetApiVersion", "x"},
@@ -225,14 +225,14 @@ TEST(Blf2CsvProgram, ShowsItsUseForOtherArguments) {
   }
 }
 
-TEST(Blf2CsvProgram, RunsWithoutSharedMemory) {
+TEST(Blf2CsvProgram, runsWithoutSharedMemory) {
   const Workspace here;
   here.write("a.blf", smallLog());
   EXPECT_EQ(here.run({"a.blf", "a.csv", "no/such/name"}).exitCode, 0);
   EXPECT_EQ(here.read("a.csv"), std::string(kHead) + kRow);
 }
 
-TEST(Blf2CsvProgram, TellsItsProgressUpToTheEnd) {
+TEST(Blf2CsvProgram, tellsItsProgressUpToTheEnd) {
   const Workspace here;
   const std::string name = blockName("PROGRESS");
   Watcher watcher(name);
@@ -243,7 +243,7 @@ TEST(Blf2CsvProgram, TellsItsProgressUpToTheEnd) {
   EXPECT_FALSE(isLeft(name));
 }
 
-TEST(Blf2CsvProgram, StopsBeforeItHasBegun) {
+TEST(Blf2CsvProgram, stopsBeforeItHasBegun) {
   const Workspace here;
   const std::string name = blockName("BEFORE");
   Watcher watcher(name);
@@ -280,7 +280,7 @@ int runUntilTheMiddle(const Workspace& here, const std::string& name, Action act
   return Workspace::wait(program);
 }
 
-TEST(Blf2CsvProgram, StopsInTheMiddle) {
+TEST(Blf2CsvProgram, stopsInTheMiddle) {
   const Workspace here;
   const std::string name = blockName("MIDDLE");
   EXPECT_EQ(runUntilTheMiddle(here, name, [](Watcher& watcher, pid_t) { watcher.askToStop(); }), 2);
@@ -288,7 +288,7 @@ TEST(Blf2CsvProgram, StopsInTheMiddle) {
   EXPECT_FALSE(isLeft(name));
 }
 
-TEST(Blf2CsvProgram, AnInterruptIsAStop) {
+TEST(Blf2CsvProgram, anInterruptIsAStop) {
   for (const int signal : {SIGINT, SIGTERM}) {
     const Workspace here;
     const std::string name = blockName("SIGNAL");
@@ -300,7 +300,7 @@ TEST(Blf2CsvProgram, AnInterruptIsAStop) {
 
 // Whoever holds the lock for ever holds the conversion up once, for the limit of an access, and not at each of its
 // steps, of which even a small log takes several.
-TEST(Blf2CsvProgram, ADeadWatcherDoesNotHoldItUpForLong) {
+TEST(Blf2CsvProgram, aDeadWatcherDoesNotHoldItUpForLong) {
   const Workspace here;
   const std::string name = blockName("DEAD");
   Watcher watcher(name);

@@ -182,7 +182,7 @@ std::vector<Case> cases() {
   };
 }
 
-TEST(Blf2CsvRows, EachTypeHasItsRow) {
+TEST(Blf2CsvRows, eachTypeHasItsRow) {
   for (const Case& example : cases()) {
     SCOPED_TRACE(example.name);
     const std::string log =
@@ -193,7 +193,7 @@ TEST(Blf2CsvRows, EachTypeHasItsRow) {
   }
 }
 
-TEST(Blf2CsvRows, TheLongHeaderChangesNothing) {
+TEST(Blf2CsvRows, theLongHeaderChangesNothing) {
   for (const Case& example : cases()) {
     SCOPED_TRACE(example.name);
     const Header header{.type = example.type, .timestamp = 5, .version = 7, .headerVersion = 2};
@@ -203,7 +203,7 @@ TEST(Blf2CsvRows, TheLongHeaderChangesNothing) {
 
 // A body that lacks a byte of what its type needs is a row that only says so, and nothing of the next object gets into
 // it.
-TEST(Blf2CsvRows, AShortBodyIsAnInvalidRow) {
+TEST(Blf2CsvRows, aShortBodyIsAnInvalidRow) {
   struct Short {
     std::uint32_t type;
     std::size_t least;
@@ -245,14 +245,14 @@ TEST(Blf2CsvRows, AShortBodyIsAnInvalidRow) {
   }
 }
 
-TEST(Blf2CsvRows, DataEndWithTheObject) {
+TEST(Blf2CsvRows, dataEndWithTheObject) {
   const std::string body = variable101(15, 64, 0x1000, 0, Bytes().counting(5).str());
   const Converted converted = convertLog(file(stored(object({.type = 101}, body.substr(0, 45)))));
   EXPECT_EQ(converted.rows(), "1;101;0;2;1;-;2557891634;3;4096;0;0;0;0;0;0;0;5" + counted(5) + "\n");
   EXPECT_EQ(converted.remarks.times(Remark::CutData), 1U);
 }
 
-TEST(Blf2CsvRows, NoFrameHasMoreDataThanItsKindCan) {
+TEST(Blf2CsvRows, noFrameHasMoreDataThanItsKindCan) {
   struct Long {
     std::uint32_t type;
     std::string body;
@@ -271,7 +271,7 @@ TEST(Blf2CsvRows, NoFrameHasMoreDataThanItsKindCan) {
   }
 }
 
-TEST(Blf2CsvRows, TimesAreHandedOnAsTheyStand) {
+TEST(Blf2CsvRows, timesAreHandedOnAsTheyStand) {
   const auto frame = [](std::uint64_t timestamp, std::uint32_t flags) {
     return object({.type = 21, .timestamp = timestamp, .flags = flags}, std::string(8, '\0'));
   };
@@ -285,7 +285,7 @@ TEST(Blf2CsvRows, TimesAreHandedOnAsTheyStand) {
   EXPECT_EQ(converted.remarks.times(Remark::UnknownTimeUnit), 2U);
 }
 
-TEST(Blf2CsvRows, OtherTypesArePassedOverAndCounted) {
+TEST(Blf2CsvRows, otherTypesArePassedOverAndCounted) {
   std::string content;
   for (const std::uint32_t type : {5U, 92U, 92U, 130U, 0U, 0xFFFFFFFFU, 13U, 59U, 115U, 92U}) {
     content += object({.type = type}, std::string(type % 7, 'x'));
@@ -299,7 +299,7 @@ TEST(Blf2CsvRows, OtherTypesArePassedOverAndCounted) {
             "3 of type 92, 1 of type 130, 1 of type 4294967295");
 }
 
-TEST(Blf2CsvRows, ManyTypesTakeLittleMemory) {
+TEST(Blf2CsvRows, manyTypesTakeLittleMemory) {
   std::string content;
   for (std::uint32_t type = 1000; type < 3000; ++type) {
     content += object({.type = type}, "");
@@ -309,7 +309,7 @@ TEST(Blf2CsvRows, ManyTypesTakeLittleMemory) {
   EXPECT_TRUE(remarks.lines().front().ends_with("1 of type 1199, 1800 of further types"));
 }
 
-TEST(Blf2CsvHead, TheDateIsThatOfTheLog) {
+TEST(Blf2CsvHead, theDateIsThatOfTheLog) {
   struct Start {
     const char* name;
     Date date;

@@ -184,7 +184,7 @@ std::string linFrame(unsigned id, unsigned length, unsigned direction) {
   return object({.type = 11, .timestamp = 50'000'000}, body.str());
 }
 
-TEST_F(SecondOpinionOfTshark, FramesByHand) {
+TEST_F(SecondOpinionOfTshark, framesByHand) {
   std::string content;
   for (const std::uint32_t type : {1U, 86U}) {
     for (unsigned dlc = 0; dlc <= 8; ++dlc) {
@@ -209,7 +209,7 @@ TEST_F(SecondOpinionOfTshark, FramesByHand) {
   expectSameFrames(file(zipped(content.substr(0, 1000)) + zipped(content.substr(1000))), kBuilderStartMs);
 }
 
-TEST_F(SecondOpinionOfTshark, GeneratedTraffic) {
+TEST_F(SecondOpinionOfTshark, generatedTraffic) {
   const TempFolder folder;
   tracegen::RecordingOptions options;
   options.form = tracegen::Form::Blf;
@@ -221,7 +221,7 @@ TEST_F(SecondOpinionOfTshark, GeneratedTraffic) {
   expectSameFrames(readFile(path), kGeneratorStartMs);
 }
 
-TEST(SecondOpinionOfRecordings, EveryObjectIsAsListed) {
+TEST(SecondOpinionOfRecordings, everyObjectIsAsListed) {
   const fs::path recordings = fs::path(XLATR_RECORDINGS_DIR) / "blf";
   if (!fs::exists(recordings)) {
     GTEST_SKIP() << "there are no recordings in " << recordings;

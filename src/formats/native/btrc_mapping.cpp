@@ -1,0 +1,165 @@
+#include "formats/native/btrc_mapping.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <span>
+#include <type_traits>
+
+#include "formats/native/record_flags.hpp"
+#include "messages/can_dlc.hpp"
+#include "messages/error_type.hpp"
+#include "messages/fd_kind.hpp"
+
+namespace xlatr {
+namespace {
+
+using MadeRecord = ZelkBinaryMessage::MadeRecord;
+
+std::uint16_t fdFlagsOfKind(MessageKind kind) {
+  const int brs = hasBrs(kind) ? frame_flag::kBrs : 0;
+  const int esi = hasEsi(kind) ? frame_flag::kEsi : 0;
+  return static_cast<std::uint16_t>(frame_flag::kFd | brs | esi);
+}
+
+// What is no known type counts as another error.
+std::uint8_t flagsOfErrorId(std::uint32_t id) {
+  return static_cast<std::uint8_t>(errorTypeOfTrcId(id).value_or(kOtherError) << error_flag::kClassShift);
+}
+
+template <class Received, class Sent>
+MadeRecord makeFrame(const ZelkBinaryMessage& message, std::uint8_t dlc, std::uint16_t flags) {
+  const auto allFlags = static_cast<std::uint16_t>(flags | (message.extended ? frame_flag::kExtended : 0));
+  const Internal_DataFrameInfo info(static_cast<std::uint8_t>(message.bus), dlc, allFlags, message.id);
+  const std::span<const std::uint8_t> bytes(message.data);
+  const auto make = [&]<class Record>(std::type_identity<Record> /*tag*/, auto... times) {
+    if constexpr (std::is_constructible_v<Record, decltype(bytes), decltype(times)..., decltype(info)>) {
+      return Record(bytes, times..., info);
+    } else {
+      return Record(times..., info);
+    }
+  };
+  if (message.direction == MessageDirection::Rx) {
+    return make(std::type_identity<Received>(), message.timestamp);
+  }
+  return make(std::type_identity<Sent>(), message.timestamp, message.timestamp);
+}
+
+MadeRecord makeStatus(const ZelkBinaryMessage& message) {
+  const auto& data = message.data;
+  std::uint32_t status = 0;
+  if (data.size() >= 4 || data.size() == 2) {
+    for (std::size_t index = 0; index < data.size() && index < 4; ++index) {
+      status = status << 8 | data[index];
+    }
+  }
+  Native_RecordCanStatus record;
+  record.timestamp = message.timestamp;
+  record.bus = static_cast<std::uint8_t>(message.bus);
+  for (const StatusFlag& known : kStatusFlags) {
+    const bool set = (status & static_cast<std::uint32_t>(known.status)) != 0;
+    record.flags = static_cast<std::uint8_t>(record.flags | (set ? known.flag : 0));
+  }
+  return record;
+}
+
+MadeRecord makeErrorCounters(const ZelkBinaryMessage& message) {
+  Native_RecordCanError record;
+  record.timestamp = message.timestamp;
+  record.bus = static_cast<std::uint8_t>(message.bus);
+  record.flags = message.direction == MessageDirection::Tx ? error_flag::kCounters
+                                                           : error_flag::kCounters | error_flag::kDirection;
+  if (message.data.size() >= 2) {
+    record.rxErrorCounter = message.data[0];
+    record.txErrorCounter = message.data[1];
+  }
+  return record;
+}
+
+MadeRecord makeError(const ZelkBinaryMessage& message) {
+  constexpr std::size_t kBytesWithType = 5;
+  constexpr std::size_t kBytesWithoutType = 4;
+  const auto& data = message.data;
+  std::uint32_t errorType = 0;
+  std::array<std::uint8_t, kBytesWithoutType> rest{};  // direction, position, rx, tx
+  if (data.size() >= kBytesWithType) {
+    errorType = data[0];
+    std::copy_n(data.begin() + 1, rest.size(), rest.begin());
+  } else if (data.size() == kBytesWithoutType) {
+    errorType = message.id;
+    std::copy_n(data.begin(), rest.size(), rest.begin());
+  }
+  Native_RecordCanError record;
+  record.timestamp = message.timestamp;
+  record.bus = static_cast<std::uint8_t>(message.bus);
+  record.flags = static_cast<std::uint8_t>(flagsOfErrorId(errorType) | (rest[0] != 0 ? error_flag::kDirection : 0));
+  record.errorPosition = rest[1];
+  record.rxErrorCounter = rest[2];
+  record.txErrorCounter = rest[3];
+  return record;
+}
+
+MadeRecord makeRecord(const ZelkBinaryMessage& message) {
+  const auto dlc = static_cast<std::uint8_t>(lengthToDlc(message.length));
+  switch (message.kind) {
+    case MessageKind::DT:
+      return makeFrame<Native_RecordCanRxMsg, Native_RecordCanTxMsg>(message, static_cast<std::uint8_t>(message.length),
+                                                                     0);
+    case MessageKind::FD:
+    case MessageKind::FB:
+    case MessageKind::FE:
+    case MessageKind::BI:
+      return makeFrame<Native_RecordCanRxFdMsg, Native_RecordCanTxFdMsg>(message, dlc, fdFlagsOfKind(message.kind));
+    case MessageKind::RR:
+      return makeFrame<Native_RecordCanRxRtrMsg, Native_RecordCanTxRtrMsg>(message, dlc, frame_flag::kRemote);
+    case MessageKind::ST:
+      return makeStatus(message);
+    case MessageKind::EC:
+      return makeErrorCounters(message);
+    case MessageKind::ER:
+      return makeError(message);
+    case MessageKind::EV:
+      return Native_RecordTextMsg("TODO 'Event Framer (EV)': " + message.commentary);
+    default:
+      return Native_RecordTextMsg("Unknown record ': " + message.commentary);
+  }
+}
+
+}  // namespace
+
+void mapToBtrc(const BrixMessage& source, ZelkBinaryMessage& target) {
+  target.reset();
+  target.id = source.id;
+  target.length = source.length;
+  target.data.assign(source.data.begin(), source.data.end());
+  target.type = source.type;
+  target.direction = source.direction;
+  target.extended = source.extended;
+  target.remote = source.remote;
+  target.kind = source.kind;
+  target.bus = source.bus - 1;
+  target.timestamp = wrappedMicroseconds(source.timeOffset);
+  target.commentary.assign(source.comment);
+  if (source.valid && source.kind != MessageKind::Unknown) {
+    target.setRecord(makeRecord(target));
+    target.valid = source.kind <= MessageKind::EV;
+  } else {
+    target.setRecord(Native_RecordTextMsg(target.commentary));
+    target.recordType = RecordType::Invalid;
+  }
+}
+
+std::uint64_t wrappedMicroseconds(double milliseconds) {
+  constexpr double kTwoTo63 = 9223372036854775808.0;
+  constexpr double kTwoTo64 = 2.0 * kTwoTo63;
+  const double microseconds = std::round(milliseconds * 1000.0);
+  if (microseconds >= 0.0 && microseconds < kTwoTo64) {
+    return static_cast<std::uint64_t>(microseconds);
+  }
+  if (microseconds < 0.0 && microseconds >= -kTwoTo63) {
+    return static_cast<std::uint64_t>(static_cast<std::int64_t>(microseconds));
+  }
+  return 0;
+}
+
+}  // namespace xlatr
