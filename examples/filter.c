@@ -3,7 +3,8 @@
 
        filter SOURCE.trc IDENTIFIER TARGET.asc TARGET.mf4
 
-   The source is of version 2.1 and the identifier hexadecimal, as it stands there. */
+   The source is of version 2.1 and the identifier hexadecimal, as it stands there. Failures of the library are C++
+   exceptions, which C can't catch: a target that can't be written ends the program with the reason on stderr. */
 #include <stdbool.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -37,8 +38,15 @@ int main(int argc, char** argv) {
     return 1;
   }
 
-  /* An existing target is overwritten (true). A writer creates its file when it becomes active. */
   TrcReader* const reader = TrcReader_Construct(info);
+  if (!TrcReader_setActive(reader, true)) {
+    fprintf(stderr, "%s: can't be opened\n", argv[1]);
+    TrcReader_Destruct(reader);
+    TrcInfo_Destruct(info);
+    return 1;
+  }
+
+  /* An existing target is overwritten (true). A writer creates its file when it becomes active. */
   AscWriter* const asc = AscWriter_Construct(argv[3], true, AscInfo_GetCurrentVersion());
   MdfWriter* const mdf = MdfWriter_Construct(argv[4], true, MdfInfo_GetCurrentVersion());
   AscWriter_setActive(asc, true);
@@ -48,7 +56,6 @@ int main(int argc, char** argv) {
 
   unsigned kept = 0;
   MessageCan* message = NULL;
-  TrcReader_setActive(reader, true);
   while (TrcReader_ReadNextMessage(reader, &message)) {
     if (MessageCan_getValid(message) && has_identifier(message, wanted)) {
       AscWriter_WriteMessage(asc, (const IMessage*)message);
@@ -57,9 +64,12 @@ int main(int argc, char** argv) {
     }
     MessageCan_Destruct(message); /* a message belongs to whoever read it */
   }
+  /* The last of a file is written when it is closed. Destruct would close it too, but say nothing of a full disk. */
+  AscWriter_setActive(asc, false);
+  MdfWriter_setActive(mdf, false);
   printf("%u messages kept\n", kept);
 
-  MdfWriter_Destruct(mdf); /* closes the file */
+  MdfWriter_Destruct(mdf);
   AscWriter_Destruct(asc);
   TrcReader_Destruct(reader);
   TrcInfo_Destruct(info);

@@ -42,19 +42,23 @@ unsigned copyBus(const std::string& source, unsigned bus, const std::string& tar
     throw xlatr::ConverterProcessingException(source + ": no TRC file");
   }
   const Reader reader(TrcReader_Construct(info.get()));
+  if (!TrcReader_setActive(reader.get(), true)) {
+    throw xlatr::ConverterProcessingException(source + ": can't be opened");
+  }
   const Writer writer(TrcWriter_Construct(target.c_str(), false, TrcInfo_GetCurrentVersion()));
   TrcWriter_setSourcePath(writer.get(), source.c_str());  // so that the source is never overwritten
   TrcWriter_setActive(writer.get(), true);                // fails for a target that exists
   TrcWriter_WriteHeader(writer.get(), reinterpret_cast<const ITraceInfo*>(info.get()));
 
   unsigned copied = 0;
-  TrcReader_setActive(reader.get(), true);
   while (const Message message = readNext(*reader)) {
     if (MessageCan_getValid(message.get()) && MessageCan_getBus(message.get()) == bus) {
       TrcWriter_WriteMessage(writer.get(), reinterpret_cast<const IMessage*>(message.get()));
       ++copied;
     }
   }
+  // The last of the file is written when it is closed; Destruct would close it too, but hide that the disk is full.
+  TrcWriter_setActive(writer.get(), false);
   return copied;
 }
 

@@ -1,12 +1,13 @@
 // The exceptions that may leave an exported function, for callers that share the C++ exception model.
 //
-// Every failure of the library is a ConverterGenericException or one of its two children. Before it is thrown its text
-// is stored under the id of the current thread, so that a caller that can't catch reads it with
+// What goes wrong in the library itself is a ConverterGenericException or one of its two children. Before it is thrown
+// its text is stored under the id of the current thread, so that a caller that can't catch reads it with
 // ConverterLastError_GetText (objects.h). A C caller whose frames an exception is to cross needs unwind tables
 // (-fexceptions or -funwind-tables).
 //
 // Besides these, functions that open or write a file throw std::ios_base::failure, with the path and the system's
-// reason in its text.
+// reason in its text, and AscReader_ReadNextMessage throws std::out_of_range for a line that is too short. Their texts
+// are not stored: only who catches them learns of them.
 #pragma once
 
 #include <exception>

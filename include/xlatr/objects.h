@@ -5,8 +5,9 @@
  *  1. A family is named after its class: TrcReader_setActive works on a TrcReader. Spellings are frozen, odd ones
  *     included.
  *  2. Objects are opaque. `..._Construct` and `..._CreateNew` answer an object that the caller owns and releases with
- * the family's `..._Destruct`; a null object there is ignored. Everything else takes an object that is not null: a null
- *     one raises a ConverterProcessingException.
+ *     the family's `..._Destruct`; a null object there is ignored. Everything else takes an object that is not null: a
+ *     null one raises a ConverterProcessingException. The Destruct of an active writer closes its file and hides a
+ *     failure; call setActive(false) first to hear of it.
  *  3. Messages handed out by `..._ReadNextMessage` belong to the caller and are released with the Destruct of their
  *     message family. A reader's `..._getTrace` answers the reader's own information object, which lives as long as the
  *     reader and is not to be released.
@@ -18,10 +19,19 @@
  *  6. Every handle of an information object, reader, writer or message may be cast to ITraceInfo, ITraceReader,
  *     ITraceWriter or IMessage where a function takes one of those.
  *  7. An object is used by one thread at a time; different objects by as many threads as you like.
- *  8. Failures are C++ exceptions (failures.hpp), which leave the function that raised them; a caller that can't catch
- *     them reads the text with ConverterLastError_GetText. A C caller is compiled with unwind tables. Bad input inside
- *     a file is no failure: the reader hands out a message that is not valid.
+ *  8. Failures are C++ exceptions (failures.hpp), which leave the function that raised them. The text of a
+ *     ConverterGenericException or one of its children is stored before, and ConverterLastError_GetText answers it to a
+ *     caller that can't catch. The text of any other is not: only who catches it learns why a file could not be created
+ *     or written (std::ios_base::failure), or of a line that is too short for AscReader_ReadNextMessage
+ *     (std::out_of_range). A C caller is compiled with unwind tables. Bad input inside a file is no failure: the reader
+ *     hands out a message that is not valid.
  *  9. Time stamps of a trace's start are days since 1899-12-30 00:00 as a double. Bus numbers count from 1.
+ * 10. Every writer: setActive(true) refuses an empty target path, one of 260 characters or more, that of a file that
+ *     exists unless the writer may override it, and the source's own path, whatever the case of its letters. While
+ *     inactive, WriteHeader, WriteMessage and WriteComment raise "Writer is not initialized", but for the WriteComment
+ *     of MdfWriter and BtrSessionWriter, which never does anything, and the WriteHeader of AscWriter with a source that
+ *     is not valid. WriteMessage raises "Object cannot be casted to any supported message trace" for a message of a
+ *     class that the writer does not accept.
  */
 #ifndef XLATR_OBJECTS_H
 #define XLATR_OBJECTS_H
@@ -80,8 +90,8 @@ typedef struct MsgEntry MsgEntry;
 
 /* ---- ConverterLastError: the last failure of a thread ------------------------------------------------------------ */
 
-/* Copies the text of the last failure raised on the thread with this operating system id (on Linux that of gettid), or
-   an empty text. It stays until the thread fails again, and may be read from any thread. */
+/* Copies the text of the last ConverterGenericException raised on the thread with this operating system id (on Linux
+   that of gettid), or an empty text. It stays until the thread raises another, and may be read from any thread. */
 XLATR_API void ConverterLastError_GetText(uint32_t threadId, char* buffer, uint32_t bufferSize);
 
 /* ---- BaseTraceInfo: what a format is ----------------------------------------------------------------------------- */
@@ -102,7 +112,8 @@ XLATR_API uint32_t BaseTraceInfo_GetTraceFormatDescriptionSize(TraceFormat forma
 XLATR_API void BaseTraceInfo_GetTraceFormatDescription(TraceFormat format, char* buffer, uint32_t bufferSize);
 /* The extension with its point, as ".trc". */
 XLATR_API void BaseTraceInfo_GetTraceExtension(TraceFormat format, char* buffer, uint32_t bufferSize);
-/* The newest file version, which is what a writer writes when none is asked for. */
+/* The newest file version, which is what a writer writes when none is asked for. That of BLF, which has no writer, is
+   the version of the converter's API, asked for once, while the library is loaded; 0.0 without a converter. */
 XLATR_API double BaseTraceInfo_GetTraceCurrentVersion(TraceFormat format);
 /* Whether files of the format can be a source at all: all but CSV. */
 XLATR_API bool BaseTraceInfo_GetIfConvertible(TraceFormat format);
@@ -159,14 +170,16 @@ XLATR_API const TrcInfo* TrcReader_getTrace(const TrcReader* reader);
    whether the reader is active now: a file that can't be opened leaves it inactive. */
 XLATR_API bool TrcReader_setActive(TrcReader* reader, bool active);
 /* Hands out the next message through `message` and answers true; answers false, and leaves `message` alone, at the end
-   of the file and while the reader is inactive. */
+   of the file, where it can't be read on, which looks the same, and while the reader is inactive. */
 XLATR_API bool TrcReader_ReadNextMessage(TrcReader* reader, MessageCan** message);
-/* How much of the file was read, 0 to 100. */
+/* How much of the file was read, 0 to 100; not a number for an empty file. */
 XLATR_API double TrcReader_getPercentDone(const TrcReader* reader);
 
 /* ---- MessageCan: a message of a TRC file ------------------------------------------------------------------------- */
 
 XLATR_API void MessageCan_Destruct(MessageCan* message);
+/* 0 for a line of a file without that column, 1 for one of a version that has none (1.0 and 1.1), 255 where the column
+   holds no number. */
 XLATR_API uint32_t MessageCan_getBus(const MessageCan* message);
 /* Whether the line was understood. */
 XLATR_API bool MessageCan_getValid(const MessageCan* message);
@@ -245,15 +258,17 @@ XLATR_API const AscInfo* AscReader_getTrace(const AscReader* reader);
    whether the reader is active now: a file that can't be opened leaves it inactive. */
 XLATR_API bool AscReader_setActive(AscReader* reader, bool active);
 /* Hands out the next message through `message` and answers true; answers false, and leaves `message` alone, at the end
-   of the file and while the reader is inactive. Every line gives a message, empty ones and comments one that is not
-   valid. A line that ends too early for what it begins as raises std::out_of_range, "invalid vector subscript". */
+   of the file, where it can't be read on, which looks the same, and while the reader is inactive. Every line gives a
+   message, empty ones and comments one that is not valid. A line that ends too early for what it begins as raises
+   std::out_of_range, "invalid vector subscript". */
 XLATR_API bool AscReader_ReadNextMessage(AscReader* reader, MessageAsc** message);
-/* How much of the file was read, 0 to 100. */
+/* How much of the file was read, 0 to 100; not a number for an empty file. */
 XLATR_API double AscReader_getPercentDone(const AscReader* reader);
 
 /* ---- MessageAsc: a message of an ASC log ------------------------------------------------------------------------- */
 
 XLATR_API void MessageAsc_Destruct(MessageAsc* message);
+/* 0 for a line whose bus was not read. */
 XLATR_API uint32_t MessageAsc_getBus(const MessageAsc* message);
 /* Whether the line was understood as a frame, an error or a status. */
 XLATR_API bool MessageAsc_getValid(const MessageAsc* message);
@@ -335,9 +350,10 @@ XLATR_API const KorlInfo* KorlReader_getTrace(const KorlReader* reader);
    whether the reader is active now: a file that can't be opened leaves it inactive. */
 XLATR_API bool KorlReader_setActive(KorlReader* reader, bool active);
 /* Hands out the next message through `message` and answers true; answers false, and leaves `message` alone, at the end
-   of the file and while the reader is inactive. Every line gives a message but comments, which begin with ";". */
+   of the file, where it can't be read on, which looks the same, and while the reader is inactive. Every line gives a
+   message but comments, which begin with ";". */
 XLATR_API bool KorlReader_ReadNextMessage(KorlReader* reader, MessageLin** message);
-/* How much of the file was read, 0 to 100. */
+/* How much of the file was read, 0 to 100; not a number for an empty file. */
 XLATR_API double KorlReader_getPercentDone(const KorlReader* reader);
 
 /* ---- MessageLin: a message of a LIN trace ------------------------------------------------------------------------ */
@@ -435,8 +451,9 @@ XLATR_API void BlfReader_InitializePhaseThreePrepareCsvReader(BlfReader* reader,
 XLATR_API bool BlfReader_KillBlfToCsv(BlfReader* reader);
 /* The start of the recording in days since 1899-12-30; 0.0 before phase three. */
 XLATR_API double BlfReader_getCSVInfoStartTime(const BlfReader* reader);
-/* Hands out the next message through `message` and answers true; answers false, and leaves `message` alone, at the end
-   and before phase three. */
+/* Hands out the next message through `message` and answers true; answers false, and leaves `message` alone, at the end,
+   where the table can't be read on, which looks the same, and before phase three. A converter that ended with 0 and
+   left no table gives no messages. */
 XLATR_API bool BlfReader_ReadNextMessage(BlfReader* reader, BlfMessage** message);
 /* 0 to 100: one half is the converter's, one the reading of its table. Not a number while the count of objects is not
    known. */
@@ -454,6 +471,7 @@ XLATR_API bool BlfMessage_isBlfCANType(const BlfMessage* message);
 /* What a trace that has no form for the message says of it: "BLF Object Type 86", and why when it is not valid. */
 XLATR_API uint32_t BlfMessage_getAsCommentarySize(const BlfMessage* message);
 XLATR_API void BlfMessage_getAsCommentary(const BlfMessage* message, char* buffer, uint32_t bufferSize);
+
 /* ---- BtrcInfo: the head of a BTRC trace -------------------------------------------------------------------------- */
 
 /* Reads the head of the file. Never fails: a file that can't be read or understood gives an object that is not valid.
@@ -516,12 +534,13 @@ XLATR_API const BtrcInfo* BtrcReader_getTrace(const BtrcReader* reader);
    whether the reader is active now: a file that can't be opened leaves it inactive. */
 XLATR_API bool BtrcReader_setActive(BtrcReader* reader, bool active);
 /* Hands out the next record through `message` and answers true; answers false, and leaves `message` alone, at the end
-   of the file, behind a record that can't be, and while the reader is inactive. Every record gives a message; one that
-   is no frame, error or status gives one that is not valid. */
+   of the file, behind a record that can't be, where the file can't be read on, which all look the same, and while the
+   reader is inactive. Every record gives a message; one that is no frame, error or status gives one that is not valid.
+ */
 XLATR_API bool BtrcReader_ReadNextMessage(BtrcReader* reader, MessageBinaryFD** message);
 /* Goes on at the next end of a block, or a whole block on where one ends, and copies a report of that. */
 XLATR_API void BtrcReader_SkipCurrentBlock(BtrcReader* reader, char* buffer, uint32_t bufferSize);
-/* How much of the file was read, 0 to 100. */
+/* How much of the file was read, 0 to 100; not a number for an empty file. */
 XLATR_API double BtrcReader_getPercentDone(const BtrcReader* reader);
 
 /* ---- MessageBinaryFD: a record of a BTRC trace ------------------------------------------------------------------- */
@@ -543,7 +562,8 @@ XLATR_API void MessageBinaryFD_getCommentary(const MessageBinaryFD* message, cha
 /* ---- BtrcWriter: writes a BTRC trace ----------------------------------------------------------------------------- */
 
 /* No file is touched before setActive. `version` is 1, or 0 for a file without a start time, which no reader here
-   takes. The failures of its use are ConverterParsingExceptions. */
+   takes. The failures of writing are ConverterParsingExceptions; those of setActive and of the setters are, as for
+   every writer, ConverterProcessingExceptions. */
 XLATR_API BtrcWriter* BtrcWriter_Construct(const char* targetPath, bool overrideExistingFile, double version);
 XLATR_API void BtrcWriter_Destruct(BtrcWriter* writer);
 /* A new, inactive writer with the same target path, override flag, version, owner bus and source path; the caller owns
@@ -557,8 +577,8 @@ XLATR_API void BtrcWriter_WriteHeader_2(BtrcWriter* writer, const ITraceInfo* so
 XLATR_API void BtrcWriter_WriteComment(BtrcWriter* writer, const char* text);
 /* Writes a message of a TRC trace as a record; others are refused. A CAN XL message writes nothing. */
 XLATR_API void BtrcWriter_WriteMessage(BtrcWriter* writer, const IMessage* message);
-/* true checks the target path and creates the file, false fills its last block and
-   closes it; no effect when nothing changes. */
+/* true checks the target path and creates the file, false fills its last block and closes it; no effect when nothing
+   changes. */
 XLATR_API void BtrcWriter_setActive(BtrcWriter* writer, bool active);
 XLATR_API bool BtrcWriter_getActive(const BtrcWriter* writer);
 /* The setters raise "Cannot change property value when object is active" on an active writer; setSourcePath is allowed
@@ -641,8 +661,8 @@ XLATR_API void CsvWriter_setSeparator(CsvWriter* writer, const char* separator);
 
 /* ---- MdfInfo: the top of an MF4 file ----------------------------------------------------------------------------- */
 
-/* Reads the top of the file and keeps the file open. A file that is no MF4 file, or one that ends too early, is not
-   valid; a file that is there and can't be opened raises std::ios_base::failure. */
+/* Reads the top of the file and keeps the file open. Never fails: a file that can't be opened, is no MF4 file or ends
+   too early gives an object that is not valid. */
 XLATR_API MdfInfo* MdfInfo_Construct(const TraceFileInfo* file);
 XLATR_API void MdfInfo_Destruct(MdfInfo* info);
 /* Whether the file is an MF4 file by its extension, open, and of version 4.1 to 4.2. Whether it can be converted is for
@@ -683,7 +703,7 @@ XLATR_API bool MdfReader_setActive(MdfReader* reader, bool active);
    of the file and while the reader is inactive. Messages come in the order of their times, as far as each data group
    holds its own in order. Data that are no records of the channel groups raise a ConverterGenericException. */
 XLATR_API bool MdfReader_ReadNextMessage(MdfReader* reader, MdfCanMessage** message);
-/* How many of the records that the file states were read, 0 to 100. */
+/* How many of the records that the file states were read, 0 to 100; not a number when it states none. */
 XLATR_API double MdfReader_getPercentDone(const MdfReader* reader);
 
 /* ---- MdfCanMessage: a frame of an MF4 file ----------------------------------------------------------------------- */
@@ -819,7 +839,7 @@ XLATR_API bool BtrSessionReader_ReadNextSector(BtrSessionReader* reader, Session
                                                uint32_t* structSize);
 /* Releases the array and not the messages in it; null is ignored. */
 XLATR_API void BtrSessionReader_DeleteSectors(SessionMessage** messages);
-/* How much of the session was read, 0 to 100. */
+/* How much of the session was read, 0 to 100, which is that of a session without sectors, too. */
 XLATR_API double BtrSessionReader_getPercentDone(const BtrSessionReader* reader);
 
 /* ---- SessionMessage: a message of a session ---------------------------------------------------------------------- */

@@ -8,8 +8,8 @@
  * Conventions
  *  1. Text is narrow and zero-terminated; paths are handed to the system as they are.
  *  2. All records have natural alignment and their fields in the order given here.
- *  3. A caller may call from any thread. xlatr_get_progress, and every other function of this header, waits while a
- *     synchronous xlatr_convert runs on another thread; a caller who wants progress converts asynchronously.
+ *  3. A caller may call from any thread. While a synchronous xlatr_convert runs on another thread all functions of this
+ *     header wait for it but xlatr_free; a caller who wants progress converts asynchronously.
  *  4. None of the five functions throws because of the files it is given: what went wrong with a source or a target
  *     stands in ConversionResult. They throw only when the system has no memory or no thread left to give.
  */
@@ -45,7 +45,7 @@ enum {
   XLATR_IN_PROGRESS = 1,        /* in a record only: from the start of a conversion to its end */
   XLATR_NOTHING_CONVERTED = 2,  /* the source file does not exist, or no session was selected */
   XLATR_FAILED = 3,             /* at least one target failed; the text says why */
-  XLATR_BAD_ARGUMENT = 4,       /* xlatr_get_progress was given a null record */
+  XLATR_BAD_ARGUMENT = 4,       /* the options of xlatr_convert or the record of xlatr_get_progress were null */
   XLATR_UNKNOWN_CONVERSION = 5, /* no live conversion has this id; a conversion that ended is one of these */
   XLATR_UNEXPECTED = -1         /* a state that should not occur */
 };
@@ -87,7 +87,7 @@ typedef struct ConversionProgress {
 /* What to convert into and how. Read only, copied during the call. */
 typedef struct ConversionOptions {
   int32_t reserved;                /* not read */
-  TraceFormat target_format;       /* exactly one flag */
+  TraceFormat target_format;       /* exactly one flag; any other value fails */
   uint8_t asynchronous;            /* 0: xlatr_convert returns when all is done; otherwise at once */
   ConversionProgress* progress;    /* filled once during the call with the id and the first state; may be null */
   uint32_t option_count;           /* entries of `options`; 0 means none */
@@ -122,13 +122,14 @@ XLATR_API TraceFormat xlatr_get_formats_convertible_to(TraceFormat targets);
  * The target's directory and stem come from `target`, its extension from the target format: "out/x.trc" becomes
  * "out/x.asc" for an ASC target, and a name whose extension is no trace format's keeps it ("x.bak" becomes
  * "x.bak.asc"). An existing file is overwritten. Targets without a bus column (TRC 1.0, 1.1 and 2.0) give one file a
- * bus, named with
- * "_BUS" and the bus number; a BTR source gives one file a session, named with "_S" and the session's index.
+ * bus, named with "_BUS" and the bus number; a BTR source gives one file a session, named with "_S" and the session's
+ * index.
  *
- * `source` and `target` may be null (an absent source, an empty stem); `options` must not be; `result` may be null when
- * nothing is to be reported through it.
+ * `source` and `target` may be null (an absent source, an empty stem); `result` may be null when nothing is to be
+ * reported through it. Null `options` are answered with XLATR_BAD_ARGUMENT, and nothing is done.
  *
- * Answers XLATR_SUCCESS, XLATR_NOTHING_CONVERTED or XLATR_FAILED. An asynchronous call answers the state of the moment,
+ * Answers XLATR_SUCCESS, XLATR_NOTHING_CONVERTED or XLATR_FAILED, the last also for a target format that is not exactly
+ * one flag or that no conversion can have. An asynchronous call answers the state of the moment,
  * which is XLATR_SUCCESS once the work has begun; what it ended with stands in `result` when xlatr_get_progress answers
  * XLATR_UNKNOWN_CONVERSION.
  */

@@ -161,6 +161,38 @@ TEST_F(BlfConvert, tellsTheExitCodeOfAConverterThatFails) {
   expectNothingLeft();
 }
 
+TEST_F(BlfConvert, aTargetThatAFailureLeftAloneIsNotCalledIncomplete) {
+  installation_.standIn("exit 5");
+  here.write("drive.csv", "mine");
+  const Ended run = here.run({"convert", "drive.blf", "drive.csv", "-f"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.errors, HasSubstr("; nothing was written: mend that and convert again with -f"));
+  EXPECT_EQ(here.read("drive.csv"), "mine");
+}
+
+TEST_F(BlfConvert, aTargetThatCannotBeFinishedIsCalledIncomplete) {
+  fs::create_symlink("/dev/full", here / "full.csv");
+  const Ended run = here.run({"convert", "drive.blf", "full.csv", "-f"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.errors, HasSubstr("; full.csv is incomplete: mend that and convert again with -f"));
+}
+
+TEST_F(BlfConvert, warnsWhenNothingOfALogWithObjectsComesOver) {
+  installation_.standIn("exit 0");
+  const Ended run = here.run({"convert", "drive.blf", "drive.csv"});
+  EXPECT_EQ(run.exitCode, 3);
+  EXPECT_EQ(run.errors,
+            "xlatr: warning: drive.blf: nothing came over: BLF2CSV.exe knows none of the log's objects, or left no "
+            "table of them\n");
+}
+
+TEST_F(BlfConvert, aLogWithoutObjectsNeedsNoWarning) {
+  here.write("empty.blf", test::kConverterHead);
+  const Ended run = here.run({"convert", "empty.blf", "empty.csv"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_EQ(run.errors, "");
+}
+
 // A conversion that hangs in its converter.
 class BlfInterrupt : public BlfConvert {
  protected:

@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "support/btr_image.hpp"
+#include "support/btrc_image.hpp"
 #include "tools/program.hpp"
 
 namespace xlatr::cli {
@@ -199,15 +200,44 @@ TEST_F(ConvertCommand, whatCannotBeReadFailsBeforeAnythingIsWritten) {
   EXPECT_THAT(here.names(), ElementsAre("drive.trc", "folder.trc", "log.asc", "notes.txt", "table.csv"));
 }
 
+TEST_F(ConvertCommand, aPathThatTheLibraryCannotTakeIsToldApartFromAnUnknownExtension) {
+  const std::string folder = std::string(100, 'a') + "/" + std::string(100, 'b') + "/" + std::string(100, 'c') + "/";
+  std::filesystem::create_directories(here / folder);
+  here.write(folder + "drive.TRC", traceOfBuses({1}));
+  here.write(folder + "notes.txt", "x");
+  const Ended trace = here.run({"convert", folder + "drive.TRC", "x.trc"});
+  EXPECT_EQ(trace.exitCode, 1);
+  EXPECT_EQ(trace.errors,
+            "xlatr: " + folder + "drive.TRC: its path is too long to be read; name it from inside its folder\n");
+  EXPECT_THAT(here.run({"convert", folder + "notes.txt", "x.trc"}).errors, HasSubstr("no extension of a trace format"));
+}
+
 TEST_F(ConvertCommand, whatTheLibraryReportsIsOneLineAndCode1) {
   std::filesystem::create_symlink("/dev/full", here / "full.trc");
-  for (const char* target : {"missing/x.trc", "full.trc"}) {
+  struct Case {
+    const char* target;
+    const char* leftover;
+  };
+  for (const auto& [target, leftover] : std::initializer_list<Case>{
+           {"missing/x.trc", "; nothing was written: mend that and convert again\n"},
+           {"full.trc", "; full.trc is incomplete: mend that and convert again with -f\n"},
+       }) {
     const Ended run = here.run({"convert", "-f", "drive.trc", target});
     EXPECT_EQ(run.exitCode, 1) << target;
     EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
     EXPECT_THAT(run.errors, HasSubstr(target));
+    EXPECT_THAT(run.errors, testing::EndsWith(leftover));
     EXPECT_EQ(run.output, "") << target;
   }
+}
+
+TEST_F(ConvertCommand, aTargetThatAFailureLeftAloneIsNotCalledIncomplete) {
+  here.write("junk.mf4", "no measurement at all");
+  here.write("old.trc", "precious");
+  const Ended run = here.run({"convert", "junk.mf4", "old.trc", "-f"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.errors, testing::EndsWith("; nothing was written: mend that and convert again with -f\n"));
+  EXPECT_EQ(here.read("old.trc"), "precious");
 }
 
 TEST_F(ConvertCommand, flagsChooseTheLayoutOfAMeasurementFile) {
@@ -240,7 +270,27 @@ TEST_F(ConvertCommand, aSourceThatIsNotValidLeavesAMeasurementFileEmpty) {
   EXPECT_EQ(here.read("junk.mf4"), "");
 }
 
-TEST_F(ConvertCommand, aPairWithoutReaderNamesBothFormats) {
+TEST_F(ConvertCommand, framesOfABinarySourceThatIsNotValidComeOverWithoutAHeader) {
+  using namespace test::btrc;
+  here.write("old.btrc", filled(info(0) + plainFrame(1000)));
+  here.write("new.btr", test::BtrImage(2).session(0, {.version = 9}).sector(1, {}, {{.length = 1}}).bytes());
+  struct Case {
+    const char* source;
+    const char* format;
+    const char* written;
+  };
+  for (const auto& [source, format, written] :
+       std::initializer_list<Case>{{"old.btrc", "btrc", "x.trc"}, {"new.btr", "btr", "x_S1.trc"}}) {
+    const Ended run = here.run({"convert", source, "x.trc", "--target-version", "2.1"});
+    EXPECT_EQ(run.exitCode, 3) << source;
+    EXPECT_EQ(run.errors, std::string("xlatr: warning: ") + source + ": is not a valid " + format +
+                              " file, so the target has no header; look at its header\n");
+    EXPECT_THAT(here.read(written), testing::StartsWith("      1 ")) << source;
+    std::filesystem::remove(here / "x.trc");
+  }
+}
+
+TEST_F(ConvertCommand, anImpossiblePairNamesBothFormats) {
   const Ended run = here.run({"convert", "drive.trc", "x.ltrc"});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;

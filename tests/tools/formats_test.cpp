@@ -45,6 +45,14 @@ TEST(Formats, listsTheFlagsOfASet) {
   EXPECT_EQ(nameList(XLATR_FORMAT_TRC | XLATR_FORMAT_LIN), "trc, ltrc");
 }
 
+TEST(Formats, knowsAllFormatsOfTheLibrary) {
+  EXPECT_THAT(allFormats(),
+              testing::ElementsAre(XLATR_FORMAT_TRC, XLATR_FORMAT_BTR, XLATR_FORMAT_ASC, XLATR_FORMAT_LIN,
+                                   XLATR_FORMAT_CSV, XLATR_FORMAT_BTRC, XLATR_FORMAT_MF4, XLATR_FORMAT_BLF));
+  EXPECT_EQ(nameList(targetFormats()), "trc, btr, asc, ltrc, csv, btrc, mf4");
+  EXPECT_EQ(extensionList(XLATR_FORMAT_TRC | XLATR_FORMAT_BLF), ".trc, .blf");
+}
+
 TEST(Formats, csvIsNoSourceAndBlfNoTarget) {
   EXPECT_TRUE(isConversionSource(XLATR_FORMAT_TRC));
   EXPECT_FALSE(isConversionSource(XLATR_FORMAT_CSV));

@@ -45,6 +45,11 @@ TEST(Usage, helpOfConvertNamesEveryOption) {
   }
 }
 
+TEST(Usage, helpOfConvertNamesTheTargetFormatsAsTheFormatsCommandDoes) {
+  const Workspace here;
+  EXPECT_THAT(here.run({"convert", "--help"}).output, HasSubstr("(trc, btr, asc, ltrc, csv, btrc, mf4)"));
+}
+
 TEST(Usage, whatCannotBeUnderstoodIsOneLineAndCode2) {
   struct Case {
     const char* name;
@@ -59,9 +64,9 @@ TEST(Usage, whatCannotBeUnderstoodIsOneLineAndCode2) {
       {"no target", {"convert", "a.trc"}, "TARGET"},
       {"three paths", {"convert", "a.trc", "b.trc", "c.trc"}, "c.trc"},
       {"no file", {"info"}, "FILE"},
-      {"target without extension", {"convert", "a.trc", "b"}, ".trc, .btr, .asc, .ltrc, .csv, .btrc, .mf4, .blf"},
+      {"target without extension", {"convert", "a.trc", "b"}, ".trc, .btr, .asc, .ltrc, .csv, .btrc, .mf4, or"},
       {"target of no format", {"convert", "a.trc", "b.dat"}, "--to"},
-      {"unknown format", {"convert", "a.trc", "b.trc", "--to", "xml"}, "trc, btr, asc, ltrc, csv, btrc, mf4, blf"},
+      {"unknown format", {"convert", "a.trc", "b.trc", "--to", "xml"}, "trc, btr, asc, ltrc, csv, btrc, mf4\n"},
       {"unknown version",
        {"convert", "a.trc", "b.trc", "--target-version", "2.2"},
        "1.0, 1.1, 1.2, 1.3, 2.0, 2.1, 3.0"},

@@ -18,10 +18,16 @@ constexpr std::uint64_t kDefaultMessages = 10000;
 struct Arguments {
   tracegen::RecordingOptions recording;
   std::string version = "2.1";
+  std::string form = "trc";
   std::string output;
   bool plain = false;
   bool lineFeed = false;
 };
+
+std::map<std::string, tracegen::Form> formsByName() {
+  return {{"trc", tracegen::Form::Trc}, {"candump", tracegen::Form::Candump}, {"blf", tracegen::Form::Blf},
+          {"lin", tracegen::Form::Lin}, {"btrc", tracegen::Form::Btrc},       {"btr", tracegen::Form::Btr}};
+}
 
 void addTrafficOptions(CLI::App& app, Arguments& arguments) {
   tracegen::TrafficOptions& traffic = arguments.recording.traffic;
@@ -51,13 +57,11 @@ void addOutputOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--file-version", arguments.version, "TRC version")
       ->check(CLI::IsMember({"1.1", "1.2", "1.3", "2.0", "2.1", "3.0"}))
       ->capture_default_str();
-  const std::map<std::string, tracegen::Form> forms{
-      {"trc", tracegen::Form::Trc}, {"candump", tracegen::Form::Candump}, {"blf", tracegen::Form::Blf},
-      {"lin", tracegen::Form::Lin}, {"btrc", tracegen::Form::Btrc},       {"btr", tracegen::Form::Btr}};
-  app.add_option("--form", recording.form,
+  app.add_option("--form", arguments.form,
                  "trc; the same traffic as a SocketCAN log: candump; as a binary trace: btrc; as session files: btr; "
                  "as a binary log: blf; as a LIN trace: lin")
-      ->transform(CLI::CheckedTransformer(forms));
+      ->check(CLI::IsMember(formsByName()))
+      ->capture_default_str();
   app.add_option("--damage-rate", recording.damageRate, "Damaged blocks of a btrc file, in 10000")
       ->capture_default_str();
   app.add_option("--sessions", recording.btr.sessions, "Sessions of a btr file, which share the messages")
@@ -73,6 +77,7 @@ void complete(const CLI::App& app, Arguments& arguments) {
     recording.traffic.makePlain();
   }
   recording.carriageReturn = !arguments.lineFeed;
+  recording.form = formsByName().at(arguments.form);
   recording.version = tracegen::trcVersionFromText(arguments.version).value_or(recording.version);
   if (!tracegen::hasBusColumn(recording.version) && app.count("--buses") == 0) {
     recording.traffic.buses = 1;

@@ -1,6 +1,7 @@
 #include "blf_conversion.hpp"
 
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstdint>
 #include <exception>
@@ -12,6 +13,7 @@
 #include "interrupt.hpp"
 #include "library_folder.hpp"
 #include "output.hpp"
+#include "owned.hpp"
 #include "target_writer.hpp"
 #include "xlatr/objects.h"
 
@@ -21,33 +23,15 @@ namespace {
 
 constexpr const char* kConverterName = "BLF2CSV.exe";
 
-template <auto Destruct>
-struct Destroy {
-  template <class Object>
-  void operator()(Object* object) const {
-    Destruct(object);
-  }
-};
-
-using FileInfo = std::unique_ptr<TraceFileInfo, Destroy<TraceFileInfo_Destruct>>;
-using Info = std::unique_ptr<BlfInfo, Destroy<BlfInfo_Destruct>>;
-using Reader = std::unique_ptr<BlfReader, Destroy<BlfReader_Destruct>>;
-using Message = std::unique_ptr<BlfMessage, Destroy<BlfMessage_Destruct>>;
-
-std::string commentaryOf(const BlfMessage* message) {
-  std::string text(std::size_t{BlfMessage_getAsCommentarySize(message)} + 1, '\0');
-  BlfMessage_getAsCommentary(message, text.data(), static_cast<std::uint32_t>(text.size()));
-  text.pop_back();
-  return text;
-}
-
 class BlfConversion {
  public:
+  // Adds to the outcome each target file that it creates, and a warning.
   BlfConversion(const ConversionRequest& request, const BlfTarget& target,
-                const std::function<void(double)>& onProgress)
+                const std::function<void(double)>& onProgress, ConversionOutcome& outcome)
       : request_(request),
         target_(target),
         onProgress_(onProgress),
+        outcome_(outcome),
         file_(TraceFileInfo_Construct(request.source.c_str())),
         info_(BlfInfo_Construct(file_.get())),
         reader_(BlfReader_Construct(info_.get(), std::filesystem::temp_directory_path().c_str())) {}
@@ -57,8 +41,6 @@ class BlfConversion {
     BlfReader_setActive(reader_.get(), true);
     return waitForTable() && writeMessages();
   }
-
-  [[nodiscard]] const std::vector<std::string>& files() const { return files_; }
 
  private:
   bool waitForTable() {
@@ -96,9 +78,10 @@ class BlfConversion {
       currentWriter_ = openWriter(0, target_.files.stem + target_.files.extension);
     }
     BlfMessage* next = nullptr;
-    for (std::uint64_t count = 1; BlfReader_ReadNextMessage(reader_.get(), &next); ++count) {
-      write(Message(next).get());
-      if (count % kMessagesBetweenLooks == 0) {
+    std::uint64_t count = 0;
+    while (BlfReader_ReadNextMessage(reader_.get(), &next)) {
+      write(Owned<BlfMessage, BlfMessage_Destruct>(next).get());
+      if (++count % kMessagesBetweenLooks == 0) {
         onProgress_(BlfReader_getPercentDone(reader_.get()));
         if (interruptRequested()) {
           return false;
@@ -108,7 +91,17 @@ class BlfConversion {
     for (const auto& [bus, writer] : writers_) {
       writer->close();
     }
+    warnOfNoMessage(count);
     return true;
+  }
+
+  // A converter that ends well and leaves no table looks to the reader like one that met nothing it knows.
+  void warnOfNoMessage(std::uint64_t messages) {
+    const bool logHasObjects = !std::isnan(BlfReader_getPercentDone(reader_.get()));
+    if (messages == 0 && logHasObjects) {
+      outcome_.text = std::string("nothing came over: ") + kConverterName +
+                      " knows none of the log's objects, or left no table of them";
+    }
   }
 
   void write(const BlfMessage* message) {
@@ -116,7 +109,7 @@ class BlfConversion {
     if (BlfMessage_getValid(message)) {
       writer.writeMessage(reinterpret_cast<const IMessage*>(message));
     } else {
-      writer.writeComment(commentaryOf(message));
+      writer.writeComment(libraryText<BlfMessage_getAsCommentarySize, BlfMessage_getAsCommentary>(message));
     }
   }
 
@@ -136,7 +129,7 @@ class BlfConversion {
     auto writer =
         openTargetWriter({.format = request_.format, .version = target_.version, .separator = target_.separator},
                          request_.source, target_.files.directory + name);
-    files_.push_back(name);
+    outcome_.files.push_back(name);
     writer->writeHeader(reinterpret_cast<const ITraceInfo*>(info_.get()), BlfReader_getCSVInfoStartTime(reader_.get()));
     return (writers_[bus] = std::move(writer)).get();
   }
@@ -144,13 +137,13 @@ class BlfConversion {
   const ConversionRequest& request_;
   const BlfTarget& target_;
   const std::function<void(double)>& onProgress_;
-  FileInfo file_;
-  Info info_;
-  Reader reader_;
+  ConversionOutcome& outcome_;
+  const Owned<TraceFileInfo, TraceFileInfo_Destruct> file_;
+  const Owned<BlfInfo, BlfInfo_Destruct> info_;
+  const Owned<BlfReader, BlfReader_Destruct> reader_;
   std::map<std::uint32_t, std::unique_ptr<TargetWriter>> writers_;  // by bus; one alone where the target has them all
   TargetWriter* currentWriter_ = nullptr;
   std::uint32_t currentBus_ = 0;
-  std::vector<std::string> files_;
 };
 
 }  // namespace
@@ -174,10 +167,8 @@ ConversionOutcome runBlfConversion(const ConversionRequest& request, const BlfTa
   ConversionOutcome outcome;
   outcome.status = XLATR_FAILED;
   try {
-    BlfConversion conversion(request, target, onProgress);
-    outcome.interrupted = !conversion.run();
+    outcome.interrupted = !BlfConversion(request, target, onProgress, outcome).run();
     outcome.status = XLATR_SUCCESS;
-    outcome.files = conversion.files();
   } catch (const std::exception& failure) {
     outcome.text = oneLine(failure.what());
   }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "command_failure.hpp"
+#include "formats.hpp"
 
 namespace xlatr::cli {
 
@@ -21,7 +22,7 @@ CLI::App* addConvert(CLI::App& app, ConvertArguments& arguments) {
       ->type_name("");
   command
       ->add_option("--to", arguments.to,
-                   "Target format (trc, btr, asc, lin, csv, btrc, mf4, blf), whatever TARGET's extension is")
+                   "Target format (" + nameList(targetFormats()) + "), whatever TARGET's extension is")
       ->option_text("FORMAT");
   command
       ->add_option("--target-version", arguments.targetVersion,

@@ -18,10 +18,10 @@ struct ConversionRequest {
 };
 
 struct ConversionOutcome {
-  bool interrupted = false;  // the conversion still runs; nothing else is filled in
+  bool interrupted = false;  // the conversion may still run; nothing else counts
   std::int32_t status = XLATR_UNEXPECTED;
   std::string text;                // failures, or warnings of a success, on one line
-  std::vector<std::string> files;  // names without the directory
+  std::vector<std::string> files;  // names, without the directory, of those that were begun, also by a failure
 };
 
 // Converts, and calls `onProgress` with the percent done, on this thread, every few milliseconds until the conversion

@@ -34,13 +34,13 @@ TraceFormat requireTargetFormat(const ConvertArguments& arguments) {
   if (!arguments.to.empty()) {
     const TraceFormat format = formatFromName(arguments.to);
     if (format == XLATR_FORMAT_NONE) {
-      failUsage("--to " + arguments.to + ": no such format; use one of " + nameList(~XLATR_FORMAT_NONE));
+      failUsage("--to " + arguments.to + ": no such format; use one of " + nameList(targetFormats()));
     }
     return format;
   }
   const TraceFormat format = formatFromName(extensionOf(arguments.target));
   if (format == XLATR_FORMAT_NONE) {
-    failUsage(arguments.target + ": the extension names no trace format; use one of " + extensionList() +
+    failUsage(arguments.target + ": the extension names no trace format; use one of " + extensionList(targetFormats()) +
               ", or name the format with --to");
   }
   return format;
@@ -133,12 +133,13 @@ void requireFreeTarget(const ConvertArguments& arguments, const TargetFiles& fil
   }
 }
 
-// What becomes of a source that is not valid.
+// What becomes of a source that is not valid. Only a line of TRC needs the header to be understood; frames of the other
+// formats come over without it.
 std::string consequence(TraceFormat source, TraceFormat target) {
   if (target == XLATR_FORMAT_MF4) {
     return "the target is empty";
   }
-  return source == XLATR_FORMAT_MF4 ? "the target has no header" : "its lines were carried over as comments";
+  return source == XLATR_FORMAT_TRC ? "its lines were carried over as comments" : "the target has no header";
 }
 
 bool warnIfNotValid(const std::string& source, TraceFormat format, TraceFormat target) {
@@ -173,23 +174,20 @@ struct Leftover {
   std::string retry;
 };
 
-Leftover leftoverOf(const TargetFiles& files) {
-  const auto existing = files.existing();
-  if (existing.empty()) {
-    return {"nothing was written", "convert again"};
+Leftover leftoverOf(const std::vector<std::string>& existing, const std::vector<std::string>& written) {
+  return {written.empty() ? "nothing was written"
+                          : firstAndCount(written) + (written.size() == 1 ? " is" : " are") + " incomplete",
+          existing.empty() ? "convert again" : "convert again with -f"};
+}
+
+[[noreturn]] void failConversion(const std::string& source, const TargetFiles& files, const ConversionOutcome& outcome,
+                                 const std::string& reason) {
+  std::vector<std::string> written;
+  for (const auto& name : outcome.files) {
+    written.push_back(files.directory + name);
   }
-  return {firstAndCount(existing) + (existing.size() == 1 ? " is" : " are") + " incomplete", "convert again with -f"};
-}
-
-[[noreturn]] void failConversion(const std::string& source, const TargetFiles& files, const std::string& reason) {
-  const Leftover leftover = leftoverOf(files);
+  const Leftover leftover = leftoverOf(files.existing(), written);
   fail(source + ": " + reason + "; " + leftover.state + ": mend that and " + leftover.retry);
-}
-
-// The library's own words for a pair of formats that it has no reader or no writer for don't say which.
-bool isMissingReaderOrWriter(const std::string& reason) {
-  return reason.find("specified conversion is invalid") != std::string::npos ||
-         reason.find("converting object is invalid") != std::string::npos;
 }
 
 void requireSuccess(const ConversionRequest& request, const TargetFiles& files, const ConversionOutcome& outcome) {
@@ -199,13 +197,9 @@ void requireSuccess(const ConversionRequest& request, const TargetFiles& files, 
     case XLATR_NOTHING_CONVERTED:
       fail(request.source + ": there is nothing to convert in it; check the file and the sessions you named");
     case XLATR_FAILED:
-      if (isMissingReaderOrWriter(outcome.text)) {
-        fail(request.source + ": this version of xlatr can't convert " + formatName(formatOfFile(request.source)) +
-             " into " + formatName(request.format) + " (" + outcome.text + "); choose another target format");
-      }
-      failConversion(request.source, files, outcome.text.empty() ? "the conversion failed" : outcome.text);
+      failConversion(request.source, files, outcome, outcome.text.empty() ? "the conversion failed" : outcome.text);
     default:
-      failConversion(request.source, files,
+      failConversion(request.source, files, outcome,
                      "the conversion ended with the unknown status " + std::to_string(outcome.status));
   }
 }
@@ -239,7 +233,9 @@ ExitCode runConvert(const ConvertArguments& arguments) {
                       : runConversion(request, onProgress);
   }
   if (outcome.interrupted) {
-    const Leftover leftover = leftoverOf(files);
+    // A conversion that still runs tells no files: whatever stands there may be its own.
+    const auto existing = files.existing();
+    const Leftover leftover = leftoverOf(existing, existing);
     printError(arguments.source + ": interrupted; " + leftover.state + ", " + leftover.retry);
     return ExitCode::Interrupted;
   }

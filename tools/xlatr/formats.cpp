@@ -2,23 +2,16 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <limits>
+#include <type_traits>
 
+#include "owned.hpp"
 #include "xlatr/objects.h"
 
 namespace xlatr::cli {
 
 namespace {
-
-template <auto Size, auto Copy, typename... Key>
-std::string textOf(Key... key) {
-  std::string text(std::size_t{Size(key...)} + 1, '\0');
-  Copy(key..., text.data(), static_cast<std::uint32_t>(text.size()));
-  text.pop_back();
-  return text;
-}
 
 template <auto Versions, auto VersionsSize>
 std::vector<double> versionsOf() {
@@ -26,33 +19,28 @@ std::vector<double> versionsOf() {
   return {first, first + VersionsSize()};
 }
 
-using FileInfo = std::unique_ptr<TraceFileInfo, decltype(&TraceFileInfo_Destruct)>;
-
-FileInfo fileInfo(const std::string& path) {
-  return {TraceFileInfo_Construct(path.c_str()), &TraceFileInfo_Destruct};
+Owned<TraceFileInfo, TraceFileInfo_Destruct> fileInfo(const std::string& path) {
+  return Owned<TraceFileInfo, TraceFileInfo_Destruct>(TraceFileInfo_Construct(path.c_str()));
 }
 
 template <auto Construct, auto Destruct, auto Valid, auto Version, auto StartTime>
 TraceHeader headerOf(const std::string& path) {
   const auto file = fileInfo(path);
-  const std::unique_ptr<std::remove_pointer_t<decltype(Construct(file.get()))>, decltype(Destruct)> info(
-      Construct(file.get()), Destruct);
+  const Owned<std::remove_pointer_t<decltype(Construct(file.get()))>, Destruct> info(Construct(file.get()));
   return {Valid(info.get()), Version(info.get()), StartTime(info.get())};
 }
 
 std::string reasonAgainstMdf(const std::string& path) {
   const auto file = fileInfo(path);
-  const std::unique_ptr<MdfInfo, decltype(&MdfInfo_Destruct)> info(MdfInfo_Construct(file.get()), &MdfInfo_Destruct);
-  const std::unique_ptr<MdfReader, decltype(&MdfReader_Destruct)> reader(MdfReader_Construct(info.get()),
-                                                                         &MdfReader_Destruct);
+  const Owned<MdfInfo, MdfInfo_Destruct> info(MdfInfo_Construct(file.get()));
+  const Owned<MdfReader, MdfReader_Destruct> reader(MdfReader_Construct(info.get()));
   std::array<char, 256> reason{};
   static_cast<void>(MdfReader_ValidateFile(reader.get(), reason.data(), static_cast<std::uint32_t>(reason.size())));
   return reason.data();
 }
 
 TraceSession sessionOf(const BtrInfo* info, std::uint32_t place) {
-  const std::unique_ptr<BtrSessionEntry, decltype(&BtrSessionEntry_Destruct)> entry(BtrInfo_GetSession(info, place),
-                                                                                    &BtrSessionEntry_Destruct);
+  const Owned<BtrSessionEntry, BtrSessionEntry_Destruct> entry(BtrInfo_GetSession(info, place));
   const SessionDateTime* const start = SessionDescriptor_getDateAndTime(BtrSessionEntry_getDescription(entry.get()));
   const bool endKnown = SessionLocation_getSector(BtrSessionEntry_getEnd(entry.get())) != 0;
   return {BtrSessionEntry_getIndex(entry.get()), SessionDateTime_toDouble(start),
@@ -61,7 +49,7 @@ TraceSession sessionOf(const BtrInfo* info, std::uint32_t place) {
 
 // The start of a file is that of its first session.
 TraceHeader btrHeaderOf(const std::string& path) {
-  const std::unique_ptr<BtrInfo, decltype(&BtrInfo_Destruct)> info(BtrInfo_Construct(path.c_str()), &BtrInfo_Destruct);
+  const Owned<BtrInfo, BtrInfo_Destruct> info(BtrInfo_Construct(path.c_str()));
   TraceHeader header{BtrInfo_GetValid(info.get()), BtrInfo_GetVersion(info.get()), 0.0};
   for (std::uint32_t place = 0; place < BtrInfo_getSessionsCount(info.get()); ++place) {
     header.sessions.push_back(sessionOf(info.get(), place));
@@ -128,13 +116,39 @@ std::string lowerCase(std::string_view text) {
   return lower;
 }
 
+std::vector<TraceFormat> flagsWithExtension() {
+  std::vector<TraceFormat> formats;
+  for (int bit = 0; bit < std::numeric_limits<TraceFormat>::digits; ++bit) {
+    const auto flag = static_cast<TraceFormat>(1U << static_cast<unsigned>(bit));
+    if (!formatExtension(flag).empty()) {
+      formats.push_back(flag);
+    }
+  }
+  return formats;
+}
+
+std::string joined(TraceFormat set, std::string (*textOfFormat)(TraceFormat)) {
+  std::string list;
+  for (const TraceFormat format : formatsOf(set)) {
+    list += list.empty() ? "" : ", ";
+    list += textOfFormat(format);
+  }
+  return list;
+}
+
 }  // namespace
 
 const std::vector<TraceFormat>& allFormats() {
-  static const std::vector<TraceFormat> formats{XLATR_FORMAT_TRC, XLATR_FORMAT_BTR, XLATR_FORMAT_ASC,
-                                                XLATR_FORMAT_LIN, XLATR_FORMAT_CSV, XLATR_FORMAT_BTRC,
-                                                XLATR_FORMAT_MF4, XLATR_FORMAT_BLF};
+  static const std::vector<TraceFormat> formats = flagsWithExtension();
   return formats;
+}
+
+TraceFormat targetFormats() {
+  TraceFormat set = XLATR_FORMAT_NONE;
+  for (const TraceFormat format : allFormats()) {
+    set |= isConversionTarget(format) ? format : XLATR_FORMAT_NONE;
+  }
+  return set;
 }
 
 std::vector<TraceFormat> formatsOf(TraceFormat set) {
@@ -156,25 +170,15 @@ std::string formatName(TraceFormat format) {
 }
 
 std::string formatDescription(TraceFormat format) {
-  return textOf<BaseTraceInfo_GetTraceFormatDescriptionSize, BaseTraceInfo_GetTraceFormatDescription>(format);
+  return libraryText<BaseTraceInfo_GetTraceFormatDescriptionSize, BaseTraceInfo_GetTraceFormatDescription>(format);
 }
 
 std::string nameList(TraceFormat set) {
-  std::string list;
-  for (const TraceFormat format : formatsOf(set)) {
-    list += list.empty() ? "" : ", ";
-    list += formatName(format);
-  }
-  return list;
+  return joined(set, formatName);
 }
 
-std::string extensionList() {
-  std::string list;
-  for (const TraceFormat format : allFormats()) {
-    list += list.empty() ? "" : ", ";
-    list += formatExtension(format);
-  }
-  return list;
+std::string extensionList(TraceFormat set) {
+  return joined(set, formatExtension);
 }
 
 TraceFormat formatFromName(std::string_view name) {

@@ -27,20 +27,23 @@ struct TraceHeader {
   std::vector<TraceSession> sessions = {};  // of a btr file
 };
 
-// All eight flags, ascending.
+// All flags that the library has an extension for, ascending.
 [[nodiscard]] const std::vector<TraceFormat>& allFormats();
 
 // The flags of a set, ascending.
 [[nodiscard]] std::vector<TraceFormat> formatsOf(TraceFormat set);
+
+// The set of formats that a conversion can have as its target.
+[[nodiscard]] TraceFormat targetFormats();
 
 // ".trc" and "trc"; the second is the name of a format in options, output and JSON.
 [[nodiscard]] std::string formatExtension(TraceFormat format);
 [[nodiscard]] std::string formatName(TraceFormat format);
 [[nodiscard]] std::string formatDescription(TraceFormat format);
 
-// "trc, asc": the names of a set, and all the extensions, for messages.
+// "trc, asc" and ".trc, .asc": the names and the extensions of a set, for messages.
 [[nodiscard]] std::string nameList(TraceFormat set);
-[[nodiscard]] std::string extensionList();
+[[nodiscard]] std::string extensionList(TraceFormat set);
 
 // The format of a name or an extension in any case ("trc", ".TRC", "lin"); XLATR_FORMAT_NONE for any other text.
 [[nodiscard]] TraceFormat formatFromName(std::string_view name);

@@ -7,6 +7,7 @@
 
 #include "command_failure.hpp"
 #include "formats.hpp"
+#include "target_files.hpp"
 
 namespace xlatr::cli {
 
@@ -41,10 +42,14 @@ void requireReadable(const std::string& path) {
 
 TraceFormat requireTraceFormat(const std::string& path) {
   const TraceFormat format = formatOfFile(path);
-  if (format == XLATR_FORMAT_NONE) {
-    fail(path, "has no extension of a trace format; rename it to one of " + extensionList());
+  if (format != XLATR_FORMAT_NONE) {
+    return format;
   }
-  return format;
+  // The library looks at the extension of no path that is longer than it can take.
+  if (formatFromName(extensionOf(path)) != XLATR_FORMAT_NONE) {
+    fail(path, "its path is too long to be read; name it from inside its folder");
+  }
+  fail(path, "has no extension of a trace format; rename it to one of " + extensionList(~XLATR_FORMAT_NONE));
 }
 
 }  // namespace xlatr::cli

@@ -11,7 +11,8 @@ namespace xlatr::cli {
 // that of a regular file that can be opened. A pipe or a device is refused: a source is read more than once.
 void requireReadable(const std::string& path);
 
-// The format of a file that exists, from its extension. Raises a CommandFailure when that is no trace format's.
+// The format of a file that exists, from its extension. Raises a CommandFailure when that is no trace format's, and
+// when the library can't take so long a path.
 [[nodiscard]] TraceFormat requireTraceFormat(const std::string& path);
 
 }  // namespace xlatr::cli

@@ -1,5 +1,7 @@
 #include "target_writer.hpp"
 
+#include "owned.hpp"
+
 namespace xlatr::cli {
 
 namespace {
@@ -14,24 +16,21 @@ template <class Writer, auto Construct, auto Destruct, auto SetSourcePath, auto 
 class FamilyWriter final : public TargetWriter {
  public:
   FamilyWriter(const std::string& target, double version) : writer_(Construct(target.c_str(), true, version)) {}
-  ~FamilyWriter() override { Destruct(writer_); }
-  FamilyWriter(const FamilyWriter&) = delete;
-  FamilyWriter& operator=(const FamilyWriter&) = delete;
 
   // The writer itself, for what one family alone can do.
-  [[nodiscard]] Writer* get() const { return writer_; }
+  [[nodiscard]] Writer* get() const { return writer_.get(); }
   void open(const std::string& source) {
-    SetSourcePath(writer_, source.c_str());
-    SetActive(writer_, true);
+    SetSourcePath(get(), source.c_str());
+    SetActive(get(), true);
   }
 
-  void writeHeader(const ITraceInfo* source, double startDays) override { WriteHeader(writer_, source, startDays); }
-  void writeComment(const std::string& text) override { WriteComment(writer_, text.c_str()); }
-  void writeMessage(const IMessage* message) override { WriteMessage(writer_, message); }
-  void close() override { SetActive(writer_, false); }
+  void writeHeader(const ITraceInfo* source, double startDays) override { WriteHeader(get(), source, startDays); }
+  void writeComment(const std::string& text) override { WriteComment(get(), text.c_str()); }
+  void writeMessage(const IMessage* message) override { WriteMessage(get(), message); }
+  void close() override { SetActive(get(), false); }
 
  private:
-  Writer* writer_;
+  Owned<Writer, Destruct> writer_;
 };
 
 using TrcTarget = FamilyWriter<TrcWriter, XLATR_WRITER_FUNCTIONS(TrcWriter)>;
