@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
 
   /* The conversion is known until it has ended; from then on its result is complete. */
   while (xlatr_get_progress(&progress) == XLATR_SUCCESS) {
-    const struct timespec pause = {0, 20 * 1000 * 1000};
+    const struct timespec pause = {0, 20L * 1000 * 1000};
     fprintf(stderr, "\r%3.0f %%", (double)progress.percent);
     thrd_sleep(&pause, NULL);
   }
