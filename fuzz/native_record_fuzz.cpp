@@ -24,7 +24,7 @@ using xlatr::ZelkBinaryMessage;
 // What a record gives back is the beginning of what it was made from.
 template <class... Records>
 void checkRecords(std::span<const std::uint8_t> bytes) {
-  const auto check = [bytes](const auto& record) {
+  const auto check = [bytes](auto record) {
     if (record) {
       const std::vector<std::uint8_t> image = record->Serialize();
       require(image.size() <= bytes.size());

@@ -51,13 +51,15 @@ class Installation {
 };
 
 class BlfConvert : public testing::Test {
+ public:
+  ~BlfConvert() override { ::unsetenv("TMPDIR"); }  // NOLINT(concurrency-mt-unsafe)
+
  protected:
   BlfConvert() {
     ::setenv("TMPDIR", installation_.temporary().c_str(), 1);  // NOLINT(concurrency-mt-unsafe): there is one thread
     here.write("drive.blf", test::kConverterTable);
     installation_.standIn(R"(cp "$1" "$2")");
   }
-  ~BlfConvert() override { ::unsetenv("TMPDIR"); }  // NOLINT(concurrency-mt-unsafe)
 
   void expectNothingLeft() const {
     EXPECT_TRUE(fs::is_empty(installation_.temporary()));

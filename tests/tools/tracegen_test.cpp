@@ -670,7 +670,7 @@ TEST(Tracegen, writesSessionsInWholeSectors) {
   RecordingOptions options = busyOptions();
   options.form = Form::Btr;
   options.btr.sessions = 17;
-  options.maxMessages = 17 * 25;  // each session has a sector of 24 messages and one more
+  options.maxMessages = std::uint64_t{17} * 25;  // each session has a sector of 24 messages and one more
   RecordingSize size = generate(options, [](std::string_view) {});
   EXPECT_EQ(size.messages, 17U * 25);
   EXPECT_EQ(size.bytes, (2 + 17 * 2) * 512U);
@@ -684,7 +684,7 @@ TEST(Tracegen, writesSessionsInWholeSectors) {
   EXPECT_EQ(bytes.substr(8, 8), std::string("\0\0\0\x08\x05\x01\x03\x18", 8)) << "on Friday, 1 March 2024, at 8";
 
   options.maxMessages = UINT64_MAX;
-  options.maxBytes = 10 * 512;
+  options.maxBytes = std::uint64_t{10} * 512;
   EXPECT_EQ(generate(options, [](std::string_view) {}).messages, 240U);
 }
 

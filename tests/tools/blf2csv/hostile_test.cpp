@@ -16,7 +16,6 @@ namespace {
 using xlatr::test::blf::Bytes;
 using xlatr::test::blf::classicFrame;
 using xlatr::test::blf::containerOf;
-using xlatr::test::blf::deflated;
 using xlatr::test::blf::file;
 using xlatr::test::blf::object;
 using xlatr::test::blf::stored;
