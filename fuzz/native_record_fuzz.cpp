@@ -1,8 +1,10 @@
 // One record of a binary trace, in any form. The first byte is the exponent of the time unit, the next two the type,
 // the rest the record, whose own type is that. Every record class reads the bytes and must give back what it read; the
 // message made of them must say what it is, survive being mapped and be written again as the record that it was.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -22,17 +24,20 @@ using xlatr::RecordType;
 using xlatr::ZelkBinaryMessage;
 
 // What a record gives back is the beginning of what it was made from.
+template <class Record>
+void checkRecord(std::span<const std::uint8_t> bytes) {
+  const std::unique_ptr<Record> record = Record::FromBytes(bytes);
+  if (!record) {
+    return;
+  }
+  const std::vector<std::uint8_t> image = record->Serialize();
+  require(image.size() <= bytes.size());
+  require(std::ranges::equal(image, bytes.first(image.size())));
+}
+
 template <class... Records>
 void checkRecords(std::span<const std::uint8_t> bytes) {
-  const auto check = [bytes](auto record) {
-    if (record) {
-      const std::vector<std::uint8_t> image = record->Serialize();
-      require(image.size() <= bytes.size());
-      require(std::vector<std::uint8_t>(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(image.size())) ==
-              image);
-    }
-  };
-  (check(Records::FromBytes(bytes)), ...);
+  (checkRecord<Records>(bytes), ...);
 }
 
 void checkMessage(const ZelkBinaryMessage& message, std::span<const std::uint8_t> bytes) {
