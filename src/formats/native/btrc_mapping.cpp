@@ -14,8 +14,6 @@
 namespace xlatr {
 namespace {
 
-using MadeRecord = ZelkBinaryMessage::MadeRecord;
-
 std::uint16_t fdFlagsOfKind(MessageKind kind) {
   const int brs = hasBrs(kind) ? frame_flag::kBrs : 0;
   const int esi = hasEsi(kind) ? frame_flag::kEsi : 0;
@@ -28,24 +26,25 @@ std::uint8_t flagsOfErrorId(std::uint32_t id) {
 }
 
 template <class Received, class Sent>
-MadeRecord makeFrame(const ZelkBinaryMessage& message, std::uint8_t dlc, std::uint16_t flags) {
+void makeFrame(ZelkBinaryMessage& message, std::uint8_t dlc, std::uint16_t flags) {
   const auto allFlags = static_cast<std::uint16_t>(flags | (message.extended ? frame_flag::kExtended : 0));
   const Internal_DataFrameInfo info(static_cast<std::uint8_t>(message.bus), dlc, allFlags, message.id);
   const std::span<const std::uint8_t> bytes(message.data);
   const auto make = [&]<class Record>(std::type_identity<Record> /*tag*/, auto... times) {
     if constexpr (std::is_constructible_v<Record, decltype(bytes), decltype(times)..., decltype(info)>) {
-      return Record(bytes, times..., info);
+      message.madeRecord().emplace<Record>(bytes, times..., info);
     } else {
-      return Record(times..., info);
+      message.madeRecord().emplace<Record>(times..., info);
     }
   };
   if (message.direction == MessageDirection::Rx) {
-    return make(std::type_identity<Received>(), message.timestamp);
+    make(std::type_identity<Received>(), message.timestamp);
+  } else {
+    make(std::type_identity<Sent>(), message.timestamp, message.timestamp);
   }
-  return make(std::type_identity<Sent>(), message.timestamp, message.timestamp);
 }
 
-MadeRecord makeStatus(const ZelkBinaryMessage& message) {
+void makeStatus(ZelkBinaryMessage& message) {
   const auto& data = message.data;
   std::uint32_t status = 0;
   if (data.size() >= 4 || data.size() == 2) {
@@ -53,18 +52,17 @@ MadeRecord makeStatus(const ZelkBinaryMessage& message) {
       status = status << 8 | data[index];
     }
   }
-  Native_RecordCanStatus record;
+  auto& record = message.madeRecord().emplace<Native_RecordCanStatus>();
   record.timestamp = message.timestamp;
   record.bus = static_cast<std::uint8_t>(message.bus);
   for (const StatusFlag& known : kStatusFlags) {
     const bool set = (status & static_cast<std::uint32_t>(known.status)) != 0;
     record.flags = static_cast<std::uint8_t>(record.flags | (set ? known.flag : 0));
   }
-  return record;
 }
 
-MadeRecord makeErrorCounters(const ZelkBinaryMessage& message) {
-  Native_RecordCanError record;
+void makeErrorCounters(ZelkBinaryMessage& message) {
+  auto& record = message.madeRecord().emplace<Native_RecordCanError>();
   record.timestamp = message.timestamp;
   record.bus = static_cast<std::uint8_t>(message.bus);
   record.flags = message.direction == MessageDirection::Tx ? error_flag::kCounters
@@ -73,10 +71,9 @@ MadeRecord makeErrorCounters(const ZelkBinaryMessage& message) {
     record.rxErrorCounter = message.data[0];
     record.txErrorCounter = message.data[1];
   }
-  return record;
 }
 
-MadeRecord makeError(const ZelkBinaryMessage& message) {
+void makeError(ZelkBinaryMessage& message) {
   constexpr std::size_t kBytesWithType = 5;
   constexpr std::size_t kBytesWithoutType = 4;
   const auto& data = message.data;
@@ -89,17 +86,20 @@ MadeRecord makeError(const ZelkBinaryMessage& message) {
     errorType = message.id;
     std::copy_n(data.begin(), rest.size(), rest.begin());
   }
-  Native_RecordCanError record;
+  auto& record = message.madeRecord().emplace<Native_RecordCanError>();
   record.timestamp = message.timestamp;
   record.bus = static_cast<std::uint8_t>(message.bus);
   record.flags = static_cast<std::uint8_t>(flagsOfErrorId(errorType) | (rest[0] != 0 ? error_flag::kDirection : 0));
   record.errorPosition = rest[1];
   record.rxErrorCounter = rest[2];
   record.txErrorCounter = rest[3];
-  return record;
 }
 
-MadeRecord makeRecord(const ZelkBinaryMessage& message) {
+void makeText(ZelkBinaryMessage& message, const std::string& text) {
+  message.madeRecord().emplace<Native_RecordTextMsg>(text);
+}
+
+void makeRecord(ZelkBinaryMessage& message) {
   const auto dlc = static_cast<std::uint8_t>(lengthToDlc(message.length));
   switch (message.kind) {
     case MessageKind::DT:
@@ -119,9 +119,9 @@ MadeRecord makeRecord(const ZelkBinaryMessage& message) {
     case MessageKind::ER:
       return makeError(message);
     case MessageKind::EV:
-      return Native_RecordTextMsg("TODO 'Event Framer (EV)': " + message.commentary);
+      return makeText(message, "TODO 'Event Framer (EV)': " + message.commentary);
     default:
-      return Native_RecordTextMsg("Unknown record ': " + message.commentary);
+      return makeText(message, "Unknown record ': " + message.commentary);
   }
 }
 
@@ -141,10 +141,12 @@ void mapToBtrc(const BrixMessage& source, ZelkBinaryMessage& target) {
   target.timestamp = wrappedMicroseconds(source.timeOffset);
   target.commentary.assign(source.comment);
   if (source.valid && source.kind != MessageKind::Unknown) {
-    target.setRecord(makeRecord(target));
+    makeRecord(target);
+    target.takeRecord();
     target.valid = source.kind <= MessageKind::EV;
   } else {
-    target.setRecord(Native_RecordTextMsg(target.commentary));
+    makeText(target, target.commentary);
+    target.takeRecord();
     target.recordType = RecordType::Invalid;
   }
 }

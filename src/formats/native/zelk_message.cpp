@@ -291,8 +291,7 @@ void ZelkBinaryMessage::reportShortRecord() {
   }
 }
 
-void ZelkBinaryMessage::setRecord(MadeRecord made) {
-  record_ = std::move(made);
+void ZelkBinaryMessage::takeRecord() {
   updateRawBytes();
   Native_RecordHeader header;
   recordType = tryReadWire(rawBytes, header) ? header.type : RecordType::Invalid;

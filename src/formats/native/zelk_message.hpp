@@ -54,8 +54,9 @@ class ZelkBinaryMessage final : public MessageStyleCan {
       std::variant<std::monostate, Native_RecordCanRxMsg, Native_RecordCanRxRtrMsg, Native_RecordCanRxFdMsg,
                    Native_RecordCanTxMsg, Native_RecordCanTxRtrMsg, Native_RecordCanTxFdMsg, Native_RecordCanError,
                    Native_RecordCanStatus, Native_RecordTextMsg>;
-  // Takes the record that was made of the message's fields, with its type and its bytes.
-  void setRecord(MadeRecord made);
+  // Where a record is made of the message's fields; takeRecord then takes its type and its bytes.
+  [[nodiscard]] MadeRecord& madeRecord() { return record_; }
+  void takeRecord();
 
   // Moves the time of the record that was made from a message, and its bytes with it. No effect for texts. Raises a
   // ConverterProcessingException for a message that was read from a record.
