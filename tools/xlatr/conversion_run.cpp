@@ -13,7 +13,7 @@ namespace {
 
 // Short at first, so that a small file is done at once; then long enough to take no time from the conversion.
 constexpr std::chrono::milliseconds kFirstPause{1};
-constexpr std::chrono::milliseconds kLongestPause{32};
+constexpr std::chrono::milliseconds kLongestPause{8};
 
 // Not on the stack: the library fills the record when the conversion ends, which after an interrupt is later than main.
 ConversionResult conversionResult{};
