@@ -74,10 +74,15 @@ static void* load(const char* path) {
   return library;
 }
 
-/* The library that would free the texts is gone; its records are plain memory. */
-static void free_texts(ConversionResult* results) {
+/* The library that would free them is gone; its records are plain memory. */
+static void free_results(ConversionResult* results) {
   for (int index = 0; index < kConversions; ++index) {
-    free(results[index].text);
+    ConversionResult* const result = &results[index];
+    for (uint32_t file = 0; result->files != NULL && file < result->file_count; ++file) {
+      free(result->files[file]);
+    }
+    free(result->files);
+    free(result->text);
   }
 }
 
@@ -95,7 +100,7 @@ int main(int argc, char** argv) {
     if (dlclose(library) != 0) {
       return 1;
     }
-    free_texts(results);
+    free_results(results);
   }
   if (dlopen(argv[1], RTLD_NOW | RTLD_NOLOAD) != NULL) {
     fprintf(stderr, "the library is still loaded\n");
