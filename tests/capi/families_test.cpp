@@ -108,7 +108,7 @@ TYPED_TEST(WriterFamily, keepsWhatItsSettersSet) {
   EXPECT_EQ(this->targetPathOf(writer), "");
 }
 
-TYPED_TEST(WriterFamily, givesItsPropertiesToANewWriterButNotTheSourcePath) {
+TYPED_TEST(WriterFamily, givesItsPropertiesToANewWriter) {
   const auto writer = this->make(true);
   TypeParam::setOwnerBus(writer.get(), 5);
   TypeParam::setSourcePath(writer.get(), "source");
@@ -119,7 +119,7 @@ TYPED_TEST(WriterFamily, givesItsPropertiesToANewWriterButNotTheSourcePath) {
   EXPECT_EQ(TypeParam::getTargetVersion(fresh.get()), TypeParam::kVersion);
   EXPECT_TRUE(TypeParam::getOverrideExistingFile(fresh.get()));
   EXPECT_EQ(TypeParam::getOwnerBus(fresh.get()), 5);
-  // Of a binary trace the source path goes along.
+  // The source path goes along to a writer of binary traces alone.
   EXPECT_EQ(this->sourcePathOf(fresh), TypeParam::kFormat == XLATR_FORMAT_BTRC ? "source" : "");
 }
 

@@ -3,7 +3,6 @@
 #include <concepts>
 #include <string_view>
 #include <type_traits>
-#include <utility>
 
 #include "formats/native/record_flags.hpp"
 #include "formats/trc/trc_message.hpp"
