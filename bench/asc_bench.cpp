@@ -1,4 +1,4 @@
-// Parsing and printing of single ASC lines, without any file.
+// Parsing and printing single ASC lines, without any file.
 #include <benchmark/benchmark.h>
 
 #include <string>
@@ -8,6 +8,7 @@
 #include "formats/asc/asc_mapping.hpp"
 #include "formats/asc/asc_message.hpp"
 #include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "util/text_buffer.hpp"
 
 namespace {
@@ -27,7 +28,7 @@ const Sample kSamples[] = {
      7.0,
      {"   0.010000 1  123             Rx   d 8 0A B0 12 34 56 78 9A BC",
       "   0.010500 2  18ABCDEFx       Rx   d 8 FF FE FD FC FB FA F9 F8"}},
-    // What loggers add behind the data.
+    // What loggers add after the data.
     {"8.1, d lines",
      8.1,
      {"   0.010000 1  123             Rx   d 8 0A B0 12 34 56 78 9A BC  Length = 230000 BitCount = 118 ID = 291",
@@ -71,7 +72,7 @@ void printLines(benchmark::State& state) {
                                          "      2        10.500 DT 2  18ABCDEF Rx -  8    FF EE DD CC BB AA F9 F8"};
   BrixMessage sources[std::size(kLines)];
   for (std::size_t index = 0; index < std::size(kLines); ++index) {
-    sources[index].parseLine(kLines[index], 2.1, xlatr::kTrcColumns21);
+    sources[index].parseLine(kLines[index], xlatr::findTrcVersion(2.1), xlatr::kTrcColumns21);
   }
   AscMessage message;
   TextBuffer line;

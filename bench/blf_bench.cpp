@@ -1,4 +1,4 @@
-// From a BLF log to its table, without and with the file that the library reads it from.
+// From a BLF log to its table, with and without the file from which the library reads the table.
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 
@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 constexpr std::uint64_t kFrames = 500'000;
 
-// A log of its own for each benchmark, gone with it.
+// Each benchmark has its own log, which is removed with it.
 class Log {
  public:
   explicit Log(std::uint32_t fdShare) {

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint64_t kMessages = 480000;  // in 20,000 sectors, 10 MB
 
-// A file of so many sessions; removed at the end.
+// A file of this many sessions; removed at the end.
 class Recording {
  public:
   Recording(std::uint32_t sessions, std::uint64_t messages)

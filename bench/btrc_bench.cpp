@@ -1,4 +1,4 @@
-// Reading and making of single records of binary traces, without any file.
+// Reading and making single records of binary traces, without any file.
 #include <benchmark/benchmark.h>
 
 #include <string_view>
@@ -8,6 +8,7 @@
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_mapping.hpp"
 #include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "util/text_buffer.hpp"
 
 namespace {
@@ -27,7 +28,7 @@ constexpr std::string_view kLines[] = {
 std::vector<BrixMessage> messages() {
   std::vector<BrixMessage> result;
   for (const std::string_view line : kLines) {
-    result.emplace_back().parseLine(line, 2.1, xlatr::kTrcColumns21);
+    result.emplace_back().parseLine(line, xlatr::findTrcVersion(2.1), xlatr::kTrcColumns21);
   }
   return result;
 }
@@ -42,7 +43,7 @@ void makeRecords(benchmark::State& state) {
   for ([[maybe_unused]] auto step : state) {
     for (const BrixMessage& source : sources) {
       mapToBtrc(source, message);
-      message.AdjustTimestamp(1000);
+      message.AdjustTimestamp(xlatr::UnsignedMicroseconds(1000));
       benchmark::DoNotOptimize(message.rawBytes.data());
     }
   }
@@ -72,13 +73,14 @@ void printRecords(benchmark::State& state) {
   for (const BrixMessage& source : messages()) {
     mapToBtrc(source, records.emplace_back());
   }
+  const xlatr::TrcVersion* const version = xlatr::findTrcVersion(2.1);
   BrixMessage mapped;
   TextBuffer line;
   for ([[maybe_unused]] auto step : state) {
     for (const ZelkBinaryMessage& record : records) {
       mapToTrc(record, mapped);
       line.clear();
-      mapped.appendText(line, 2.1, 1, xlatr::kTrcColumns21);
+      mapped.appendText(line, version, 1, xlatr::kTrcColumns21);
       benchmark::DoNotOptimize(line.view());
     }
   }

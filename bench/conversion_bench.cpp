@@ -16,9 +16,9 @@ namespace {
 
 constexpr std::uint64_t kDefaultFrames = 500000;
 
-// Null when the variable is not set.
+// Null if the variable is not set.
 const char* environment(const char* name) {
-  // Nothing here changes the environment, so no other thread can be in the way.
+  // Nothing here changes the environment, so no other thread can interfere.
   return std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
 }
 
@@ -72,7 +72,7 @@ Source makeSource(const std::string& name, bool plain) {
   return source;
 }
 
-// Classic data frames only, which other programs understand as well.
+// Only classic data frames, which other programs understand too.
 const Source& plainSource() {
   static const Source source = makeSource("plain.trc", true);
   return source;
@@ -84,7 +84,7 @@ const Source& mixedSource() {
   return source;
 }
 
-// Plain traffic in as many sessions of a hardware logger.
+// Plain traffic in this many sessions of a hardware logger.
 Source makeSessions(std::uint32_t sessions) {
   tracegen::RecordingOptions options;
   options.traffic.makePlain();
@@ -120,7 +120,7 @@ void convert(const std::string& source, const std::string& target, TraceFormat f
 }
 
 void measure(benchmark::State& state, const Source& source, TraceFormat format, double version) {
-  const std::string target = benchFolder().path("target");  // which gets the extension of its format
+  const std::string target = benchFolder().path("target");  // gets the extension of its format
   try {
     for ([[maybe_unused]] auto step : state) {
       convert(source.path, target, format, version);
@@ -134,8 +134,8 @@ void measure(benchmark::State& state, const Source& source, TraceFormat format, 
   state.SetBytesProcessed(rounds * static_cast<std::int64_t>(source.size.bytes));
 }
 
-// The same frames as an ASC log of this version. Made from the TRC file by the library itself, since what is measured
-// is the reading.
+// The same frames as an ASC log of this version. The library itself makes it from the TRC file, since only the reading
+// is measured.
 Source makeLog(const std::string& name, double version) {
   Source log{.path = benchFolder().path(name), .size = plainSource().size};
   convert(plainSource().path, log.path, XLATR_FORMAT_ASC, version);
@@ -212,7 +212,7 @@ void readPlainByObjects(benchmark::State& state) {
   state.SetItemsProcessed(count);
 }
 
-// The same traffic as a binary trace. The generator writes it by itself.
+// The same traffic as a binary trace, written by the generator.
 Source makeBinary(const std::string& name, bool plain) {
   tracegen::RecordingOptions options;
   if (plain) {

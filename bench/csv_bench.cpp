@@ -1,4 +1,4 @@
-// Parsing and printing of single rows, and the step from a TRC message to one, without any file.
+// Parsing and printing single rows, and the step from a TRC message to a row, without any file.
 #include <benchmark/benchmark.h>
 
 #include <string>
@@ -7,6 +7,7 @@
 
 #include "formats/csv/csv_mapping.hpp"
 #include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_version.hpp"
 
 namespace {
 
@@ -77,7 +78,7 @@ void printRows(benchmark::State& state) {
                                     "2 10.500 DT 2 18ABCDEF Rx - 8 FF FE FD FC FB FA F9 F8"};
   std::vector<xlatr::BrixMessage> sources(sample.rows.size());
   for (std::size_t index = 0; index < sources.size(); ++index) {
-    sources[index].parseLine(lines[index], 2.1, xlatr::kTrcColumns21);
+    sources[index].parseLine(lines[index], xlatr::findTrcVersion(2.1), xlatr::kTrcColumns21);
   }
   CsvMessage row(";");
   TextBuffer out;

@@ -1,4 +1,4 @@
-// Parsing and printing of single LIN lines, and the reading of a whole trace.
+// Parsing and printing single LIN lines, and reading a whole trace.
 #include <benchmark/benchmark.h>
 
 #include <array>
@@ -66,7 +66,7 @@ void printLines(benchmark::State& state) {
 }
 BENCHMARK(printLines);
 
-// A generated trace in a folder of its own.
+// A generated trace in its own folder.
 class Trace {
  public:
   Trace() {

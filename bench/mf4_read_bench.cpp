@@ -1,14 +1,15 @@
 // Reading MF4 files into messages, plain and zipped, sorted and not, without writing anything. Classic frames in room
-// for CAN FD, one remote frame in a hundred: 80 or 81 bytes a record.
+// for CAN FD, one remote frame in a hundred: 80 or 81 bytes per record.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
+#include "formats/mf4/mdf_data_output.hpp"
 #include "formats/mf4/mdf_reader.hpp"
 #include "util/little_endian.hpp"
 
@@ -31,7 +32,7 @@ void append(Bytes& bytes, Number value) {
   xlatr::storeLittle(bytes.data() + bytes.size() - sizeof(Number), value);
 }
 
-// What the bus carries is the same in all files; only the order of the records differs.
+// The traffic is the same in all files; only the order of the records differs.
 void appendFrame(Bytes& bytes, std::size_t index, bool remote, std::mt19937_64& random) {
   append(bytes, static_cast<double>(index) * 125'000.0);
   append(bytes, static_cast<std::uint32_t>(random() % 0x800));
@@ -43,6 +44,10 @@ void appendFrame(Bytes& bytes, std::size_t index, bool remote, std::mt19937_64& 
     append(bytes, static_cast<std::uint64_t>(random() & 0x00FF00FFFFFFULL));
     bytes.resize(bytes.size() + 56);
   }
+}
+
+std::string_view textOf(const Bytes& bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 class BenchFile {
@@ -73,7 +78,7 @@ class BenchFile {
 
  private:
   void write(const xlatr::MdfLayoutOptions& options, const std::array<Records, 3>& records) const {
-    const auto file = xlatr::MdfFileHeader::createForWriting(options, kStartNs, 4.1);
+    const auto file = xlatr::MdfFileHeader::createForWriting(options, xlatr::UnsignedNanoseconds(kStartNs), 4.1);
     xlatr::HeaderBlock& header = *file->header();
     std::size_t groupCount = 0;
     for (auto& group : header.dataGroups()) {
@@ -86,16 +91,21 @@ class BenchFile {
       const auto position = header.cycleCountPosition(group, static_cast<BusEventFrameType>(kind));
       xlatr::storeLittle(bytes.data() + position, records[kind].count);
     }
+    xlatr::BufferedOutput output;
+    output.open(path_);
+    output.write(textOf(bytes));
+    std::uint64_t end = bytes.size();
     for (std::size_t group = 0; group < groupCount; ++group) {
-      bytes.resize((bytes.size() + 7) / 8 * 8);
-      const auto data = xlatr::makeDataBytes(*header.dataGroups().at(group), records[group].bytes);
-      const std::uint64_t position = data.empty() ? 0 : bytes.size();
-      xlatr::storeLittle(bytes.data() + header.dataLinkPosition(group), position);
-      bytes.insert(bytes.end(), data.head.begin(), data.head.end());
-      bytes.insert(bytes.end(), data.body.begin(), data.body.end());
+      const std::uint64_t begin = (end + 7) / 8 * 8;
+      output.write(std::string(begin - end, '\0'));
+      xlatr::MdfDataOutput data(output, begin, options.zipped);
+      data.append(textOf(records[group].bytes));
+      xlatr::storeLittle(bytes.data() + header.dataLinkPosition(group), data.finish());
+      end = data.end();
     }
-    std::ofstream out(path_, std::ios::binary);
-    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    output.seek(0);
+    output.write(textOf(bytes));  // now with the links to the data
+    output.close();
   }
 
   std::string path_;

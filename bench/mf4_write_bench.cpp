@@ -1,4 +1,4 @@
-// Writing MF4 files from messages that are in memory already, in all four layouts.
+// Writing MF4 files in all four layouts, from messages that are already in memory.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::uint64_t kMessages = 100000;
 
-// Enough of what a vehicle records, CAN FD and remote frames among it, to be written over and over.
+// A piece of vehicle traffic, with CAN FD and remote frames, that is written over and over.
 class Recording {
  public:
   Recording() {
@@ -51,7 +51,7 @@ class Recording {
   std::vector<xlatr::BrixMessage> messages_;
 };
 
-// The arguments are the rounds over the recording that make a file, and whether it is sorted and zipped.
+// The arguments are how often the recording is written into a file, and whether that is sorted and zipped.
 void writeFile(benchmark::State& state) {
   static const Recording recording;
   const xlatr::TrcInfo info = recording.info();

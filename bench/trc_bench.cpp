@@ -1,4 +1,4 @@
-// Parsing and printing of single TRC lines, without any file.
+// Parsing and printing single TRC lines, without any file.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -10,6 +10,7 @@
 
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_reader.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "tracegen/generator.hpp"
 #include "util/text_buffer.hpp"
 
@@ -56,11 +57,12 @@ void countLines(benchmark::State& state, const Sample& sample) {
 
 void parseLines(benchmark::State& state) {
   const Sample& sample = kSamples[state.range(0)];
+  const xlatr::TrcVersion* const version = xlatr::findTrcVersion(sample.version);
   BrixMessage message;
   for ([[maybe_unused]] auto step : state) {
     for (const std::string_view line : sample.lines) {
       message.reset();
-      message.parseLine(line, sample.version, sample.columns);
+      message.parseLine(line, version, sample.columns);
       benchmark::DoNotOptimize(message.valid);
     }
   }
@@ -70,15 +72,16 @@ BENCHMARK(parseLines)->DenseRange(0, std::size(kSamples) - 1);
 
 void printLines(benchmark::State& state) {
   const Sample& sample = kSamples[state.range(0)];
+  const xlatr::TrcVersion* const version = xlatr::findTrcVersion(sample.version);
   std::vector<BrixMessage> messages(sample.lines.size());
   for (std::size_t index = 0; index < messages.size(); ++index) {
-    messages[index].parseLine(sample.lines[index], sample.version, sample.columns);
+    messages[index].parseLine(sample.lines[index], version, sample.columns);
   }
   TextBuffer line;
   for ([[maybe_unused]] auto step : state) {
     for (const BrixMessage& message : messages) {
       line.clear();
-      message.appendText(line, sample.version, 1234567, sample.columns);
+      message.appendText(line, version, 1234567, sample.columns);
       benchmark::DoNotOptimize(line.view());
     }
   }
@@ -86,7 +89,7 @@ void printLines(benchmark::State& state) {
 }
 BENCHMARK(printLines)->DenseRange(0, std::size(kSamples) - 1);
 
-// A whole file as a conversion reads it, into one message again and again.
+// A whole file as a conversion reads it, into the same message again and again.
 void readFile(benchmark::State& state) {
   const auto path =
       std::filesystem::temp_directory_path() / ("xlatr_bench_" + std::to_string(std::random_device()()) + ".trc");

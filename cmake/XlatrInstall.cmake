@@ -1,6 +1,5 @@
 # What `cmake --install` gives to programs that use the library: headers, a CMake package and a pkg-config file. Both find
-# the library from where they lie themselves, so that the tree may be moved. Programs install themselves where they are
-# built.
+# the library relative to their own place, so that the tree can be moved. Programs are installed where they are built.
 include(CMakePackageConfigHelpers)
 
 set(XLATR_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/xlatr)

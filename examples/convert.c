@@ -2,7 +2,7 @@
 
        convert SOURCE TARGET
 
-   The source may be of any format that can become a TRC trace. */
+   The source may have any format that can become a TRC trace. */
 #include <stdio.h>
 #include <string.h>
 #include <threads.h>
@@ -30,7 +30,7 @@ int main(int argc, char** argv) {
 
   xlatr_convert(argv[1], argv[2], &options, &result);
 
-  /* The conversion is known until it has ended; from then on its result is complete. */
+  /* The library knows the conversion until it has ended; from then on its result is complete. */
   while (xlatr_get_progress(&progress) == XLATR_SUCCESS) {
     const struct timespec pause = {0, 20L * 1000 * 1000};
     fprintf(stderr, "\r%3.0f %%", (double)progress.percent);

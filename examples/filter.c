@@ -1,9 +1,9 @@
-/* Reads a TRC trace message by message, keeps one CAN identifier, and writes an ASC log and an MF4 file of what is
-   left.
+/* Reads a TRC trace message by message, keeps one CAN identifier, and writes these messages to an ASC log and an MF4
+   file.
 
        filter SOURCE.trc IDENTIFIER TARGET.asc TARGET.mf4
 
-   The source is of version 2.1 and the identifier hexadecimal, as it stands there. Failures of the library are C++
+   The source has version 2.1, and the identifier is hexadecimal, as it is there. Failures of the library are C++
    exceptions, which C can't catch: a target that can't be written ends the program with the reason on stderr. */
 #include <stdbool.h>
 #include <stdio.h>
@@ -11,7 +11,7 @@
 
 #include "xlatr/objects.h"
 
-/* The identifier stands in the fifth column of a 2.1 line: number, time, kind, bus, identifier. */
+/* The identifier is in the fifth column of a 2.1 line: number, time, kind, bus, identifier. */
 static bool has_identifier(const MessageCan* message, unsigned long wanted) {
   char line[512];
   char text[16];
@@ -64,7 +64,8 @@ int main(int argc, char** argv) {
     }
     MessageCan_Destruct(message); /* a message belongs to whoever read it */
   }
-  /* The last of a file is written when it is closed. Destruct would close it too, but say nothing of a full disk. */
+  /* The last part of a file is written when it is closed. Destruct would close it too, but hide that the disk is full.
+   */
   AscWriter_setActive(asc, false);
   MdfWriter_setActive(mdf, false);
   printf("%u messages kept\n", kept);

@@ -1,9 +1,9 @@
-// Reads a TRC trace message by message and writes those of one bus into a new trace, with the objects in smart pointers
-// and with failures caught.
+// Reads a TRC trace message by message and writes the messages of one bus to a new trace, with the objects in smart
+// pointers and with failures caught.
 //
 //     raii SOURCE.trc BUS TARGET.trc
 //
-// Unlike a program in C, this one may leave existing files alone and still tell why it stopped: the library's failures
+// Unlike a program in C, this one can leave existing files alone and still say why it stopped: the library's failures
 // are exceptions.
 #include <cstdlib>
 #include <iostream>
@@ -35,7 +35,7 @@ Message readNext(TrcReader& reader) {
   return Message(TrcReader_ReadNextMessage(&reader, &message) ? message : nullptr);
 }
 
-// Answers how many messages were copied.
+// Returns how many messages were copied.
 unsigned copyBus(const std::string& source, unsigned bus, const std::string& target) {
   const Info info(TrcInfo_Construct_2(source.c_str()));
   if (!TrcInfo_getValid(info.get())) {
@@ -57,7 +57,7 @@ unsigned copyBus(const std::string& source, unsigned bus, const std::string& tar
       ++copied;
     }
   }
-  // The last of the file is written when it is closed; Destruct would close it too, but hide that the disk is full.
+  // The last part of the file is written when it is closed; Destruct would close it too, but hide a full disk.
   TrcWriter_setActive(writer.get(), false);
   return copied;
 }
@@ -75,7 +75,7 @@ int main(int argc, char** argv) {
     return EXIT_SUCCESS;
   } catch (const xlatr::ConverterGenericException& failure) {
     std::cerr << failure.what() << '\n';
-  } catch (const std::exception& failure) {  // the system's own, as a disk that is full
+  } catch (const std::exception& failure) {  // the system's own, such as a full disk
     std::cerr << failure.what() << '\n';
   }
   return EXIT_FAILURE;

@@ -1,4 +1,4 @@
-// A line of an ASC log is parsed and what came of it printed, also as it comes back from TRC. The first byte chooses
+// Parses a line of an ASC log and prints the result, directly and after a detour through TRC. The first byte chooses
 // the file's version and base, the rest of the input is the line.
 #include <array>
 #include <cstddef>
@@ -10,6 +10,7 @@
 #include "formats/asc/asc_mapping.hpp"
 #include "formats/asc/asc_message.hpp"
 #include "formats/trc/trc_mapping.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "target.hpp"
 #include "util/text_buffer.hpp"
 
@@ -29,12 +30,13 @@ std::string textOf(const xlatr::AscMessage& message, bool version8) {
   return std::string(out.view());
 }
 
-// What is printed of a frame is read as the same frame.
+// A frame that was printed is read as the same frame.
 void checkFrame(const xlatr::AscMessage& message, bool version8) {
   const std::string text = textOf(message, version8);
   const bool isFrame = message.type == xlatr::MessageType::Rx || message.type == xlatr::MessageType::Tx;
   constexpr double kLargestPlainTime = 1e9;
-  if (text.empty() || !isFrame || !(message.time >= 0.0 && message.time < kLargestPlainTime) || message.bus > 255) {
+  if (text.empty() || !isFrame || !(message.time.count() >= 0.0 && message.time.count() < kLargestPlainTime) ||
+      message.bus > 255) {
     return;
   }
   xlatr::AscMessage again;
@@ -56,7 +58,7 @@ void checkMessage(const xlatr::AscMessage& message) {
   require(mapped.valid == message.valid);
   for (const double version : {1.0, 1.1, 1.2, 1.3, 2.0, 2.1, 3.0}) {
     out.clear();
-    mapped.appendText(out, version, 1, 0);
+    mapped.appendText(out, xlatr::findTrcVersion(version), 1, 0);
     require(out.empty() != message.valid);
   }
   xlatr::AscMessage back;

@@ -1,4 +1,4 @@
-// What a target that calls the exported functions in any order gives them.
+// The arguments of a target that calls the exported functions in any order.
 #pragma once
 
 #include <algorithm>
@@ -9,6 +9,7 @@
 #include <limits>
 #include <span>
 #include <string>
+#include <type_traits>
 
 #include "scratch_folder.hpp"
 #include "target.hpp"
@@ -16,8 +17,8 @@
 
 namespace fuzz {
 
-// Chooses arguments by bytes from the front of an input; by zeros when they are used up. Several of them in one call
-// are taken one after the other in front of it, for compilers differ in the order in which they work out arguments.
+// Chooses arguments by bytes from the front of an input; by zeros when they are used up. Several arguments of one call
+// are taken one after the other before it, since compilers differ in the order in which they work out arguments.
 class Arguments {
  public:
   Arguments(std::span<const std::uint8_t> bytes, const ScratchFolder& folder) : bytes_(bytes), folder_(folder) {}
@@ -29,9 +30,15 @@ class Arguments {
     const auto taken = take(1);
     return taken.empty() ? std::uint8_t{0} : taken.front();
   }
-  // One of `count`, of which the first 256 are within reach.
+  std::uint16_t word() {
+    const std::uint8_t low = byte();
+    return static_cast<std::uint16_t>(low | byte() << 8U);
+  }
+  // One of `count`; only the first 256 can be chosen.
   std::size_t choice(std::size_t count) { return byte() % count; }
   bool flag() { return (byte() & 1U) != 0; }
+  // Now and then, for a place that may be null.
+  bool isNull() { return byte() == std::numeric_limits<std::uint8_t>::max(); }
   std::span<const std::uint8_t> take(std::size_t count) {
     const auto taken = bytes_.first(std::min(count, bytes_.size()));
     bytes_ = bytes_.subspan(taken.size());
@@ -43,7 +50,9 @@ class Arguments {
         0.0, 1.0, 1.1, 1.2, 2.0, 2.1, 3.0, 4.1, 4.2, 8.1, -1.0, 1e300, std::numeric_limits<double>::quiet_NaN()};
     return kNumbers.at(choice(kNumbers.size()));
   }
-  // One flag, several, or none that there is.
+  // A time of this century, or none.
+  double days() { return number() * 10000.0; }
+  // One flag, several, or one that no format has.
   TraceFormat format() {
     const std::uint8_t value = byte();
     return value < 8 ? TraceFormat{1} << value : TraceFormat{value} - 8;
@@ -55,8 +64,8 @@ class Arguments {
     text_.assign(bytes.begin(), bytes.end());
     return size == std::numeric_limits<std::uint8_t>::max() ? nullptr : text_.c_str();
   }
-  // What readers and writers are pointed at: the source, targets of any kind, and places where no file can be. Never
-  // one outside the folder. Valid until the next text or path.
+  // A path for readers and writers: the source, a target of any kind, or a place where no file can be; never one
+  // outside the folder. Valid until the next text or path.
   const char* path() {
     constexpr std::array kNames{"source.trc", "source.asc", "target",     "target.trc",  "none/target", "source.btrc",
                                 "",           "source.mf4", "target.mf4", "source.ltrc", "source.btr",  "source.blf"};
@@ -68,22 +77,40 @@ class Arguments {
     text_ = name.empty() ? name : folder_.path(name);
     return text_.c_str();
   }
-
-  // The message and the information object that were handed out last; null when there is none.
-  [[nodiscard]] const IMessage* message() const { return message_; }
-  [[nodiscard]] const ITraceInfo* info() const { return info_; }
-  void setMessage(const IMessage* message) { message_ = message; }
-  void setInfo(const ITraceInfo* info) { info_ = info; }
+  // The folder itself. Valid until the next text or path.
+  const char* directory() {
+    text_ = folder_.path("");
+    return text_.c_str();
+  }
 
  private:
   std::span<const std::uint8_t> bytes_;
   const ScratchFolder& folder_;
   std::string text_;
-  const IMessage* message_ = nullptr;
-  const ITraceInfo* info_ = nullptr;
 };
 
-// A buffer of any size, also none. What is copied into it is always terminated, and nothing is written behind that.
+// Where a function puts a value, which it may read first; or no such place.
+template <typename Value>
+class Place {
+ public:
+  explicit Place(Arguments& arguments) : value_(chosen(arguments)), given_(arguments.flag()) {}
+
+  [[nodiscard]] Value* get() { return given_ ? &value_ : nullptr; }
+
+ private:
+  static Value chosen(Arguments& arguments) {
+    if constexpr (std::is_floating_point_v<Value>) {
+      return arguments.number();
+    } else {
+      return arguments.byte();
+    }
+  }
+
+  Value value_;
+  const bool given_;
+};
+
+// A buffer of any size, or none. A copy in it is always terminated, and nothing is written after the terminator.
 class TextBuffer {
  public:
   explicit TextBuffer(Arguments& arguments) : size_(arguments.byte()) { bytes_.fill(kUntouched); }
@@ -100,7 +127,7 @@ class TextBuffer {
     const std::size_t copied = std::min(length, room() - 1);
     require(bytes_.at(copied) == '\0' && bytes_.at(copied + 1) == kUntouched);
   }
-  // For a text that nothing tells the length of, and which holds no zeros.
+  // For a text whose length no function returns and which holds no zeros.
   void requireText() const { requireTextOf(::strnlen(bytes_.data(), room() == 0 ? 0 : room() - 1)); }
 
  private:

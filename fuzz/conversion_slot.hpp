@@ -12,11 +12,11 @@
 
 namespace fuzz {
 
-// None of its functions lets an exception out, which `noexcept` holds the library to.
+// None of the five functions throws; `noexcept` ends the process if one does.
 class ConversionSlot {
  public:
   ConversionSlot() = default;
-  // The files that were written are gone then, so that thousands of inputs do not fill the memory that they lie in.
+  // Removes the files that were written, so that thousands of inputs do not fill the memory that holds them.
   ~ConversionSlot() {
     end();
     std::error_code ignored;
@@ -69,7 +69,7 @@ class ConversionSlot {
     require(running_ || isEnd(status));
     requireResult();
   }
-  // A conversion that has ended is known for a moment more.
+  // A conversion that has ended stays known for a moment.
   void poll() {
     const bool known = xlatr_get_progress(&progress_) == XLATR_SUCCESS;
     require(!known || running_ || progress_.finished == 1);

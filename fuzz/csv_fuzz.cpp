@@ -22,13 +22,13 @@ void checkInfo(const xlatr::CsvInfo& info) {
   require(!info.columnLine().empty() || info.getHeaderLength() == info.getFileSize());
 }
 
-// What of a message tells it from another.
+// What makes a message different from another.
 std::string imageOf(const xlatr::CsvMessage& message) {
   std::string image = message.parsingText + "\n" + message.text + "\n" + message.comment + "\n";
   image.append(message.data.begin(), message.data.end());
   for (const std::uint64_t number :
        {std::uint64_t{message.valid}, std::uint64_t{message.id}, std::uint64_t{message.length},
-        std::uint64_t{message.bus}, std::uint64_t{message.objectType}, message.objectTimestamp,
+        std::uint64_t{message.bus}, std::uint64_t{message.objectType}, message.objectTicks,
         std::uint64_t{message.blfId}, static_cast<std::uint64_t>(message.kind)}) {
     image += "," + std::to_string(number);
   }

@@ -1,5 +1,5 @@
-// A row of either form, parsed and printed. The first line of the input names the columns, all behind it is the row. A
-// row of ours that was understood is printed, read and printed again, which changes nothing any more.
+// A row of either form, parsed and printed. The first line of the input names the columns, the rest is the row. A row
+// of our own form that was understood is printed, read and printed again, which must not change it.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -43,7 +43,7 @@ void printAndReadAgain(xlatr::CsvMessage message) {
   require(again.data == message.data);
   require(again.kind == message.kind);
   again.wideRow = true;
-  // What the reader does not read, and a base identifier as wide as an extended one, which it is from then on.
+  // What the reader ignores, and a base identifier as wide as an extended one, which it becomes.
   again.reserved = message.reserved;
   again.vcid = message.vcid;
   again.sdt = message.sdt;

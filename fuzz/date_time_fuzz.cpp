@@ -1,5 +1,6 @@
-// The date parsers get text as it may stand in a header, and the conversions from days any double. The first byte
-// selects one of them. Whatever they read must print, and what a text form printed must be read back as the same date.
+// The date parsers get text as a header may hold it, and the conversions from days get any double. The first byte
+// selects one of them. Every date that they read must print, and what a text form printed must be read as the same
+// date.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

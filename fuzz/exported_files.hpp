@@ -19,7 +19,7 @@ xlatr::test::Owned<typename Reader::MessageType> readNext(typename Reader::Objec
   return xlatr::test::Owned<typename Reader::MessageType>(message);
 }
 
-// Reads the file to its end, if it can be started, and answers how many messages there were.
+// Reads the file to its end, if it can be started, and returns the number of messages.
 template <typename Reader>
 std::uint64_t countMessages(const std::string& path) {
   const auto info = xlatr::test::openInfo<typename Reader::InfoType>(path.c_str());
@@ -34,7 +34,7 @@ std::uint64_t countMessages(const std::string& path) {
 }
 
 // Reads the source to its end, if it can be started, and gives every message to `write` with the reader and the writer,
-// which is active and has its head. Answers how many messages there were.
+// which is active and has its head. Returns the number of messages.
 template <typename Reader, typename Writer, typename Write>
 std::uint64_t rewrite(const std::string& source, const std::string& target, double version, const Write& write) {
   using Info = typename Reader::InfoType;
@@ -57,7 +57,7 @@ std::uint64_t rewrite(const std::string& source, const std::string& target, doub
   return count;
 }
 
-// A text by its pair of size and copy, into a buffer of exactly that size.
+// A text, read with its pair of size and copy into a buffer of exactly that size.
 template <auto kSize, auto kCopy, typename Object>
 std::string textOf(const Object* object) {
   const std::uint32_t size = kSize(object);

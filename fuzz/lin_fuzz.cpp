@@ -17,13 +17,13 @@ namespace {
 
 using fuzz::require;
 
-// What of a message tells it from another.
+// What makes a message different from another.
 std::string imageOf(const xlatr::KorlMessage& message) {
   std::string image = message.parsingText + "\n";
   image.append(message.data.begin(), message.data.end());
   for (const std::uint64_t number :
-       {std::uint64_t{message.valid}, std::uint64_t{message.id}, std::uint64_t{message.length}, message.timestamp,
-        std::uint64_t{message.checksum}, std::uint64_t{message.errorFlags},
+       {std::uint64_t{message.valid}, std::uint64_t{message.id}, std::uint64_t{message.length},
+        message.timestamp.count(), std::uint64_t{message.checksum}, std::uint64_t{message.errorFlags},
         static_cast<std::uint64_t>(message.direction), static_cast<std::uint64_t>(message.checksumType)}) {
     image += "," + std::to_string(number);
   }

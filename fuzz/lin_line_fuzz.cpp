@@ -1,4 +1,4 @@
-// A line of a LIN trace is parsed and what came of it printed in every version. The input is the line. A frame that was
+// Parses a line of a LIN trace and prints the result in every version. The input is the line. A frame that was
 // understood and that a line can show is read again as the same frame.
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-// A block of an MDF file, read as what it says it is and, where it can be written, written and read again. The input is
-// a file that begins with the block; its links lead into the same bytes.
+// A block of an MDF file, read as what it says it is and, if it can be written, written and read again. The input is a
+// file that begins with the block; its links lead into the same bytes.
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -18,8 +18,8 @@ using xlatr::BlockStream;
 using xlatr::BlockTypeId;
 using xlatr::Bytes;
 
-// What is written of a block is read as the same. The length in its head also counts bytes behind its fields; a text
-// may state a length that does not even hold its head, and is empty then.
+// A block that was written is read as the same block. The length in its head also counts bytes after its fields; a text
+// may state a length that does not even cover its head, and is then empty.
 template <class Block>
 void checkAgain(const Block& block) {
   const Bytes bytes = block.toBytes();

@@ -1,4 +1,6 @@
-// A whole MF4 file: the top of it, why it may not be converted, all messages, and what they are in a TRC trace.
+// A whole MF4 file: its top, the reason why it can't be converted, all its messages, and what they become in a TRC
+// trace.
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -6,6 +8,7 @@
 
 #include "formats/mf4/mdf_reader.hpp"
 #include "formats/trc/trc_mapping.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "scratch_folder.hpp"
 #include "target.hpp"
 #include "util/text_buffer.hpp"
@@ -21,7 +24,7 @@ void checkMessage(const xlatr::MdfCanMessage& message) {
   require(mapped.valid == message.valid);
   xlatr::TextBuffer out;
   for (const double version : {1.3, 2.1, 3.0}) {
-    mapped.appendText(out, version, 1, 0);
+    mapped.appendText(out, xlatr::findTrcVersion(version), 1, 0);
   }
 }
 
@@ -40,7 +43,7 @@ void readFile(const std::string& path) {
 
   std::uint64_t count = 0;
   for (xlatr::MdfCanMessage message; reader.readInto(message); ++count) {
-    require(message.time == message.time);
+    require(!std::isnan(message.time.count()));
     checkMessage(message);
   }
   require(count == 0 || reader.getPercentDone() == 100.0);

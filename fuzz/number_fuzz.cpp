@@ -27,7 +27,7 @@ auto attempt(Parse parse) -> std::optional<decltype(parse())> {
   }
 }
 
-// The same for a try form with an output, which a refusal must leave alone.
+// The same for a try form with an output, which must stay as it is when the text is refused.
 template <typename Number, typename Try>
 std::optional<Number> attemptOut(Try tryParse) {
   constexpr auto kUntouched = static_cast<Number>(0x5A);

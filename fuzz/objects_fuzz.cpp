@@ -1,38 +1,29 @@
-// Random sequences of calls to the exported functions, with random arguments, within the rules of ownership: whatever
-// is called in whatever order, nothing but the documented exceptions may come out. The first byte chooses the format of
-// the source file, the second how many bytes of the input it holds, and what follows is the sequence of calls. A test
-// sees to it that no exported function is left out.
+// Random sequences of calls to the exported functions, with random arguments, within the rules of ownership: in every
+// order of calls only the documented exceptions may come out. The first byte chooses the format of
+// the source file, the second how many bytes of the input it holds, and what follows is the sequence of calls. The
+// calls are made of the public headers, so that no exported function is left out.
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <tuple>
-#include <utility>
 
-#include "conversion_slot.hpp"
-#include "object_slots.hpp"
+#include "object_calls.hpp"
 
 namespace {
 
 using namespace fuzz;
-using namespace xlatr::test;
 
 constexpr std::size_t kMostCalls = 200;
 
-using Slots = std::tuple<ReaderSlot<TrcReaderType>, ReaderSlot<AscReaderType>, WriterSlot<TrcWriterType>,
-                         WriterSlot<AscWriterType>, WriterSlot<CsvWriterType>, ReaderSlot<BtrcReaderType>,
-                         WriterSlot<BtrcWriterType>, ReaderSlot<MdfReaderType>, WriterSlot<MdfWriterType>,
-                         ReaderSlot<KorlReaderType>, WriterSlot<KorlWriterType>, SessionSlot, WriterSlot<BtrWriterType>,
-                         LogSlot, FileSlot, BinaryHeadSlot, FreeSlot, ConversionSlot>;
-
-template <std::size_t... kIndex>
-void callSlot(Slots& slots, std::size_t chosen, Arguments& arguments, std::index_sequence<kIndex...>) {
-  static_cast<void>(((kIndex == chosen && (std::get<kIndex>(slots).call(arguments), true)) || ...));
-}
-
-void callOnce(Slots& slots, Arguments& arguments) {
-  constexpr std::size_t kSlots = std::tuple_size_v<Slots>;
-  const std::size_t chosen = arguments.choice(kSlots);
-  attempt([&] { callSlot(slots, chosen, arguments, std::make_index_sequence<kSlots>()); });
+// The call of that number. Most values of two bytes are the number of no call; three of four of these choose one of the
+// calls that move things on, the others any call.
+Call chosenCall(std::uint16_t number) {
+  const auto* const found = std::ranges::lower_bound(kCalls, number, {}, &NumberedCall::number);
+  if (found != kCalls.end() && found->number == number) {
+    return found->call;
+  }
+  const std::size_t chosen = number / 4;
+  return number % 4 == 0 ? kCalls.at(chosen % kCalls.size()).call : kOftenCalled.at(chosen % kOftenCalled.size());
 }
 
 }  // namespace
@@ -46,9 +37,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t sourceSize = std::size_t{arguments.byte()} * 8;
   folder.write(source, arguments.take(sourceSize));
 
-  Slots slots;
+  Objects objects;
   for (std::size_t count = 0; count < kMostCalls && !arguments.atEnd(); ++count) {
-    callOnce(slots, arguments);
+    const Call call = chosenCall(arguments.word());
+    attempt([&] { call(objects, arguments); });
   }
   return 0;
 }

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+#include "target.hpp"
 
 namespace {
 
@@ -37,9 +37,9 @@ void runFile(const std::filesystem::path& path) {
     throw std::runtime_error("can't read " + path.string());
   }
   const std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-  // Of the exact size, so that an address sanitizer sees a read behind the end.
+  // Of the exact size, so that AddressSanitizer sees a read past the end.
   const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
-  // What a crash leaves on the terminal ends with the culprit.
+  // If the target crashes, the last line on the terminal names the input.
   std::cout << path.string() << std::endl;
   LLVMFuzzerTestOneInput(input.data(), input.size());
 }
@@ -64,6 +64,6 @@ int main(int argc, char** argv) {
     return 1;
   }
   std::cout << count << " inputs\n";
-  // A wrong folder must not pass for a test that went well.
+  // A wrong folder must not count as a test that passed.
   return count == 0 ? 1 : 0;
 }

@@ -21,8 +21,8 @@ inline void require(bool condition) {
   }
 }
 
-// Does it, and lets no failure out that may leave the library: its own, those of the system, and a line of a log that
-// ends too early. Answers whether it went through.
+// Does it, and catches every failure that may leave the library: its own, those of the system, and that of a log's line
+// which ends too early. Returns whether it went through.
 template <typename Action>
 bool attempt(const Action& action) {
   try {

@@ -12,7 +12,7 @@ namespace {
 using xlatr::test::TrcReaderType;
 using xlatr::test::TrcWriterType;
 
-// The last is a version that nobody writes.
+// The last is a version that no writer knows.
 constexpr std::array<double, 8> kTargetVersions{1.0, 1.1, 1.2, 1.3, 2.0, 2.1, 3.0, 2.2};
 
 std::string parsingText(const MessageCan* message) {
@@ -22,7 +22,7 @@ std::string parsingText(const MessageCan* message) {
   return fuzz::textOf<MessageCan_getParsingTextSize, MessageCan_getParsingText>(message);
 }
 
-// As a conversion does it: what can't stand in the target goes there as a comment.
+// As a conversion does it: what the target can't hold becomes a comment there.
 void convert(const std::string& source, const std::string& target, double version) {
   const auto write = [version](TrcReader*, const MessageCan* message, TrcWriter* writer) {
     MessageCan_getBus(message);
@@ -36,7 +36,7 @@ void convert(const std::string& source, const std::string& target, double versio
     }
   };
   const std::uint64_t count = fuzz::rewrite<TrcReaderType, TrcWriterType>(source, target, version, write);
-  // A message becomes one line or none, a comment none that is read.
+  // A message becomes one line or none, a comment becomes none that is read.
   fuzz::require(count == 0 || fuzz::countMessages<TrcReaderType>(target) <= count);
 }
 

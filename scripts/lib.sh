@@ -3,7 +3,7 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# Prints the message to stderr behind the script's name and stops.
+# Prints the message to stderr after the script's name and stops.
 fail() {
   printf '%s: %s\n' "$(basename "$0")" "$*" >&2
   exit 1
@@ -34,7 +34,7 @@ is_installed() {
 }
 
 # ensure_packages SECTION...: installs what is missing of these sections, and does nothing when nothing is. Needs root or
-# a sudo that asks no password; otherwise names the packages and stops.
+# a sudo that needs no password; otherwise names the packages and stops.
 ensure_packages() {
   local wanted package
   local missing=() become=()

@@ -1,13 +1,13 @@
 // The exceptions that may leave an exported function, for callers that share the C++ exception model.
 //
-// What goes wrong in the library itself is a ConverterGenericException or one of its two children. Before it is thrown
-// its text is stored under the id of the current thread, so that a caller that can't catch reads it with
-// ConverterLastError_GetText (objects.h). A C caller whose frames an exception is to cross needs unwind tables
-// (-fexceptions or -funwind-tables).
+// A failure of the library itself is a ConverterGenericException or one of its two children. Before it is thrown, its
+// text is stored under the id of the current thread, so that code that does not see the exception reads it with
+// ConverterLastError_GetText (objects.h). An exception that nobody catches ends the program, as in one that is C all
+// the way up. A C caller whose frames an exception is to cross needs unwind tables (-fexceptions or -funwind-tables).
 //
 // Besides these, functions that open or write a file throw std::ios_base::failure, with the path and the system's
 // reason in its text, and AscReader_ReadNextMessage throws std::out_of_range for a line that is too short. Their texts
-// are not stored: only who catches them learns of them.
+// are not stored: only a caller that catches them learns of them.
 #pragma once
 
 #include <exception>
@@ -41,7 +41,7 @@ class XLATR_API ConverterGenericException : public std::exception {
   FailureKind kind_;
 };
 
-// Text that could not be read: the text is what was expected, then ": {", the offending item and "}".
+// Text that could not be parsed: the failure's text is what was expected, then ": {", the offending item and "}".
 class XLATR_API ConverterParsingException : public ConverterGenericException {
  public:
   explicit ConverterParsingException(std::string text);

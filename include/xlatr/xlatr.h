@@ -1,17 +1,17 @@
 /*
- * xlatr: converts bus trace files, one file a call.
+ * xlatr: converts bus trace files, one file per call.
  *
- * Five functions: two that answer what can be converted into what, one that starts a conversion, one that tells how far
- * it is, and one that frees what a conversion left. objects.h holds the finer grain: information objects, readers,
- * writers and single messages.
+ * Five functions: two that say what can be converted into what, one that starts a conversion, one that tells how far it
+ * is, and one that frees what a conversion left. objects.h has the finer grain: information objects, readers, writers
+ * and single messages.
  *
  * Conventions
  *  1. Text is narrow and zero-terminated; paths are handed to the system as they are.
  *  2. All records have natural alignment and their fields in the order given here.
- *  3. A caller may call from any thread. While a synchronous xlatr_convert runs on another thread all functions of this
- *     header wait for it but xlatr_free; a caller who wants progress converts asynchronously.
- *  4. None of the five functions throws because of the files it is given: what went wrong with a source or a target
- *     stands in ConversionResult. They throw only when the system has no memory or no thread left to give.
+ *  3. A caller may call from any thread. While a synchronous xlatr_convert runs on another thread, all functions of
+ *     this header except xlatr_free wait for it; a caller who wants progress converts asynchronously.
+ *  4. None of the five functions throws because of the files it is given: ConversionResult says what went wrong with a
+ *     source or a target. They throw only if the system has no memory or no thread left to give.
  */
 #ifndef XLATR_XLATR_H
 #define XLATR_XLATR_H
@@ -24,7 +24,7 @@
 extern "C" {
 #endif
 
-/* A trace format: one of the flags below, or an OR of several where a function takes or answers a set. */
+/* A trace format: one of the flags below, or an OR of several if a function takes or returns a set. */
 typedef int32_t TraceFormat;
 
 enum {
@@ -39,7 +39,7 @@ enum {
   XLATR_FORMAT_BLF = 128  /* BLF log, ".blf"; read through the objects only */
 };
 
-/* Status codes, as the functions answer them and as the records hold them. */
+/* Status codes, as the functions return them and as the records hold them. */
 enum {
   XLATR_SUCCESS = 0,            /* all targets were written; the text may hold warnings */
   XLATR_IN_PROGRESS = 1,        /* in a record only: from the start of a conversion to its end */
@@ -50,8 +50,8 @@ enum {
   XLATR_UNEXPECTED = -1         /* a state that should not occur */
 };
 
-/* The tags of ConversionOption. A tag that is none of these is ignored; one that does not apply to the target format
-   has no effect. */
+/* The tags of ConversionOption. Any other tag is ignored; one that does not apply to the target format has no effect.
+ */
 enum {
   XLATR_OPTION_TARGET_VERSION = 1, /* value.version */
   XLATR_OPTION_SESSION = 2,        /* value.session, may be given several times */
@@ -79,9 +79,9 @@ typedef struct ConversionOption {
 /* How far a conversion is. Owned by the caller. */
 typedef struct ConversionProgress {
   uint64_t id;      /* identity of the conversion, counted from 1; the key of xlatr_get_progress */
-  uint8_t finished; /* 1 when the conversion has ended */
+  uint8_t finished; /* 1 once the conversion has ended */
   int32_t status;   /* a status code */
-  float percent;    /* 0.0 to 100.0; not a number when the conversion has nothing to do */
+  float percent;    /* 0.0 to 100.0; not a number if the conversion has nothing to do */
 } ConversionProgress;
 
 /* What to convert into and how. Read only, copied during the call. */
@@ -96,23 +96,23 @@ typedef struct ConversionOptions {
 
 /*
  * What a conversion ended with. The caller owns the record, which must live until the conversion has ended; the library
- * owns what it points to until xlatr_free. A new record is all zeros. One that was used before may be used again as it
- * is for its text, which the next conversion frees; the files of the earlier one must have gone through xlatr_free.
+ * owns what it points to until xlatr_free. A new record is all zeros. A used record may be used again: the next
+ * conversion frees its text, but its files must have been freed by xlatr_free.
  */
 typedef struct ConversionResult {
   int32_t status;      /* a status code */
-  uint8_t finished;    /* 1 when the conversion has ended; everything else in the record is complete then */
+  uint8_t finished;    /* 1 once the conversion has ended; everything else in the record is complete then */
   char* text;          /* messages of the conversion, each followed by a blank: failures, or warnings of a success;
                           "In progress" meanwhile. Null before the first use: must be null or an earlier text */
   uint32_t file_count; /* entries of `files` */
-  char** files;        /* name and extension, without the directory, of each file written; null when there is none */
+  char** files;        /* name and extension, without the directory, of each file written; null if there is none */
 } ConversionResult;
 
-/* Answers the set of formats that a source of this format can be converted into; 0 for a value that is not exactly one
+/* Returns the set of formats that a source of this format can be converted into; 0 for a value that is not exactly one
    format flag, and for CSV. */
 XLATR_API TraceFormat xlatr_get_formats_convertible_from(TraceFormat source);
 
-/* Answers the set of formats from which every format of the set `targets` can be reached; all eight for an empty set.
+/* Returns the set of formats from which every format of the set `targets` can be reached; all eight for an empty set.
  */
 XLATR_API TraceFormat xlatr_get_formats_convertible_to(TraceFormat targets);
 
@@ -121,23 +121,23 @@ XLATR_API TraceFormat xlatr_get_formats_convertible_to(TraceFormat targets);
  *
  * The target's directory and stem come from `target`, its extension from the target format: "out/x.trc" becomes
  * "out/x.asc" for an ASC target, and a name whose extension is no trace format's keeps it ("x.bak" becomes
- * "x.bak.asc"). An existing file is overwritten. Targets without a bus column (TRC 1.0, 1.1 and 2.0) give one file a
- * bus, named with "_BUS" and the bus number; a BTR source gives one file a session, named with "_S" and the session's
+ * "x.bak.asc"). An existing file is overwritten. Targets without a bus column (TRC 1.0, 1.1 and 2.0) give one file per
+ * bus, named with "_BUS" and the bus number; a BTR source gives one file per session, named with "_S" and the session's
  * index.
  *
- * `source` and `target` may be null (an absent source, an empty stem); `result` may be null when nothing is to be
- * reported through it. Null `options` are answered with XLATR_BAD_ARGUMENT, and nothing is done.
+ * `source` and `target` may be null (an absent source, an empty stem); `result` may be null if nothing is to be
+ * reported through it. If `options` is null the function does nothing and returns XLATR_BAD_ARGUMENT.
  *
- * Answers XLATR_SUCCESS, XLATR_NOTHING_CONVERTED or XLATR_FAILED, the last also for a target format that is not exactly
- * one flag or that no conversion can have. An asynchronous call answers the state of the moment,
- * which is XLATR_SUCCESS once the work has begun; what it ended with stands in `result` when xlatr_get_progress answers
+ * Returns XLATR_SUCCESS, XLATR_NOTHING_CONVERTED or XLATR_FAILED, the last also for a target format that is not exactly
+ * one flag or that no conversion can have. An asynchronous call returns the state at that moment, which is
+ * XLATR_SUCCESS once the work has begun; `result` holds what it ended with when xlatr_get_progress returns
  * XLATR_UNKNOWN_CONVERSION.
  */
 XLATR_API int32_t xlatr_convert(const char* source, const char* target, const ConversionOptions* options,
                                 ConversionResult* result);
 
 /*
- * Tells how far the conversion `progress->id` is. Answers XLATR_SUCCESS and fills the record; XLATR_BAD_ARGUMENT for a
+ * Tells how far the conversion `progress->id` is. Returns XLATR_SUCCESS and fills the record; XLATR_BAD_ARGUMENT for a
  * null record; XLATR_UNKNOWN_CONVERSION for an id that was never given out or whose conversion has ended, in which case
  * its ConversionResult is complete.
  */

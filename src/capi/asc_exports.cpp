@@ -3,6 +3,18 @@
 
 using xlatr::capi::object;
 
+namespace {
+
+// Callers count in seconds.
+bool adjustTime(xlatr::AscMessage& message, double& referenceSeconds) {
+  xlatr::RealSeconds reference(referenceSeconds);
+  const bool adjusted = message.AdjustTime(reference);
+  referenceSeconds = reference.count();
+  return adjusted;
+}
+
+}  // namespace
+
 XLATR_INFO_FORMAT_FAMILY(AscInfo, XLATR_FORMAT_ASC)
 XLATR_INFO_OBJECT_FAMILY(AscInfo)
 
@@ -28,8 +40,5 @@ XLATR_MESSAGE_BUS(MessageAsc)
 XLATR_MESSAGE_PARSING_TEXT(MessageAsc)
 
 bool MessageAsc_AdjustTime(MessageAsc* message, double* reference) {
-  if (reference == nullptr) {
-    xlatr::throwProcessingFailure("Object cannot be null");
-  }
-  return object(message).AdjustTime(*reference);
+  return adjustTime(object(message), xlatr::capi::resultOf(reference));
 }

@@ -1,4 +1,7 @@
 // BlfInfo, BlfReader and BlfMessage.
+#include <memory>
+#include <utility>
+
 #include "capi/families.hpp"
 
 using xlatr::capi::object;
@@ -7,6 +10,16 @@ namespace {
 
 // Asked while the library is loaded: what becomes of the converter later does not change it.
 [[maybe_unused]] const double kConverterVersionAtLoad = xlatr::blfCurrentVersion();
+
+// Leaves `message` alone at the end.
+bool readNext(xlatr::BlfReader& reader, BlfMessage*& message) {
+  std::unique_ptr<xlatr::BlfMessage> next;
+  if (!reader.ReadNextMessage(next)) {
+    return false;
+  }
+  message = xlatr::capi::handle<BlfMessage>(std::move(next));
+  return true;
+}
 
 }  // namespace
 
@@ -50,13 +63,7 @@ double BlfReader_getCSVInfoStartTime(const BlfReader* reader) {
 }
 
 bool BlfReader_ReadNextMessage(BlfReader* reader, BlfMessage** message) {
-  BlfMessage*& result = xlatr::capi::resultOf(message);
-  std::unique_ptr<xlatr::BlfMessage> next;
-  if (!object(reader).ReadNextMessage(next)) {
-    return false;
-  }
-  result = xlatr::capi::handle<BlfMessage>(std::move(next));
-  return true;
+  return readNext(object(reader), xlatr::capi::resultOf(message));
 }
 
 XLATR_MESSAGE_FAMILY(BlfMessage)

@@ -1,5 +1,8 @@
 // BtrInfo, BtrSessionEntry, BtrSessionReader, BtrSessionWriter, SessionMessage and the session data.
-#include <exception>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -11,8 +14,26 @@ using xlatr::capi::object;
 
 namespace {
 
-// What becomes of a sector's messages in the caller's hands.
-void handOut(const std::vector<xlatr::SessionMessage>& sector, SessionMessage*** messages, std::uint32_t* count) {
+// An entry of its own for the caller; null if there is no such session.
+BtrSessionEntry* sessionAt(const xlatr::BtrInfo& info, std::uint32_t index) {
+  return index < info.getSessionsCount()
+             ? handle<BtrSessionEntry>(std::make_unique<xlatr::BtrSessionEntry>(info.GetSession(index)))
+             : nullptr;
+}
+
+// The fields of a date in the order of `places`, of which a null one gets nothing.
+void copyFields(const xlatr::SessionDateTime& date, const std::array<std::uint8_t*, 7>& places) {
+  const std::array<std::uint8_t, 7> fields{date.year,   date.month,  date.day,       date.hour,
+                                           date.minute, date.second, date.hundredths};
+  for (std::size_t index = 0; index < places.size(); ++index) {
+    if (places.at(index) != nullptr) {
+      *places.at(index) = fields.at(index);
+    }
+  }
+}
+
+// Gives the caller copies of a sector's messages.
+void handOut(const std::vector<xlatr::SessionMessage>& sector, SessionMessage**& messages, std::uint32_t& count) {
   if (sector.empty()) {
     return;
   }
@@ -21,17 +42,26 @@ void handOut(const std::vector<xlatr::SessionMessage>& sector, SessionMessage***
   for (const xlatr::SessionMessage& message : sector) {
     copies.push_back(std::make_unique<xlatr::SessionMessage>(message));
   }
-  *messages = new SessionMessage*[copies.size()];
-  *count = xlatr::capi::countOf(copies.size());
+  messages = new SessionMessage*[copies.size()];
+  count = xlatr::capi::countOf(copies.size());
   for (std::size_t index = 0; index < copies.size(); ++index) {
-    (*messages)[index] = handle<SessionMessage>(std::move(copies[index]));
+    messages[index] = handle<SessionMessage>(std::move(copies[index]));
   }
 }
 
-bool readNextSector(xlatr::BtrSessionReader& reader, SessionMessage*** messages, std::uint32_t* count) {
+// The messages before a frame that makes no sense are the caller's, so this is the one place that catches a failure and
+// raises it again.
+bool readNextSector(BtrSessionReader* reader, SessionMessage**& messages, std::uint32_t& count,
+                    std::uint32_t* structSize) {
+  messages = nullptr;
+  count = 0;
+  if (structSize != nullptr) {
+    *structSize = xlatr::capi::countOf(sizeof(xlatr::SessionMessage));
+  }
+  xlatr::BtrSessionReader& session = object(reader);
   std::vector<xlatr::SessionMessage> sector;
   try {
-    const bool read = reader.readSector(sector);
+    const bool read = session.readSector(sector);
     handOut(sector, messages, count);
     return read;
   } catch (const xlatr::ConverterGenericException&) {
@@ -65,10 +95,7 @@ std::uint32_t BtrInfo_getSessionsCount(const BtrInfo* info) {
 }
 
 BtrSessionEntry* BtrInfo_GetSession(const BtrInfo* info, std::uint32_t index) {
-  const xlatr::BtrInfo& trace = object(info);
-  return index < trace.getSessionsCount()
-             ? handle<BtrSessionEntry>(std::make_unique<xlatr::BtrSessionEntry>(trace.GetSession(index)))
-             : nullptr;
+  return sessionAt(object(info), index);
 }
 
 void BtrSessionEntry_Destruct(BtrSessionEntry* entry) {
@@ -110,7 +137,7 @@ std::uint32_t DataSector_getSize(void) {
 }
 
 std::uint32_t SessionDescriptor_getSize(void) {
-  return xlatr::capi::countOf(xlatr::kWireSize<xlatr::SessionDescriptor>);
+  return xlatr::capi::countOf(xlatr::kLayoutSize<xlatr::SessionDescriptor>);
 }
 
 const SessionDateTime* SessionDescriptor_getDateAndTime(const SessionDescriptor* descriptor) {
@@ -132,19 +159,7 @@ std::uint64_t SessionLocation_getPosition(const SessionLocation* location) {
 void SessionDateTime_getDateTimeItems(const SessionDateTime* date, std::uint8_t* year, std::uint8_t* month,
                                       std::uint8_t* day, std::uint8_t* hour, std::uint8_t* minute, std::uint8_t* second,
                                       std::uint8_t* hundredths) {
-  const xlatr::SessionDateTime& items = object(date);
-  const std::pair<std::uint8_t*, std::uint8_t> parts[] = {{year, items.year},
-                                                          {month, items.month},
-                                                          {day, items.day},
-                                                          {hour, items.hour},
-                                                          {minute, items.minute},
-                                                          {second, items.second},
-                                                          {hundredths, items.hundredths}};
-  for (const auto& [out, value] : parts) {
-    if (out != nullptr) {
-      *out = value;
-    }
-  }
+  copyFields(object(date), {year, month, day, hour, minute, second, hundredths});
 }
 
 std::int32_t SessionDateTime_compareTo(const SessionDateTime* left, const SessionDateTime* right) {
@@ -173,15 +188,7 @@ bool BtrSessionReader_setActive(BtrSessionReader* reader, bool active) {
 
 bool BtrSessionReader_ReadNextSector(BtrSessionReader* reader, SessionMessage*** messages, std::uint32_t* count,
                                      std::uint32_t* structSize) {
-  if (messages == nullptr || count == nullptr) {
-    xlatr::throwProcessingFailure("Object cannot be null");
-  }
-  *messages = nullptr;
-  *count = 0;
-  if (structSize != nullptr) {
-    *structSize = xlatr::capi::countOf(sizeof(xlatr::SessionMessage));
-  }
-  return readNextSector(object(reader), messages, count);
+  return readNextSector(reader, xlatr::capi::resultOf(messages), xlatr::capi::resultOf(count), structSize);
 }
 
 void BtrSessionReader_DeleteSectors(SessionMessage** messages) {

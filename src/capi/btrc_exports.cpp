@@ -38,7 +38,7 @@ bool BtrcFileHeader_getValid(const BtrcFileHeader* header) {
 }
 
 uint64_t BtrcFileHeader_getSystemTime(const BtrcFileHeader* header) {
-  return object(header).systemTime;
+  return object(header).systemTime.count();
 }
 
 uint16_t BtrcFileHeader_getBlockSize(const BtrcFileHeader* header) {

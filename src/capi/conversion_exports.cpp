@@ -11,6 +11,21 @@
 
 using xlatr::ConversionRegistry;
 
+namespace {
+
+// The file count stays.
+void freeTexts(ConversionResult& result) {
+  std::free(std::exchange(result.text, nullptr));
+  if (char** const files = std::exchange(result.files, nullptr); files != nullptr) {
+    for (char* const file : std::span(files, result.file_count)) {
+      std::free(file);
+    }
+    std::free(static_cast<void*>(files));
+  }
+}
+
+}  // namespace
+
 TraceFormat xlatr_get_formats_convertible_from(TraceFormat source) {
   return ConversionRegistry::instance().convertibleFrom(source);
 }
@@ -21,10 +36,8 @@ TraceFormat xlatr_get_formats_convertible_to(TraceFormat targets) {
 
 int32_t xlatr_convert(const char* source, const char* target, const ConversionOptions* options,
                       ConversionResult* result) {
-  if (options == nullptr) {
-    return XLATR_BAD_ARGUMENT;
-  }
-  return ConversionRegistry::instance().convert(source, target, *options, result);
+  return options == nullptr ? XLATR_BAD_ARGUMENT
+                            : ConversionRegistry::instance().convert(source, target, *options, result);
 }
 
 int32_t xlatr_get_progress(ConversionProgress* progress) {
@@ -32,15 +45,8 @@ int32_t xlatr_get_progress(ConversionProgress* progress) {
 }
 
 void xlatr_free(ConversionResult* result) {
-  if (result == nullptr) {
-    return;
-  }
-  std::free(std::exchange(result->text, nullptr));
-  if (char** const files = std::exchange(result->files, nullptr); files != nullptr) {
-    for (char* const file : std::span(files, result->file_count)) {
-      std::free(file);
-    }
-    std::free(static_cast<void*>(files));
+  if (result != nullptr) {
+    freeTexts(*result);
   }
 }
 

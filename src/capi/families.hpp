@@ -1,19 +1,13 @@
-// The members that families of the same kind share. A macro pastes names and nothing else: every body is one call.
+// The members that families of the same kind share, as macros alone. A macro pastes names and nothing else: every body
+// is one call.
 #pragma once
 
 #include "capi/handles.hpp"
+#include "capi/results.hpp"
 #include "capi/text_out.hpp"
-#include "io/format_table.hpp"
+#include "io/format.hpp"
 
-namespace xlatr::capi {
-
-inline std::uint32_t countOf(std::size_t count) {
-  return static_cast<std::uint32_t>(count);
-}
-
-}  // namespace xlatr::capi
-
-// A text pair: Family_<name>Size and Family_<name>, both answering `expression` over `self`.
+// A text pair: Family_<name>Size and Family_<name>, both of `expression` over `self`.
 #define XLATR_TEXT_PAIR(Family, name, nameSize, expression)                              \
   std::uint32_t Family##_##nameSize(const ::Family* handle) {                            \
     const auto& self = xlatr::capi::object(handle);                                      \
@@ -32,31 +26,31 @@ inline std::uint32_t countOf(std::size_t count) {
     xlatr::capi::copyText(expression, buffer, bufferSize);         \
   }
 
-// What an information family answers of its format, without an object. The first has no current version, for a family
-// that asks for it elsewhere.
-#define XLATR_INFO_FORMAT_DESCRIPTION(Family, format)                                                                  \
-  XLATR_STATIC_TEXT_PAIR(Family, getFormatDescription, getFormatDescriptionSize, xlatr::formatRow(format).description) \
-  XLATR_STATIC_TEXT_PAIR(Family, GetExtension, GetExtensionSize, xlatr::formatRow(format).extension)                   \
-  const TraceFormat* Family##_GetAllowedConvertions(void) {                                                            \
-    return xlatr::formatRow(format).allowedTargets.data();                                                             \
-  }                                                                                                                    \
-  std::uint32_t Family##_GetAllowedConvertionsSize(void) {                                                             \
-    return xlatr::capi::countOf(xlatr::formatRow(format).allowedTargets.size());                                       \
-  }                                                                                                                    \
-  const double* Family##_GetSupportedVersions(void) {                                                                  \
-    return xlatr::formatRow(format).supportedVersions.data();                                                          \
-  }                                                                                                                    \
-  std::uint32_t Family##_GetSupportedVersionsSize(void) {                                                              \
-    return xlatr::capi::countOf(xlatr::formatRow(format).supportedVersions.size());                                    \
+// What an information family says of its format, without an object. The first has no current version, for a family that
+// asks for it elsewhere.
+#define XLATR_INFO_FORMAT_DESCRIPTION(Family, format)                                                                 \
+  XLATR_STATIC_TEXT_PAIR(Family, getFormatDescription, getFormatDescriptionSize, xlatr::formatOf(format).description) \
+  XLATR_STATIC_TEXT_PAIR(Family, GetExtension, GetExtensionSize, xlatr::formatOf(format).extension)                   \
+  const TraceFormat* Family##_GetAllowedConvertions(void) {                                                           \
+    return xlatr::formatOf(format).allowedTargets.data();                                                             \
+  }                                                                                                                   \
+  std::uint32_t Family##_GetAllowedConvertionsSize(void) {                                                            \
+    return xlatr::capi::countOf(xlatr::formatOf(format).allowedTargets.size());                                       \
+  }                                                                                                                   \
+  const double* Family##_GetSupportedVersions(void) {                                                                 \
+    return xlatr::formatOf(format).supportedVersions.data();                                                          \
+  }                                                                                                                   \
+  std::uint32_t Family##_GetSupportedVersionsSize(void) {                                                             \
+    return xlatr::capi::countOf(xlatr::formatOf(format).supportedVersions.size());                                    \
   }
-#define XLATR_INFO_FORMAT_FAMILY(Family, format)    \
-  XLATR_INFO_FORMAT_DESCRIPTION(Family, format)     \
-  double Family##_GetCurrentVersion(void) {         \
-    return xlatr::formatRow(format).currentVersion; \
+#define XLATR_INFO_FORMAT_FAMILY(Family, format)   \
+  XLATR_INFO_FORMAT_DESCRIPTION(Family, format)    \
+  double Family##_GetCurrentVersion(void) {        \
+    return xlatr::formatOf(format).currentVersion; \
   }
 
-// What an information family answers of its object, and the end of that. The first alone is for a family whose objects
-// the library keeps.
+// What an information family says of its object, and its Destruct. A family whose objects the library keeps uses the
+// first alone.
 #define XLATR_INFO_OBJECT_GETTERS(Family)                \
   double Family##_GetVersion(const ::Family* handle) {   \
     return xlatr::capi::object(handle).getVersion();     \
@@ -71,7 +65,8 @@ inline std::uint32_t countOf(std::size_t count) {
   }                                          \
   XLATR_INFO_OBJECT_GETTERS(Family)
 
-// A reader over an information family: what all have, and the rest of most over a message family.
+// A reader of an information family: what all readers have, and what most of them have that hand out messages of a
+// family.
 #define XLATR_READER_MEMBERS(Family, InfoFamily)                                              \
   void Family##_Destruct(::Family* handle) {                                                  \
     xlatr::capi::destruct(handle);                                                            \
@@ -164,28 +159,3 @@ inline std::uint32_t countOf(std::size_t count) {
     return xlatr::capi::object(handle).bus;               \
   }
 #define XLATR_MESSAGE_PARSING_TEXT(Family) XLATR_TEXT_PAIR(Family, getParsingText, getParsingTextSize, self.parsingText)
-
-namespace xlatr::capi {
-
-// Where a caller wants a result.
-template <class Value>
-Value& resultOf(Value* place) {
-  if (place == nullptr) {
-    throwProcessingFailure("Object cannot be null");
-  }
-  return *place;
-}
-
-// Hands the reader's next message out; leaves `out` alone when there is none.
-template <class Reader, class MessageHandle>
-bool readNextMessage(Reader& reader, MessageHandle** out) {
-  MessageHandle*& result = resultOf(out);
-  auto message = reader.ReadNextMessage();
-  if (!message) {
-    return false;
-  }
-  result = handle<MessageHandle>(std::move(message));
-  return true;
-}
-
-}  // namespace xlatr::capi

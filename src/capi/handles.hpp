@@ -1,4 +1,4 @@
-// Between the opaque handles of the public headers and the classes behind them. The only casts between the two stand
+// Between the opaque handles of the public headers and the classes behind them. The only casts between the two are
 // here.
 #pragma once
 
@@ -39,8 +39,8 @@
 
 namespace xlatr::capi {
 
-// A handle is a pointer to the object's root interface, whatever its family, so that a TrcInfo may be handed over as an
-// ITraceInfo and the like.
+// A handle points to the object's root interface, whatever its family, so that a TrcInfo may be passed as an ITraceInfo
+// and the like.
 template <class Handle>
 struct HandleOf;
 

@@ -1,7 +1,20 @@
 // MdfInfo, MdfReader, MdfWriter and MdfCanMessage.
+#include <string>
+
 #include "capi/families.hpp"
 
 using xlatr::capi::object;
+
+namespace {
+
+bool validate(xlatr::MdfReader& reader, char* buffer, std::uint32_t bufferSize) {
+  std::string reason;
+  const bool valid = reader.ValidateFile(reason);
+  xlatr::capi::copyText(reason, buffer, bufferSize);
+  return valid;
+}
+
+}  // namespace
 
 XLATR_INFO_FORMAT_FAMILY(MdfInfo, XLATR_FORMAT_MF4)
 XLATR_INFO_OBJECT_FAMILY(MdfInfo)
@@ -17,10 +30,7 @@ bool MdfInfo_getValid(const MdfInfo* info) {
 XLATR_READER_FAMILY(MdfReader, MdfInfo, MdfCanMessage)
 
 bool MdfReader_ValidateFile(MdfReader* reader, char* buffer, std::uint32_t bufferSize) {
-  std::string text;
-  const bool valid = object(reader).ValidateFile(text);
-  xlatr::capi::copyText(text, buffer, bufferSize);
-  return valid;
+  return validate(object(reader), buffer, bufferSize);
 }
 
 XLATR_WRITER_FAMILY(MdfWriter)

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -20,9 +19,7 @@ inline void copyText(std::string_view text, char* buffer, std::uint32_t bufferSi
   if (buffer == nullptr || bufferSize == 0) {
     return;
   }
-  const std::size_t count = std::min<std::size_t>(text.size(), bufferSize - 1);
-  std::memcpy(buffer, text.data(), count);
-  buffer[count] = '\0';
+  buffer[text.copy(buffer, bufferSize - 1)] = '\0';
 }
 
 // A text that a caller hands in, which may be null.

@@ -28,24 +28,40 @@ uint32_t BaseTraceInfo_getSupportedVersionsSize(const BaseTraceInfo* info) {
 XLATR_TEXT_PAIR(BaseTraceInfo, getFormatDescription, getFormatDescriptionSize, self.getFormatDescription())
 
 uint32_t BaseTraceInfo_GetTraceFormatDescriptionSize(TraceFormat format) {
-  return textSize(xlatr::formatRow(format).description);
+  return textSize(xlatr::formatOf(format).description);
 }
 
 void BaseTraceInfo_GetTraceFormatDescription(TraceFormat format, char* buffer, uint32_t bufferSize) {
-  copyText(xlatr::formatRow(format).description, buffer, bufferSize);
+  copyText(xlatr::formatOf(format).description, buffer, bufferSize);
 }
 
 void BaseTraceInfo_GetTraceExtension(TraceFormat format, char* buffer, uint32_t bufferSize) {
-  copyText(xlatr::formatRow(format).extension, buffer, bufferSize);
+  copyText(xlatr::formatOf(format).extension, buffer, bufferSize);
 }
 
 double BaseTraceInfo_GetTraceCurrentVersion(TraceFormat format) {
-  // That of BLF is the converter's to tell.
-  return format == XLATR_FORMAT_BLF ? xlatr::blfCurrentVersion() : xlatr::formatRow(format).currentVersion;
+  const xlatr::FormatDescriptor& known = xlatr::formatOf(format);
+  return known.askCurrentVersion != nullptr ? known.askCurrentVersion() : known.currentVersion;
 }
 
 bool BaseTraceInfo_GetIfConvertible(TraceFormat format) {
-  return !xlatr::formatRow(format).allowedTargets.empty();
+  return !xlatr::formatOf(format).allowedTargets.empty();
+}
+
+const double* BaseTraceInfo_GetTraceSupportedVersions(TraceFormat format) {
+  return xlatr::formatOf(format).supportedVersions.data();
+}
+
+uint32_t BaseTraceInfo_GetTraceSupportedVersionsSize(TraceFormat format) {
+  return xlatr::capi::countOf(xlatr::formatOf(format).supportedVersions.size());
+}
+
+bool BaseTraceInfo_GetIfSplitByBus(TraceFormat format, double version) {
+  return xlatr::formatOf(format).isSplitTarget(version);
+}
+
+bool BaseTraceInfo_GetIfSplitBySession(TraceFormat format) {
+  return !xlatr::formatOf(format).sessionMarker.empty();
 }
 
 TraceFileInfo* TraceFileInfo_Construct(const char* path) {

@@ -6,8 +6,6 @@
 #include <new>
 #include <utility>
 
-#include "core/btr_source.hpp"
-#include "io/format_table.hpp"
 #include "platform/module_path.hpp"
 #include "util/paths.hpp"
 
@@ -44,11 +42,20 @@ char* copyOfFileName(const std::string& name) {
   return copy;
 }
 
+// A file that no conversion reads has a source all the same, which is null: its worker then says why it fails.
+std::vector<FormatSource> sourcesOf(const FormatDescriptor& format, const TraceFileInfo& file,
+                                    const SessionSelection& sessions) {
+  if (format.makeSources != nullptr) {
+    return format.makeSources(file, sessions);
+  }
+  return std::vector<FormatSource>(1);
+}
+
 }  // namespace
 
 TargetPathTemplate makeTargetPathTemplate(const char* path, TraceFormat targetFormat) {
   TargetPathTemplate result;
-  result.extension = formatRow(targetFormat).extension;
+  result.extension = formatOf(targetFormat).extension;
   if (path == nullptr) {
     return result;
   }
@@ -65,17 +72,17 @@ TargetPathTemplate makeTargetPathTemplate(const char* path, TraceFormat targetFo
   return result;
 }
 
-// The separator stands there in any case, behind that of the directory as well as in front of a name alone, which is a
-// name at the root then. Callers know this and name their folder.
-std::string TargetPathTemplate::pathOfSession(std::uint32_t index) const {
-  return directory + platform::pathSeparator() + stem + "_S" + std::to_string(index) + extension;
+// The separator is always there: after the directory's own one, and before a bare name, which then is a name at the
+// root. Callers know this and name their folder.
+std::string TargetPathTemplate::pathOfSession(std::string_view marker, std::uint32_t session) const {
+  return (directory + platform::pathSeparator() + stem).append(marker) + std::to_string(session) + extension;
 }
 
 Conversion::Conversion(const char* source, const char* target, const ConversionOptions& options,
                        ConversionResult* result, void (*onFinished)(void*), void* context)
     : id_(nextConversionId()),
-      targetPath_(makeTargetPathTemplate(target, normalizeFormat(options.target_format))),
-      targetFormat_(normalizeFormat(options.target_format)),
+      targetPath_(makeTargetPathTemplate(target, options.target_format)),
+      target_(formatOf(options.target_format)),
       result_(result),
       onFinished_(onFinished),
       context_(context),
@@ -119,8 +126,8 @@ void Conversion::takeOption(const ConversionOption& option) {
       break;
     case XLATR_OPTION_SESSION:
       if (option.value.session != 0) {
-        allSessions_ = false;
-        selectedSessions_.push_back(option.value.session - 1);
+        sessions_.all = false;
+        sessions_.places.push_back(option.value.session - 1);
       }
       break;
     case XLATR_OPTION_SEPARATOR:
@@ -140,15 +147,11 @@ void Conversion::takeOption(const ConversionOption& option) {
 void Conversion::prepareWorkers() {
   Workers workers;
   std::string refusal;
-  if (!formatRow(targetFormat_).conversionTarget) {
+  if (target_.makeWriter == nullptr) {
     refusal = kUnsupportedTarget;
   } else {
-    for (const TraceFileInfo& source : sources_) {
-      if (source.getFormat() == XLATR_FORMAT_BTR) {
-        addSessionWorkers(source, workers);
-      } else {
-        workers.push_back(std::make_unique<ConversionWorker>(orderOf(source, targetPath_.path()), events_));
-      }
+    for (const TraceFileInfo& file : sources_) {
+      addWorkers(file, workers);
     }
   }
   const MutexLock guard(listLock_);
@@ -156,20 +159,16 @@ void Conversion::prepareWorkers() {
   refusal_ = std::move(refusal);
 }
 
-// One worker a session, all of them at work at the same time.
-void Conversion::addSessionWorkers(const TraceFileInfo& source, Workers& workers) {
-  const auto file = std::make_shared<const BtrInfo>(source);
-  for (std::size_t session = 0; session < file->getSessionsCount(); ++session) {
-    if (allSessions_ || std::ranges::find(selectedSessions_, session) != selectedSessions_.end()) {
-      WorkOrder order = orderOf(source, targetPath_.pathOfSession(file->GetSession(session).index));
-      workers.push_back(std::make_unique<ConversionWorker>(std::move(order), makeBtrSource(file, session), events_));
-    }
+// One worker per source of the file, all of them at work at the same time.
+void Conversion::addWorkers(const TraceFileInfo& file, Workers& workers) {
+  const FormatDescriptor& format = formatOf(file.getFormat());
+  const double version = targetVersion_ == -1.0 ? target_.currentVersion : targetVersion_;
+  for (FormatSource& made : sourcesOf(format, file, sessions_)) {
+    std::string path =
+        made.session ? targetPath_.pathOfSession(format.sessionMarker, *made.session) : targetPath_.path();
+    workers.push_back(std::make_unique<ConversionWorker>(WorkOrder{file, &target_, std::move(path), version, settings_},
+                                                         std::move(made.source), events_));
   }
-}
-
-WorkOrder Conversion::orderOf(const TraceFileInfo& source, std::string targetPath) const {
-  const double version = targetVersion_ == -1.0 ? formatRow(targetFormat_).currentVersion : targetVersion_;
-  return {source, targetFormat_, std::move(targetPath), version, settings_};
 }
 
 void Conversion::start() {
@@ -221,7 +220,7 @@ void Conversion::fillProgress(ConversionProgress& progress) {
   progress.percent = computePercent();
 }
 
-// With no worker there is nothing to be a part of, and the quotient is not a number.
+// Without workers the quotient is not a number.
 float Conversion::computePercent() {
   float sum = 0.0F;
   for (const Workers* const workers : {&running_, &ended_}) {
@@ -262,7 +261,7 @@ void Conversion::workerEnded(EventGroup::Event event) {
   collect();
 }
 
-// Completes the conversion when no worker runs any more, and answers whether that is so.
+// Completes the conversion if no worker runs any more, and returns whether that is so.
 bool Conversion::collect() {
   if (!running_.empty()) {
     return false;

@@ -6,11 +6,14 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
 #include "core/conversion_worker.hpp"
 #include "core/events.hpp"
+#include "io/format.hpp"
+#include "io/trace_info.hpp"
 #include "util/mutex.hpp"
 #include "xlatr/xlatr.h"
 
@@ -23,8 +26,8 @@ struct TargetPathTemplate {
   std::string extension;
 
   [[nodiscard]] std::string path() const { return directory + stem + extension; }
-  // Where a session of a BTR source goes.
-  [[nodiscard]] std::string pathOfSession(std::uint32_t index) const;
+  // Where a session of the source goes. The marker is that of the source's format.
+  [[nodiscard]] std::string pathOfSession(std::string_view marker, std::uint32_t session) const;
 };
 
 // A null path has an empty directory and stem.
@@ -32,15 +35,15 @@ struct TargetPathTemplate {
 
 // Owns the workers of a conversion and the thread that waits for them, and fills the caller's records.
 //
-// Locks: listLock_ may be taken under the registry's lock; finishedLock_ comes behind it, and `onFinished`
-// is called under it.
+// Locks: listLock_ may be taken under the registry's lock; finishedLock_ comes after it, and `onFinished`
+// is called under finishedLock_.
 class Conversion {
  public:
   // Reads the options and fills the first state into the caller's records. `result` may be null. `onFinished` is called
   // once, on another thread, when the conversion has ended and the caller's result is complete; it must not throw.
   Conversion(const char* source, const char* target, const ConversionOptions& options, ConversionResult* result,
              void (*onFinished)(void*), void* context);
-  // Ends workers that still run at their next message. The caller's records are not touched any more.
+  // Ends workers that still run at their next message. The caller's records are no longer touched.
   ~Conversion();
   Conversion(const Conversion&) = delete;
   Conversion& operator=(const Conversion&) = delete;
@@ -50,7 +53,7 @@ class Conversion {
   void waitUntilFinished();
   [[nodiscard]] bool isFinished();
   [[nodiscard]] std::uint64_t id() const { return id_; }
-  // XLATR_SUCCESS while nothing speaks against it.
+  // XLATR_SUCCESS until something has failed.
   [[nodiscard]] std::int32_t statusCode();
   void fillProgress(ConversionProgress& progress);
 
@@ -60,8 +63,7 @@ class Conversion {
 
   void takeOption(const ConversionOption& option);
   void prepareWorkers();
-  void addSessionWorkers(const TraceFileInfo& source, Workers& workers);
-  [[nodiscard]] WorkOrder orderOf(const TraceFileInfo& source, std::string targetPath) const;
+  void addWorkers(const TraceFileInfo& file, Workers& workers);
   void monitor();
   void workerEnded(EventGroup::Event event);
   bool collect() XLATR_REQUIRES(listLock_);
@@ -73,10 +75,9 @@ class Conversion {
   const std::uint64_t id_;
   std::vector<TraceFileInfo> sources_;
   TargetPathTemplate targetPath_;
-  TraceFormat targetFormat_;
+  const FormatDescriptor& target_;
   double targetVersion_ = -1.0;
-  bool allSessions_ = true;
-  std::vector<std::uint32_t> selectedSessions_;  // counted from 0
+  SessionSelection sessions_;
   WriterSettings settings_;
   ConversionResult* const result_;
   void (*const onFinished_)(void*);

@@ -30,8 +30,8 @@ ConversionRegistry::ConversionRegistry()
 
 ConversionRegistry::~ConversionRegistry() {
   if (process_ != platform::currentProcessId()) {
-    // A process that was forked off has the registry but none of its threads: there is nobody to wait for, and the
-    // conversions go on in the other process.
+    // A forked process has the registry but none of its threads: there is nothing to wait for, and the conversions go
+    // on in the other process.
     reaper_.detach();
     ofTheParent_ = conversions_.release();
     return;
@@ -116,12 +116,12 @@ void ConversionRegistry::reap() {
     std::erase_if(*conversions_, [](const auto& conversion) { return conversion->isFinished(); });
   }
   if (poller.joinable()) {
-    setIdle(true);  // a poller that sleeps sees now that all is over
+    setIdle(true);  // wakes a sleeping poller, which then sees that all is over
     poller.join();
   }
 }
 
-// A registry that no thread can be had for does without.
+// If no thread can be started, the registry does without one.
 std::thread ConversionRegistry::startPoller() {
   if constexpr (kIdleReaperPolls) {
     try {
@@ -133,9 +133,9 @@ std::thread ConversionRegistry::startPoller() {
   return {};
 }
 
-// Polls for the reaper while the registry is idle. It takes nothing from anyone: it yields between polls and runs only
-// where no other thread wants the processor. Since not every user may leave that class again, it is a thread that
-// touches no lock, so that it can't hold anyone up.
+// Polls for the reaper while the registry is idle. It takes no time from any other thread: it yields between polls and
+// runs only when no other thread wants the processor. Since not every user may leave that scheduling class again, this
+// thread touches no lock, so that it can't block another one.
 void ConversionRegistry::poll() {
   platform::enterIdlePriority();
   while (!exit_) {

@@ -18,8 +18,8 @@ namespace xlatr {
 // functions, all of a synchronous conversion included, and is the first in the order of locks.
 class ConversionRegistry {
  public:
-  // Made at the first call; ended with the process or when the library is unloaded. Conversions that still run then end
-  // at their next message.
+  // Made at the first call; ends with the process or when the library is unloaded. Conversions that are still running
+  // then end at their next message.
   static ConversionRegistry& instance();
 
   ConversionRegistry(const ConversionRegistry&) = delete;

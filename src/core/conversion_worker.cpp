@@ -5,7 +5,6 @@
 #include <system_error>
 #include <utility>
 
-#include "io/format_table.hpp"
 #include "util/failures.hpp"
 #include "util/paths.hpp"
 
@@ -16,14 +15,6 @@ constexpr char kUnsupportedConversion[] = "The specified conversion is invalid o
 constexpr char kMissingObject[] = "The specified converting object is invalid";
 constexpr char kThreadNotJoinable[] = "The conversion thread is not joinable";
 constexpr char kUnknownException[] = "Unknown exception";
-
-// The highest bus number that TRC programs show.
-constexpr std::uint32_t kHighestTrcBus = 16;
-
-// These TRC versions have no bus column, so that a trace of several buses becomes one file a bus.
-bool isSplitTarget(const TargetKind& target) {
-  return target.format == XLATR_FORMAT_TRC && (target.version <= 1.1 || target.version == 2.0);
-}
 
 std::string textOf(const std::exception& failure) {
   const std::string text = failure.what();
@@ -47,19 +38,19 @@ std::string pathOfBus(const std::string& path, std::uint32_t bus) {
   return result.append("_BUS").append(std::to_string(bus)).append(pieces->extension);
 }
 
+std::unique_ptr<ITraceWriter> makeWriter(const WorkOrder& order) {
+  return order.target->makeWriter != nullptr ? order.target->makeWriter(order.settings) : nullptr;
+}
+
 }  // namespace
 
-ConversionWorker::ConversionWorker(const WorkOrder& order, EventGroup& events, FormatFactories factories)
-    : ConversionWorker(order, makeSource(factories, order.source), events, factories) {}
-
-ConversionWorker::ConversionWorker(WorkOrder order, std::unique_ptr<TraceSource> source, EventGroup& events,
-                                   FormatFactories factories)
+ConversionWorker::ConversionWorker(WorkOrder order, std::unique_ptr<TraceSource> source, EventGroup& events)
     : order_(withTargetPath(std::move(order))),
       events_(events),
       finishedEvent_(events.create()),
       failureEvent_(events.create()),
       source_(std::move(source)),
-      firstWriter_(makeWriter(factories, order_.targetFormat, order_.settings)),
+      firstWriter_(makeWriter(order_)),
       currentWriter_(firstWriter_.get()) {
   if (firstWriter_) {
     firstWriter_->setOverrideExistingFile(true);
@@ -76,7 +67,7 @@ ConversionWorker::~ConversionWorker() {
 
 bool ConversionWorker::start() {
   const auto targets = order_.source.getSupportedConversions();
-  if (std::find(targets.begin(), targets.end(), order_.targetFormat) == targets.end()) {
+  if (std::find(targets.begin(), targets.end(), order_.target->format) == targets.end()) {
     reportFailure(kUnsupportedConversion);
   } else if (!source_ || !firstWriter_) {
     reportFailure(kMissingObject);
@@ -108,8 +99,9 @@ void ConversionWorker::run() {
 }
 
 void ConversionWorker::convert() {
+  source_->setTarget({order_.target->format, order_.targetVersion});
   source_->validate();
-  split_ = source_->splitsByBus() && isSplitTarget({order_.targetFormat, firstWriter_->getTargetVersion()});
+  split_ = source_->splitsByBus() && order_.target->isSplitTarget(firstWriter_->getTargetVersion());
   openFirstWriter();
   source_->reader().setActive(true);
   requireReading();
@@ -133,7 +125,7 @@ void ConversionWorker::convert() {
   percent_.store(100.0F, std::memory_order_relaxed);
 }
 
-// A reader says by its failure text what it can't say by its end.
+// The end of reading alone does not tell a failure from the end of the file; the reader's failure text does.
 void ConversionWorker::requireReading() {
   if (const std::string& failure = source_->reader().failure(); !failure.empty()) {
     throwProcessingFailure(failure);
@@ -142,15 +134,14 @@ void ConversionWorker::requireReading() {
 
 void ConversionWorker::convertMessage() {
   const std::optional<std::uint32_t> bus = source_->bus();
-  if (!split_ && bus && *bus > kHighestTrcBus && order_.targetFormat == XLATR_FORMAT_TRC &&
-      source_->warnsOfHighBuses()) {
+  const auto& limit = order_.target->busLimit;
+  if (!split_ && bus && limit && *bus > limit->highest && source_->warnsOfHighBuses()) {
     invalidBuses_.insert(*bus);
   }
-  const TargetKind target{order_.targetFormat, order_.targetVersion};
-  switch (source_->judge(target)) {
+  switch (source_->judge()) {
     case Verdict::Write:
       if (ITraceWriter* const writer = selectWriter(bus)) {
-        source_->write(*writer, target);
+        source_->write(*writer);
       }
       break;
     case Verdict::Comment:
@@ -229,15 +220,14 @@ void ConversionWorker::warnOfInvalidBuses() {
   for (const std::uint32_t bus : invalidBuses_) {
     text.append(" ").append(std::to_string(bus));
   }
-  text += ".\nOnly BRIX trace files with bus numbers from 1 to 16 are supported";
-  message_ = std::move(text);
+  message_ = text.append(".\n").append(order_.target->busLimit->warning);
 }
 
 std::string ConversionWorker::fileNameOfTarget() const {
   return getFileName(order_.targetPath);
 }
 
-// All are closed, also behind one whose closing fails; the first failure is the one that is raised.
+// Closes all of them, even after one that fails to close, and raises the first failure.
 void ConversionWorker::closeAllWriters() {
   std::exception_ptr firstFailure;
   const auto close = [&firstFailure](ITraceWriter* writer) {

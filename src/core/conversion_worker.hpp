@@ -1,4 +1,4 @@
-// Turns one source file into one target file, or into one target file a bus.
+// Turns one source file into one target file, or into one target file per bus.
 #pragma once
 
 #include <atomic>
@@ -13,43 +13,43 @@
 #include <vector>
 
 #include "core/events.hpp"
-#include "core/format_factories.hpp"
 #include "core/waiting_comments.hpp"
+#include "io/format.hpp"
+#include "io/trace_info.hpp"
+#include "io/trace_source.hpp"
+#include "io/trace_writer.hpp"
 
 namespace xlatr {
 
 // What a worker is to do.
 struct WorkOrder {
   TraceFileInfo source;
-  TraceFormat targetFormat;
+  const FormatDescriptor* target;
   std::string targetPath;
   double targetVersion;
   WriterSettings settings;
 };
 
-// Owns a reader, writers and the thread that moves the messages from the one to the others. It tells the owner of the
-// event group by one of two events that it has ended; outputFiles and message are for the owner to read after that, and
-// percent is at any time. Everything else is the worker's thread's own.
+// Owns a reader, writers and the thread that moves the messages from the reader to the writers. One of two events tells
+// the owner of the event group that the worker has ended. The owner may read outputFiles and message after that, and
+// percent at any time. Everything else belongs to the worker's thread.
 class ConversionWorker {
  public:
-  // Reads the header of the source, on the caller's thread. `events` must outlive the worker.
-  ConversionWorker(const WorkOrder& order, EventGroup& events, FormatFactories factories = builtInFactories());
-  // The same for a source that was made already, one part of a file of which each part has a worker.
-  ConversionWorker(WorkOrder order, std::unique_ptr<TraceSource> source, EventGroup& events,
-                   FormatFactories factories = builtInFactories());
-  // Ends the conversion at the next message if it still runs, and waits for that.
+  // The source is null for a format that no conversion reads. `events` must outlive the worker.
+  ConversionWorker(WorkOrder order, std::unique_ptr<TraceSource> source, EventGroup& events);
+  // Ends a running conversion at the next message, and waits for that.
   ~ConversionWorker();
   ConversionWorker(const ConversionWorker&) = delete;
   ConversionWorker& operator=(const ConversionWorker&) = delete;
 
-  // Starts the thread. A conversion that can't be is reported as failed instead, and false is the answer.
+  // Starts the thread. Reports an impossible conversion as failed instead, and returns false.
   bool start();
 
   [[nodiscard]] EventGroup::Event finishedEvent() const { return finishedEvent_; }
   [[nodiscard]] EventGroup::Event failureEvent() const { return failureEvent_; }
-  // Names, without directory, of all files written, in the order of their opening.
+  // The names, without directory, of all files written, in the order in which they were opened.
   [[nodiscard]] const std::vector<std::string>& outputFiles() const { return outputFiles_; }
-  // Why it failed, or a warning; mostly empty.
+  // Why it failed, or a warning; usually empty.
   [[nodiscard]] const std::string& message() const { return message_; }
   // 0 to 100.
   [[nodiscard]] float percent() const { return percent_.load(std::memory_order_relaxed); }
@@ -83,7 +83,7 @@ class ConversionWorker {
 
   // The first writer. In a conversion that splits by bus it is never active and serves as the template of the others.
   std::unique_ptr<ITraceWriter> firstWriter_;
-  std::vector<std::unique_ptr<ITraceWriter>> busWriters_;  // in the order of their opening
+  std::vector<std::unique_ptr<ITraceWriter>> busWriters_;  // in the order in which they were opened
   std::unordered_map<std::uint32_t, ITraceWriter*> writerOfBus_;
   ITraceWriter* currentWriter_ = nullptr;
   bool split_ = false;

@@ -10,7 +10,7 @@
 namespace xlatr {
 
 // A group of auto-reset events that one thread waits for together: an event stays signalled until the waiting thread
-// has seen it, which resets it. There is no limit to their number, so that a conversion may have any number of workers.
+// has seen it, which resets it. Their number has no limit, so that a conversion may have any number of workers.
 // Signalling and waiting are safe from any thread.
 class EventGroup {
  public:
@@ -19,7 +19,7 @@ class EventGroup {
   // Events are numbered in the order of their creation.
   [[nodiscard]] Event create();
   void signal(Event event);
-  // Waits without time limit until an event is signalled, resets it and answers it; the lowest one of several.
+  // Waits without a time limit until an event is signalled, resets it and returns it: the lowest one of several.
   [[nodiscard]] Event waitAny();
 
  private:

@@ -22,7 +22,7 @@ void WaitingComments::add(std::string_view text) {
   }
 }
 
-// Where the system has no temporary file to give, the texts stay in memory.
+// If the system has no temporary file to give, the texts stay in memory.
 void WaitingComments::spill() {
   if (!spilled_) {
     spilled_.reset(std::tmpfile());

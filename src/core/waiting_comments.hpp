@@ -9,8 +9,8 @@
 
 namespace xlatr {
 
-// Keeps texts in order until there is a place for them: in memory as long as they are few, in a temporary file of the
-// system's when they are many, so that a source that is all comments does not fill the memory.
+// Keeps texts in order until there is a place for them: in memory while they are few, in a temporary file when they are
+// many, so that a source of nothing but comments does not fill the memory.
 class WaitingComments {
  public:
   void add(std::string_view text);
@@ -24,7 +24,7 @@ class WaitingComments {
 
   void spill();
 
-  std::string held_;  // each text behind its length
+  std::string held_;  // each text after its length
   std::unique_ptr<std::FILE, Close> spilled_;
 };
 

@@ -14,7 +14,7 @@ constexpr std::size_t kBlockSize = std::size_t{64} * 1024;
 BufferedOutput::~BufferedOutput() {
   try {
     close();
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): who cares calls close
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): call close to learn of a failure
   }
 }
 

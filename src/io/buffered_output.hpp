@@ -12,16 +12,16 @@
 namespace xlatr {
 
 // Collects what is written and hands it to the system in blocks. One thread at a time. Failures are
-// std::ios_base::failure; after one, what was not written yet is gone, so that closing does not fail a second time.
+// std::ios_base::failure; after one, what was not yet written is dropped, so that closing does not fail again.
 class BufferedOutput {
  public:
   BufferedOutput() = default;
-  // Closes without saying so when that fails.
+  // Closes; a failure to do so is not reported.
   ~BufferedOutput();
   BufferedOutput(BufferedOutput&&) = default;
   BufferedOutput& operator=(BufferedOutput&&) = default;
 
-  // Creates the file, or empties the one that is there.
+  // Creates the file, or empties an existing one.
   void open(const std::string& path);
   [[nodiscard]] bool isOpen() const { return file_.isOpen(); }
   void write(std::string_view bytes);

@@ -46,7 +46,7 @@ bool LineInput::next(std::string_view& line) {
   return !line.empty();
 }
 
-// Makes room behind the unfinished line and reads on; false at the end of the file.
+// Makes room after the unfinished line and reads on; false at the end of the file.
 bool LineInput::refill() {
   const std::size_t held = end_ - begin_;
   if (held == capacity_) {

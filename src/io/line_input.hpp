@@ -10,8 +10,8 @@
 
 namespace xlatr {
 
-// Hands out the lines of a file as views into its own buffer, which holds one block of the file, or one line where a
-// line is longer than that. One thread at a time. Failures are std::ios_base::failure.
+// Hands out the lines of a file as views into its own buffer, which holds one block of the file, or one line if that
+// is longer. One thread at a time. Failures are std::ios_base::failure.
 class LineInput {
  public:
   explicit LineInput(const std::string& path);
@@ -19,11 +19,11 @@ class LineInput {
   // Goes on reading at this offset in bytes.
   void seek(std::uint64_t offset);
 
-  // The next line without its line end (a line feed and a carriage return directly before it); answers false at the end
+  // The next line without its line end (a line feed and a carriage return directly before it); returns false at the end
   // of the file. The view is valid until the next call. The last line may lack a line end, but is not empty then.
   [[nodiscard]] bool next(std::string_view& line);
 
-  // The offset behind the last line handed out, line end included.
+  // The offset after the last line handed out, line end included.
   [[nodiscard]] std::uint64_t position() const { return position_; }
 
  private:
@@ -33,8 +33,8 @@ class LineInput {
   std::unique_ptr<char[]> buffer_;
   std::size_t capacity_;
   std::size_t begin_ = 0;    // first byte not handed out
-  std::size_t scanned_ = 0;  // first byte not looked at for a line feed
-  std::size_t end_ = 0;      // behind the last byte held
+  std::size_t scanned_ = 0;  // first byte not searched for a line feed
+  std::size_t end_ = 0;      // after the last byte held
   std::uint64_t position_ = 0;
 };
 

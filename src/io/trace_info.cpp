@@ -8,11 +8,11 @@
 namespace xlatr {
 
 BaseTraceInfo::BaseTraceInfo(TraceFormat format) : format_(normalizeFormat(format)) {
-  const FormatRow& row = formatRow(format_);
-  shortName_ = row.shortName;
-  description_ = row.description;
-  allowedTargets_.assign(row.allowedTargets.begin(), row.allowedTargets.end());
-  supportedVersions_.assign(row.supportedVersions.begin(), row.supportedVersions.end());
+  const FormatDescriptor& known = formatOf(format_);
+  shortName_ = known.shortName;
+  description_ = known.description;
+  allowedTargets_.assign(known.allowedTargets.begin(), known.allowedTargets.end());
+  supportedVersions_.assign(known.supportedVersions.begin(), known.supportedVersions.end());
 }
 
 BaseTraceInfo::~BaseTraceInfo() = default;

@@ -7,14 +7,14 @@
 #include <string_view>
 #include <vector>
 
-#include "io/format_table.hpp"
+#include "io/format.hpp"
 
 namespace xlatr {
 
 // A trace format as an object of its own.
 class BaseTraceInfo {
  public:
-  // The description of a format; texts and lists are empty for a value that is no format.
+  // The description of a format; texts and lists are empty for a value that is not a format.
   explicit BaseTraceInfo(TraceFormat format);
   virtual ~BaseTraceInfo();
 
@@ -38,11 +38,11 @@ class BaseTraceInfo {
   std::vector<double> supportedVersions_;
 };
 
-// A file on disk: its path, its size, and the format that its extension names. The size is that of the moment of
+// A file on disk: its path, its size, and the format that its extension names. The size is the one at
 // construction.
 class TraceFileInfo : public BaseTraceInfo {
  public:
-  // A path at which there is no file gives an empty path, size 0 and no format. A folder is no file.
+  // If there is no file at the path, the path is empty, the size 0 and the format none. A folder is not a file.
   explicit TraceFileInfo(const std::string& path);
 
   // Whether the file exists and has a known format.
@@ -92,14 +92,14 @@ class TraceInfo : public ITraceInfo {
  public:
   [[nodiscard]] double getVersion() const override { return fileVersion_; }
   [[nodiscard]] std::string getVersionText() const override;
-  [[nodiscard]] double getLowestVersion() const override { return row().lowestVersion; }
-  [[nodiscard]] double getCurrentVersion() const override { return row().currentVersion; }
-  [[nodiscard]] double getStartTime() const override { return getValid() ? startTime_ : 0.0; }
+  [[nodiscard]] double getLowestVersion() const override { return format().lowestVersion; }
+  [[nodiscard]] double getCurrentVersion() const override { return format().currentVersion; }
+  [[nodiscard]] double getStartTime() const override { return getValid() ? startDays_ : 0.0; }
   [[nodiscard]] std::string getPath() const override { return file_.getPath(); }
   [[nodiscard]] std::uint64_t getHeaderLength() const override { return headerLength_; }
   [[nodiscard]] std::uint64_t getFileSize() const override { return file_.getSize(); }
-  [[nodiscard]] std::span<const TraceFormat> getAllowedConvertions() const override { return row().allowedTargets; }
-  [[nodiscard]] std::span<const double> getSupportedVersions() const override { return row().supportedVersions; }
+  [[nodiscard]] std::span<const TraceFormat> getAllowedConvertions() const override { return format().allowedTargets; }
+  [[nodiscard]] std::span<const double> getSupportedVersions() const override { return format().supportedVersions; }
 
   [[nodiscard]] const TraceFileInfo& file() const { return file_; }
 
@@ -109,12 +109,12 @@ class TraceInfo : public ITraceInfo {
 
   [[nodiscard]] bool isOfOwnFormat() const { return file_.getFormat() == format_; }
 
-  double startTime_ = 0.0;          // days since 1899-12-30
+  double startDays_ = 0.0;          // days since 1899-12-30
   std::uint64_t headerLength_ = 0;  // bytes
   double fileVersion_ = 0.0;
 
  private:
-  [[nodiscard]] const FormatRow& row() const { return formatRow(format_); }
+  [[nodiscard]] const FormatDescriptor& format() const { return formatOf(format_); }
 
   TraceFileInfo file_;
   TraceFormat format_;

@@ -18,7 +18,7 @@ class ITraceReader {
   virtual ~ITraceReader();
 
   [[nodiscard]] virtual bool getActive() const = 0;
-  // true opens (again, from the first message, when the reader is active already), false closes. Answers whether the
+  // true opens (again, from the first message, when the reader is active already), false closes. Returns whether the
   // reader is active now; a text file that can't be opened leaves it inactive, without an exception.
   virtual bool setActive(bool active) = 0;
   // How much of the file was read, 0 to 100; not a number for an empty file.
@@ -41,7 +41,7 @@ class TraceReader : public ITraceReader {
   [[nodiscard]] bool getActive() const override { return active_; }
   bool setActive(bool active) override;
 
-  // Messages handed out since the reader was opened that were not valid.
+  // How many of the messages since the reader was opened were not valid.
   [[nodiscard]] std::uint64_t invalidCount() const { return invalidCount_; }
   [[nodiscard]] std::uint64_t lineCount() const { return lineCount_; }
   [[nodiscard]] const std::string& failure() const override { return failure_; }
@@ -54,7 +54,7 @@ class TraceReader : public ITraceReader {
   std::string failure_;
 };
 
-// Reading line by line, for the text formats. A reader derives from it, embeds its information object and answers it.
+// Reading line by line, for the text formats. A reader derives from it, embeds its information object and returns it.
 class TraceReaderText : public TraceReader {
  public:
   [[nodiscard]] double getPercentDone() const override;

@@ -9,7 +9,7 @@
 namespace xlatr {
 namespace {
 
-// Paths that a user of the traces may want to open with a program of any platform.
+// The limit of the strictest platform: users may open the traces with a program of any.
 constexpr std::size_t kMaxTargetPathLength = 260;
 
 }  // namespace
@@ -19,17 +19,17 @@ ITraceWriter::~ITraceWriter() = default;
 TraceWriter::TraceWriter(std::string targetPath, bool overrideExistingFile, double targetVersion)
     : overrideExistingFile_(overrideExistingFile), targetPath_(std::move(targetPath)), targetVersion_(targetVersion) {}
 
-void TraceWriter::WriteHeader_2(const ITraceInfo& source, double startTime) {
-  startTime_ = startTime;
-  startTimeKnown_ = true;
+void TraceWriter::WriteHeader_2(const ITraceInfo& source, double startDays) {
+  startDays_ = startDays;
+  startKnown_ = true;
   WriteHeader(source);
 }
 
-double TraceWriter::startTimeFrom(const ITraceInfo& source) {
-  if (!std::exchange(startTimeKnown_, true)) {
-    startTime_ = source.getStartTime();
+double TraceWriter::startDaysFrom(const ITraceInfo& source) {
+  if (!std::exchange(startKnown_, true)) {
+    startDays_ = source.getStartTime();
   }
-  return startTime_;
+  return startDays_;
 }
 
 void TraceWriter::setActive(bool active) {

@@ -17,14 +17,14 @@ namespace xlatr {
 // use, std::ios_base::failure when the system refuses. One thread at a time.
 class ITraceWriter {
  public:
-  // Closes an active writer; what goes wrong then goes unheard.
+  // Closes an active writer; failures to do so are not reported.
   virtual ~ITraceWriter();
 
   // A writer of the same class that is not active and has the same target path, override flag, target version and owner
   // bus. Its source path is empty.
   [[nodiscard]] virtual std::unique_ptr<ITraceWriter> CreateNew() const = 0;
   // WriteHeader with a start time (days since 1899-12-30) that is not the information object's.
-  virtual void WriteHeader_2(const ITraceInfo& source, double startTime) = 0;
+  virtual void WriteHeader_2(const ITraceInfo& source, double startDays) = 0;
   virtual void WriteHeader(const ITraceInfo& source) = 0;
   virtual void WriteComment(std::string_view text) = 0;
   virtual void WriteMessage(const IMessage& message) = 0;
@@ -35,7 +35,7 @@ class ITraceWriter {
   // true checks the target path and creates the file, false flushes and closes it; no effect when nothing changes.
   virtual void setActive(bool active) = 0;
 
-  // The setters but setSourcePath are refused while the writer is active, and change nothing then.
+  // While the writer is active, all setters but setSourcePath raise and change nothing.
   [[nodiscard]] virtual const std::string& getTargetPath() const = 0;
   virtual void setTargetPath(std::string path) = 0;
   [[nodiscard]] virtual std::string_view getExtension() const = 0;
@@ -59,16 +59,16 @@ class ITraceWriter {
   virtual void close() = 0;
 };
 
-// The properties, and what must hold before a target file is created. A concrete writer's destructor closes.
+// The properties, and the checks before a target file is created. A concrete writer's destructor closes the file.
 class TraceWriter : public ITraceWriter {
  public:
-  void WriteHeader_2(const ITraceInfo& source, double startTime) override;
+  void WriteHeader_2(const ITraceInfo& source, double startDays) override;
   void flush() override { output_.flush(); }
   [[nodiscard]] bool getActive() const override { return active_; }
   void setActive(bool active) override;
   [[nodiscard]] const std::string& getTargetPath() const override { return targetPath_; }
   void setTargetPath(std::string path) override;
-  [[nodiscard]] std::string_view getExtension() const override { return formatRow(getTargetFormat()).extension; }
+  [[nodiscard]] std::string_view getExtension() const override { return formatOf(getTargetFormat()).extension; }
   [[nodiscard]] double getTargetVersion() const override { return targetVersion_; }
   void setTargetVersion(double version) override;
   [[nodiscard]] bool getOverrideExistingFile() const override { return overrideExistingFile_; }
@@ -85,7 +85,7 @@ class TraceWriter : public ITraceWriter {
   void open() override;
   void close() override;
 
-  // Raises whatever may refuse the target path; touches no file.
+  // Raises if the target path can't be used; touches no file.
   void requireUsableTarget() const;
   // Raises "Writer is not initialized" while inactive.
   void requireActive() const;
@@ -95,7 +95,7 @@ class TraceWriter : public ITraceWriter {
   BufferedOutput& output() { return output_; }
 
   // The start time of the header, in days since 1899-12-30: that of WriteHeader_2, or of the first header's source.
-  [[nodiscard]] double startTimeFrom(const ITraceInfo& source);
+  [[nodiscard]] double startDaysFrom(const ITraceInfo& source);
 
  private:
   bool active_ = false;
@@ -105,8 +105,8 @@ class TraceWriter : public ITraceWriter {
   double targetVersion_;
   std::int32_t ownerBus_ = -1;
   std::string sourcePath_;
-  bool startTimeKnown_ = false;
-  double startTime_ = 0.0;
+  bool startKnown_ = false;
+  double startDays_ = 0.0;
 };
 
 // Writing line by line, for the text formats. Lines end in CR LF on every platform.

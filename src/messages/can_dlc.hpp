@@ -1,4 +1,4 @@
-// The data length code of CAN and CAN FD (ISO 11898-1: 8.4.2.4) and of CAN XL, which is a code and not a length.
+// The data length code of CAN and CAN FD (ISO 11898-1: 8.4.2.4) and of CAN XL, which is a code, not a length.
 #pragma once
 
 #include <array>
@@ -10,7 +10,7 @@ namespace xlatr {
 // Bytes of the codes 0 to 15.
 inline constexpr std::array<std::uint32_t, 16> kDlcLengths = {0, 1, 2, 3, 4, 5, 6, 7, 8, 12, 16, 20, 24, 32, 48, 64};
 
-// The data length in bytes; nothing for a code that there is not.
+// The data length in bytes; nothing for a code that does not exist.
 [[nodiscard]] constexpr std::optional<std::uint32_t> dlcToLength(std::uint32_t dlc) {
   return dlc < kDlcLengths.size() ? std::optional(kDlcLengths[dlc]) : std::nullopt;
 }

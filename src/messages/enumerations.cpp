@@ -112,7 +112,7 @@ constexpr auto kBusEventFields = std::to_array<EnumText<BusEventField>>({
     {BusEventField::ErrorType, "ErrorType"},
 });
 
-// Fields with a name to be read and none to be written: readsBusEventFieldsThatItNeverRenders.
+// Fields with a name that is read but never written: readsBusEventFieldsThatItNeverRenders.
 constexpr auto kReadOnlyBusEventFields = std::to_array<EnumText<BusEventField>>({
     {BusEventField::SRR, "SRR"},
     {BusEventField::R0, "R0"},

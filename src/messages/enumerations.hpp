@@ -1,8 +1,8 @@
 // The vocabulary of messages and of MF4 blocks. The texts are part of the file formats: every text format writes and
-// reads exactly these spellings, and the numbers are handed out by the library's interface.
+// reads exactly these spellings, and the library's interface returns these numbers.
 //
 // ...ToText renders any value; one outside the enumeration gives "Unknown". ...FromText compares the whole text and
-// raises a ConverterParsingException that shows it; the try forms answer nothing instead, without an allocation.
+// raises a ConverterParsingException that shows it; the try forms return nothing instead, without an allocation.
 // Everything may be called from any thread.
 #pragma once
 
@@ -33,7 +33,7 @@ enum class MessageKind : std::uint32_t {
 enum class MessageType : std::uint32_t {
   Rx = 0,
   Tx = 1,
-  Warng = 2,  // status or warning; misspelt in the files, which know no "Warning"
+  Warng = 2,  // status or warning; misspelt in the files, which have no "Warning"
   Error = 3,  // error frame or error counter change
   Unknown = 4,
 };
@@ -151,15 +151,16 @@ enum class WarningErrors : std::uint32_t { BusLight = 4, BusWarning = 8, BusOff 
 [[nodiscard]] bool busEventFrameTypeFromText(std::string_view text, BusEventFrameType& result) noexcept;
 [[nodiscard]] bool busEventFieldFromText(std::string_view text, BusEventField& result) noexcept;
 
-// Six fields that busEventFieldFromText knows give "Unknown": they are read from files of others and never written.
+// Six fields that busEventFieldFromText knows give "Unknown": they are read from other programs' files and never
+// written.
 [[nodiscard]] std::string_view busEventFieldToText(BusEventField value);
 
 // The names of the bits in the mask, in ascending order, joined by ", ". Other bits are ignored.
 [[nodiscard]] std::string warningErrorsToText(std::uint32_t mask);
 
-// The mask of the names in the text, of any case, between blanks and commas; "BUSHEAVY" is another name of BusWarning.
-// A word with "ZELK" in it is skipped: some status texts end in a maker's mark. Any other word is a failure, which
-// shows the whole text. An empty text is 0.
+// The mask of the names in the text, which are separated by blanks and commas and may be of any case; "BUSHEAVY" is
+// another name of BusWarning. A word with "ZELK" in it is skipped: some status texts end in a maker's mark. Any other
+// word is a failure, which shows the whole text. An empty text is 0.
 [[nodiscard]] std::uint32_t warningErrorsFromText(std::string_view text);
 [[nodiscard]] std::optional<std::uint32_t> tryWarningErrorsFromText(std::string_view text);
 

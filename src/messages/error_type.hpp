@@ -1,5 +1,5 @@
 // The types of error frames on a CAN bus: 0 bit error, 1 form error, 2 stuff error, 3 any other. The controllers' error
-// code (ECC) and the hardware logger count them like this, TRC has one bit for each as the frame's identifier.
+// code (ECC) and the hardware logger number them like this; TRC has one bit for each, as the frame's identifier.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ inline constexpr std::uint32_t kOtherError = 3;
   return 1U << type;
 }
 
-// Nothing for an identifier that is none of an error.
+// Nothing for an identifier that does not stand for an error.
 [[nodiscard]] constexpr std::optional<std::uint32_t> errorTypeOfTrcId(std::uint32_t id) {
   for (std::uint32_t type = 0; type <= kOtherError; ++type) {
     if (trcIdOfErrorType(type) == id) {

@@ -1,4 +1,4 @@
-// The kinds of CAN FD data frames are their two bits spelt out.
+// The kinds of CAN FD data frames: their two bits spelt out.
 #pragma once
 
 #include "messages/enumerations.hpp"

@@ -1,4 +1,4 @@
-// What every message is, whatever trace it came from.
+// What all messages have in common, whatever trace they came from.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,11 @@
 
 namespace xlatr {
 
-// A message as a writer takes it. Writers map each class they know to their own form; there is no neutral message.
+// A message as a writer takes it. Writers map each class that they know to their own; there is no neutral message.
 class IMessage {
  public:
   virtual ~IMessage();
-  // The frame identifier; 0xFFFFFFFF when there is none.
+  // The frame identifier; 0xFFFFFFFF if there is none.
   [[nodiscard]] virtual std::uint32_t getIdentifier() const = 0;
   // Whether the record was understood and may be written.
   [[nodiscard]] virtual bool getValid() const = 0;
@@ -29,10 +29,10 @@ class IMessage {
   IMessage& operator=(IMessage&&) = default;
 };
 
-// The value of an identifier that is not there.
+// The value of a missing identifier.
 inline constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF;
 
-// The common fields. Messages are plain values that parsers and mappings fill, hence the open fields.
+// The common fields. Messages are plain values that parsers and mappings fill, so their fields are public.
 class Message : public IMessage {
  public:
   [[nodiscard]] std::uint32_t getIdentifier() const override { return id; }
@@ -46,7 +46,7 @@ class Message : public IMessage {
   std::vector<std::uint8_t> data;  // the payload
 
  protected:
-  // What a message without content has; `data` keeps its room, so that a message can be filled again and again.
+  // Sets what a message without content has; `data` keeps its storage, so that a message can be reused.
   void resetCommonFields() {
     id = kNoIdentifier;
     valid = false;
@@ -64,7 +64,7 @@ class MessageStyleCan : public Message {
   bool extended = false;  // 29-bit identifier
 
  protected:
-  // `noBus`: what the format takes for a bus that was not told.
+  // `noBus`: the format's value for an unknown bus.
   void resetCommonFields(std::uint32_t noBus) {
     Message::resetCommonFields();
     bus = noBus;

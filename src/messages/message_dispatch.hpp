@@ -1,4 +1,4 @@
-// Finds out of which class a message is.
+// Finds the class of a message.
 #pragma once
 
 #include <type_traits>
@@ -12,10 +12,10 @@ namespace xlatr {
 template <class... Classes>
 struct MessageClasses {};
 
-// Calls `take` with the message as the first class of the list that it is of, and answers whether there was one. The
-// classes are final, so that comparing the type says what a checked down-cast would, in a fraction of its time. All of
-// them are the library's own and hidden in it, so that a type has one description and its address will do: comparing
-// the descriptions themselves would compare names wherever they differ.
+// Calls `take` with the message as the class of the list that it has, and returns whether there was one. The classes
+// are final, so comparing the type gives the same result as a checked down-cast, in a fraction of its time. All of them
+// are the library's own and hidden in it, so each type has a single description and comparing addresses is enough;
+// comparing the descriptions themselves would compare names if they differ.
 template <class Take, class... Classes>
 bool dispatchMessage(MessageClasses<Classes...> /*accepted*/, const IMessage& message, Take&& take) {
   static_assert((std::is_final_v<Classes> && ...));

@@ -19,13 +19,13 @@ struct CalendarFields {
 };
 
 // Break seconds since 1970-01-01 00:00:00 UTC down into fields. Nothing for a negative count, whatever the system's own
-// conversion could do with it, and nothing for a year that the fields can't hold. Safe from any thread.
+// conversion could make of it, and nothing for a year that the fields can't hold. Safe from any thread.
 [[nodiscard]] std::optional<CalendarFields> toLocalCalendar(std::int64_t seconds);
 [[nodiscard]] std::optional<CalendarFields> toUtcCalendar(std::int64_t seconds);
 
-// The seconds since 1970-01-01 00:00:00 UTC of local fields, or -1 if the system can't represent them. Whether daylight
-// saving holds is for the system to find out. Fields out of range count on, so that 31 February is 2 or 3 March. The
-// weekday is not looked at. Safe from any thread.
+// The seconds since 1970-01-01 00:00:00 UTC of local fields, or -1 if the system can't represent them. The system finds
+// out whether daylight saving applies. Fields out of range carry over, so that 31 February is 2 or 3 March. The weekday
+// is ignored. Safe from any thread.
 [[nodiscard]] std::int64_t fromLocalCalendar(const CalendarFields& fields);
 
 }  // namespace xlatr::platform

@@ -12,7 +12,7 @@ struct FileTime {
   std::int32_t nanoseconds = 0;  // 0 to 999'999'999, counted forward from `seconds`
 };
 
-// When the file was created, or last modified where the file system keeps no creation time. Nothing if there is no such
+// When the file was created, or last modified if the file system keeps no creation time. Nothing if there is no such
 // file, if it is a directory, or if the caller may not read it. The file is not opened.
 [[nodiscard]] std::optional<FileTime> readCreationTime(const std::string& path);
 // When it was last modified; nothing in the same cases.

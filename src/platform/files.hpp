@@ -10,13 +10,13 @@ namespace xlatr::platform {
 
 // Whether there is something at the path that can hold data: a file or a device, but no folder.
 [[nodiscard]] bool fileExists(const std::string& path);
-// Bytes; 0 when it can't be told.
+// Bytes; 0 if the system does not say.
 [[nodiscard]] std::uint64_t fileSize(const std::string& path);
-// No effect when there is no file.
+// No effect if there is no file.
 void removeFile(const std::string& path);
 
 // One open file. Closed by its destructor. Failures are std::ios_base::failure with the path and the system's reason in
-// the text; none of the functions is for a file that is not open, but isOpen and close.
+// the text. On a file that is not open only isOpen and close may be called.
 class File {
  public:
   File() = default;
@@ -26,11 +26,11 @@ class File {
 
   // `path` must be a regular file: a folder, a pipe and a device are a failure here and not at the first read.
   [[nodiscard]] static File openForReading(const std::string& path);
-  // Makes the file when it is not there and empties it when it is.
+  // Creates the file, or empties it if it exists.
   [[nodiscard]] static File createForWriting(const std::string& path);
 
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
-  // Fills as much of `bytes` as the file still has and answers how much that was; 0 at the end.
+  // Fills as much of `bytes` as the file still has and returns how much that was; 0 at the end.
   [[nodiscard]] std::size_t read(std::span<char> bytes);
   // Writes all of `bytes`.
   void write(std::span<const char> bytes);

@@ -6,7 +6,7 @@
 
 namespace xlatr::platform {
 
-// Why there is a version or none. A platform need not know all of them.
+// Whether there is a version, and if not why. A platform need not know all of them.
 enum class HostVersionState {
   Found,
   NoRecord,     // the program carries no version

@@ -1,4 +1,4 @@
-// Where this library's own file lies, and how the platform writes a path.
+// Where this library's own file is, and how the platform writes a path.
 #pragma once
 
 #include <string>
@@ -6,10 +6,10 @@
 namespace xlatr::platform {
 
 // The directory of the file that holds this code, absolute, links followed, without a trailing separator: that of the
-// shared library, or of the program if the library is linked into it. Empty if the system does not tell.
+// shared library, or of the program if the library is linked into it. Empty if the system does not say.
 [[nodiscard]] std::string moduleDirectory();
 
-// What the platform puts between two directories. Paths are cut at more than this character: see util/paths.
+// What the platform puts between two directories. Paths are split at other characters too: see util/paths.
 [[nodiscard]] char pathSeparator();
 
 }  // namespace xlatr::platform

@@ -16,12 +16,12 @@ inline constexpr std::uint32_t kNoExitCode = 0xFFFFFFFF;
 
 // Where a program finds its standard input and leaves its standard output. Its standard error is always ours.
 enum class StandardStreams {
-  Inherited,  // ours, too
+  Inherited,  // the same as ours
   Closed,     // nothing is to be read, and what it prints is lost
 };
 
-// A handle to one started program. The program lives on when its handle goes; only one whose end was seen through the
-// handle is sure to leave nothing behind in the system's process table. One thread at a time.
+// A handle to one started program. The program lives on when its handle goes. It is sure to leave nothing in the
+// system's process table only if its end was seen through the handle. One thread at a time.
 class Process {
  public:
   Process();
@@ -30,23 +30,23 @@ class Process {
   Process& operator=(Process&& other) noexcept;
 
   // Starts the program with the arguments as they are, without a command processor, in this process's environment and
-  // directory. A name without a separator is searched as the system does. The program gets the standard streams and no
-  // other open file of ours. False if it can't be started; the handle then refers to no program. A program that the
+  // directory. A name without a separator is searched for as the system does. The program gets the standard streams and
+  // no other open file of ours. False if it can't be started; the handle then refers to no program. A program that the
   // handle referred to before is let go.
   [[nodiscard]] bool start(const std::string& program, std::span<const std::string> arguments,
                            StandardStreams streams = StandardStreams::Inherited);
 
   // The same with the standard output going to us and nothing to be read: waits without a limit for the program's end
-  // and answers the first `most` bytes of what it printed; wait() then answers the exit code. Nothing if it can't be
+  // and returns the first `most` bytes of what it printed; wait() then returns the exit code. Nothing if it can't be
   // started.
   [[nodiscard]] std::optional<std::string> run(const std::string& program, std::span<const std::string> arguments,
                                                std::size_t most);
 
-  // True from a successful start until the handle is moved from, also after the program has ended.
+  // True from a successful start until the handle is moved from, even after the program has ended.
   [[nodiscard]] bool isStarted() const { return state_ != nullptr; }
 
-  // The exit code, or nothing if the program still runs after the limit; a limit of 0 only looks. May be asked again,
-  // also after the end. Where the system ended the program by a signal the code is 128 and the number of the signal.
+  // The exit code, or nothing if the program still runs after the limit; a limit of 0 only checks. May be called again,
+  // even after the end. If the system ended the program by a signal, the code is 128 plus the number of the signal.
   [[nodiscard]] std::optional<std::uint32_t> waitFor(std::chrono::milliseconds limit);
 
   // The same without a limit.

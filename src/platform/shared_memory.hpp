@@ -1,7 +1,7 @@
 // What this process shares with another one under a name: a piece of memory and the lock that guards it.
 //
-// A name belongs to whoever comes first, and the other one attaches to what is there. Only processes of the same user
-// can. Nothing here raises a failure.
+// Whoever opens a name first creates what it stands for, and the other process attaches to it. Only processes of the
+// same user can. Nothing here raises a failure.
 #pragma once
 
 #include <chrono>
@@ -19,15 +19,15 @@ class SharedMemory {
   SharedMemory(const SharedMemory&) = delete;
   SharedMemory& operator=(const SharedMemory&) = delete;
 
-  // Makes the memory of this name, zeroed, or attaches to it. False if that fails.
+  // Creates the memory of this name, zeroed, or attaches to it. False if that fails.
   [[nodiscard]] bool open(const std::string& name, std::size_t size);
-  // Gives the memory back. What another process still uses lives on.
+  // Releases the memory. What another process still uses lives on.
   void close();
   [[nodiscard]] bool isOpen() const { return bytes_ != nullptr; }
   [[nodiscard]] std::span<std::byte> bytes() const { return {bytes_, size_}; }
 
-  // Takes the name away: whoever asks for it from now on gets memory of its own. Attached processes keep what they
-  // have. No effect when there is no such name.
+  // Removes the name: whoever opens it from now on gets new memory. Attached processes keep what they have. No effect
+  // if there is no such name.
   static void remove(const std::string& name);
 
  private:
@@ -35,8 +35,8 @@ class SharedMemory {
   std::size_t size_ = 0;
 };
 
-// A lock between processes, free when it is made. Unlike a lock between threads it is not given back by a process that
-// ends while it holds it, so that it is only ever waited for with a limit.
+// A lock between processes, free when it is created. Unlike a lock between threads it is not released when a process
+// ends that holds it, so it is only ever waited for with a limit.
 class NamedMutex {
  public:
   NamedMutex() = default;
@@ -47,7 +47,7 @@ class NamedMutex {
   [[nodiscard]] bool open(const std::string& name);
   void close();
   [[nodiscard]] bool isOpen() const { return handle_ != nullptr; }
-  // False when it was not to be had within the limit.
+  // False if it was not free within the limit.
   [[nodiscard]] bool lock(std::chrono::milliseconds limit);
   void unlock();
 

@@ -1,4 +1,4 @@
-// What the standard library does not tell about threads.
+// What the standard library does not offer for threads.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace xlatr::platform {
 [[nodiscard]] std::int64_t currentProcessId();
 
 // Puts the current thread into the class that runs only when nothing else wants the processor. It may have to stay
-// there: not every user may leave the class again. A platform that refuses changes nothing.
+// there: not every user may leave the class again. No effect if the platform refuses.
 void enterIdlePriority();
 
 }  // namespace xlatr::platform

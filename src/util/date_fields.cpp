@@ -18,8 +18,8 @@ constexpr char toLower(char character) {
   return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
 }
 
-// One character without case and accent. Only the accents of our names are known; anything else stays as it is and
-// then matches no name.
+// One character without case and accent. Only the accents in our names are known; any other character stays as it is
+// and then matches no name.
 struct FoldedCharacter {
   char letter = '\0';
   std::size_t size = 0;  // in bytes of the text
@@ -179,7 +179,7 @@ class Parser {
     return true;
   }
 
-  // The longest form counts, so that "mars" is not read as "mar" with an "s" behind it.
+  // The longest form counts, so that "mars" is not read as "mar" followed by an "s".
   bool parseName(std::span<const std::string_view> cells, std::int32_t first, std::int32_t& out) {
     std::size_t longest = 0;
     for (std::size_t index = 0; index < cells.size(); ++index) {
@@ -196,8 +196,8 @@ class Parser {
     return longest > 0;
   }
 
-  // The points and the blanks between the letters are optional one by one: a reader that takes the first point of its
-  // text for that of a fraction leaves "a. m." without its first one.
+  // Each point and each blank between the letters is optional: a reader that takes the first point of its text for that
+  // of a fraction leaves "a. m." without its first one.
   bool parseMarker() {
     const bool afternoon = takeLetter('p');
     if (!afternoon && !takeLetter('a')) {
@@ -209,7 +209,7 @@ class Parser {
       return false;
     }
     static_cast<void>(take('.'));
-    // 12 AM is the first hour of the day and 12 PM the first behind noon.
+    // 12 AM is the first hour of the day and 12 PM the first after noon.
     fields_.hour = fields_.hour % 12 + (afternoon ? 12 : 0);
     return true;
   }

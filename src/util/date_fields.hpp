@@ -1,5 +1,5 @@
-// Dates and times out of text, by a format and in one of seven languages. The locale of the process is neither read nor
-// changed, so that any number of threads may parse at once and every machine reads the same.
+// Reading dates and times from text, by a format and in one of seven languages. The locale of the process is neither
+// read nor changed, so any number of threads may parse at once, and every machine reads the same.
 #pragma once
 
 #include <cstddef>
@@ -10,9 +10,9 @@
 
 namespace xlatr {
 
-// Reads the start of `text` as `format` says. Answers the position behind what it took, and puts what it read into
-// `fields`; a field that the format does not name stays. Nothing, and `fields` untouched, if the text does not go on
-// like the whole format. What follows behind is no matter.
+// Reads the start of `text` as `format` says. Returns the position after what it took and puts what it read into
+// `fields`; a field that the format does not name stays as it is. If the text does not match the whole format, returns
+// nothing and leaves `fields` alone. What follows the match is ignored.
 //
 //   %a %b  weekday and month, in full or abbreviated
 //   %d %m  day 1 to 31 and month 1 to 12: one or two digits
@@ -22,11 +22,11 @@ namespace xlatr {
 //   %T %r  %H:%M:%S and %I:%M:%S %p
 //   blank  any blanks, or none
 //
-// Any other character stands for itself. Blanks may stand in front. Names and markers may be of any case; accents may
-// be written in UTF-8, in Latin-1 or not at all; a point may follow a name. A marker is "am", "a.m." or "a. m.".
+// Any other character stands for itself. Blanks may come first. Names and markers may have letters of any case; accents
+// may be written in UTF-8, in Latin-1 or not at all; a point may follow a name. A marker is "am", "a.m." or "a. m.".
 //
 // `locale` is "en-US", "en-GB", "de-DE", "fr-FR", "nl-NL", "es-ES" or "it-IT"; empty means the English names. Any other
-// raises a failure with the text "bad locale name".
+// locale raises a failure with the text "bad locale name".
 [[nodiscard]] std::optional<std::size_t> parseDateFields(std::string_view text, std::string_view format,
                                                          platform::CalendarFields& fields, std::string_view locale);
 

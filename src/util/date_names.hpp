@@ -1,5 +1,6 @@
-// The names of months and weekdays in the languages of the dates in file headers. They stand here because a machine
-// need not have a locale of those languages installed, and because the locale of the process belongs to the host.
+// The names of months and weekdays in the languages of the dates in file headers. They are kept here because a machine
+// need not have a locale of those languages installed, and because the locale of the process belongs to the host
+// program.
 #pragma once
 
 #include <array>
@@ -19,7 +20,7 @@ struct DateNames {
 // All the languages, in the order in which a date of unknown language is tried.
 [[nodiscard]] std::span<const DateNames> allDateNames();
 
-// Those of one locale, or null if it is none of ours.
+// The names of one locale, or null if it is not among ours.
 [[nodiscard]] const DateNames* findDateNames(std::string_view locale);
 
 // The English abbreviations as they are written.

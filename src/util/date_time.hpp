@@ -1,6 +1,7 @@
 // The moments in time that traces carry: when a trace started, when a file was made.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -12,17 +13,18 @@ namespace xlatr {
 // The word of every failure of a DateTime.
 inline constexpr std::string_view kInvalidDateTime = "Invalid data for a DateTime object";
 
-// The seconds of the null date, 1899-12-30 00:00:00.000.000: day zero of the OLE date scale, which many headers count
-// their start time on, so that a start time of 0.0 means none. It is the one valid moment before 1900.
+// The seconds of the null date, 1899-12-30 00:00:00.000.000: day zero of the OLE date scale. Many headers count their
+// start time on that scale, so a start time of 0.0 means none. It is the one valid moment before 1900.
 inline constexpr std::int64_t kNullDateSeconds = -2209161600;
 
-// One moment, kept as a count and as calendar fields, because file formats think in either. The two need not agree:
+// One moment, kept both as a count of seconds and as calendar fields, because file formats use one or the other. The
+// two need not agree:
 // - The fields are local time or UTC, as the maker of the object chose; the object does not remember which.
 // - Whoever changes one side calls updateFields or updateSeconds.
 //
 // Whatever fails raises a ConverterParsingException of kInvalidDateTime: seconds that can't be broken down (all
-// negative ones but those of the null date; the failure shows the number), and fields out of range (it shows the
-// diagnostic text). A plain value: one object, one thread at a time.
+// negative ones except those of the null date; the failure shows the number), and fields out of range (it shows the
+// diagnostic text). A plain value: one thread at a time per object.
 class DateTime {
  public:
   std::int64_t seconds = 0;  // since 1970-01-01 00:00:00 UTC
@@ -38,48 +40,53 @@ class DateTime {
   // Second 0 in local fields.
   DateTime();
 
-  // Breaks the seconds down, in UTC if `utc` is set and else in local time, and validates.
+  // Breaks the seconds down, in UTC if `utc` is set, otherwise in local time, and validates the fields.
   DateTime(std::int64_t secondsSince1970, std::int32_t milliseconds, std::int32_t microseconds, bool utc);
 
   // The current second in local fields, without a fraction.
   [[nodiscard]] static DateTime now();
 
-  // Local fields, whose seconds are computed and which are validated. The weekday is not looked at.
+  // From local fields: computes the seconds and validates the fields. The weekday is ignored.
   [[nodiscard]] static DateTime fromLocalFields(const platform::CalendarFields& fields, std::int32_t milliseconds,
                                                 std::int32_t microseconds);
 
   // From days since 1899-12-30, in UTC fields. The second is truncated, the millisecond rounded, and the microseconds
   // are what the millisecond leaves, if anything. Nothing is carried into the second and the fraction is not validated,
-  // so a millisecond of 1000 can stand, and before the null date a negative one.
+  // so the millisecond can be 1000, and before the null date it can be negative.
   [[nodiscard]] static DateTime fromOleDate(double days);
 
-  // The same with a truncated millisecond. Since days hardly ever come to a whole millisecond, 999 or 1000 microseconds
-  // count as the next one.
+  // The same with a truncated millisecond. Days are hardly ever a whole number of milliseconds, so 999 or 1000
+  // microseconds count as the next one.
   [[nodiscard]] static DateTime fromOleDateTruncated(double days);
 
-  // The parsers. A text that can't be read is no failure: it gives second 0 in local fields. Only what reads as a date
-  // and is out of range raises one. The fields are taken for local time.
+  // The parsers. A text that can't be read is no failure: it gives second 0 in local fields. Only a date with a field
+  // out of range raises a failure. The fields are taken as local time.
 
-  // dd.mm.yyyy HH:MM:SS, a point and the milliseconds. They stand behind the last point of the text, and they are a
-  // number and no decimals: ".5" means 5. What stands between the seconds and that point is not looked at.
+  // dd.mm.yyyy HH:MM:SS, a point and the milliseconds. These follow the last point of the text and are a whole number,
+  // not decimals: ".5" means 5. Anything between the seconds and that point is ignored.
   [[nodiscard]] static DateTime parseGerman(std::string_view text);
 
-  // dd.mm.yyyy HH:MM:SS; what follows is not looked at.
+  // dd.mm.yyyy HH:MM:SS; what follows is ignored.
   [[nodiscard]] static DateTime parseGermanNoFraction(std::string_view text);
 
   // Weekday, month, day, time, year in any of the languages of parseDateFields, on a clock of 24 or of 12 hours, such
-  // as "Thu Nov 01 10:20:30.123 pm 2012". The first point up to the next blank is the fraction, in milliseconds as in
-  // parseGerman, also if that point ends an abbreviation. A weekday of an unknown language is passed over.
+  // as "Thu Nov 01 10:20:30.123 pm 2012". The fraction goes from the first point to the next blank, even if that point
+  // ends an abbreviation; it is in milliseconds, as in parseGerman. A weekday of an unknown language is skipped.
   [[nodiscard]] static DateTime parseLocalized(std::string_view text);
 
-  // The fields from the seconds, in local time; the fraction stays.
+  // The part of a second: the milliseconds and microseconds in one.
+  [[nodiscard]] std::chrono::microseconds fraction() const {
+    return std::chrono::milliseconds(millisecond) + std::chrono::microseconds(microsecond);
+  }
+
+  // Sets the fields from the seconds, in local time; the fraction stays.
   void updateFields();
 
-  // The seconds from the fields, taken for local time. What the system can't represent is -1.
+  // Sets the seconds from the fields, taken as local time; -1 if the system can't represent them.
   void updateSeconds();
 
-  // Raises a failure if a field is out of range. A day of 31 is in range in every month. Before 1900 only the null
-  // date is valid. The seconds are not looked at.
+  // Raises a failure if a field is out of range. A day of 31 is in range in every month. Before 1900 only the null date
+  // is valid. The seconds are ignored.
   void validate() const;
 
   // 0 for Sunday to 6 for Saturday, of the seconds in local time; 6 for the null date.
@@ -91,8 +98,8 @@ class DateTime {
   // header: the starts of ASC logs, CSV tables and logger sessions are these sums.
   [[nodiscard]] double toOleDateFractionFirst() const;
 
-  // The text forms. Numbers are filled with zeros to the width shown, the year is not filled. They print the fields as
-  // they are, toAscText excepted.
+  // The text forms. Numbers are filled with zeros to the width shown; the year is not filled. All but toAscText print
+  // the fields as they are.
   [[nodiscard]] std::string toDottedText() const;         // dd.mm.yyyy HH:MM:SS.mmm
   [[nodiscard]] std::string toDottedTextMicro() const;    // dd.mm.yyyy HH:MM:SS.mmm.uuu
   [[nodiscard]] std::string toDiagnosticText() const;     // dd.mm.yyyy HH:MM:SS.mmm.u, microseconds not filled
@@ -107,11 +114,13 @@ class DateTime {
   bool operator==(const DateTime&) const = default;
 
  private:
+  // The calendar fields in UTC if `utc` is set, otherwise in local time.
+  [[nodiscard]] static platform::CalendarFields breakDown(std::int64_t secondsSince1970, bool utc);
   [[nodiscard]] bool isNullDate() const;
   void setFields(const platform::CalendarFields& fields);
 };
 
-// Second 0 in UTC fields, the DateTime of what has none.
+// Second 0 in UTC fields: the DateTime of anything that has none.
 [[nodiscard]] const DateTime& emptyDateTime();
 
 }  // namespace xlatr

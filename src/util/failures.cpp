@@ -28,7 +28,7 @@ ConverterProcessingException::~ConverterProcessingException() = default;
 
 namespace {
 
-// An entry stays until its thread fails again, so that the text can be asked for at any later time, also by another
+// An entry stays until its thread fails again, so that the text can be asked for at any later time, even by another
 // thread and after the failing one has ended.
 struct LastErrorStore {
   Mutex lock;

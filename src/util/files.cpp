@@ -20,7 +20,7 @@ std::optional<std::uint64_t> getFileSize(const std::string& path) {
 std::uint32_t detectLineEnding(const std::string& path) {
   constexpr std::uint32_t kLineFeed = 1;
   constexpr std::uint32_t kCarriageReturnAndLineFeed = 2;
-  // The first line of a damaged or binary file may be gigabytes long, so it is looked at piece by piece.
+  // The first line of a damaged or binary file may be gigabytes long, so it is searched piece by piece.
   std::array<char, 4096> buffer;
   bool empty = true;
   bool lineFeed = false;

@@ -1,5 +1,5 @@
-// What is asked of a file before a reader opens it. Neither function throws for a file that is missing or unreadable,
-// and both take the same small memory whatever the size of the file.
+// What readers ask about a file before they open it. Neither function throws for a missing or unreadable file, and both
+// need the same small amount of memory whatever the size of the file.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Two-digit hexadecimal, in which text formats print and read payload bytes: tables, because it runs once per byte.
+// Two-digit hexadecimal, as text formats print and read payload bytes. Tables, because this runs once per byte.
 #pragma once
 
 #include <array>
@@ -20,7 +20,7 @@ inline constexpr auto kHexPairs = [] {
   return pairs;
 }();
 
-// Character, as unsigned char -> value of the digit, both letter cases; -1 for a character that is none.
+// Character, as unsigned char -> value of the digit, both letter cases; -1 for any other character.
 inline constexpr auto kHexDigitValues = [] {
   std::array<std::int8_t, UCHAR_MAX + 1> values{};
   values.fill(-1);
@@ -38,7 +38,7 @@ inline constexpr auto kHexDigitValues = [] {
   return kHexDigitValues[static_cast<unsigned char>(digit)];
 }
 
-// The two digits of a byte as text that lives for ever.
+// The two digits of a byte as text that lives forever.
 [[nodiscard]] constexpr std::string_view hexPair(std::uint8_t value) {
   return {kHexPairs[value].data(), kHexPairs[value].size()};
 }

@@ -1,4 +1,4 @@
-// What the library asks of the machine and the program that it runs in. Nothing here throws for what it does not find.
+// What the library asks the machine and the host program. Nothing here throws if something is not found.
 #pragma once
 
 #include <cstddef>
@@ -14,34 +14,35 @@
 
 namespace xlatr {
 
-// When the file was created, in local fields; where the file system does not know, when it was last modified. Second 0
-// if the file can't be opened for reading or its times can't be had. No handle on the file stays open.
+// When the file was created, in local fields; if the file system does not know, when it was last modified. Second 0 if
+// the file can't be opened for reading or has no times. No handle on the file stays open.
 [[nodiscard]] DateTime getFileCreationTime(const std::string& path);
 
-// When the file was last modified, in local fields; second 0 if that can't be had.
+// When the file was last modified, in local fields; second 0 if that is not known.
 [[nodiscard]] DateTime getFileModificationTime(const std::string& path);
 
-// A file time in local fields, the tenths of a microsecond cut off; second 0 for one that no calendar breaks down.
+// A file time in local fields, with the tenths of a microsecond cut off; second 0 for a time that no calendar can break
+// down.
 [[nodiscard]] DateTime fileTimeToDateTime(const platform::FileTime& time);
 
-// The product version of the host program as "1.2.3.4", or a word for why there is none. It goes into written headers
-// as it is.
+// The product version of the host program as "1.2.3.4", or a word that says why there is none. Written headers contain
+// it as it is.
 [[nodiscard]] std::string getHostVersionText();
 [[nodiscard]] std::string hostVersionToText(const platform::HostVersion& version);
 
 // Absolute, without a trailing separator. Helper programs are looked for there.
 [[nodiscard]] std::string getLibraryDirectory();
 
-// Runs the program, waits for its end without a limit and answers its exit code, or 0xFFFFFFFF if it could not be
-// started or its code not be had. Arguments reach the program as they are, blanks and quotes included.
+// Runs the program, waits for its end without a limit and returns its exit code, or 0xFFFFFFFF if it could not be
+// started or has no exit code. The program gets the arguments unchanged, blanks and quotes included.
 [[nodiscard]] std::uint32_t runCommandAndWait(const std::string& program, const std::vector<std::string>& arguments);
 
-// Starts the program, with its standard input and output closed, and goes on; `process` then refers to it. False if it
-// could not be started.
+// Starts the program, with its standard input and output closed, and does not wait for it; `process` then refers to it.
+// False if it could not be started.
 [[nodiscard]] bool startCommand(const std::string& program, const std::vector<std::string>& arguments,
                                 platform::Process& process);
 
-// What a program left that has ended: what it printed, or the start of that, and its exit code.
+// What a program that has ended left: its output, or the start of it, and its exit code.
 struct CommandAnswer {
   std::string output;
   std::uint32_t exitCode = platform::kNoExitCode;
@@ -56,8 +57,8 @@ struct CommandAnswer {
 // The shortest path that is too long for `makeUniqueFilePath`.
 inline constexpr std::size_t kUniquePathLimit = 260;
 
-// A path in the directory for a file that nobody else has: the prefix, a fresh GUID in hexadecimal, a point and the
-// extension. No file is made. False, and `path` untouched, if there is no GUID to be had or the path is too long.
+// A path in the directory for a file that nobody else uses: the prefix, a fresh GUID in hexadecimal, a point and the
+// extension. No file is made. Returns false and leaves `path` alone if there is no GUID or the path is too long.
 [[nodiscard]] bool makeUniqueFilePath(const std::string& directory, const std::string& prefix,
                                       const std::string& extension, std::string& path);
 

@@ -10,7 +10,7 @@
 
 namespace xlatr {
 
-// Looks for `key` and hands what stands behind it to `match`, occurrence after occurrence, until that answers
+// Looks for `key` and passes the text after it to `match`, one occurrence after the other, until that returns
 // something.
 template <class Match>
 auto searchBehind(std::string_view line, std::string_view key, Match match) -> decltype(match(line)) {
@@ -22,7 +22,7 @@ auto searchBehind(std::string_view line, std::string_view key, Match match) -> d
   return std::nullopt;
 }
 
-// The number at the start of the text that is digits, a point and digits; versions and start times are written so.
+// The number at the start of the text if it is digits, a point and digits, as versions and start times are written.
 inline std::optional<double> matchPointNumber(std::string_view text) {
   const std::size_t whole = countLeading(text, isDecimalDigit);
   if (whole == 0 || whole == text.size() || text[whole] != '.') {

@@ -1,4 +1,4 @@
-// Numbers as binary files hold them: the low byte first.
+// Numbers as binary files store them: the low byte first.
 #pragma once
 
 #include <bit>
@@ -17,7 +17,7 @@ using BitsOfSize = std::conditional_t<
     kSize == 1, std::uint8_t,
     std::conditional_t<kSize == 2, std::uint16_t, std::conditional_t<kSize == 4, std::uint32_t, std::uint64_t>>>;
 
-// Compilers make one move of these loops where the machine's order is the same.
+// Compilers turn these loops into one move on machines with the same byte order.
 template <class Bits>
 [[nodiscard]] constexpr Bits gatherLittle(const std::uint8_t* bytes) {
   Bits bits = 0;

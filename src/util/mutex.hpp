@@ -1,5 +1,5 @@
-// Locks that clang's thread-safety analysis understands: the compiler then checks that guarded members are touched
-// under their lock only.
+// Locks that clang's thread-safety analysis understands, so that the compiler checks that guarded members are only
+// touched under their lock.
 #pragma once
 
 #include <mutex>

@@ -1,9 +1,11 @@
 #include "util/numbers.hpp"
 
-#include <array>
+#include <charconv>
 #include <limits>
 #include <optional>
 #include <string>
+#include <system_error>
+#include <type_traits>
 
 #include "util/failures.hpp"
 #include "util/hex.hpp"
@@ -13,88 +15,46 @@ namespace xlatr {
 
 namespace {
 
-// What tells one strict parser from another.
+constexpr std::uint64_t kMaxUInt64 = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t kMaxInt32 = std::numeric_limits<std::int32_t>::max();
+
+// What differs between the strict parsers.
 struct NumberForm {
   int base;
   std::uint64_t maximum;
   std::string_view word;
 };
 
-constexpr std::uint64_t kMaxUInt64 = std::numeric_limits<std::uint64_t>::max();
-constexpr std::uint64_t kMaxInt32 = std::numeric_limits<std::int32_t>::max();
-
+constexpr NumberForm kByteForm = {10, 0xFF, "String is not a byte"};
+constexpr NumberForm kHexByteForm = {16, 0xFF, "String is not a hexa byte"};
 constexpr NumberForm kUInt16Form = {10, 0xFFFF, "String is not a uint16"};
 constexpr NumberForm kInt16HexForm = {16, 0x7FFF, "String is not a int16 hexa"};
+constexpr NumberForm kUInt32Form = {10, 0xFFFFFFFF, "String is not a uint32"};
+constexpr NumberForm kHexUInt32Form = {16, 0xFFFFFFFF, "String is not a hexa uint32"};
+constexpr NumberForm kBinaryUInt32Form = {2, 0xFFFFFFFF, "String is not a binary uint32"};
 constexpr NumberForm kUInt64Form = {10, kMaxUInt64, "String is not a uint64"};
 constexpr std::string_view kInt32Word = "String is not a int32";
 constexpr std::string_view kBaseWord = "Base not supported";
 
-constexpr std::array<NumberForm, 2> kByteForms = {{
-    {10, 0xFF, "String is not a byte"},
-    {16, 0xFF, "String is not a hexa byte"},
-}};
-
-constexpr std::array<NumberForm, 3> kUInt32Forms = {{
-    {10, 0xFFFFFFFF, "String is not a uint32"},
-    {16, 0xFFFFFFFF, "String is not a hexa uint32"},
-    {2, 0xFFFFFFFF, "String is not a binary uint32"},
-}};
-
-template <std::size_t Size>
-const NumberForm* findForm(const std::array<NumberForm, Size>& forms, int base) {
-  for (const NumberForm& form : forms) {
-    if (form.base == base) {
-      return &form;
-    }
-  }
-  return nullptr;
-}
-
-// The value of digits alone, none of which is 0 and too many the largest value; nothing if another character is there.
+// The value of a text of digits: 0 if it is empty, the largest value if there are too many digits. Nothing if there is
+// any other character, even a sign.
 std::optional<std::uint64_t> readDigits(std::string_view digits, int base) {
-  const auto factor = static_cast<std::uint64_t>(base);
   std::uint64_t value = 0;
-  bool overflow = false;
-  for (const char character : digits) {
-    const int digit = hexDigitValue(character);
-    if (digit < 0 || digit >= base) {
-      return std::nullopt;
-    }
-    const auto addend = static_cast<std::uint64_t>(digit);
-    // The first test spares ordinary numbers the division.
-    overflow = overflow || (value > kMaxUInt64 / 16 && value > (kMaxUInt64 - addend) / factor);
-    value = value * factor + addend;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, value, base);
+  if (stop != end) {
+    return std::nullopt;
   }
-  return overflow ? kMaxUInt64 : value;
+  return error == std::errc::result_out_of_range ? kMaxUInt64 : value;
 }
 
 bool isAllZeros(std::string_view text) {
   return text.find_first_not_of('0') == std::string_view::npos;
 }
 
-// Nearly every number in a trace: a few digits and nothing else, which none of the oddities concerns and which can't
-// overflow. Nothing for every other text, which is then read in full.
-std::optional<std::uint64_t> readFewDigits(std::string_view text, int base) {
-  constexpr std::size_t kMostDigits = 8;
-  if (text.empty() || text.size() > kMostDigits) {
-    return std::nullopt;
-  }
-  std::uint64_t value = 0;
-  for (const char character : text) {
-    const int digit = hexDigitValue(character);
-    if (digit < 0 || digit >= base) {
-      return std::nullopt;
-    }
-    value = value * static_cast<std::uint64_t>(base) + static_cast<std::uint64_t>(digit);
-  }
-  return value;
-}
-
-// A zero is checked against the text with its blanks, all others without: that is how " 0" and a text of blanks fail.
+// A zero is checked against the text with its blanks, any other number without: that is how " 0" and a text of blanks
+// fail.
 std::optional<std::uint64_t> readUnsigned(std::string_view text, const NumberForm& form) {
-  if (const auto value = readFewDigits(text, form.base)) {
-    return *value <= form.maximum ? value : std::nullopt;
-  }
   const auto value = readDigits(trimmed(text), form.base);
   if (!value || *value > form.maximum || (*value == 0 && !isAllZeros(text))) {
     return std::nullopt;
@@ -102,29 +62,38 @@ std::optional<std::uint64_t> readUnsigned(std::string_view text, const NumberFor
   return value;
 }
 
-template <typename Number>
-Number parseUnsigned(std::string_view text, const NumberForm& form) {
-  const auto value = readUnsigned(text, form);
-  if (!value) {
-    throwParsingFailure(form.word, text);
+// Nearly every number in a trace is digits and nothing else, and none of the oddities concerns it. The form is a
+// template argument, so that from_chars gets a loop of its own for each base.
+template <const NumberForm& kForm, typename Number>
+bool tryParseUnsigned(std::string_view text, Number& out) {
+  std::make_unsigned_t<Number> plain = 0;
+  const char* const end = text.data() + text.size();
+  if (const auto [stop, error] = std::from_chars(text.data(), end, plain, kForm.base);
+      stop == end && error == std::errc() && plain <= kForm.maximum) {
+    out = static_cast<Number>(plain);
+    return true;
   }
-  return static_cast<Number>(*value);
-}
-
-template <typename Number>
-bool tryParseUnsigned(std::string_view text, Number& out, const NumberForm& form) {
-  const auto value = readUnsigned(text, form);
+  const auto value = readUnsigned(text, kForm);
   if (value) {
     out = static_cast<Number>(*value);
   }
   return value.has_value();
 }
 
+template <const NumberForm& kForm, typename Number>
+Number parseUnsigned(std::string_view text) {
+  Number value = 0;
+  if (!tryParseUnsigned<kForm>(text, value)) {
+    throwParsingFailure(kForm.word, text);
+  }
+  return value;
+}
+
 bool startsWithSign(std::string_view text) {
   return !text.empty() && (text.front() == '+' || text.front() == '-');
 }
 
-// Trims behind a sign only, so that a text without one keeps the blanks that make " 0" fail.
+// Trims only after a sign, so that a text without one keeps the blanks that make " 0" fail.
 std::string_view stripSign(std::string_view text) {
   return startsWithSign(text) ? trimmed(text.substr(1)) : text;
 }
@@ -137,7 +106,7 @@ std::optional<std::int32_t> readInt32(std::string_view text) {
   }
   const bool negative = !body.empty() && body.front() == '-';
   if (startsWithSign(body) && body.size() > 1 && !isDecimalDigit(body[1])) {
-    magnitude = 0;  // a sign binds only to a digit right behind it; "- 5" then fails the test for zeros
+    magnitude = 0;  // a sign binds only to a digit right after it; "- 5" then fails the test for zeros
   }
   if (*magnitude > kMaxInt32 + (negative ? 1 : 0) || (*magnitude == 0 && !isAllZeros(stripSign(text)))) {
     return std::nullopt;
@@ -157,7 +126,7 @@ PrefixedNumber readPrefix(std::string_view text) {
   if (body.size() > 1 && toUpperAscii(body.back()) == 'H') {
     return {body, 16, true};
   }
-  // The marker is looked for in the text with its blanks, hence no prefix behind a blank.
+  // The marker is looked for in the text with its blanks, hence no prefix after a blank.
   if (body.size() > 2 && body.front() == '0') {
     const char marker = toUpperAscii(text[1]);
     if (marker == 'X' || marker == 'B') {
@@ -167,7 +136,8 @@ PrefixedNumber readPrefix(std::string_view text) {
   return {body, 10, false};
 }
 
-// Hands `parse` the text without prefix. An "h" at the end becomes a zero character, which no base takes for a digit.
+// Passes the text without prefix to `parse`. An "h" at the end becomes a zero character, which no base takes for a
+// digit.
 template <typename Parse>
 auto parseAuto(std::string_view text, Parse parse) {
   const PrefixedNumber number = readPrefix(text);
@@ -214,52 +184,68 @@ std::uint8_t parseHexPair(std::string_view text) {
 }
 
 std::uint8_t parseByte(std::string_view text, int base) {
-  const NumberForm* form = findForm(kByteForms, base);
-  if (form == nullptr) {
-    throwParsingFailure(kBaseWord, std::to_string(base));
+  switch (base) {
+    case 10:
+      return parseUnsigned<kByteForm, std::uint8_t>(text);
+    case 16:
+      return parseUnsigned<kHexByteForm, std::uint8_t>(text);
+    default:
+      throwParsingFailure(kBaseWord, std::to_string(base));
   }
-  return parseUnsigned<std::uint8_t>(text, *form);
 }
 
 bool tryParseByte(std::string_view text, std::uint8_t& out) noexcept {
-  return tryParseUnsigned(text, out, kByteForms.front());
+  return tryParseUnsigned<kByteForm>(text, out);
 }
 
 std::uint16_t parseUInt16(std::string_view text) {
-  return parseUnsigned<std::uint16_t>(text, kUInt16Form);
+  return parseUnsigned<kUInt16Form, std::uint16_t>(text);
 }
 
 bool tryParseUInt16(std::string_view text, std::uint16_t& out) noexcept {
-  return tryParseUnsigned(text, out, kUInt16Form);
+  return tryParseUnsigned<kUInt16Form>(text, out);
 }
 
 std::int16_t parseInt16Hex(std::string_view text) {
-  return parseUnsigned<std::int16_t>(text, kInt16HexForm);
+  return parseUnsigned<kInt16HexForm, std::int16_t>(text);
 }
 
 bool tryParseInt16Hex(std::string_view text, std::int16_t& out) noexcept {
-  return tryParseUnsigned(text, out, kInt16HexForm);
+  return tryParseUnsigned<kInt16HexForm>(text, out);
 }
 
 std::uint32_t parseUInt32(std::string_view text, int base) {
-  const NumberForm* form = findForm(kUInt32Forms, base);
-  if (form == nullptr) {
-    throwParsingFailure(kBaseWord, text);
+  switch (base) {
+    case 10:
+      return parseUnsigned<kUInt32Form, std::uint32_t>(text);
+    case 16:
+      return parseUnsigned<kHexUInt32Form, std::uint32_t>(text);
+    case 2:
+      return parseUnsigned<kBinaryUInt32Form, std::uint32_t>(text);
+    default:
+      throwParsingFailure(kBaseWord, text);
   }
-  return parseUnsigned<std::uint32_t>(text, *form);
 }
 
 bool tryParseUInt32(std::string_view text, std::uint32_t& out, int base) noexcept {
-  const NumberForm* form = findForm(kUInt32Forms, base);
-  return form != nullptr && tryParseUnsigned(text, out, *form);
+  switch (base) {
+    case 10:
+      return tryParseUnsigned<kUInt32Form>(text, out);
+    case 16:
+      return tryParseUnsigned<kHexUInt32Form>(text, out);
+    case 2:
+      return tryParseUnsigned<kBinaryUInt32Form>(text, out);
+    default:
+      return false;
+  }
 }
 
 std::uint64_t parseUInt64(std::string_view text) {
-  return parseUnsigned<std::uint64_t>(text, kUInt64Form);
+  return parseUnsigned<kUInt64Form, std::uint64_t>(text);
 }
 
 bool tryParseUInt64(std::string_view text, std::uint64_t& out) noexcept {
-  return tryParseUnsigned(text, out, kUInt64Form);
+  return tryParseUnsigned<kUInt64Form>(text, out);
 }
 
 std::int32_t parseInt32(std::string_view text) {
@@ -276,8 +262,14 @@ std::uint8_t parseByteAuto(std::string_view text) {
 
 bool tryParseByteAuto(std::string_view text, std::uint8_t& out) noexcept {
   const PrefixedNumber number = readPrefix(text);
-  const NumberForm* form = findForm(kByteForms, number.base);
-  return !number.hasSuffix && form != nullptr && tryParseUnsigned(number.digits, out, *form);
+  switch (number.hasSuffix ? 0 : number.base) {
+    case 10:
+      return tryParseUnsigned<kByteForm>(number.digits, out);
+    case 16:
+      return tryParseUnsigned<kHexByteForm>(number.digits, out);
+    default:
+      return false;
+  }
 }
 
 std::uint32_t parseUInt32Auto(std::string_view text) {

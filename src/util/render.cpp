@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <string_view>
 
 #include "util/hex.hpp"
@@ -13,20 +14,23 @@ namespace {
 
 constexpr std::array<double, 10> kPowersOfTen = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
 
-// The decimal digits of a number, at least `least` of them, in a buffer of its own.
+constexpr std::size_t kMostPlaces = kPowersOfTen.size() - 1;
+constexpr std::size_t kMostDigits = 20;  // what the largest number has
+
+// The decimal digits of a number in a buffer of its own.
 class Digits {
  public:
-  explicit Digits(std::uint64_t value, std::size_t least = 1) {
-    do {
-      text_[--begin_] = static_cast<char>('0' + value % 10);
-      value /= 10;
-    } while (value != 0 || text_.size() - begin_ < least);
-  }
-  [[nodiscard]] std::string_view view() const { return {text_.data() + begin_, text_.size() - begin_}; }
+  explicit Digits(std::uint64_t value) : end_(std::to_chars(text_.data(), text_.data() + text_.size(), value).ptr) {}
+  // It points into itself.
+  Digits(const Digits&) = delete;
+  Digits& operator=(const Digits&) = delete;
+  ~Digits() = default;
+
+  [[nodiscard]] std::string_view view() const { return {text_.data(), end_}; }
 
  private:
-  std::array<char, 20> text_;  // what the largest number has
-  std::size_t begin_ = text_.size();
+  std::array<char, kMostDigits> text_;
+  const char* end_;
 };
 
 std::string_view hexDigits(std::array<char, 8>& text, std::uint32_t value, std::size_t digits) {
@@ -51,16 +55,23 @@ std::string formatted(double value, std::chars_format format, int precision) {
 // `units` is the value in units of its last decimal place.
 void appendUnits(TextBuffer& out, std::uint64_t units, int decimals, std::size_t width) {
   const auto places = static_cast<std::size_t>(decimals);
-  const Digits digits(units, places + 1);
-  const std::string_view whole = digits.view().substr(0, digits.view().size() - places);
-  const std::string_view fraction = digits.view().substr(whole.size());
-  const std::size_t length = whole.size() + (places > 0 ? places + 1 : 0);
-  out.appendBlanks(length < width ? width - length : 0);
-  out.append(whole);
-  if (places > 0) {
-    out.append('.');
-    out.append(fraction);
-  }
+  // Zeros come before the digits, because a value below 1 has fewer digits than places.
+  std::array<char, kMostPlaces + kMostDigits + kMostDigits> text;
+  std::memset(text.data(), '0', kMostPlaces);
+  char* const printed = text.data() + kMostPlaces;
+  const char* const end = std::to_chars(printed, printed + kMostDigits, units).ptr;
+  const char* const begin = std::min<const char*>(printed, end - places - 1);
+  const auto whole = static_cast<std::size_t>(end - begin) - places;
+  const std::size_t length = whole + (places > 0 ? places + 1 : 0);
+  const std::size_t blanks = length < width ? width - length : 0;
+  char* const to = out.reserve(blanks + kMostDigits + kMostPlaces + 1);
+  std::memset(to, ' ', blanks);
+  // Both copies are longer than their part, because a copy of fixed size is not a call. The rest is overwritten or left
+  // beyond the end.
+  std::memcpy(to + blanks, begin, kMostDigits);
+  to[blanks + whole] = '.';
+  std::memcpy(to + blanks + whole + 1, begin + whole, kMostPlaces);
+  out.extendTo(to + blanks + length);
 }
 
 }  // namespace
@@ -87,8 +98,8 @@ void appendRoundedFixed(TextBuffer& out, double value, int decimals, std::size_t
 
 void appendFixed(TextBuffer& out, double value, int decimals) {
   const double scaled = value * kPowersOfTen[static_cast<std::size_t>(decimals)];
-  // The product is off by less than kDoubt up to the limit. So, further than that from the middle between two units, it
-  // rounds as the exact value does.
+  // Up to the limit the product is off by less than kDoubt. So if it is further than that from the middle between two
+  // units, it rounds as the exact value does.
   constexpr double kLimit = 1e12;
   constexpr double kDoubt = 1e-3;
   if (scaled >= 0.0 && scaled < kLimit && !std::signbit(scaled)) {
@@ -103,7 +114,8 @@ void appendFixed(TextBuffer& out, double value, int decimals) {
 }
 
 void appendDecimal(TextBuffer& out, std::uint64_t value) {
-  out.append(Digits(value).view());
+  char* const begin = out.reserve(kMostDigits);
+  out.extendTo(std::to_chars(begin, begin + kMostDigits, value).ptr);
 }
 
 void appendDecimalRight(TextBuffer& out, std::uint64_t value, std::size_t width) {
@@ -135,7 +147,7 @@ void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes, std::s
   };
   put(bytes.front());
   if (separator.size() == 1) {
-    // What nearly all lines have: a byte is stored, where the general form would call a function.
+    // The case of nearly all lines: a byte is stored, whereas the general form would call a function.
     for (const std::uint8_t byte : bytes.subspan(1)) {
       *end++ = separator.front();
       put(byte);

@@ -1,4 +1,4 @@
-// Numbers as text. None of these looks at a locale.
+// Numbers as text. None of these functions looks at a locale.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +14,8 @@ namespace xlatr {
 // The value in fixed notation with exactly `precision` decimals.
 [[nodiscard]] std::string formatFixed(double value, int precision);
 
-// The value with up to `precision` significant digits, without trailing zeros, in scientific notation when its exponent
-// is below -4 or at or above the precision ("%.*g").
+// The value with up to `precision` significant digits, without trailing zeros, in scientific notation if its exponent
+// is below -4 or not below the precision ("%.*g").
 [[nodiscard]] std::string formatGeneral(double value, int precision);
 
 // formatFixed into a buffer, exact to the last digit. At most 9 decimals.
@@ -38,11 +38,11 @@ void appendHexRight(TextBuffer& out, std::uint32_t value, std::size_t width);
 // Two upper-case hexadecimal digits for each byte, joined by the separator.
 void appendHexBytes(TextBuffer& out, std::span<const std::uint8_t> bytes, std::string_view separator = " ");
 
-// An identifier as TRC lines show it: eight columns, right-aligned; eight zero-filled upper-case hexadecimal digits for
-// an extended one, at least `width` of them for a base one.
+// An identifier as TRC lines show it, right-aligned in eight columns: upper-case hexadecimal, filled with zeros to
+// eight digits if extended, otherwise to `width` digits.
 void appendTraceId(TextBuffer& out, std::uint32_t identifier, bool extended, std::size_t width);
 
-// An identifier as ASC lines show it: upper-case hexadecimal without fill, "x" behind an extended one, left-aligned in
+// An identifier as ASC lines show it: upper-case hexadecimal without fill, "x" after an extended one, left-aligned in
 // fifteen columns.
 void appendAscId(TextBuffer& out, std::uint32_t identifier, bool extended);
 

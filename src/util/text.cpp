@@ -9,7 +9,7 @@ namespace xlatr {
 
 namespace {
 
-// Lines are cut once per message, so a separator test is one table look-up whatever the size of the set.
+// Lines are cut once per message, so a separator test is one table look-up for a set of any size.
 class CharacterSet {
  public:
   explicit CharacterSet(std::string_view characters) {

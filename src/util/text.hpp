@@ -1,5 +1,5 @@
-// Splitting, trimming and comparing of narrow text. Letters are those of ASCII: the host program's locale never changes
-// a result. Nothing here keeps state, so every function may be called from any thread.
+// Splitting, trimming and comparing narrow text. Only ASCII letters count as letters: the host program's locale never
+// changes a result. Nothing here keeps state, so every function may be called from any thread.
 #pragma once
 
 #include <algorithm>
@@ -12,23 +12,23 @@
 
 namespace xlatr {
 
-// The blank set. Vertical tab and form feed are not in it: a number with one of them beside it is malformed.
+// The blank set. Vertical tab and form feed are not in it: a number next to one of them is malformed.
 inline constexpr std::string_view kBlanks = "\n\t \r";
 
 using KeyValues = std::map<std::string, std::string, std::less<>>;
 
-// Cuts `text` at the characters of `separators` into `tokens`, which is cleared first.
-// With `collapse` a run of separators is one cut and no token is empty. Without it each separator is a cut: a text that
-// ends in a separator gives a last empty token, and an empty text gives one empty token.
-// With `unique` a token equal to an earlier one is dropped, the empty token too.
-// The views of the second form point into `text` and live as long as it does. `text` must not belong to `tokens`.
+// Cuts `text` at the characters of `separators` into `tokens`, which is cleared first. With `collapse` a run of
+// separators is one cut and no token is empty. Without it each separator is a cut: a text that ends in a separator
+// gives a last empty token, and an empty text gives one empty token. With `unique` a token equal to an earlier one is
+// dropped, even an empty one. The views of the second form point into `text` and live as long as it does. `text` must
+// not belong to `tokens`.
 void splitText(std::string_view text, std::string_view separators, std::vector<std::string>& tokens, bool collapse,
                bool unique);
 void splitText(std::string_view text, std::string_view separators, std::vector<std::string_view>& tokens, bool collapse,
                bool unique);
 
-// Reads the "key = value" pairs of `text` into `values`, which is cleared first. A key is the last token in front of an
-// equals sign, a value the first token behind it, so "ID = 5 ms Length = 2" gives ID to 5 and Length to 2. The last of
+// Reads the "key = value" pairs of `text` into `values`, which is cleared first. A key is the last token before an
+// equals sign, a value the first token after it, so "ID = 5 ms Length = 2" maps ID to 5 and Length to 2. The last of
 // equal keys wins; a value without a key is dropped; a key without a value gets an empty one.
 void parseKeyValues(std::string_view text, std::string_view separators, KeyValues& values);
 
@@ -59,7 +59,7 @@ void trimCharacters(std::string& text, std::string_view characters);
   return isDecimalDigit(character) || (lower >= 'a' && lower <= 'z') || character == '_';
 }
 
-// How many characters at the start of the text are of the class.
+// How many characters at the start of the text belong to the class.
 template <class IsOfClass>
 [[nodiscard]] constexpr std::size_t countLeading(std::string_view text, IsOfClass isOfClass) {
   return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isOfClass) - text.begin());
@@ -71,14 +71,14 @@ template <class IsOfClass>
 
 [[nodiscard]] std::string toUpperAscii(std::string_view text);
 
-// Whether the texts are the same when ASCII letters of both cases count as equal.
+// Whether the texts are equal if the case of ASCII letters is ignored.
 [[nodiscard]] constexpr bool equalsIgnoreCase(std::string_view left, std::string_view right) {
   return std::equal(left.begin(), left.end(), right.begin(), right.end(),
                     [](char a, char b) { return toUpperAscii(a) == toUpperAscii(b); });
 }
 
-// Where `upperCase`, which has no lower-case letters, stands in the text when ASCII letters of both cases count as
-// equal; npos when it does not.
+// Where `upperCase`, which has no lower-case letters, begins in the text if the case of ASCII letters is ignored; npos
+// if it is not there.
 [[nodiscard]] std::size_t findIgnoreCase(std::string_view text, std::string_view upperCase);
 
 [[nodiscard]] inline bool containsIgnoreCase(std::string_view text, std::string_view upperCase) {

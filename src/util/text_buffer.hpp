@@ -19,15 +19,22 @@ class TextBuffer {
   // Valid until the next change.
   [[nodiscard]] std::string_view view() const { return {storage_.get(), size_}; }
 
-  // Makes the text `count` characters longer and answers where they are to be written.
+  // Makes the text `count` characters longer and returns where they are to be written.
   char* extend(std::size_t count) {
-    if (capacity_ - size_ < count) {
-      grow(count);
-    }
-    char* const end = storage_.get() + size_;
+    char* const end = reserve(count);
     size_ += count;
     return end;
   }
+
+  // Returns the end of the text, with room for `count` more characters. What is written there becomes part of the text
+  // by calling `extendTo` with its end.
+  char* reserve(std::size_t count) {
+    if (capacity_ - size_ < count) {
+      grow(count);
+    }
+    return storage_.get() + size_;
+  }
+  void extendTo(const char* end) { size_ = static_cast<std::size_t>(end - storage_.get()); }
 
   void append(char character) { *extend(1) = character; }
   // Neither memcpy nor memset may be given the null pointer that an empty text and a fresh buffer have.

@@ -10,27 +10,26 @@
 
 namespace xlatr {
 
-// Walks over the tokens of a line, which are what stands between runs of separators. Tokens are looked at one by one
-// and never gathered, so that a line of any length takes no memory of its own. The line must outlive the cursor and its
-// tokens.
+// Walks over the tokens of a line: what is between runs of separators. Tokens are looked at one by one and never
+// collected, so a line of any length takes no memory of its own. The line must outlive the cursor and its tokens.
 template <char... kSeparators>
 class TokenCursor {
  public:
   explicit TokenCursor(std::string_view line)
-      : next_(behindSeparators(line.data(), line.data() + line.size())), end_(line.data() + line.size()) {}
+      : next_(afterSeparators(line.data(), line.data() + line.size())), end_(line.data() + line.size()) {}
 
   [[nodiscard]] bool atEnd() const { return next_ == end_; }
 
   // The next token, or an empty text at the end of the line.
   [[nodiscard]] std::string_view peek() const {
-    return {next_, static_cast<std::size_t>(behindToken(next_, end_) - next_)};
+    return {next_, static_cast<std::size_t>(afterToken(next_, end_) - next_)};
   }
   std::string_view take() {
     const std::string_view token = peek();
-    next_ = behindSeparators(next_ + token.size(), end_);
+    next_ = afterSeparators(next_ + token.size(), end_);
     return token;
   }
-  // Answers whether there were as many tokens.
+  // Returns whether there were that many tokens.
   bool skip(std::size_t count) {
     while (count > 0 && !atEnd()) {
       take();
@@ -38,8 +37,8 @@ class TokenCursor {
     }
     return count == 0;
   }
-  // Takes tokens as long as they are pairs of hexadecimal digits, which payloads consist of, and answers how many they
-  // were; at most as many as `bytes` has room for.
+  // Takes tokens as long as they are pairs of hexadecimal digits, as payloads are, and returns how many it took; at
+  // most as many as `bytes` has room for.
   std::size_t takeHexPairs(std::span<std::uint8_t> bytes) {
     const char* next = next_;  // in a register: the bytes written could be anything's, this object's too
     const char* const end = end_;
@@ -54,24 +53,24 @@ class TokenCursor {
         break;
       }
       bytes[taken] = static_cast<std::uint8_t>(both);
-      next = behindSeparators(next + 2, end);
+      next = afterSeparators(next + 2, end);
     }
     next_ = next;
     return taken;
   }
-  // What is left of the line.
+  // The rest of the line.
   [[nodiscard]] std::string_view rest() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }
 
  private:
   [[nodiscard]] static constexpr bool isSeparator(char character) { return ((character == kSeparators) || ...); }
 
-  static const char* behindSeparators(const char* next, const char* end) {
+  static const char* afterSeparators(const char* next, const char* end) {
     while (next != end && isSeparator(*next)) {
       ++next;
     }
     return next;
   }
-  static const char* behindToken(const char* next, const char* end) {
+  static const char* afterToken(const char* next, const char* end) {
     while (next != end && !isSeparator(*next)) {
       ++next;
     }

@@ -32,7 +32,7 @@ TEST(AscObjects, refuseNullEverywhereElse) {
   EXPECT_EQ(processingFailureOf([&] { static_cast<void>(MessageAsc_AdjustTime(nullptr, &reference)); }), expected);
 }
 
-TEST(AscObjects, answerForTheirFormatWithoutAnObject) {
+TEST(AscObjects, tellOfTheirFormatWithoutAnObject) {
   EXPECT_EQ(textOf(AscInfo_getFormatDescriptionSize(), AscInfo_getFormatDescription), "CANalyzer ASCII logging file");
   EXPECT_EQ(textOf(AscInfo_GetExtensionSize(), AscInfo_GetExtension), ".asc");
   EXPECT_EQ(AscInfo_GetCurrentVersion(), 15.0);

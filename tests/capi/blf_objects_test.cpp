@@ -14,7 +14,7 @@
 namespace xlatr::test {
 namespace {
 
-// The converter beside the library: what it does is what the source file says, which is a script.
+// The converter beside the library does what the source file says, which is a script.
 const std::string kConverter = XLATR_STAND_IN;
 
 class BlfObjectsTest : public testing::Test {
@@ -27,7 +27,7 @@ class BlfObjectsTest : public testing::Test {
     EXPECT_TRUE(std::filesystem::is_empty(temporary_));
   }
 
-  // A log whose conversion runs these commands, with "$2" as the table to write. $table is one that is ready.
+  // A log whose conversion runs these commands, with "$2" as the table to write; $table is a finished one.
   void makeReader(const std::string& conversion) {
     const std::string path = folder_.write("x.blf", "table=" + folder_.write("table", kConverterTable) +
                                                         "\ncase $1 in\n-GetFileVersion) echo 4080203 ;;\n"
@@ -74,7 +74,7 @@ TEST(BlfObjects, refuseNullEverywhereElse) {
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(BlfMessage_isBlfCANType(nullptr)); }), expected);
 }
 
-TEST(BlfObjects, answerForTheirFormatWithoutAnObject) {
+TEST(BlfObjects, tellOfTheirFormatWithoutAnObject) {
   EXPECT_EQ(textOf(BlfInfo_getFormatDescriptionSize(), BlfInfo_getFormatDescription), "Vector BLF trace file");
   EXPECT_EQ(textOf(BlfInfo_GetExtensionSize(), BlfInfo_GetExtension), ".blf");
   ASSERT_EQ(BlfInfo_GetAllowedConvertionsSize(), 3U);
@@ -85,7 +85,7 @@ TEST(BlfObjects, answerForTheirFormatWithoutAnObject) {
   EXPECT_EQ(BlfInfo_GetSupportedVersions()[0], 0.0);
 }
 
-// The one asks each time, the other asked once.
+// One asks each time, the other asked once.
 TEST(BlfObjects, askTheConverterForTheCurrentVersion) {
   EXPECT_EQ(BlfInfo_GetCurrentVersion(), 4.0701);
   EXPECT_EQ(BaseTraceInfo_GetTraceCurrentVersion(XLATR_FORMAT_BLF), 4.0701);

@@ -51,7 +51,7 @@ class BtrObjectsTest : public testing::Test {
   Info info_{BtrInfo_Construct(path_.c_str()), &BtrInfo_Destruct};
 };
 
-// Releases what a sector was handed out as.
+// Releases the messages of a sector and their array.
 struct Sector {
   Sector() = default;
   ~Sector() {
@@ -94,7 +94,7 @@ TEST(BtrObjects, refuseNullEverywhereElse) {
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(MsgEntry_getSource(nullptr)); }), expected);
 }
 
-TEST(BtrObjects, answerForTheirFormatWithoutAnObject) {
+TEST(BtrObjects, tellOfTheirFormatWithoutAnObject) {
   EXPECT_EQ(textOf(BtrInfo_getFormatDescriptionSize(), BtrInfo_getFormatDescription),
             "BRIX-Bridge Pro - Binary trace file");
   EXPECT_EQ(textOf(BtrInfo_GetExtensionSize(), BtrInfo_GetExtension), ".btr");
@@ -183,10 +183,10 @@ TEST_F(BtrObjectsTest, handOutWhatStoodInFrontOfAFrameThatMakesNoSense) {
     EXPECT_EQ(lastError(), failure.what());
   }
   EXPECT_EQ(sector.count, 1U);
-  Sector behind;
-  EXPECT_FALSE(behind.read(reader));
-  EXPECT_EQ(behind.count, 0U);
-  EXPECT_EQ(behind.messages, nullptr);
+  Sector last;
+  EXPECT_FALSE(last.read(reader));
+  EXPECT_EQ(last.count, 0U);
+  EXPECT_EQ(last.messages, nullptr);
 }
 
 TEST_F(BtrObjectsTest, readersOpenAndCloseTheirFile) {

@@ -34,7 +34,7 @@ TEST(BtrcObjects, refuseNullEverywhereElse) {
   EXPECT_EQ(processingFailureOf([] { static_cast<void>(MessageBinaryFD_getBus(nullptr)); }), expected);
 }
 
-TEST(BtrcObjects, answerForTheirFormatWithoutAnObject) {
+TEST(BtrcObjects, tellOfTheirFormatWithoutAnObject) {
   EXPECT_EQ(textOf(BtrcInfo_getFormatDescriptionSize(), BtrcInfo_getFormatDescription), "ZELK binary trace file");
   EXPECT_EQ(textOf(BtrcInfo_GetExtensionSize(), BtrcInfo_GetExtension), ".btrc");
   EXPECT_EQ(BtrcInfo_GetCurrentVersion(), 1.0);

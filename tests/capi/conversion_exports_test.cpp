@@ -53,7 +53,7 @@ TEST(ConversionRecords, haveTheirLayout) {
   EXPECT_EQ(sizeof(ConversionResult), 32U);
 }
 
-TEST(ConversionMatrix, isAnswered) {
+TEST(ConversionMatrix, isReturned) {
   EXPECT_EQ(xlatr_get_formats_convertible_from(16), 0);
   EXPECT_EQ(xlatr_get_formats_convertible_from(1), 119);
   EXPECT_EQ(xlatr_get_formats_convertible_from(3), 0);
@@ -96,7 +96,7 @@ TEST_F(ConversionExportsTest, takesNullForEveryPointerButTheOptions) {
   EXPECT_EQ(xlatr_get_progress(nullptr), XLATR_BAD_ARGUMENT);
   ConversionOptions options{};
   options.target_format = XLATR_FORMAT_TRC;
-  options.option_count = 3;  // with no items behind it
+  options.option_count = 3;  // with no items
   EXPECT_EQ(xlatr_convert(source_.c_str(), folder_.file("x.trc").c_str(), &options, nullptr), XLATR_SUCCESS);
 }
 
@@ -231,7 +231,7 @@ TEST_F(ConversionExportsTest, tellsHowFarAnAsynchronousConversionIs) {
   EXPECT_THAT(result.files(), ElementsAre("x.trc"));
 }
 
-// A conversion that has ended is known for a moment more, which a caller sees now and then.
+// A conversion that has ended stays known for a moment, which a caller sees now and then.
 TEST_F(ConversionExportsTest, percentIsNoNumberWhereThereIsNothingToDo) {
   constexpr int kMostRounds = 10000;
   Options options;
@@ -278,8 +278,8 @@ TEST_F(ConversionExportsTest, writesNoFileForASplitSourceWithoutMessages) {
 }
 
 TEST_F(ConversionExportsTest, cutsLongFileNamesTo260Characters) {
-  // A name of 255 characters is the longest that file systems take, so the cut itself is out of reach here; the name
-  // must arrive whole.
+  // File systems take names of up to 255 characters, so the cut itself can't be reached here; the name must arrive
+  // whole.
   const std::string folder = folder_.path().string();
   const std::string stem(254 - folder.size(), 'n');
   Result result;
@@ -322,7 +322,7 @@ TEST_F(ConversionExportsTest, namesAFolderInThePlaceOfTheTarget) {
   EXPECT_EQ(result.text(), folder_.file("x.trc") + ": cannot create: Is a directory ");
 }
 
-// Makes a process of the superuser, who may read and write everything, an ordinary one for a while.
+// Takes the superuser's right to read and write everything from the process for a while.
 class OrdinaryUser {
  public:
   OrdinaryUser() : superuser_(::geteuid() == 0) {
@@ -387,7 +387,7 @@ TEST_F(ConversionExportsTest, carriesBinaryGarbageLineByLine) {
   Result result;
   EXPECT_EQ(Options().version(2.1).convert(folder_.write("g.trc", garbage), folder_.file("x.trc"), result),
             XLATR_SUCCESS);
-  // Every line that is neither a comment nor blank stands in the target behind its semicolon.
+  // Every line that is neither a comment nor blank is in the target, after a semicolon.
   std::string expected;
   for (std::size_t begin = 0; begin < garbage.size();) {
     const std::size_t end = std::min(garbage.find('\n', begin), garbage.size());

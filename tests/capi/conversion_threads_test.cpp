@@ -47,15 +47,15 @@ TEST(ConversionThreads, convertHundredsOfFilesAtOnce) {
   for (const std::uint64_t id : running.ids) {
     waitForEnd(id);
   }
-  // All but the line that names the target is the same.
-  const auto behindTarget = [&folder](std::size_t index) {
+  // Everything is the same except the line that names the target.
+  const auto contentOf = [&folder](std::size_t index) {
     const std::string written = folder.read("out" + std::to_string(index) + ".trc");
     return written.substr(written.find(";   Start time"));
   };
-  const std::string expected = behindTarget(0);
+  const std::string expected = contentOf(0);
   for (std::size_t index = 0; index < running.results.size(); ++index) {
     EXPECT_EQ(running.results[index].status(), XLATR_SUCCESS) << running.results[index].text();
-    EXPECT_TRUE(behindTarget(index) == expected) << index;
+    EXPECT_TRUE(contentOf(index) == expected) << index;
   }
 }
 

@@ -60,7 +60,7 @@ class WriterFamily : public testing::Test {
   std::string target_ = folder_.file("target.trace");
 };
 
-// Whether the format has a place for comments; where it has none they are ignored, whatever state the writer is in.
+// Whether the format has a place for comments. If it has none, they are ignored in every state of the writer.
 template <typename Family>
 constexpr bool kWritesComments = !std::is_same_v<Family, MdfWriterType> && !std::is_same_v<Family, BtrWriterType>;
 
@@ -119,7 +119,7 @@ TYPED_TEST(WriterFamily, givesItsPropertiesToANewWriter) {
   EXPECT_EQ(TypeParam::getTargetVersion(fresh.get()), TypeParam::kVersion);
   EXPECT_TRUE(TypeParam::getOverrideExistingFile(fresh.get()));
   EXPECT_EQ(TypeParam::getOwnerBus(fresh.get()), 5);
-  // The source path goes along to a writer of binary traces alone.
+  // Only a writer of binary traces takes over the source path.
   EXPECT_EQ(this->sourcePathOf(fresh), TypeParam::kFormat == XLATR_FORMAT_BTRC ? "source" : "");
 }
 
@@ -143,7 +143,7 @@ TYPED_TEST(WriterFamily, freezesItsPropertiesWhileItIsActive) {
   EXPECT_EQ(TypeParam::getOwnerBus(writer.get()), 5);
 }
 
-// A ConverterProcessingException, but from the writer of binary traces, whose failures are ConverterParsingExceptions.
+// Raises a ConverterProcessingException; the writer of binary traces raises ConverterParsingExceptions.
 TYPED_TEST(WriterFamily, writesNothingBeforeItIsActive) {
   const auto writer = this->make();
   const std::string path = this->folder_.write("x.trc", ";$FILEVERSION=1.2\n1) 10.5 3 Rx 0123 1 AA\n");
@@ -306,7 +306,7 @@ TYPED_TEST(ReaderFamily, informationTellsOfTheFile) {
   EXPECT_NEAR(Info::getStartTime(info.get()), 44403.25, 1e-8);
 }
 
-TYPED_TEST(ReaderFamily, informationAnswersForItsFormatWithoutAnObject) {
+TYPED_TEST(ReaderFamily, informationTellsOfItsFormatWithoutAnObject) {
   using Info = typename TypeParam::InfoType;
   char extension[16];
   BaseTraceInfo_GetTraceExtension(Info::kFormat, extension, sizeof extension);
@@ -351,7 +351,7 @@ TYPED_TEST(ReaderFamily, readsAllMessagesAndTellsHowFarItIs) {
   EXPECT_FALSE(this->next(reader));
 }
 
-// One that reads its file once only is inactive then.
+// A reader that reads its file only once is inactive after that.
 TYPED_TEST(ReaderFamily, startsAgainWhenItIsActivatedAgain) {
   const auto reader = this->make();
   ASSERT_TRUE(TypeParam::setActive(reader.get(), true));
@@ -377,7 +377,7 @@ TYPED_TEST(ReaderFamily, messagesOutliveTheirReader) {
   EXPECT_TRUE(TypeParam::MessageType::getValid(message.get()));
 }
 
-// Two threads with objects of their own share nothing but the library.
+// Two threads with objects of their own share only the library.
 TYPED_TEST(ReaderFamily, readsOnSeveralThreadsAtOnce) {
   std::vector<std::thread> threads;
   for (int index = 0; index < 2; ++index) {

@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
   snprintf(missing, sizeof missing, "%s/none.trc", argv[1]);
   memset(&options, 0, sizeof options);
   options.target_format = XLATR_FORMAT_TRC;
-  /* Many times, since the conversion may be gone already when the child is made, or be there still. */
+  /* Many times, since the conversion may still be there when the child is made, or be gone already. */
   for (int i = 0; i < 30; ++i) {
     if (xlatr_convert(missing, missing, &options, NULL) != XLATR_NOTHING_CONVERTED) {
       return 1;

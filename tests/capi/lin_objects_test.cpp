@@ -20,7 +20,7 @@ class LinObjectsTest : public testing::Test {
   const Owned<KorlInfoType> info_ = openInfo<KorlInfoType>(path_.c_str());
 };
 
-TEST(LinObjects, answerForTheirFormatWithoutAnObject) {
+TEST(LinObjects, tellOfTheirFormatWithoutAnObject) {
   EXPECT_EQ(textOf(KorlInfo_getFormatDescriptionSize(), KorlInfo_getFormatDescription), "KORL trace file");
   EXPECT_EQ(textOf(KorlInfo_GetExtensionSize(), KorlInfo_GetExtension), ".ltrc");
   EXPECT_EQ(KorlInfo_GetCurrentVersion(), 1.2);

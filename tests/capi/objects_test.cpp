@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <unistd.h>
 
@@ -66,7 +68,7 @@ TEST(BaseTraceInfoExports, describeFormatsByFlag) {
       {128, ".blf", "Vector BLF trace file", BlfInfo_GetCurrentVersion(), true},  // the converter's to tell
       {0, "", "", -1.0, false},
       {3, "", "", -1.0, false},
-      {256, "", "", -1.0, false},
+      {0x40000000, "", "", -1.0, false},
   };
   for (const auto& test : cases) {
     SCOPED_TRACE(test.format);
@@ -77,6 +79,38 @@ TEST(BaseTraceInfoExports, describeFormatsByFlag) {
               test.description);
     EXPECT_EQ(BaseTraceInfo_GetTraceCurrentVersion(test.format), test.version);
     EXPECT_EQ(BaseTraceInfo_GetIfConvertible(test.format), test.convertible);
+  }
+}
+
+TEST(BaseTraceInfoExports, tellTheVersionsOfAFormatByFlag) {
+  const auto versionsOf = [](TraceFormat format) {
+    const double* const first = BaseTraceInfo_GetTraceSupportedVersions(format);
+    return std::vector<double>(first, first + BaseTraceInfo_GetTraceSupportedVersionsSize(format));
+  };
+  EXPECT_EQ(versionsOf(XLATR_FORMAT_TRC), (std::vector<double>{1.0, 1.1, 1.2, 1.3, 2.0, 2.1, 3.0}));
+  EXPECT_EQ(versionsOf(XLATR_FORMAT_MF4), (std::vector<double>{4.1, 4.11, 4.2}));
+  EXPECT_EQ(versionsOf(XLATR_FORMAT_CSV), std::vector<double>{1.0});
+  for (const TraceFormat none : {0, 3, 0x40000000}) {
+    EXPECT_EQ(BaseTraceInfo_GetTraceSupportedVersions(none), nullptr) << none;
+    EXPECT_EQ(versionsOf(none), std::vector<double>{}) << none;
+  }
+}
+
+TEST(BaseTraceInfoExports, tellWhichTargetsBecomeOneFilePerBus) {
+  for (const double version : {-1.0, 0.9, 1.0, 1.05, 1.1, 2.0}) {
+    EXPECT_TRUE(BaseTraceInfo_GetIfSplitByBus(XLATR_FORMAT_TRC, version)) << version;
+  }
+  for (const double version : {1.15, 1.2, 1.3, 1.5, 2.05, 2.1, 2.5, 3.0, 4.0, std::nan("")}) {
+    EXPECT_FALSE(BaseTraceInfo_GetIfSplitByBus(XLATR_FORMAT_TRC, version)) << version;
+  }
+  for (const TraceFormat other : {2, 4, 8, 16, 32, 64, 128, 0, 3}) {
+    EXPECT_FALSE(BaseTraceInfo_GetIfSplitByBus(other, 1.0)) << other;
+  }
+}
+
+TEST(BaseTraceInfoExports, tellWhichSourcesBecomeOneTargetPerSession) {
+  for (const TraceFormat format : {0, 1, 2, 3, 4, 8, 16, 32, 64, 128}) {
+    EXPECT_EQ(BaseTraceInfo_GetIfSplitBySession(format), format == XLATR_FORMAT_BTR) << format;
   }
 }
 
@@ -124,7 +158,7 @@ TEST_F(ObjectsTest, trcInfoTellsOfTheHeader) {
   TraceFileInfo_Destruct(file);
 }
 
-TEST_F(ObjectsTest, trcInfoAnswersForItsFormatWithoutAnObject) {
+TEST_F(ObjectsTest, trcInfoTellsOfItsFormatWithoutAnObject) {
   EXPECT_EQ(textOf(TrcInfo_getFormatDescriptionSize(), TrcInfo_getFormatDescription), "BRIX trace file");
   EXPECT_EQ(textOf(TrcInfo_GetExtensionSize(), TrcInfo_GetExtension), ".trc");
   EXPECT_EQ(TrcInfo_GetCurrentVersion(), 3.0);
@@ -189,7 +223,7 @@ TEST_F(ObjectsTest, trcWriterWritesAWholeFile) {
   EXPECT_TRUE(written.ends_with("\r\n;a comment\r\n     1)       10.500  3  Rx         0123  1  AA\r\n")) << written;
 }
 
-TEST(CsvInfoExports, answerForTheFormatWithoutAnObject) {
+TEST(CsvInfoExports, tellOfTheFormatWithoutAnObject) {
   EXPECT_EQ(textOf(CsvInfo_getFormatDescriptionSize(), CsvInfo_getFormatDescription), "Character-separated values");
   EXPECT_EQ(textOf(CsvInfo_GetExtensionSize(), CsvInfo_GetExtension), ".csv");
   EXPECT_EQ(CsvInfo_GetCurrentVersion(), 1.0);

@@ -36,7 +36,7 @@ static const char* target_path(const char* folder, int index) {
   return path;
 }
 
-/* A pointer to a function can't be made from one to an object in C but by its bytes. */
+/* In C only the bytes of a pointer to an object give a pointer to a function. */
 typedef int32_t (*Convert)(const char*, const char*, const ConversionOptions*, ConversionResult*);
 static Convert find_convert(void* library) {
   void* const symbol = dlsym(library, "xlatr_convert");
@@ -45,7 +45,7 @@ static Convert find_convert(void* library) {
   return convert;
 }
 
-/* A failure first, whose text is stored, and then many more of them beside conversions that go well. */
+/* First a failure, whose text is stored, then many more, beside conversions that succeed. */
 static void start_conversions(void* library, const char* folder, ConversionResult* results) {
   const Convert convert = find_convert(library);
   ConversionOptions options;

@@ -12,8 +12,8 @@
 #include "conversions/conversion_support.hpp"
 
 // Recorded traffic of a car, from and to ASC. The recordings lie outside the tree; the same frames stand in a list
-// beside them. The programs asc2log and log2asc, which share no code with the library, read what it writes and write
-// what it reads.
+// beside them. The programs asc2log and log2asc, which share no code with the library, read its logs and write logs for
+// it.
 namespace xlatr::conversions {
 namespace {
 
@@ -101,11 +101,11 @@ std::vector<Frame> readProgramLog(const fs::path& path) {
   return frames;
 }
 
-// Columns of TRC 3.0: number, time, kind, bus, identifier, direction, eight of no matter here, code and data.
+// Columns of TRC 3.0: number, time, kind, bus, identifier, direction, eight that do not matter here, code and data.
 std::vector<Frame> readTrc(const fs::path& path) {
   static constexpr std::array<int, 16> kLengths = {0, 1, 2, 3, 4, 5, 6, 7, 8, 12, 16, 20, 24, 32, 48, 64};
   std::vector<Frame> frames;
-  for (const std::string& line : linesBehindHeader(path, "3.0")) {
+  for (const std::string& line : linesAfterHeader(path, "3.0")) {
     if (line.starts_with(';')) {
       continue;
     }
@@ -127,7 +127,7 @@ std::vector<Frame> readTrc(const fs::path& path) {
   return frames;
 }
 
-// Equal but for the moment from which times count, and for the lengths of remote frames where they are not kept.
+// Equal except for the start of the times, and for the lengths of remote frames if they are not kept.
 void expectFrames(const std::vector<Frame>& actual, std::vector<Frame> expected, bool keepsRemoteLength) {
   ASSERT_EQ(actual.size(), expected.size());
   ASSERT_FALSE(actual.empty());
@@ -148,7 +148,7 @@ void expectFrames(const std::vector<Frame>& actual, std::vector<Frame> expected,
 }
 
 std::size_t countComments(const fs::path& path) {
-  const std::vector<std::string> lines = linesBehindHeader(path, "3.0");
+  const std::vector<std::string> lines = linesAfterHeader(path, "3.0");
   return static_cast<std::size_t>(
       std::ranges::count_if(lines, [](const std::string& line) { return line.starts_with(';'); }));
 }
@@ -158,7 +158,7 @@ std::vector<Frame> without(std::vector<Frame> frames, bool (*left)(const Frame&)
   return frames;
 }
 
-// The program's arguments are paths of the test's own.
+// The arguments are paths that the test made.
 bool run(const std::string& command) {
   return std::system((command + " 2>/dev/null").c_str()) == 0;  // NOLINT(cert-env33-c,concurrency-mt-unsafe)
 }
@@ -228,7 +228,7 @@ TEST_F(AscRecordings, areReadByAsc2logAsWeWriteThem) {
 
   expectSuccess(convert(source.string(), "eight.asc", 8.0, XLATR_FORMAT_ASC), {"eight.asc"});
   ASSERT_TRUE(run("asc2log -I eight.asc -O eight.log"));
-  // A remote frame has no place among CANFD lines for others: it is what this program takes it for.
+  // Other programs know no remote frames in CANFD lines; this is how asc2log reads one.
   const auto remote = [](const Frame& f) { return f.kind == "RR"; };
   std::vector<Frame> actual = readProgramLog("eight.log");
   ASSERT_EQ(actual.size(), frames.size());
@@ -254,7 +254,7 @@ TEST_F(AscRecordings, areReadByUsAsLog2ascWritesThem) {
     SCOPED_TRACE(option);
     ASSERT_TRUE(run("asc2log -I eight.asc -O eight.log && log2asc " + std::string(option) +
                     "-I eight.log -O theirs.asc can0 can1"));
-    // It writes no version, without which a head takes ten lines and CANFD lines are not read.
+    // log2asc writes no version. Without one a head takes ten lines, and CANFD lines are not read.
     std::vector<std::string> lines = splitLines(readFile("theirs.asc"));
     ASSERT_GT(lines.size(), 3U);
     lines.insert(lines.begin() + 3, "// version 8.1.0");

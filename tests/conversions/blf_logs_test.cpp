@@ -18,7 +18,7 @@
 #include "xlatr/objects.h"
 
 // BLF logs read by the exported functions, with the converter that lies beside the library. The recorded ones lie
-// outside the tree; what is in them stands in lists beside them.
+// outside the tree; lists beside them say what they hold.
 namespace xlatr::conversions {
 namespace {
 
@@ -46,7 +46,7 @@ class Log {
   [[nodiscard]] BlfInfo* info() const { return info_; }
   [[nodiscard]] BlfReader* reader() const { return reader_; }
 
-  // Waits for the converter; `onWait` is called each time in between.
+  // Waits for the converter and calls `onWait` again and again meanwhile.
   std::int32_t wait(const std::function<void()>& onWait = [] {}) const {
     std::int32_t exitCode = 0;
     while (!BlfReader_InitializePhaseTwoWaitBlfToCsv(reader_, &exitCode)) {
@@ -169,7 +169,7 @@ std::vector<std::string> split(std::string_view text, char separator) {
 }
 
 // The row that a listed object becomes, without its number: time_ns, kind, bus, id, ide, dir, edl, brs, esi, dlc,
-// length, data. Nothing for one that is no row.
+// length, data.
 std::string rowOf(const std::vector<std::string>& listed) {
   const std::string& kind = listed.at(1);
   const std::uint64_t microseconds = std::strtoull(listed.at(0).c_str(), nullptr, 10) / 1000;
@@ -180,7 +180,7 @@ std::string rowOf(const std::vector<std::string>& listed) {
   static constexpr std::array<const char*, 4> kFdKinds = {"FD", "FB", "FE", "BI"};
   const auto bit = [&listed](std::size_t index) { return listed.at(index) == "1" ? 1U : 0U; };
   row += kind == "remote" ? "RR" : bit(6) != 0 ? kFdKinds.at(bit(7) + 2 * bit(8)) : "DT";
-  // Of an extended identifier only its value can tell.
+  // Only its value shows that an identifier is extended.
   const bool extended = std::strtoull(listed.at(3).c_str(), nullptr, 16) > 0x7FF;
   row +=
       ";" + std::string((extended ? 8U : 4U) - listed.at(3).size(), '0') + listed.at(3) + ";-;" + listed.at(10) + ";";

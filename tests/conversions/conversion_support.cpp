@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -43,9 +42,18 @@ std::string_view lineAt(std::string_view text, std::size_t offset) {
   return text.substr(begin, end == std::string_view::npos ? std::string_view::npos : end + 1 - begin);
 }
 
-bool updatesGoldenFiles() {
-  const char* value = std::getenv("XLATR_UPDATE_GOLDEN");
-  return value != nullptr && std::string_view(value) == "1";
+// The row of sixteen bytes around an offset, and the row before it.
+std::string bytesAround(std::string_view data, std::size_t offset) {
+  constexpr std::size_t kRow = 16;
+  const std::size_t row = offset / kRow * kRow;
+  std::string text;
+  for (std::size_t at = row < kRow ? 0 : row - kRow; at < std::min(row + kRow, data.size()); ++at) {
+    std::array<char, 5> hex{};
+    std::snprintf(hex.data(), hex.size(), at == offset ? "[%02X]" : " %02X ",
+                  static_cast<unsigned>(static_cast<unsigned char>(data[at])));
+    text += hex.data();
+  }
+  return text + (offset < data.size() ? "" : " ends here");
 }
 
 }  // namespace
@@ -161,13 +169,14 @@ testing::AssertionResult sameBytes(std::string_view actual, std::string_view exp
                                      << escaped(lineAt(expected, offset));
 }
 
-void expectGolden(const fs::path& written, const fs::path& golden) {
-  const std::string content = readFile(written);
-  if (updatesGoldenFiles()) {
-    writeFile(golden, content);
-    return;
+testing::AssertionResult sameData(std::string_view actual, std::string_view expected) {
+  if (actual == expected) {
+    return testing::AssertionSuccess();
   }
-  EXPECT_TRUE(sameBytes(content, readFile(golden))) << "in " << written << " against " << golden;
+  const auto offset = static_cast<std::size_t>(std::ranges::mismatch(actual, expected).in1 - actual.begin());
+  return testing::AssertionFailure() << "first difference at offset " << offset << ", sizes " << actual.size()
+                                     << " and " << expected.size() << "\n  actual   " << bytesAround(actual, offset)
+                                     << "\n  expected " << bytesAround(expected, offset);
 }
 
 const std::vector<TrcVersion>& trcVersions() {
@@ -182,12 +191,20 @@ const TrcVersion& trcVersion(std::string_view text) {
 }
 
 fs::path goldenDirectory() {
-  return fs::path(XLATR_GOLDEN_DIR) / "trc";
+  return XLATR_GOLDEN_DIR;
 }
 
-std::vector<std::string> linesBehindHeader(const fs::path& path, std::string_view version) {
-  const std::size_t headerLines =
-      splitLines(readFile(goldenDirectory() / ("header-" + std::string(version) + ".trc"))).size();
+fs::path goldenTrcSource(std::string_view version) {
+  const std::string text(version);
+  return goldenDirectory() / "trc-trc" / ("from-" + text) / ("source-" + text + ".trc");
+}
+
+fs::path goldenTrcHeader(std::string_view version) {
+  return goldenDirectory() / "trc-trc/header" / ("to-" + std::string(version)) / "out.trc";
+}
+
+std::vector<std::string> linesAfterHeader(const fs::path& path, std::string_view version) {
+  const std::size_t headerLines = splitLines(readFile(goldenTrcHeader(version))).size();
   std::vector<std::string> lines = splitLines(readFile(path));
   if (lines.size() < headerLines) {
     ADD_FAILURE() << path << " is shorter than its header";

@@ -1,5 +1,5 @@
-// Generated traffic, converted from one TRC version to another, against the same traffic as the generator prints it in
-// the target version. The generator shares no code with the library.
+// Generated traffic, converted from one TRC version to another, is compared with what the generator prints in the
+// target version. The generator shares no code with the library.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -31,7 +31,7 @@ std::vector<Pair> allPairs() {
   std::vector<Pair> pairs;
   for (const TrcVersion source : kVersions) {
     for (const TrcVersion target : kVersions) {
-      // 1.1 knows no microseconds, so only 1.1 can be compared with what comes from it.
+      // 1.1 has no microseconds, so only 1.1 can be compared with its output.
       if (source != TrcVersion::V1_1 || target == TrcVersion::V1_1) {
         pairs.push_back({source, target});
       }

@@ -71,8 +71,8 @@ std::string dataLine(const char* head, int first, int count) {
   return line;
 }
 
-// What comes back of tests/golden/mf4/source.trc. Errors keep their type and position: the first byte is gone, and the
-// identifier that holds the type has no column here.
+// What is left of tests/golden/trc-mf4/every-frame after the way there and back. Errors keep their type and position:
+// the first byte is gone, and the identifier that holds the type has no column here.
 const std::vector<std::string> kDataFrames = {
     "        0.000 DT 1      0100 Rx -  8    00 11 22 33 44 55 66 77",
     "        1.250 DT 2  18FEF100 Tx -  8    FF EE DD CC BB AA 99 88",
@@ -118,7 +118,7 @@ std::vector<std::string> numbered(const std::vector<Pick>& picks) {
 
 TEST_P(Mf4RoundTrip, bringsBackEveryKindOfFrame) {
   const WorkingDirectory directory;
-  fs::copy_file(fs::path(XLATR_GOLDEN_DIR) / "mf4" / "source.trc", "in.trc");
+  fs::copy_file(fs::path(XLATR_GOLDEN_DIR) / "trc-mf4/every-frame/source.trc", "in.trc");
   ASSERT_NO_FATAL_FAILURE(
       convertThereAndBack("in.trc",
                           "The Converted file 'back.trc' contents at least one invalid BUS number: 17 44 255.\n"
@@ -135,7 +135,7 @@ TEST_P(Mf4RoundTrip, bringsBackEveryKindOfFrame) {
                                                                         {kDataFrames, 2, 4},
                                                                         {kErrorFrames, 0, 4},
                                                                         {kDataFrames, 6, 6}});
-  EXPECT_EQ(linesBehindHeader("back.trc", "2.1"), expected);
+  EXPECT_EQ(linesAfterHeader("back.trc", "2.1"), expected);
 }
 
 TEST_P(Mf4RoundTrip, ordersFramesOfOneTimeByTheirKind) {
@@ -151,7 +151,7 @@ TEST_P(Mf4RoundTrip, ordersFramesOfOneTimeByTheirKind) {
   const std::string data = "        5.000 DT 1      0100 Rx -  1    AA";
   const std::vector<std::string> order =
       layout().sorted ? std::vector{data, remote, error} : std::vector{error, remote, data};
-  EXPECT_EQ(linesBehindHeader("back.trc", "2.1"), numbered({{order, 0, 3}}));
+  EXPECT_EQ(linesAfterHeader("back.trc", "2.1"), numbered({{order, 0, 3}}));
 }
 
 TEST_P(Mf4RoundTrip, bringsBackErrorsOfOlderVersions) {
@@ -161,14 +161,14 @@ TEST_P(Mf4RoundTrip, bringsBackErrorsOfOlderVersions) {
             "1) 5.0 1 Error 0004 - 4 00 07 00 00\r\n");
   ASSERT_NO_FATAL_FAILURE(convertThereAndBack("in.trc"));
   expectSuccess(convert("out.mf4", "old.trc", 1.3), {"old.trc"});
-  EXPECT_EQ(linesBehindHeader("back.trc", "2.1"),
+  EXPECT_EQ(linesAfterHeader("back.trc", "2.1"),
             std::vector<std::string>{"      1         5.000 ER 1         - Rx -  4    00 07 00 00"});
   const std::vector<std::string> old = splitLines(readFile("old.trc"));
   ASSERT_FALSE(old.empty());
   EXPECT_NE(old.back().find("Error     0004 -  4    00 07 00 00"), std::string::npos) << old.back();
 }
 
-// The message lines of a TRC file of version 2.1, without their numbers; those of one time may change places.
+// The message lines of a TRC file of version 2.1, without their numbers. Lines of the same time may change places.
 std::vector<std::string> framesOf(const char* path, bool inAnyOrder) {
   std::vector<std::string> frames;
   for (const std::string& line : splitLines(readFile(path))) {

@@ -29,8 +29,8 @@ std::string readText(const Object* object, std::uint32_t (*size)(const Object*),
   return text;
 }
 
-// How a caller carries one message over: what the target can hold is written, what it can't becomes a comment where the
-// source has text for one.
+// How a caller converts one message: what the target can hold is written, and the rest becomes a comment if the source
+// has a text for it.
 template <typename Writer>
 void carry(const MessageCan* message, typename Writer::Object* writer, const Target& target) {
   const bool fits = target.format == XLATR_FORMAT_TRC ? MessageCan_ValidateForTargetVersion(message, target.version)
@@ -84,7 +84,7 @@ void carry(const MdfCanMessage* message, typename Writer::Object* writer, const 
   }
 }
 
-// A file as it would be had it been written at another time: an MF4 file says when it was.
+// The bytes of a file without the time of its writing, which an MF4 file states.
 std::string withoutTimeOfWriting(std::string file, TraceFormat format) {
   constexpr std::size_t kTimeOfWriting = 208;
   if (format == XLATR_FORMAT_MF4) {
@@ -156,7 +156,7 @@ class ObjectConversions : public testing::Test {
     return source;
   }
 
-  // By one call. Answers the bytes of the only target.
+  // By one call. Returns the bytes of the only target.
   std::string convertWhole(const std::string& source, const std::string& name, const Target& target) const {
     Result result;
     EXPECT_EQ(Options{.format = target.format}.version(target.version).convert(source, folder_.file(name), result),
@@ -187,7 +187,7 @@ class ObjectConversions : public testing::Test {
     const std::string source = sourceOf(XLATR_FORMAT_BTR, ".btr");
     const std::string extension = targetExtension;
     const std::string expected = convertWhole(source, "target" + extension, target);
-    // Headers name their file, and the path of a session has a separator of its own behind the folder's.
+    // Headers name their file, and the path of a session has a second separator after the folder.
     convertSessionByObjects<Writer>(source, folder_.path().string() + "//target_S1" + extension, target);
     expectEqual(folder_.read("target_S1" + extension), expected, target.format);
   }

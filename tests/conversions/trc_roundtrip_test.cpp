@@ -15,7 +15,7 @@
 #include "conversions/conversion_support.hpp"
 
 // Recorded traffic of a car to every version and back. The recordings lie outside the tree; the same frames stand in a
-// list beside them, which is what the result is compared with.
+// list beside them, and the result is compared with that list.
 namespace xlatr::conversions {
 namespace {
 
@@ -125,7 +125,7 @@ std::vector<Frame> readFrameList(const fs::path& path, const Recording& recordin
 std::vector<Frame> readBack(const fs::path& path) {
   static constexpr std::array<std::size_t, 16> kLengths = {0, 1, 2, 3, 4, 5, 6, 7, 8, 12, 16, 20, 24, 32, 48, 64};
   std::vector<Frame> frames;
-  for (const std::string& line : linesBehindHeader(path, "2.1")) {
+  for (const std::string& line : linesAfterHeader(path, "2.1")) {
     const std::vector<std::string> words = split(line, ' ', false);
     if (words.size() < 8 || line.starts_with(';')) {
       ADD_FAILURE() << "no frame: " << line;
@@ -180,7 +180,7 @@ void expectFrames(const std::vector<Frame>& actual, const std::vector<Frame>& ex
 }
 
 std::size_t countComments(const std::string& name, const TrcVersion& version) {
-  const std::vector<std::string> lines = linesBehindHeader(name, version.text);
+  const std::vector<std::string> lines = linesAfterHeader(name, version.text);
   return static_cast<std::size_t>(
       std::ranges::count_if(lines, [](const std::string& line) { return line.starts_with(';'); }));
 }

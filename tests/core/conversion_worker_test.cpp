@@ -1,4 +1,4 @@
-// The worker's loop, driven by a source whose every message is written out in the test.
+// The worker's loop, driven by a source whose messages are all written out in the test.
 #include "core/conversion_worker.hpp"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "formats/trc/trc_message.hpp"
-#include "formats/trc/trc_writer.hpp"
 #include "support/temp_folder.hpp"
 #include "util/failures.hpp"
 
@@ -19,7 +18,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// A message of the scripted source and what the source says of it.
+// A message of the scripted source and what the source says about it.
 struct Step {
   std::optional<std::uint32_t> bus = 1;
   Verdict verdict = Verdict::Write;
@@ -29,7 +28,7 @@ struct Step {
 
 struct Script {
   std::deque<Step> steps;
-  bool endless = false;  // the steps are followed by messages without end, none of which is written
+  bool endless = false;  // after the steps come endless messages, none of which is written
   bool splitsByBus = true;
   bool warnsOfHighBuses = true;
   bool opens = true;
@@ -95,9 +94,9 @@ class ScriptedSource final : public TraceSource {
     return step_.read;
   }
   [[nodiscard]] std::optional<std::uint32_t> bus() const override { return step_.bus; }
-  [[nodiscard]] Verdict judge(const TargetKind& /*target*/) const override { return step_.verdict; }
+  [[nodiscard]] Verdict judge() const override { return step_.verdict; }
   [[nodiscard]] std::string_view commentText() const override { return step_.text; }
-  void write(ITraceWriter& writer, const TargetKind& /*target*/) override {
+  void write(ITraceWriter& writer) override {
     currentScript->beforeWrite(step_);
     BrixMessage message;
     message.valid = true;
@@ -114,12 +113,6 @@ class ScriptedSource final : public TraceSource {
   Step step_;
 };
 
-const FormatFactory kScripted[] = {
-    {XLATR_FORMAT_TRC,
-     [](const TraceFileInfo& file) -> std::unique_ptr<TraceSource> { return std::make_unique<ScriptedSource>(file); },
-     [](const WriterSettings& /*settings*/) -> std::unique_ptr<ITraceWriter> { return std::make_unique<TrcWriter>(); }},
-};
-
 struct Outcome {
   bool started = false;
   bool failed = false;
@@ -132,9 +125,15 @@ class ConversionWorkerTest : public testing::Test {
  protected:
   ConversionWorkerTest() { currentScript = &script_; }
 
-  Outcome convert(double version, FormatFactories factories = kScripted, TraceFormat target = XLATR_FORMAT_TRC) {
+  [[nodiscard]] std::unique_ptr<TraceSource> scripted() const {
+    return std::make_unique<ScriptedSource>(TraceFileInfo(source_));
+  }
+
+  Outcome convert(double version) { return convert(version, scripted(), formatOf(XLATR_FORMAT_TRC)); }
+  Outcome convert(double version, std::unique_ptr<TraceSource> source, const FormatDescriptor& target) {
     EventGroup events;
-    ConversionWorker worker({TraceFileInfo(source_), target, folder_.file("out.trc"), version, {}}, events, factories);
+    ConversionWorker worker({TraceFileInfo(source_), &target, folder_.file("out.trc"), version, {}}, std::move(source),
+                            events);
     Outcome outcome;
     outcome.started = worker.start();
     outcome.failed = events.waitAny() == worker.failureEvent();
@@ -317,7 +316,7 @@ TEST_F(ConversionWorkerTest, endsAsFailedWithTheTextOfAnyException) {
 
 TEST_F(ConversionWorkerTest, refusesATargetThatTheSourceDoesNotAllow) {
   for (const TraceFormat target : {XLATR_FORMAT_LIN, XLATR_FORMAT_BLF, XLATR_FORMAT_NONE}) {
-    const Outcome outcome = convert(2.1, kScripted, target);
+    const Outcome outcome = convert(2.1, scripted(), formatOf(target));
     EXPECT_FALSE(outcome.started);
     EXPECT_TRUE(outcome.failed);
     EXPECT_EQ(outcome.message, "The specified conversion is invalid or not supported");
@@ -325,18 +324,19 @@ TEST_F(ConversionWorkerTest, refusesATargetThatTheSourceDoesNotAllow) {
 }
 
 TEST_F(ConversionWorkerTest, refusesAFormatThatNobodyReadsOrWrites) {
-  const Outcome unread = convert(2.1, FormatFactories{});
+  const Outcome unread = convert(2.1, nullptr, formatOf(XLATR_FORMAT_TRC));
   EXPECT_FALSE(unread.started);
   EXPECT_TRUE(unread.failed);
   EXPECT_EQ(unread.message, "The specified converting object is invalid");
-  const Outcome unwritten = convert(2.1, kScripted, XLATR_FORMAT_ASC);
+  constexpr FormatDescriptor kUnwritten{.format = XLATR_FORMAT_ASC};
+  const Outcome unwritten = convert(2.1, scripted(), kUnwritten);
   EXPECT_FALSE(unwritten.started);
   EXPECT_EQ(unwritten.message, "The specified converting object is invalid");
 }
 
 TEST_F(ConversionWorkerTest, takesTheSourcesPathWhenThereIsNoOther) {
   EventGroup events;
-  ConversionWorker worker({TraceFileInfo(source_), XLATR_FORMAT_TRC, "", 2.1, {}}, events, kScripted);
+  ConversionWorker worker({TraceFileInfo(source_), &formatOf(XLATR_FORMAT_TRC), "", 2.1, {}}, scripted(), events);
   worker.start();
   EXPECT_EQ(events.waitAny(), worker.failureEvent());
   EXPECT_EQ(worker.message(),
@@ -346,8 +346,8 @@ TEST_F(ConversionWorkerTest, takesTheSourcesPathWhenThereIsNoOther) {
 TEST_F(ConversionWorkerTest, endsAtTheNextMessageWhenItIsGivenUp) {
   script_.endless = true;
   EventGroup events;
-  ConversionWorker worker({TraceFileInfo(source_), XLATR_FORMAT_TRC, folder_.file("out.trc"), 2.1, {}}, events,
-                          kScripted);
+  ConversionWorker worker({TraceFileInfo(source_), &formatOf(XLATR_FORMAT_TRC), folder_.file("out.trc"), 2.1, {}},
+                          scripted(), events);
   EXPECT_TRUE(worker.start());
 }
 

@@ -19,7 +19,7 @@ TEST(EventGroup, keepsAnEventUntilItIsSeenAndResetsIt) {
   EXPECT_EQ(events.waitAny(), first);
 }
 
-TEST(EventGroup, answersTheLowestOfSeveral) {
+TEST(EventGroup, returnsTheLowestOfSeveral) {
   EventGroup events;
   const auto first = events.create();
   const auto second = events.create();

@@ -10,7 +10,7 @@ namespace xlatr {
 namespace {
 
 std::string pathOfSession(const char* target, std::uint32_t index) {
-  return makeTargetPathTemplate(target, XLATR_FORMAT_TRC).pathOfSession(index);
+  return makeTargetPathTemplate(target, XLATR_FORMAT_TRC).pathOfSession("_S", index);
 }
 
 TEST(TargetPathTemplate, namesASessionByItsIndex) {

@@ -95,7 +95,7 @@ std::string lowerCase(std::string_view text) {
   return result;
 }
 
-// Texts that resemble one of the rows and are none.
+// Texts that resemble one of the rows but are different.
 std::vector<std::string> mutations(std::string_view text) {
   const std::string word(text);
   return {word + " ", " " + word, word + "x", word.substr(0, word.size() - 1), word + std::string(1, '\0')};
@@ -159,7 +159,7 @@ void expectRenders(const Rows& rows, std::string_view (*toText)(Enum)) {
   }
 }
 
-// The try form answers nothing exactly where the throwing form fails.
+// The try form returns nothing exactly if the throwing form fails.
 template <typename Enum>
 void expectTryForm(const Rows& rows, std::optional<Enum> (*tryParse)(std::string_view) noexcept) {
   for (const Row& row : rows) {
@@ -169,7 +169,7 @@ void expectTryForm(const Rows& rows, std::optional<Enum> (*tryParse)(std::string
     }
     EXPECT_EQ(tryParse(lowerCase(row.text)), std::nullopt) << row.text;
   }
-  // Every word of two characters, so that no collision of the look-up goes unseen.
+  // Every word of two characters, so that no collision of the look-up goes unnoticed.
   for (std::uint32_t pair = 0; pair < 0x10000; ++pair) {
     const std::string text = {static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF)};
     std::optional<Enum> expected;

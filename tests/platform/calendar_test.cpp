@@ -27,26 +27,26 @@ TEST(Calendar, breaksSecondsDownInLocalTime) {
             (CalendarFields{.year = 2024, .month = 7, .day = 1, .hour = 14, .weekday = 1}));
 }
 
-TEST(Calendar, breaksNoNegativeSecondDown) {
+TEST(Calendar, refusesNegativeSeconds) {
   for (const std::int64_t seconds : {std::int64_t{-1}, std::int64_t{-2209161600}, INT64_MIN}) {
     EXPECT_EQ(toUtcCalendar(seconds), std::nullopt) << seconds;
     EXPECT_EQ(toLocalCalendar(seconds), std::nullopt) << seconds;
   }
 }
 
-TEST(Calendar, breaksNoYearDownThatDoesNotFit) {
+TEST(Calendar, refusesYearsThatDoNotFit) {
   EXPECT_EQ(toUtcCalendar(INT64_MAX), std::nullopt);
   EXPECT_EQ(toLocalCalendar(INT64_MAX), std::nullopt);
 }
 
-TEST(Calendar, countsLocalFieldsBack) {
+TEST(Calendar, turnsLocalFieldsBackIntoSeconds) {
   const ScopedTimeZone zone(kCentralEurope);
   EXPECT_EQ(fromLocalCalendar({.year = 2024, .month = 7, .day = 1, .hour = 14}), 1719835200);
   EXPECT_EQ(fromLocalCalendar({.year = 2024, .month = 1, .day = 15, .hour = 13}), 1705320000);
   EXPECT_EQ(fromLocalCalendar({.year = 1970, .month = 1, .day = 1, .hour = 1}), 0);
 }
 
-TEST(Calendar, countsFieldsOutOfRangeOn) {
+TEST(Calendar, carriesFieldsOutOfRangeOver) {
   EXPECT_EQ(fromLocalCalendar({.year = 2021, .month = 2, .day = 31}), 1614729600);
 }
 

@@ -50,7 +50,7 @@ TEST_F(FileTimes, creationTimeOutlivesAModification) {
   }
 }
 
-TEST_F(FileTimes, withoutCreationTimeItIsTheLastModification) {
+TEST_F(FileTimes, withoutACreationTimeItIsTheLastModification) {
   // The process file system keeps no creation times.
   const std::string file = "/proc/self/status";
   struct statx status {};
@@ -62,7 +62,7 @@ TEST_F(FileTimes, withoutCreationTimeItIsTheLastModification) {
   EXPECT_EQ(time->nanoseconds, static_cast<std::int32_t>(status.stx_mtime.tv_nsec));
 }
 
-TEST_F(FileTimes, ofWhatIsNoReadableFileThereAreNone) {
+TEST_F(FileTimes, thereAreNoneOfWhatIsNotAReadableFile) {
   EXPECT_FALSE(readCreationTime(path("missing")).has_value());
   EXPECT_FALSE(readCreationTime(path("")).has_value()) << "a directory";
   EXPECT_FALSE(readCreationTime("").has_value());

@@ -63,7 +63,7 @@ TEST(PackageNote, cutAnywhereIsNone) {
   for (std::size_t size = 0; size < 12 + 4 + 9; ++size) {
     EXPECT_EQ(find(whole.substr(0, size)), std::nullopt) << size;
   }
-  EXPECT_EQ(find(whole.substr(0, 12 + 4 + 9)), "{jsonjson") << "only the filling is missing";
+  EXPECT_EQ(find(whole.substr(0, 12 + 4 + 9)), "{jsonjson") << "only the padding is missing";
 }
 
 TEST(PackageNote, withSizesBeyondTheSegmentIsNone) {

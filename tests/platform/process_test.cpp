@@ -28,7 +28,7 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kLong = std::chrono::minutes(1);
 
-// What a shell script answers, with the arguments as $1 and so on.
+// The exit code of a shell script, with the arguments as $1 and so on.
 std::optional<std::uint32_t> runScript(std::string_view script, const std::vector<std::string>& arguments = {}) {
   std::vector<std::string> words = {"-c", std::string(script), "sh"};
   words.insert(words.end(), arguments.begin(), arguments.end());
@@ -61,7 +61,7 @@ class ProcessTest : public testing::Test {
   std::filesystem::path directory_;
 };
 
-TEST_F(ProcessTest, answersTheExitCode) {
+TEST_F(ProcessTest, returnsTheExitCode) {
   EXPECT_EQ(runScript("exit 0"), 0U);
   EXPECT_EQ(runScript("exit 255"), 255U);
 }
@@ -76,7 +76,7 @@ TEST_F(ProcessTest, passesArgumentsWithoutAShell) {
             0U);
 }
 
-TEST_F(ProcessTest, searchesABareName) {
+TEST_F(ProcessTest, searchesForABareName) {
   Process process;
   ASSERT_TRUE(process.start("true", {}));
   EXPECT_EQ(process.wait(), 0U);
@@ -89,7 +89,7 @@ TEST_F(ProcessTest, runsInTheParentsEnvironmentAndDirectory) {
             0U);
 }
 
-TEST_F(ProcessTest, inheritsNoFurtherDescriptor) {
+TEST_F(ProcessTest, inheritsNoOtherDescriptor) {
   const int descriptor = ::open("/dev/null", O_RDONLY);
   ASSERT_GE(descriptor, 3);
   EXPECT_EQ(runScript(R"(test ! -e /proc/$$/fd/"$1")", {std::to_string(descriptor)}), 0U);
@@ -107,7 +107,7 @@ TEST_F(ProcessTest, startsWithoutBlockedSignals) {
   ::pthread_sigmask(SIG_SETMASK, &former, nullptr);
 }
 
-TEST_F(ProcessTest, cannotStartWhatIsNoProgram) {
+TEST_F(ProcessTest, cannotStartWhatIsNotAProgram) {
   std::ofstream(path("file")) << "text\n";
   for (const std::string& program : {path("missing"), path("file"), path(""), std::string()}) {
     Process process;
@@ -129,7 +129,7 @@ TEST_F(ProcessTest, waitWithALimitSeesTheProgramRunAndEnd) {
   EXPECT_EQ(process.wait(), 4U) << "asked again";
 }
 
-TEST_F(ProcessTest, aLimitBeyondTheClockIsNone) {
+TEST_F(ProcessTest, aLimitBeyondTheClockIsNoLimit) {
   Process process;
   ASSERT_TRUE(process.start("true", {}));
   EXPECT_EQ(process.waitFor(milliseconds::max()), 0U);
@@ -146,14 +146,14 @@ TEST_F(ProcessTest, anExitCodeThatTheHostTookAwayIsAllOnes) {
   ::sigaction(SIGCHLD, &former, nullptr);
 }
 
-// What a shell script prints, cut behind `most` bytes, and its exit code behind it.
+// What a shell script prints, cut after `most` bytes, and then its exit code.
 std::string outputOf(std::string_view script, std::size_t most = 1000) {
   Process process;
   const auto output = process.run("/bin/sh", std::vector<std::string>{"-c", std::string(script)}, most);
   return output ? *output + "|" + std::to_string(process.wait()) : "not started";
 }
 
-TEST_F(ProcessTest, answersWhatAProgramPrints) {
+TEST_F(ProcessTest, returnsWhatAProgramPrints) {
   EXPECT_EQ(outputOf("echo out; echo err >&2; exit 3"), "out\n|3");
   EXPECT_EQ(outputOf("exit 0"), "|0");
   EXPECT_EQ(outputOf("printf a; sleep 0.05; printf b"), "ab|0");
@@ -164,7 +164,7 @@ TEST_F(ProcessTest, answersWhatAProgramPrints) {
   EXPECT_EQ(outputOf("cat; echo read"), "read\n|0") << "there is nothing to read";
 }
 
-TEST_F(ProcessTest, cannotRunWhatIsNoProgram) {
+TEST_F(ProcessTest, cannotRunWhatIsNotAProgram) {
   Process process;
   EXPECT_EQ(process.run(path("missing"), {}, 10), std::nullopt);
   EXPECT_FALSE(process.isStarted());
@@ -203,7 +203,7 @@ TEST_F(ProcessTest, theProgramLivesOnWithoutItsHandle) {
     Process process;
     startGated(process);
   }
-  // Opening the write end would not come back if nobody read.
+  // Opening the write end would never return if nobody read.
   openGate();
 }
 

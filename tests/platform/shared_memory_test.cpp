@@ -33,7 +33,7 @@ TEST(SharedMemory, isZeroedAndSharedByItsName) {
   SharedMemory::remove(name);
 }
 
-TEST(SharedMemory, isItsOwnersAlone) {
+TEST(SharedMemory, belongsToItsOwnerAlone) {
   const std::string name = nameOf("mode");
   SharedMemory memory;
   NamedMutex mutex;
@@ -49,7 +49,7 @@ TEST(SharedMemory, isItsOwnersAlone) {
   NamedMutex::remove(name);
 }
 
-TEST(SharedMemory, whoComesAfterARemovalGetsItsOwn) {
+TEST(SharedMemory, opensNewMemoryAfterARemoval) {
   const std::string name = nameOf("removed");
   SharedMemory first;
   ASSERT_TRUE(first.open(name, 4));
@@ -62,7 +62,7 @@ TEST(SharedMemory, whoComesAfterARemovalGetsItsOwn) {
   SharedMemory::remove(name);
 }
 
-TEST(SharedMemory, cannotHaveANameThatIsNone) {
+TEST(SharedMemory, refusesAnInvalidName) {
   SharedMemory memory;
   EXPECT_FALSE(memory.open("a/b", 4));
   EXPECT_FALSE(memory.isOpen());

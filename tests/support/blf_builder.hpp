@@ -14,7 +14,7 @@
 
 namespace xlatr::test::blf {
 
-// Little-endian numbers and bytes, one behind the other.
+// Little-endian numbers and bytes, one after the other.
 class Bytes {
  public:
   Bytes& u8(std::uint64_t value) { return number(value, 1); }
@@ -25,7 +25,7 @@ class Bytes {
     bytes_.append(count, '\0');
     return *this;
   }
-  // What nobody may look at.
+  // Bytes that no reader may look at.
   Bytes& leftovers(std::size_t count) {
     bytes_.append(count, '\xEE');
     return *this;
@@ -71,7 +71,7 @@ struct Header {
   std::uint16_t headerVersion = 1;  // 2 has eight bytes more
 };
 
-// An object with its header; `padding` zero bytes behind it, customarily its size modulo 4.
+// An object with its header; `padding` zero bytes after it, usually its size modulo 4.
 inline std::string object(const Header& header, const std::string& body, std::size_t padding = SIZE_MAX) {
   const std::size_t headerSize = header.headerVersion == 2 ? 40 : 32;
   const std::size_t size = headerSize + body.size();
@@ -131,7 +131,7 @@ struct FileHead {
   std::uint32_t api = 4070100;
 };
 
-// The head of the file and, behind it, what is given.
+// The head of the file, followed by what is given.
 inline std::string file(const FileHead& head, const std::string& contents) {
   Bytes bytes;
   bytes.text("LOGG").u32(144).u32(head.api).u8(0).u8(6).u8(1).u8(0);

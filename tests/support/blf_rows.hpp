@@ -15,7 +15,7 @@ inline CsvMessage blfRow(std::uint32_t objectType) {
   CsvMessage row;
   row.valid = true;
   row.objectType = objectType;
-  row.objectTimestamp = 1234567;
+  row.objectTicks = 1234567;
   row.objectFlags = 2;
   row.comment = "why";
   row.blfId = 0x123;

@@ -10,7 +10,7 @@
 namespace xlatr::test {
 
 // Puts a shell script into the folder as the converter. Without one of its own for the conversion, "$1" to "$2" under
-// the name "$3", the source is taken to be the table already.
+// the name "$3", it copies the source, which must be a table already.
 inline void writeStandIn(const TempFolder& folder, std::string_view conversion = R"(cp "$1" "$2")",
                          std::string_view answers = "") {
   std::string script = "#!/bin/sh\ncase $1 in\n";
@@ -26,7 +26,7 @@ inline void writeStandIn(const TempFolder& folder, std::string_view conversion =
   std::filesystem::permissions(path, std::filesystem::perms::owner_all);
 }
 
-// The two lines in front of the rows of a converter's table. The recording starts at day 44403.25.
+// The two lines before the rows of a converter's table. The recording starts at day 44403.25.
 inline constexpr std::string_view kConverterHead =
     "$BLFSTARTTIME=26/07/2021 06:00:00.000\n"
     "Number;ObjectType;ObjectTimestamp;ObjectFlags;Valid;Comment;Id;Channel;Flags;FlagsExt;Ecc;CanFdFLags;Dir;Crc;"

@@ -45,7 +45,7 @@ struct BtrSession {
   std::uint32_t nextDirectory = 0;
 };
 
-// An image of that many sectors, all zero at first.
+// An image of so many sectors, which are zero at first.
 class BtrImage {
  public:
   explicit BtrImage(std::size_t sectors) : bytes_(sectors * kSector, '\0') {}
@@ -66,7 +66,7 @@ class BtrImage {
     return *this;
   }
 
-  // A sector of the session that began then; what `slots` leaves is unused.
+  // A sector of the session that began then. Slots beyond those given are unused.
   BtrImage& sector(std::size_t number, const BtrDate& date, const std::vector<BtrSlot>& slots = {},
                    std::uint8_t wrapCounter = 1) {
     const std::size_t at = number * kSector;

@@ -20,7 +20,7 @@ inline std::string number(std::uint64_t value, std::size_t width) {
   return bytes;
 }
 
-// A record of this type around its content; another size than its own on request.
+// A record of this type with its content; `size` states another size than its own.
 inline std::string record(std::uint16_t type, std::string_view content, int size = -1) {
   const std::size_t own = content.size() + 4;
   return number(size < 0 ? own : static_cast<std::size_t>(size), 2) + number(type, 2) + std::string(content);
@@ -43,7 +43,7 @@ inline std::string head() {
   return info() + calibration();
 }
 
-// What a frame is, in the tail of its header.
+// The end of the header of a frame, which says what the frame is.
 inline std::string frameInfo(unsigned bus, unsigned dlc, unsigned flags, std::uint32_t id) {
   return number(bus, 1) + number(dlc, 1) + number(flags, 2) + number(id, 4);
 }

@@ -1,4 +1,4 @@
-// Conversions through the public interface, with records that clean up behind themselves.
+// Conversions through the public interface, with records that free themselves.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace xlatr::test {
 
-// A ConversionResult of its own.
+// Owns a ConversionResult.
 class Result {
  public:
   Result() = default;
@@ -33,7 +33,7 @@ class Result {
   ConversionResult record_{};
 };
 
-// The options of a conversion, as a caller would write them down.
+// The options of a conversion.
 struct Options {
   TraceFormat format = XLATR_FORMAT_TRC;
   std::vector<ConversionOption> items = {};
@@ -83,7 +83,7 @@ struct Options {
   }
 };
 
-// Polls until the conversion is no longer known, which is its end.
+// Polls until the conversion is no longer known: then it has ended.
 inline void waitForEnd(std::uint64_t id) {
   ConversionProgress progress{};
   progress.id = id;

@@ -22,7 +22,7 @@ struct BlockRule {
   std::array<std::string_view, 8> targets;
 };
 
-// As many links as a file of version 4.1 and above without optional parts has.
+// The counts of links are those of version 4.1 and above, without optional parts.
 constexpr std::array kRules = {
     BlockRule{"HD", 6, 32, {"DG", "FH", "", "", "", ""}},
     BlockRule{"FH", 2, 16, {"FH", "MD"}},
@@ -122,7 +122,7 @@ class Checker {
     seen_[0] = {.offset = 0, .length = 64, .id = "identification", .links = {}, .data = 0, .dataSize = 0};
   }
 
-  // The block at the end of a link; an empty one where there is none or where it can't be read.
+  // The block that a link leads to; an empty one if there is none or if it can't be read.
   Block visit(std::uint64_t offset, std::string_view allowed) {
     if (offset == 0) {
       return {};
@@ -322,7 +322,7 @@ class Checker {
       end = offset + block.length;
     }
     require(end <= file_.size() && file_.size() - end < 8 && allZero(end, file_.size() - end), end,
-            "something lies behind the last block");
+            "something lies after the last block");
   }
 
   std::string_view file_;

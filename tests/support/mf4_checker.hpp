@@ -1,5 +1,4 @@
-// Looks at an MF4 file as a stranger would who knows ASAM MDF 4 and nothing of the library, whose code it shares none
-// of.
+// Checks an MF4 file by the rules of ASAM MDF 4 alone. Shares no code with the library.
 #pragma once
 
 #include <cstdint>
@@ -29,14 +28,14 @@ struct Mf4Report {
 // - the identification names a finished file, its two versions agree;
 // - a block stands at a multiple of 8, inside the file, is of a type that its link may lead to, has the links of its
 //   type, zeros where it is reserved, and is reached by one link only;
-// - blocks do not overlap, and between them and behind the last one there is nothing but padding;
+// - blocks do not overlap, and there is nothing but padding between them and after the last one;
 // - texts end in zeros, names are not empty, the records of a group have one master channel, channels lie inside their
 //   record and components inside their composition;
 // - the data of a data group are whole records of its channel groups, as many as their cycle counts say; zipped data
 //   inflate to the stated size.
 [[nodiscard]] Mf4Report checkMf4(std::string_view file);
 
-// The faults, one a line.
+// The faults, one per line.
 [[nodiscard]] std::string faultsOf(const Mf4Report& report);
 
 }  // namespace xlatr::test

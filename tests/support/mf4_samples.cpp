@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "support/mf4_layout.hpp"
+#include "support/layout.hpp"
 
 namespace xlatr::test {
 
@@ -15,7 +15,8 @@ std::string mf4Sample() {
                                       {"cycles2", 0},
                                       {"data0", 8040}},
                           .texts = {{"version", "4.11"}}};
-  const std::string tree = layOutFile(std::filesystem::path(XLATR_GOLDEN_DIR) / "mf4/unsorted.layout", names);
+  const std::string tree =
+      layOutFile(std::filesystem::path(XLATR_GOLDEN_DIR) / "trc-mf4/blocks/unsorted.layout", names);
   return tree + layOut(
                     "\"##DT\" z4 u64:186 u64:0 u8:0 f64:10500000 u32:0x123 u8:3 u8:0 u8:1 u8:1 AA z63\n"
                     "u8:0 f64:11500000 u32:0x123 u8:4 u8:0 u8:1 u8:1 BB z63\n@8226 end",

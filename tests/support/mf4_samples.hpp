@@ -1,4 +1,4 @@
-// A small MF4 file for tests that want one and don't care which.
+// A small MF4 file for tests that need any one.
 #pragma once
 
 #include <string>

@@ -43,7 +43,7 @@ Owned<InfoFamily> openInfo(const char* path) {
     static const IMessage* asMessage(const Object* object) { return reinterpret_cast<const IMessage*>(object); } \
   }
 
-// What an information family answers of its format, without an object.
+// What an information family says of its format, without an object.
 #define XLATR_FORMAT_FAMILY_TYPE(InfoFamily)                                                                \
   struct InfoFamily##Format {                                                                               \
     static std::uint32_t getFormatDescriptionSize() { return InfoFamily##_getFormatDescriptionSize(); }     \
@@ -144,7 +144,7 @@ XLATR_READER_FAMILY_TYPE(KorlReader, KorlInfo, KorlInfo_getValid, MessageLin, XL
 XLATR_READER_FAMILY_TYPE(BtrcReader, BtrcInfo, BtrcInfo_GetValid, MessageBinaryFD, XLATR_FORMAT_BTRC);
 XLATR_READER_FAMILY_TYPE(MdfReader, MdfInfo, MdfInfo_getValid, MdfCanMessage, XLATR_FORMAT_MF4);
 
-// Of these the constructor is another, or there is none.
+// These have another constructor, or none.
 XLATR_FORMAT_FAMILY_TYPE(BlfInfo);
 XLATR_FORMAT_FAMILY_TYPE(BtrInfo);
 XLATR_FORMAT_FAMILY_TYPE(CsvInfo);
@@ -156,7 +156,7 @@ XLATR_WRITER_FAMILY_TYPE(CsvWriter, XLATR_FORMAT_CSV, 1.0);
 XLATR_WRITER_FAMILY_TYPE(BtrcWriter, XLATR_FORMAT_BTRC, 1.0);
 XLATR_WRITER_FAMILY_TYPE(BtrSessionWriter, XLATR_FORMAT_BTR, 3.0);
 
-// Its constructor takes the owner bus, and the flag is set behind it.
+// Its constructor takes the owner bus; the flag is set after that.
 struct BtrWriterType : BtrSessionWriterType {
   static Object* construct(const char* path, bool overrideExistingFile, double version) {
     Object* const writer = BtrSessionWriter_Construct(path, -1, version);

@@ -37,7 +37,7 @@ inline std::string textOf(std::uint32_t size, const std::function<void(char*, st
 
 }  // namespace xlatr::test
 
-// The text that Family_nameSize and Family_name answer of the object.
+// The text that Family_nameSize and Family_name return for the object.
 #define TEXT_OF(Family, name, nameSize, object)    \
   xlatr::test::textOf(Family##_##nameSize(object), \
                       [&](char* buffer, std::uint32_t bufferSize) { Family##_##name(object, buffer, bufferSize); })

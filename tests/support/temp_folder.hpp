@@ -1,4 +1,4 @@
-// A folder of its own for a test, gone with all it holds at the test's end.
+// A new folder for a test, removed with all its files when the test ends.
 #pragma once
 
 #include <filesystem>
@@ -32,7 +32,7 @@ class TempFolder {
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }
   [[nodiscard]] std::string file(std::string_view name) const { return (path_ / name).string(); }
 
-  // Writes a file of the folder and answers its path.
+  // Writes a file of the folder and returns its path.
   [[nodiscard]] std::string write(std::string_view name, std::string_view content) const {
     const std::string path = file(name);
     std::ofstream out(path, std::ios::binary);

@@ -11,12 +11,12 @@
 
 namespace xlatr::test {
 
-// An information object that says what the test wants it to.
+// An information object whose answers the test sets.
 class StubInfo final : public TraceInfo {
  public:
   explicit StubInfo(std::string path, bool valid = true, double startTime = 44403.25)
       : TraceInfo(TraceFileInfo(""), XLATR_FORMAT_TRC), path_(std::move(path)), valid_(valid) {
-    startTime_ = startTime;
+    startDays_ = startTime;
   }
   [[nodiscard]] bool getValid() const override { return valid_; }
   [[nodiscard]] std::string getPath() const override { return path_; }

@@ -13,7 +13,7 @@
 #include "support/temp_folder.hpp"
 #include "tools/program.hpp"
 
-// The program with a converter of its own: both lie in an installation that the test makes.
+// The program with a stand-in for the converter, both in an installation that the test makes.
 namespace xlatr::cli {
 namespace {
 
@@ -114,7 +114,7 @@ TEST_F(BlfConvert, makesALinTrace) {
   expectNothingLeft();
 }
 
-TEST_F(BlfConvert, makesOneFileABusWhereTheTargetHasNoBusColumn) {
+TEST_F(BlfConvert, makesOneFilePerBusIfTheTargetHasNoBusColumn) {
   const Ended run = here.run({"convert", "drive.blf", "x.trc", "--target-version", "2.0"});
   EXPECT_EQ(run.exitCode, 0) << run.errors;
   EXPECT_THAT(here.names(), ElementsAre("drive.blf", "x_BUS1.trc", "x_BUS2.trc"));
@@ -130,7 +130,7 @@ TEST_F(BlfConvert, overwritesOnlyWhenAskedTo) {
   EXPECT_EQ(here.run({"convert", "drive.blf", "drive.csv", "-f"}).exitCode, 0);
 }
 
-TEST_F(BlfConvert, refusesWhatNoBlfLogBecomes) {
+TEST_F(BlfConvert, refusesWhatABlfLogCannotBecome) {
   const Ended run = here.run({"convert", "drive.blf", "drive.asc"});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_THAT(run.errors, HasSubstr("blf can't be converted into asc; choose one of trc, ltrc, csv"));
@@ -153,7 +153,7 @@ TEST_F(BlfConvert, namesAConverterThatCantBeRun) {
   EXPECT_THAT(run.errors, HasSubstr("BLF2CSV.exe, can't be run"));
 }
 
-TEST_F(BlfConvert, tellsTheExitCodeOfAConverterThatFails) {
+TEST_F(BlfConvert, reportsTheExitCodeOfAConverterThatFails) {
   installation_.standIn("exit 5");
   const Ended run = here.run({"convert", "drive.blf", "drive.csv"});
   EXPECT_EQ(run.exitCode, 1);
@@ -168,7 +168,7 @@ TEST_F(BlfConvert, aTargetThatAFailureLeftAloneIsNotCalledIncomplete) {
   here.write("drive.csv", "mine");
   const Ended run = here.run({"convert", "drive.blf", "drive.csv", "-f"});
   EXPECT_EQ(run.exitCode, 1);
-  EXPECT_THAT(run.errors, HasSubstr("; nothing was written: mend that and convert again with -f"));
+  EXPECT_THAT(run.errors, HasSubstr("; nothing was written; fix the problem and convert again with -f"));
   EXPECT_EQ(here.read("drive.csv"), "mine");
 }
 
@@ -176,16 +176,16 @@ TEST_F(BlfConvert, aTargetThatCannotBeFinishedIsCalledIncomplete) {
   fs::create_symlink("/dev/full", here / "full.csv");
   const Ended run = here.run({"convert", "drive.blf", "full.csv", "-f"});
   EXPECT_EQ(run.exitCode, 1);
-  EXPECT_THAT(run.errors, HasSubstr("; full.csv is incomplete: mend that and convert again with -f"));
+  EXPECT_THAT(run.errors, HasSubstr("; full.csv is incomplete; fix the problem and convert again with -f"));
 }
 
-TEST_F(BlfConvert, warnsWhenNothingOfALogWithObjectsComesOver) {
+TEST_F(BlfConvert, warnsWhenALogWithObjectsGivesNoMessage) {
   installation_.standIn("exit 0");
   const Ended run = here.run({"convert", "drive.blf", "drive.csv"});
   EXPECT_EQ(run.exitCode, 3);
   EXPECT_EQ(run.errors,
-            "xlatr: warning: drive.blf: nothing came over: BLF2CSV.exe knows none of the log's objects, or left no "
-            "table of them\n");
+            "xlatr: warning: drive.blf: no message was converted: BLF2CSV.exe knows none of the log's objects, or left "
+            "no table\n");
 }
 
 TEST_F(BlfConvert, aLogWithoutObjectsNeedsNoWarning) {
@@ -227,7 +227,7 @@ TEST_F(BlfInterrupt, endsAConverterThatDoesNotListen) {
   expectNothingLeft();
 }
 
-TEST_F(BlfConvert, infoTellsTheVersionOfALog) {
+TEST_F(BlfConvert, infoShowsTheVersionOfALog) {
   const Ended run = here.run({"info", "drive.blf"});
   EXPECT_EQ(run.exitCode, 0) << run.errors;
   EXPECT_THAT(run.output, HasSubstr("format      blf, Vector BLF trace file\n"));
@@ -236,7 +236,7 @@ TEST_F(BlfConvert, infoTellsTheVersionOfALog) {
   EXPECT_THAT(run.output, HasSubstr("valid       yes\n"));
 }
 
-TEST_F(BlfConvert, infoTellsALogWithoutAConverter) {
+TEST_F(BlfConvert, infoShowsALogWithoutAConverter) {
   fs::remove(installation_.converter());
   const Ended run = here.run({"info", "drive.blf"});
   EXPECT_EQ(run.exitCode, 0) << run.errors;

@@ -17,7 +17,7 @@
 #include "tools/program.hpp"
 #include "tracegen/generator.hpp"
 
-// BLF logs from end to end: made here byte by byte, converted by the program with the converter that lies beside the
+// BLF logs from end to end: made here byte by byte, and converted by the program with the converter beside the
 // library.
 namespace xlatr::cli {
 namespace {
@@ -56,7 +56,7 @@ Bytes timedLin(unsigned id, unsigned length, unsigned checksumModel, unsigned di
   return timedLinHead(id, length, checksumModel).zeros(72).counting(8, 0x31).u16(0xC5).u8(direction).zeros(29);
 }
 
-// A frame or an event of every type, one a millisecond, the first in steps of ten microseconds.
+// A frame or an event of every type, one per millisecond, the first in units of ten microseconds.
 std::string allTypes() {
   std::string content =
       object({.type = 1, .timestamp = 100, .flags = test::blf::kTenMicroseconds}, classic(1, 0, 2, 0x123).str());
@@ -96,8 +96,8 @@ std::string allTypes() {
   return content;
 }
 
-// The lines of the text from the one behind `marker` on.
-std::string behind(const std::string& text, std::string_view marker) {
+// The lines of the text after the one with `marker`.
+std::string after(const std::string& text, std::string_view marker) {
   const std::size_t found = text.rfind(marker);
   return found == std::string::npos ? text : text.substr(text.find('\n', found) + 1);
 }
@@ -121,7 +121,7 @@ TEST_F(BlfLogs, becomeTables) {
   expectConverted(file({.objects = 21}, zipped(content.substr(0, 300)) + stored(content.substr(300))), {"drive.csv"});
   const std::string table = here.read("drive.csv");
   EXPECT_THAT(table, HasSubstr("Start time: 31/12/2024 23:59:58.500\r\n"));
-  EXPECT_EQ(behind(table, "Number;"),
+  EXPECT_EQ(after(table, "Number;"),
             "1;1.000;1;Rx;DT;0123;-;2;11;12\r\n"
             "2;2.000;3;Tx;DT;00000812;-;8;11;12;13;14;15;16;17;18\r\n"
             "3;3.000;2;Rx;RR;07FF;-;4;\r\n"
@@ -149,7 +149,7 @@ TEST_F(BlfLogs, becomeTrcTraces) {
   expectConverted(file(zipped(allTypes())), {"drive.trc", "--target-version", "2.1"});
   const std::string trace = here.read("drive.trc");
   EXPECT_THAT(trace, HasSubstr("Start time: 31.12.2024 23:59:58.500.000\r\n"));
-  EXPECT_EQ(behind(trace, ";---+--"),
+  EXPECT_EQ(after(trace, ";---+--"),
             "      1         1.000 DT 1      0123 Rx -  2    11 12\r\n"
             "      2         2.000 DT 3  00000812 Tx -  8    11 12 13 14 15 16 17 18\r\n"
             "      3         3.000 RR 2      07FF Rx -  0    \r\n"
@@ -175,7 +175,7 @@ TEST_F(BlfLogs, becomeTrcTraces) {
 
 TEST_F(BlfLogs, becomeLinTraces) {
   expectConverted(file(stored(allTypes())), {"drive.ltrc"});
-  EXPECT_EQ(behind(here.read("drive.ltrc"), ";---+--"),
+  EXPECT_EQ(after(here.read("drive.ltrc"), ";---+--"),
             ";BLF Object Type 1 (CAN)\r\n"
             ";BLF Object Type 86 (CAN)\r\n"
             ";BLF Object Type 1 (CAN)\r\n"
@@ -203,17 +203,17 @@ TEST_F(BlfLogs, thatAreDamagedGiveWhatIsThereAndSaySo) {
   here.write("drive.blf", file(stored(at(1, 1, classic(1, 0, 1, 1)) + "junk" + at(2, 92, Bytes()))));
   const Ended run = here.run({"convert", "drive.blf", "drive.csv"});
   EXPECT_EQ(run.exitCode, 0);
-  EXPECT_THAT(run.errors, HasSubstr("drive.blf: 1 stretches of bytes between objects that belong to none"));
-  EXPECT_THAT(run.errors, HasSubstr("drive.blf: 1 objects of types without a row passed over: 1 of type 92\n"));
-  EXPECT_EQ(behind(here.read("drive.csv"), "Number;"), "1;1.000;1;Rx;DT;0001;-;1;11\r\n");
+  EXPECT_THAT(run.errors, HasSubstr("drive.blf: stretches of bytes between objects that belong to none, skipped: 1,"));
+  EXPECT_THAT(run.errors, HasSubstr("drive.blf: objects of types without a row, skipped: 1 (1 of type 92)\n"));
+  EXPECT_EQ(after(here.read("drive.csv"), "Number;"), "1;1.000;1;Rx;DT;0001;-;1;11\r\n");
 }
 
-TEST_F(BlfLogs, thatAreNoneFailWithTheReason) {
+TEST_F(BlfLogs, thatAreNotLogsFailWithTheReason) {
   here.write("drive.blf", "no log");
   const Ended run = here.run({"convert", "drive.blf", "drive.csv"});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_THAT(run.errors,
-              StartsWith("BLF2CSV: drive.blf: is no BLF log\nxlatr: drive.blf: Error while converting BLF"));
+              StartsWith("BLF2CSV: drive.blf: is not a BLF log\nxlatr: drive.blf: Error while converting BLF"));
   EXPECT_THAT(here.names(), ElementsAre("drive.blf"));
 }
 
@@ -221,7 +221,7 @@ TEST_F(BlfLogs, mayHaveAnyName) {
   const std::string name = "a \"log\" of $HOME; it's `here`.blf";
   here.write(name, file(stored(at(1, 1, classic(1, 0, 1, 1)))));
   EXPECT_EQ(here.run({"convert", name, "drive.csv"}).exitCode, 0);
-  EXPECT_EQ(behind(here.read("drive.csv"), "Number;"), "1;1.000;1;Rx;DT;0001;-;1;11\r\n");
+  EXPECT_EQ(after(here.read("drive.csv"), "Number;"), "1;1.000;1;Rx;DT;0001;-;1;11\r\n");
 }
 
 TEST_F(BlfLogs, areConvertedByManyProgramsAtOnce) {
@@ -238,7 +238,7 @@ TEST_F(BlfLogs, areConvertedByManyProgramsAtOnce) {
     EXPECT_EQ(Workspace::wait(program), 0);
   }
   for (int index = 0; index < 8; ++index) {
-    EXPECT_EQ(behind(here.read(std::to_string(index) + ".csv"), "Number;"), behind(here.read("alone.csv"), "Number;"));
+    EXPECT_EQ(after(here.read(std::to_string(index) + ".csv"), "Number;"), after(here.read("alone.csv"), "Number;"));
   }
 }
 
@@ -257,7 +257,7 @@ TEST_F(BlfLogs, areLeftAloneByAnInterruptAtAnyMoment) {
     std::this_thread::sleep_for(std::chrono::milliseconds(moment * 25));
     EXPECT_EQ(::kill(program, SIGINT), 0);
     const int exitCode = Workspace::wait(program);
-    // Before the program has set itself up the signal ends it at once.
+    // Before the program is set up, the signal ends it at once.
     EXPECT_TRUE(exitCode == 130 || exitCode == 0) << exitCode;
     EXPECT_TRUE(fs::is_empty(here / "tmp"));
   }

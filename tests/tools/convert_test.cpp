@@ -48,7 +48,7 @@ TEST_F(ConvertCommand, quietSaysNothing) {
   EXPECT_EQ(run.errors, "");
 }
 
-TEST_F(ConvertCommand, oneFileABusWhereTheTargetHasNoBusColumn) {
+TEST_F(ConvertCommand, oneFilePerBusIfTheTargetHasNoBusColumn) {
   std::filesystem::create_directory(here / "out");
   const Ended run = here.run({"convert", "drive.trc", "out/x.trc", "--target-version", "2.0"});
   EXPECT_EQ(run.exitCode, 0) << run.errors;
@@ -118,7 +118,7 @@ TEST_F(ConvertCommand, aSessionTargetThatExistsIsKept) {
   EXPECT_THAT(run.errors, HasSubstr("log_S3.csv"));
 }
 
-TEST_F(ConvertCommand, sessionsBecomeAFileEachInTheWorkingDirectory) {
+TEST_F(ConvertCommand, eachSessionBecomesAFileInTheWorkingDirectory) {
   test::BtrImage image(4);
   for (std::uint8_t index = 0; index < 3; ++index) {
     image.session(index, {.firstSector = index + 1U, .date = {.minute = index}});
@@ -200,7 +200,7 @@ TEST_F(ConvertCommand, whatCannotBeReadFailsBeforeAnythingIsWritten) {
   EXPECT_THAT(here.names(), ElementsAre("drive.trc", "folder.trc", "log.asc", "notes.txt", "table.csv"));
 }
 
-TEST_F(ConvertCommand, aPathThatTheLibraryCannotTakeIsToldApartFromAnUnknownExtension) {
+TEST_F(ConvertCommand, aPathThatTheLibraryCannotTakeIsNotCalledAnUnknownExtension) {
   const std::string folder = std::string(100, 'a') + "/" + std::string(100, 'b') + "/" + std::string(100, 'c') + "/";
   std::filesystem::create_directories(here / folder);
   here.write(folder + "drive.TRC", traceOfBuses({1}));
@@ -208,7 +208,8 @@ TEST_F(ConvertCommand, aPathThatTheLibraryCannotTakeIsToldApartFromAnUnknownExte
   const Ended trace = here.run({"convert", folder + "drive.TRC", "x.trc"});
   EXPECT_EQ(trace.exitCode, 1);
   EXPECT_EQ(trace.errors,
-            "xlatr: " + folder + "drive.TRC: its path is too long to be read; name it from inside its folder\n");
+            "xlatr: " + folder +
+                "drive.TRC: the path is too long; change to the folder of the file and name it from there\n");
   EXPECT_THAT(here.run({"convert", folder + "notes.txt", "x.trc"}).errors, HasSubstr("no extension of a trace format"));
 }
 
@@ -219,8 +220,8 @@ TEST_F(ConvertCommand, whatTheLibraryReportsIsOneLineAndCode1) {
     const char* leftover;
   };
   for (const auto& [target, leftover] : std::initializer_list<Case>{
-           {"missing/x.trc", "; nothing was written: mend that and convert again\n"},
-           {"full.trc", "; full.trc is incomplete: mend that and convert again with -f\n"},
+           {"missing/x.trc", "; nothing was written; fix the problem and convert again\n"},
+           {"full.trc", "; full.trc is incomplete; fix the problem and convert again with -f\n"},
        }) {
     const Ended run = here.run({"convert", "-f", "drive.trc", target});
     EXPECT_EQ(run.exitCode, 1) << target;
@@ -236,7 +237,7 @@ TEST_F(ConvertCommand, aTargetThatAFailureLeftAloneIsNotCalledIncomplete) {
   here.write("old.trc", "precious");
   const Ended run = here.run({"convert", "junk.mf4", "old.trc", "-f"});
   EXPECT_EQ(run.exitCode, 1);
-  EXPECT_THAT(run.errors, testing::EndsWith("; nothing was written: mend that and convert again with -f\n"));
+  EXPECT_THAT(run.errors, testing::EndsWith("; nothing was written; fix the problem and convert again with -f\n"));
   EXPECT_EQ(here.read("old.trc"), "precious");
 }
 
@@ -270,7 +271,15 @@ TEST_F(ConvertCommand, aSourceThatIsNotValidLeavesAMeasurementFileEmpty) {
   EXPECT_EQ(here.read("junk.mf4"), "");
 }
 
-TEST_F(ConvertCommand, framesOfABinarySourceThatIsNotValidComeOverWithoutAHeader) {
+TEST_F(ConvertCommand, aSourceThatIsNotValidLeavesASessionWithoutMessages) {
+  here.write("junk.trc", "no trace at all\n");
+  const Ended run = here.run({"convert", "junk.trc", "junk.btr"});
+  EXPECT_EQ(run.exitCode, 3);
+  EXPECT_EQ(run.errors,
+            "xlatr: warning: junk.trc: is not a valid trc file, so the target holds no messages; look at its header\n");
+}
+
+TEST_F(ConvertCommand, framesOfABinarySourceThatIsNotValidAreConvertedWithoutAHeader) {
   using namespace test::btrc;
   here.write("old.btrc", filled(info(0) + plainFrame(1000)));
   here.write("new.btr", test::BtrImage(2).session(0, {.version = 9}).sector(1, {}, {{.length = 1}}).bytes());
@@ -326,7 +335,8 @@ TEST_F(ConvertCommand, aTraceWithoutMessagesMayLeaveNoFile) {
   EXPECT_THAT(here.names(), ElementsAre("drive.trc", "empty.trc"));
 }
 
-// A target that is a pipe holds the conversion up for as long as the test likes: it goes on only as the pipe is read.
+// If the target is a pipe, the test can hold the conversion up as long as it likes: it goes on only as the pipe is
+// read.
 class HeldConversion : public ConvertCommand {
  protected:
   void SetUp() override {

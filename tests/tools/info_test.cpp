@@ -13,7 +13,7 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(InfoCommand, tellsWhatAFileIs) {
+TEST(InfoCommand, showsWhatAFileIs) {
   const Workspace here;
   const std::string trace = traceOfBuses({1, 2});
   here.write("drive.trc", trace);
@@ -32,7 +32,7 @@ TEST(InfoCommand, tellsWhatAFileIs) {
   EXPECT_EQ(run.errors, "");
 }
 
-TEST(InfoCommand, tellsWhatALogIs) {
+TEST(InfoCommand, showsWhatALogIs) {
   const Workspace here;
   here.write("drive.asc",
              "date Mon Jul 26 05:19:59.721 2021\nbase hex  timestamps absolute\n// version 8.1.0\n0.1 1 100 Rx d 0\n");
@@ -48,7 +48,7 @@ TEST(InfoCommand, tellsWhatALogIs) {
             "  targets     trc, csv\n");
 }
 
-TEST(InfoCommand, tellsTheGroupsOfAMeasurementFile) {
+TEST(InfoCommand, showsTheGroupsOfAMeasurementFile) {
   const Workspace here;
   here.write("drive.mf4", test::mf4Sample());
   const Ended run = here.run({"info", "drive.mf4"});
@@ -79,7 +79,7 @@ TEST(InfoCommand, tellsTheGroupsOfAMeasurementFile) {
                 {"name": "CAN_ErrorFrame", "cycleCount": 0}]}])"));
 }
 
-TEST(InfoCommand, tellsWhyAMeasurementFileCanNotBeConverted) {
+TEST(InfoCommand, saysWhyAMeasurementFileCannotBeConverted) {
   struct Case {
     const char* name;
     std::size_t offset;
@@ -111,7 +111,7 @@ TEST(InfoCommand, tellsWhyAMeasurementFileCanNotBeConverted) {
   }
 }
 
-TEST(InfoCommand, aMeasurementFileThatIsNoneHasNoGroups) {
+TEST(InfoCommand, anInvalidMeasurementFileHasNoGroups) {
   const Workspace here;
   here.write("x.mf4", "no measurement at all");
   const Ended run = here.run({"info", "x.mf4"});
@@ -121,7 +121,7 @@ TEST(InfoCommand, aMeasurementFileThatIsNoneHasNoGroups) {
   EXPECT_THAT(run.output, testing::EndsWith("  targets     trc\n"));
 }
 
-// Three sessions, of which the second begins in its middle and the third has lost its sectors.
+// Three sessions: the second begins in its middle, and the third has lost its sectors.
 std::string threeSessions() {
   test::BtrImage image(6);
   image.session(0, {}).session(1, {.firstSector = 2, .date = {.hour = 9}}).session(2, {.firstSector = 6});
@@ -174,8 +174,8 @@ TEST(InfoCommand, aFileWithoutHeaderIsNotValid) {
   EXPECT_THAT(run.output, HasSubstr("  valid       no\n"));
 }
 
-// A table is a target only: there is nothing to check it for.
-TEST(InfoCommand, tellsOfATableWhatItsNameTells) {
+// A table is only a target: there is nothing to check.
+TEST(InfoCommand, showsOfATableWhatItsNameSays) {
   const Workspace here;
   here.write("drive.trc", traceOfBuses({1}));
   ASSERT_EQ(here.run({"convert", "drive.trc", "drive.csv"}).exitCode, 0);
@@ -186,7 +186,7 @@ TEST(InfoCommand, tellsOfATableWhatItsNameTells) {
   EXPECT_THAT(run.output, HasSubstr("  targets     none\n"));
 }
 
-TEST(InfoCommand, jsonIsAnArrayWithOneObjectAFile) {
+TEST(InfoCommand, jsonIsAnArrayWithOneObjectPerFile) {
   const Workspace here;
   const std::string trace = traceOfBuses({1});
   here.write("drive.TRC", trace);

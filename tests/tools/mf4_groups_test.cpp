@@ -58,7 +58,7 @@ TEST(Mf4Groups, endWhereLinksAreBroken) {
   };
   const Case cases[] = {
       {"no data group", kHeaderFirstGroup, 0, true, 0, 0},
-      {"first data group behind the end", kHeaderFirstGroup, 1U << 30U, false, 0, 0},
+      {"first data group beyond the end", kHeaderFirstGroup, 1U << 30U, false, 0, 0},
       {"first data group nowhere", kHeaderFirstGroup, ~std::uint64_t{0}, false, 0, 0},
       {"first data group at the end", kHeaderFirstGroup, 8220, false, 0, 0},
       {"first data group is none", kHeaderFirstGroup, kFirstChannelGroup, false, 0, 0},
@@ -92,8 +92,8 @@ TEST(Mf4Groups, readAFileThatEndsAnywhere) {
   EXPECT_TRUE(readMf4Groups("/no/such/file.mf4").dataGroups.empty());
 }
 
-TEST(Mf4Groups, areTooManyToTellAtSomePoint) {
-  // A chain of data groups, each 64 bytes behind the one before.
+TEST(Mf4Groups, areCutOffAtALimit) {
+  // A chain of data groups, each 64 bytes after the one before.
   std::string file = test::mf4Sample();
   const std::string group = file.substr(kDataGroup, 64);
   std::size_t end = file.size();

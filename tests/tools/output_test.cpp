@@ -24,7 +24,7 @@ TEST(OneLine, foldsLineBreaksAndTamesControlCharacters) {
   }
 }
 
-TEST(VersionText, hasADigitBehindThePoint) {
+TEST(VersionText, hasADigitAfterThePoint) {
   EXPECT_EQ(versionText(2.0), "2.0");
   EXPECT_EQ(versionText(2.1), "2.1");
   EXPECT_EQ(versionText(4.11), "4.11");

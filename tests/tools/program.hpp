@@ -1,4 +1,4 @@
-// Runs the built command-line program in a folder of its own.
+// Runs the built command-line program in its own folder.
 #pragma once
 
 #include <sys/types.h>
@@ -13,14 +13,14 @@
 
 namespace xlatr::cli {
 
-// What a program left that has ended. One that a signal ended has 128 and the signal as its exit code.
+// What a program left that has ended. If a signal ended it, the exit code is 128 plus the signal.
 struct Ended {
   int exitCode = -1;
   std::string output;
   std::string errors;
 };
 
-// A folder of its own in which the program runs.
+// The folder in which the program runs.
 class Workspace {
  public:
   Workspace();

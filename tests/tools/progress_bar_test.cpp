@@ -17,7 +17,7 @@ TEST(ProgressText, showsTheEndOnlyAtTheEnd) {
   EXPECT_EQ(progressText(99.99), "[" + std::string(39, '#') + ".]  99 %");
 }
 
-TEST(ProgressText, takesWhatIsNoPercentToTheNearerEnd) {
+TEST(ProgressText, takesWhatIsNotAPercentageToTheNearerEnd) {
   EXPECT_EQ(progressText(std::numeric_limits<double>::quiet_NaN()), progressText(0.0));
   EXPECT_EQ(progressText(-1.0), progressText(0.0));
   EXPECT_EQ(progressText(101.0), progressText(100.0));

@@ -65,7 +65,7 @@ TEST(TargetFiles, knowTheNumberedNames) {
   }
 }
 
-TEST(TargetFiles, findWhatStandsInTheWay) {
+TEST(TargetFiles, findWhatIsInTheWay) {
   const Workspace here;
   const std::string target = (here / "x.trc").string();
   const auto one = targetFiles(target, XLATR_FORMAT_TRC, 3.0, XLATR_FORMAT_TRC);
@@ -83,7 +83,7 @@ TEST(TargetFiles, findWhatStandsInTheWay) {
   EXPECT_EQ(split.existing().size(), 3U);
 }
 
-TEST(TargetFiles, nothingStandsInAFolderThatIsNotThere) {
+TEST(TargetFiles, findNothingInAFolderThatDoesNotExist) {
   const Workspace here;
   const std::string target = (here / "missing/x.trc").string();
   EXPECT_THAT(targetFiles(target, XLATR_FORMAT_TRC, 2.0, XLATR_FORMAT_TRC).existing(), IsEmpty());

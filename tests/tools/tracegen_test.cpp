@@ -273,7 +273,7 @@ TEST(TracegenTrcPrinter, writesAHeaderOfKeysAndComments) {
   TrcPrinter printer({.version = TrcVersion::V2_1, .buses = 2, .seed = 77});
   printer.printHeader(output);
   output.flush();
-  // 19783 days and eight hours behind 1970-01-01, which is day 25569.
+  // 19783 days and eight hours after 1970-01-01, which is day 25569.
   EXPECT_EQ(text,
             ";$FILEVERSION=2.1\r\n"
             ";$STARTTIME=45352.3333333333\r\n"
@@ -303,9 +303,9 @@ TEST(TracegenTrcPrinter, putsColumnsUnderTheirRuler) {
     const std::string& ruler = lines[lines.size() - 2];
     const std::string& line = lines.back();
     ASSERT_THAT(ruler, StartsWith(";---+-"));
-    // No column starts left of its place in the ruler or reaches beyond it: where the ruler is blank, the line is.
+    // No column starts left of its place in the ruler or reaches beyond it: where the ruler is blank, so is the line.
     for (std::size_t at = 0; at < std::min(ruler.size(), line.size()); ++at) {
-      // The parenthesis of the old versions stands in the ruler's gap.
+      // The parenthesis of the old versions is in the ruler's gap.
       if (ruler[at] == ' ' && line[at] != ')') {
         EXPECT_EQ(line[at], ' ') << trcVersionText(version) << " column " << at;
       }
@@ -321,7 +321,7 @@ std::uint64_t numberAt(std::string_view bytes, std::size_t offset, std::size_t w
   return value;
 }
 
-TEST(TracegenBlfPrinter, tellsInTheHeadHowTheRecordingEnded) {
+TEST(TracegenBlfPrinter, saysInTheHeadHowTheRecordingEnded) {
   BlfPrinter printer;
   std::string log;
   TextOutput output([&log](std::string_view piece) { log.append(piece); });
@@ -550,7 +550,7 @@ TEST(Tracegen, writesPlainTrafficOfDataFramesOnly) {
   headerOnly.maxMessages = 0;
   const std::string header = generateText(headerOnly);
   ASSERT_THAT(text, StartsWith(header));
-  EXPECT_EQ(text.find(';', header.size()), std::string::npos) << "no comments behind the header";
+  EXPECT_EQ(text.find(';', header.size()), std::string::npos) << "no comments after the header";
 }
 
 TEST(Tracegen, writesTheSameFramesAsTrcAndAsLog) {
@@ -677,7 +677,7 @@ TEST(Tracegen, writesSessionsInWholeSectors) {
   const std::string bytes = generateText(options);
   EXPECT_EQ(bytes.size(), size.bytes);
   EXPECT_EQ(bytes, generateText(options));
-  // The last slot of the first directory is marked and links to sector 33, behind 16 sessions.
+  // The last slot of the first directory is marked and links to sector 33, after 16 sessions.
   EXPECT_EQ(bytes[15 * 32 + 3], 1);
   EXPECT_EQ(bytes.substr(15 * 32 + 4, 4), std::string("\x21\0\0\0", 4));
   EXPECT_EQ(bytes.substr(24, 4), std::string("\x01\0\0\0", 4)) << "the first session begins at sector 1";

@@ -89,7 +89,7 @@ TEST(Usage, whatCannotBeUnderstoodIsOneLineAndCode2) {
   EXPECT_THAT(here.names(), testing::ElementsAre("a.trc"));
 }
 
-// The library tells the host's version by this note.
+// The library reads the host's version from this note.
 TEST(Usage, programCarriesItsPackageNote) {
   const std::string text = R"({"type":"xlatr","name":"xlatr","version":")" XLATR_PROGRAM_VERSION "\"}";
   const std::array<std::uint32_t, 3> head{4, static_cast<std::uint32_t>(text.size() + 1), 0xcafe1a7eU};

@@ -214,7 +214,7 @@ TEST(DateFields, aBlankOfTheFormatTakesAnyRunOfBlanks) {
   }
 }
 
-TEST(DateFields, aTrailingTextBehindAMatchIsNoFailure) {
+TEST(DateFields, aTextAfterAMatchIsNoFailure) {
   EXPECT_EQ(parse("01.02.2020 and more", "%d.%m.%Y"), 10U);
 }
 

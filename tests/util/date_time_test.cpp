@@ -451,7 +451,7 @@ TEST(ParseGerman, theFractionIsNotScaled) {
   EXPECT_EQ(DateTime::parseGerman("01.02.2020 03:04:05.05").millisecond, 5);
 }
 
-TEST(ParseGerman, takesWhatStandsBehindTheLastPoint) {
+TEST(ParseGerman, takesWhatFollowsTheLastPoint) {
   EXPECT_EQ(DateTime::parseGerman("01.02.2020 03:04:05.678.123").toDottedTextMicro(), "01.02.2020 03:04:05.123.000");
 }
 
@@ -571,7 +571,7 @@ struct Clock {
   std::string_view expected;
 };
 
-// A marker with points needs a fraction in front of it, or its own point would be taken for that of the fraction.
+// A marker with points needs a fraction before it, or its own point would be taken for that of the fraction.
 constexpr Clock kClocks[] = {
     {"22:20:30", "", "", "22:20:30.000"},           {"22:20:30", ".123", "", "22:20:30.123"},
     {"10:20:30", "", " pm", "22:20:30.000"},        {"10:20:30", ".123", " pm", "22:20:30.123"},
@@ -673,13 +673,13 @@ TEST(ParseLocalized, aDateWithoutWeekdayIsTheDefault) {
   EXPECT_EQ(DateTime::parseLocalized("Nov 01 10:20:30.123 2012"), DateTime());
 }
 
-TEST(ParseLocalized, aPointWithoutABlankBehindItIsTheDefault) {
+TEST(ParseLocalized, aPointWithoutABlankAfterItGivesTheDefault) {
   EXPECT_EQ(DateTime::parseLocalized("Thu Nov 01 2012 10:20:30.123"), DateTime());
   EXPECT_EQ(DateTime::parseLocalized("."), DateTime());
 }
 
 // The first point is always taken for that of the fraction.
-TEST(ParseLocalized, aPointBehindTheWeekdayHidesTheFraction) {
+TEST(ParseLocalized, aPointAfterTheWeekdayHidesTheFraction) {
   EXPECT_EQ(DateTime::parseLocalized("jeu. nov 01 10:20:30.123 2012"), DateTime());
   EXPECT_EQ(DateTime::parseLocalized("Thu Nov 01 10:20:30 p.m. 2012"), DateTime());
 }

@@ -125,13 +125,13 @@ TEST(LibraryDirectory, isThatOfThisProgramWhenLinkedIn) {
   EXPECT_EQ(getLibraryDirectory(), program.parent_path().string());
 }
 
-TEST(Command, runAnswersTheExitCode) {
+TEST(Command, runReturnsTheExitCode) {
   EXPECT_EQ(runCommandAndWait("/bin/sh", {"-c", "exit 0"}), 0U);
   EXPECT_EQ(runCommandAndWait("/bin/sh", {"-c", "exit 7"}), 7U);
   EXPECT_EQ(runCommandAndWait("/bin/sh", {"-c", "exit 255"}), 255U);
 }
 
-TEST(Command, runAnswersAllOnesWhenTheStartFails) {
+TEST(Command, runReturnsAllOnesIfTheStartFails) {
   EXPECT_EQ(runCommandAndWait("/nowhere/program", {}), 0xFFFFFFFFU);
   EXPECT_EQ(runCommandAndWait("", {}), 0xFFFFFFFFU);
 }
@@ -142,7 +142,7 @@ TEST(Command, argumentsReachTheProgramAsTheyAre) {
             9U);
 }
 
-TEST(Command, readAnswersOutputAndExitCode) {
+TEST(Command, readReturnsOutputAndExitCode) {
   const auto answer = runCommandAndRead("/bin/sh", {"-c", R"(printf '%s' "$1"; exit 9)", "sh", "a b \"c\" $HOME"}, 100);
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->output, "a b \"c\" $HOME");

@@ -24,7 +24,7 @@ std::string outcome(Parse parse, Arguments... arguments) {
   }
 }
 
-// The number in decimal, or "refused" where `out` kept its value.
+// The number in decimal, or "refused" if `out` kept its value.
 template <typename Number, typename Try, typename... Arguments>
 std::string tryOutcome(Try tryParse, std::string_view text, Arguments... arguments) {
   constexpr Number kUntouched = 99;
@@ -227,7 +227,7 @@ TEST(ParseUInt64, takesTheLargestValueForANumberPastIt) {
 // What all strict parsers without a sign have in common; `expected` is "refused" or the value.
 const Case kCommonCases[] = {
     {"blanks in front of a number", " 7", "7"},
-    {"blanks behind a number", "7 ", "7"},
+    {"blanks after a number", "7 ", "7"},
     {"all of the blank set", "\n\t \r7\n\t \r", "7"},
     {"vertical tab", "\v7", "refused"},
     {"form feed", "7\f", "refused"},
@@ -239,7 +239,7 @@ const Case kCommonCases[] = {
     {"sign", "+7", "refused"},
     {"sign alone", "+", "refused"},
     {"minus zero", "-0", "refused"},
-    {"zero character behind", std::string_view("7\0", 2), "refused"},
+    {"zero character after it", std::string_view("7\0", 2), "refused"},
     {"zero character inside", std::string_view("1\0001", 3), "refused"},
     {"zero character alone", std::string_view("\0", 1), "refused"},
     {"a byte above 127", "\xB2", "refused"},
@@ -255,13 +255,13 @@ const Case kEmptyIsZeroButBlanksAreNot[] = {
 
 const Case kZeroMustBeTheWholeText[] = {
     {"blank in front", " 0", "refused"},
-    {"blank behind", "0 ", "refused"},
+    {"blank after it", "0 ", "refused"},
     {"blanks around", "\t0\r", "refused"},
     {"zeros with a blank", " 00", "refused"},
-    {"zeros with a blank behind", "00 ", "refused"},
+    {"zeros with a blank after it", "00 ", "refused"},
 };
 
-// Holds every strict parser in decimal and hexadecimal against the cases.
+// Checks every strict parser in decimal and hexadecimal against the cases.
 template <std::size_t Size>
 void expectOfEachStrictParser(const Case (&cases)[Size]) {
   for (const Case& c : cases) {
@@ -337,8 +337,8 @@ TEST(ParseInt32, readsSignedDecimals) {
       {"past 64 bits, negative", "-18446744073709551617", "String is not a int32: {-18446744073709551617}"},
       {"two signs", "--5", "String is not a int32: {--5}"},
       {"two kinds of sign", "+-5", "String is not a int32: {+-5}"},
-      {"sign behind", "5-", "String is not a int32: {5-}"},
-      {"vertical tab behind the sign", "-\v5", "String is not a int32: {-\v5}"},
+      {"sign after it", "5-", "String is not a int32: {5-}"},
+      {"vertical tab after the sign", "-\v5", "String is not a int32: {-\v5}"},
       {"a word", "abc", "String is not a int32: {abc}"},
   };
   for (const Case& c : cases) {
@@ -346,14 +346,14 @@ TEST(ParseInt32, readsSignedDecimals) {
   }
 }
 
-TEST(ParseInt32, allowsBlanksBehindASignInFrontOfAZeroOnly) {
+TEST(ParseInt32, allowsBlanksAfterASignOnlyBeforeAZero) {
   const Case cases[] = {
       {"minus, blank, number", "- 5", "String is not a int32: {- 5}"},
       {"plus, tab, number", "+\t5", "String is not a int32: {+\t5}"},
       {"blank, minus, blank, number", " - 5", "String is not a int32: { - 5}"},
       {"minus, blank, zero", "- 0", "0"},
       {"minus, blank, zeros", "- 00", "0"},
-      {"a sign lets the blank behind the zero pass", "-0 ", "0"},
+      {"a sign lets the blank after the zero pass", "-0 ", "0"},
       {"but not the blank in front", " -0", "String is not a int32: { -0}"},
       {"nor in front of a detached zero", " - 0", "String is not a int32: { - 0}"},
   };
@@ -384,7 +384,7 @@ TEST(ParseUInt32Auto, takesTheBaseFromThePrefix) {
       {"highest", "0xFFFFFFFF", "4294967295"},
       {"binary", "0b101", "5"},
       {"upper-case binary", "0B11", "3"},
-      {"blanks behind", "0x10 \r", "16"},
+      {"blanks after it", "0x10 \r", "16"},
       {"hexadecimal zero", "0x0", "0"},
       {"empty", "", "0"},
       {"above", "0x100000000", "String is not a hexa uint32: {100000000}"},
@@ -420,18 +420,18 @@ TEST(ParseUInt32Auto, refusesEveryTextThatEndsInH) {
   EXPECT_EQ(lastErrorText(platform::currentThreadId()), std::string_view("String is not a hexa uint32: {10\0}", 34));
 }
 
-TEST(ParseUInt32Auto, seesNoPrefixBehindBlanks) {
+TEST(ParseUInt32Auto, seesNoPrefixAfterBlanks) {
   const Case cases[] = {
       {"hexadecimal", " 0x10", "String is not a uint32: {0x10}"},
       {"binary", "\t0b1", "String is not a uint32: {0b1}"},
-      {"a decimal may stand behind blanks", " 10", "10"},
+      {"a decimal may stand after blanks", " 10", "10"},
   };
   for (const Case& c : cases) {
     expectOfUInt32Auto(c);
   }
 }
 
-TEST(ParseUInt32Auto, seesNoPrefixWithoutACharacterBehindIt) {
+TEST(ParseUInt32Auto, seesNoPrefixWithoutACharacterAfterIt) {
   const Case cases[] = {
       {"hexadecimal", "0x", "String is not a uint32: {0x}"},
       {"binary", "0b", "String is not a uint32: {0b}"},
@@ -445,10 +445,10 @@ TEST(ParseUInt32Auto, seesNoPrefixWithoutACharacterBehindIt) {
 TEST(ParseUInt32Auto, checksAZeroAgainstTheTextWithoutPrefixAndOuterBlanks) {
   const Case cases[] = {
       {"a blank in front of a zero passes here", " 0", "0"},
-      {"a blank behind it too", "0 ", "0"},
-      {"and behind a prefixed zero", "0x0 ", "0"},
-      {"a blank behind the prefix of a number", "0x 7", "7"},
-      {"a blank behind the prefix of a zero", "0x 0", "String is not a hexa uint32: { 0}"},
+      {"a blank after it too", "0 ", "0"},
+      {"and after a prefixed zero", "0x0 ", "0"},
+      {"a blank after the prefix of a number", "0x 7", "7"},
+      {"a blank after the prefix of a zero", "0x 0", "String is not a hexa uint32: { 0}"},
   };
   for (const Case& c : cases) {
     expectOfUInt32Auto(c);
@@ -464,7 +464,7 @@ TEST(ParseByteAuto, takesTheBaseFromThePrefix) {
       {"above", "256", "String is not a byte: {256}"},
       {"above in hexadecimal", "0x100", "String is not a hexa byte: {100}"},
       {"suffix", "10h", "String is not a hexa byte: {10"},
-      {"prefix behind a blank", " 0x1", "String is not a byte: {0x1}"},
+      {"prefix after a blank", " 0x1", "String is not a byte: {0x1}"},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(outcome(parseByteAuto, c.text), c.expected) << c.name;

@@ -1,4 +1,4 @@
-// What the tests compare to see that nobody changed the locale of the process.
+// What the tests compare to check that nothing changed the locale of the process.
 #pragma once
 
 #include <clocale>

@@ -47,8 +47,8 @@ TEST(AppendFixed, printsTheDecimals) {
       {"no decimals", 1.75, 0, "2"},
       {"half to even where the value is exact", 0.5, 0, "0"},
       {"the same above", 1.5, 0, "2"},
-      {"a half that is none, below", 1.0005, 3, "1.000"},
-      {"a half that is none, above", 0.0005, 3, "0.001"},
+      {"not quite a half, below", 1.0005, 3, "1.000"},
+      {"not quite a half, above", 0.0005, 3, "0.001"},
       {"negative", -12.25, 3, "-12.250"},
       {"nine decimals", 123.456789012, 9, "123.456789012"},
       {"large", 123456789012345.678, 3, "123456789012345.672"},
@@ -101,7 +101,7 @@ TEST(FormatFixed, printsTheDecimals) {
   }
 }
 
-TEST(FormatFixed, holdsTheLongestValueThereIs) {
+TEST(FormatFixed, fitsTheLongestValue) {
   const std::string text = formatFixed(-std::numeric_limits<double>::max(), 9);
   EXPECT_EQ(text.size(), 1U + 309U + 1U + 9U);
   EXPECT_TRUE(text.starts_with("-17976931348623157"));
@@ -146,7 +146,7 @@ TEST(AppendAscId, fillsFifteenColumns) {
   };
   for (const auto& test : cases) {
     TextBuffer out;
-    out.append("|");  // what stands in front counts for no column
+    out.append("|");  // what comes before does not count as a column
     appendAscId(out, test.identifier, test.extended);
     EXPECT_EQ(out.view(), std::string("|") + test.expected) << test.name;
   }

@@ -81,7 +81,7 @@ TEST(ParseKeyValues, readsPairs) {
       {"no blanks", "Length=10 ID=5", " ", {{"Length", "10"}, {"ID", "5"}}},
       {"tabs and blanks", "\tA\t= 1 \t B =\t2\t", " \t", {{"A", "1"}, {"B", "2"}}},
       {"the last token in front of the sign is the key", "Error Frame ID = 5", " ", {{"ID", "5"}}},
-      {"the first token behind the sign is the value", "ID = 5 and more", " ", {{"ID", "5"}}},
+      {"the first token after the sign is the value", "ID = 5 and more", " ", {{"ID", "5"}}},
       {"one token between two signs is value and key", "a=b=c", " ", {{"a", "b"}, {"b", "c"}}},
       {"the last of equal keys wins", "a=1 a=2", " ", {{"a", "2"}}},
       {"a value without a key is dropped", "= 5 ID = 6", " ", {{"ID", "6"}}},

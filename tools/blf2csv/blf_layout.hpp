@@ -1,43 +1,97 @@
-// Where things lie in a BLF log. All numbers are little-endian; offsets count bytes from the start of the structure.
+// What stands in a BLF log around its objects: the head of the file, the headers of objects and of containers.
 // docs/formats/blf.md describes the whole of it.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
+#include "util/layout.hpp"
+
 namespace blf2csv {
 
-// The head of the file.
 inline constexpr std::string_view kFileSignature = "LOGG";
-inline constexpr std::size_t kFileHeaderSize = 144;
-inline constexpr std::size_t kFileHeaderSizeField = 4;  // u32; the first object starts there
-inline constexpr std::size_t kFileApiNumber = 8;        // u32, two decimal digits a part: 4070100 is 4.7.1.0
-inline constexpr std::size_t kFileObjectCount = 32;     // u32, without containers
-inline constexpr std::size_t kFileStartTime = 40;       // eight u16, see DateField
+
 enum class DateField : std::uint8_t { Year, Month, Weekday, Day, Hour, Minute, Second, Millisecond };
 
-// The header that every object begins with.
-inline constexpr std::string_view kObjectSignature = "LOBJ";
-inline constexpr std::size_t kBaseHeaderSize = 16;
-inline constexpr std::size_t kObjectHeaderSize = 4;  // u16, up to the body
-inline constexpr std::size_t kObjectSize = 8;        // u32, header and body
-inline constexpr std::size_t kObjectType = 12;       // u32
+// The head of the file.
+struct FileHead {
+  std::array<char, 4> signature{};
+  std::uint32_t size = 0;                    // the first object starts there
+  std::uint32_t apiNumber = 0;               // two decimal digits a part: 4070100 is 4.7.1.0
+  std::uint32_t objectCount = 0;             // without containers
+  std::array<std::uint16_t, 8> startTime{};  // by DateField
 
-// What follows in all objects but containers. A header may be longer than that; its size alone tells where the body
-// begins, since its version does not keep to the sizes.
-inline constexpr std::size_t kSmallestObjectHeader = 32;
-inline constexpr std::size_t kObjectFlags = 16;      // u32, the unit of the time
-inline constexpr std::size_t kObjectVersion = 22;    // u16
-inline constexpr std::size_t kObjectTimestamp = 24;  // u64, since the start of the log
+  static constexpr auto fields() {
+    using namespace xlatr;
+    return FieldList{
+        Field{0, "signature", &FileHead::signature},      Field{4, "size", &FileHead::size},
+        Field{8, "apiNumber", &FileHead::apiNumber},      Reserved{12, 20},
+        Field{32, "objectCount", &FileHead::objectCount}, Reserved{36, 4},
+        Field{40, "startTime", &FileHead::startTime},     Reserved{56, 88},
+    };
+  }
+};
+
+inline constexpr std::string_view kObjectSignature = "LOBJ";
+
+// The header that every object begins with.
+struct BaseHeader {
+  std::array<char, 4> signature{};
+  std::uint16_t headerSize = 0;  // up to the body
+  std::uint32_t size = 0;        // header and body
+  std::uint32_t type = 0;
+
+  static constexpr auto fields() {
+    using namespace xlatr;
+    return FieldList{
+        Field{0, "signature", &BaseHeader::signature},
+        Field{4, "headerSize", &BaseHeader::headerSize},
+        Reserved{6, 2},  // its version, which does not keep to the sizes
+        Field{8, "size", &BaseHeader::size},
+        Field{12, "type", &BaseHeader::type},
+    };
+  }
+};
+
+// The header of all objects but containers. It may be longer than that: its size alone tells where the body begins.
+struct ObjectHeader {
+  BaseHeader base;
+  std::uint32_t flags = 0;  // the unit of the time
+  std::uint16_t version = 0;
+  std::uint64_t timestamp = 0;  // since the start of the log
+
+  static constexpr auto fields() {
+    using namespace xlatr;
+    return FieldList{
+        Field{0, "base", &ObjectHeader::base},        Field{16, "flags", &ObjectHeader::flags},         Reserved{20, 2},
+        Field{22, "version", &ObjectHeader::version}, Field{24, "timestamp", &ObjectHeader::timestamp},
+    };
+  }
+};
 inline constexpr std::uint32_t kTenMicroseconds = 1;
 inline constexpr std::uint32_t kNanoseconds = 2;
 
-// Containers hold the objects. Behind the base header:
+// Containers hold the objects.
 inline constexpr std::uint32_t kContainerType = 10;
-inline constexpr std::size_t kContainerHeaderSize = 32;
-inline constexpr std::size_t kContainerMethod = 16;       // u16
-inline constexpr std::size_t kContainerContentSize = 24;  // u32, bytes once inflated
+
+struct ContainerHeader {
+  BaseHeader base;
+  std::uint16_t method = 0;
+  std::uint32_t contentSize = 0;  // bytes once inflated
+
+  static constexpr auto fields() {
+    using namespace xlatr;
+    return FieldList{
+        Field{0, "base", &ContainerHeader::base},
+        Field{16, "method", &ContainerHeader::method},
+        Reserved{18, 6},
+        Field{24, "contentSize", &ContainerHeader::contentSize},
+        Reserved{28, 4},
+    };
+  }
+};
 inline constexpr std::uint32_t kStored = 0;
 inline constexpr std::uint32_t kZlib = 2;
 

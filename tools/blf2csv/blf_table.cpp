@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "blf2csv/blf_layout.hpp"
+#include "formats/csv/csv_columns.hpp"
 #include "util/hex.hpp"
 
 namespace blf2csv {
@@ -13,14 +14,10 @@ namespace {
 constexpr char kSeparator = ';';
 constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 
-constexpr std::string_view kColumnLine =
-    "Number;ObjectType;ObjectTimestamp;ObjectFlags;Valid;Comment;Id;Channel;Flags;FlagsExt;Ecc;CanFdFLags;Dir;Crc;"
-    "ObjectVersion;ChecksumModel;Length;D0;D1;D2;D3;D4;D5;D6;D7\n";
-
-// An empty cell would move those behind it up.
+// An empty cell would move those after it up.
 constexpr std::string_view kNoComment = "-";
 
-// More than the longest head, and than the longest row: 17 cells in front of 64 data bytes.
+// More than the longest head, and than the longest row: 17 cells before 64 data bytes.
 constexpr std::size_t kLongestHead = 512;
 constexpr std::size_t kLongestRow = 768;
 
@@ -40,7 +37,7 @@ class Pen {
     constexpr std::ptrdiff_t kMostDigits = 20;
     at_ = std::to_chars(at_, at_ + kMostDigits, value).ptr;
   }
-  // A decimal and the separator behind it; nearly all cells are 0 or a small number.
+  // A decimal and the separator after it; nearly all cells are 0 or a small number.
   template <class Number>
   void cell(Number value) {
     if (value < 10) {
@@ -72,7 +69,7 @@ void BlfTable::addHead(const FileHeader& header) {
     pen.filled(header.startTime[static_cast<std::size_t>(name)], digits);
     pen.put(behind);
   };
-  // This line also tells the reader which kind of table it has before it, so it stands where there is no date too.
+  // This line also tells the reader which kind of table it has before it, so it is written without a date too.
   pen.put("$BLFSTARTTIME=");
   field(DateField::Day, 2, "/");
   field(DateField::Month, 2, "/");
@@ -81,7 +78,8 @@ void BlfTable::addHead(const FileHeader& header) {
   field(DateField::Minute, 2, ":");
   field(DateField::Second, 2, ".");
   field(DateField::Millisecond, 3, "\n");
-  pen.put(kColumnLine);
+  pen.put(xlatr::csvConverterColumnLine({&kSeparator, 1}));
+  pen.put('\n');
   used_ = static_cast<std::size_t>(pen.at() - block_.get());
 }
 

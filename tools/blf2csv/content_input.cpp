@@ -7,7 +7,6 @@
 #include <span>
 
 #include "blf2csv/blf_layout.hpp"
-#include "blf2csv/fields.hpp"
 
 namespace blf2csv {
 namespace {
@@ -118,24 +117,24 @@ Piece ContentInput::findObject() {
 }
 
 void ContentInput::beginContainer(std::uint64_t size) {
-  while (input_.size() < kContainerHeaderSize && !atEnd_) {
+  constexpr std::size_t kHeaderSize = xlatr::kLayoutSize<ContainerHeader>;
+  while (input_.size() < kHeaderSize && !atEnd_) {
     fill();
   }
-  if (size < kContainerHeaderSize || input_.size() < kContainerHeaderSize) {
+  ContainerHeader header;
+  if (size < kHeaderSize || !xlatr::tryReadFields(input_.bytes(), header)) {
     scanner_.refuse(input_);
     return;
   }
-  const Fields fields(input_.bytes());
   containerOffset_ = scanner_.position();
-  statedContent_ = fields.u32(kContainerContentSize);
+  statedContent_ = header.contentSize;
   content_ = 0;
-  left_ = size - kContainerHeaderSize;
+  left_ = size - kHeaderSize;
   if (containerOffset_ + size > fileSize_) {
     remarks_.note(Remark::CutContainer, containerOffset_);
   }
-  const std::uint16_t method = fields.u16(kContainerMethod);
-  scanner_.take(input_, kContainerHeaderSize);
-  beginContent(method);
+  scanner_.take(input_, kHeaderSize);
+  beginContent(header.method);
 }
 
 void ContentInput::beginContent(std::uint32_t method) {
@@ -146,7 +145,7 @@ void ContentInput::beginContent(std::uint32_t method) {
     state_ = State::Copying;
     if (statedContent_ != left_) {
       remarks_.note(Remark::WrongContentSize, containerOffset_);
-      // The smaller of two sizes that should be the same does less harm: what lies behind is looked through.
+      // The smaller of two sizes that should be the same does less harm: what follows is looked through.
       left_ = statedContent_ > 0 ? std::min(left_, statedContent_) : left_;
     }
   } else {

@@ -38,7 +38,7 @@ class ContentInput {
   // Throws std::ios_base::failure when reading fails.
   [[nodiscard]] Piece read(ByteQueue& content);
 
-  // How much of the file is behind us, in hundredths of a per cent.
+  // How much of the file is done, in hundredths of a per cent.
   [[nodiscard]] std::uint16_t progress() const;
 
  private:

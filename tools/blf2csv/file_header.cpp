@@ -5,7 +5,6 @@
 
 #include "blf2csv/blf_layout.hpp"
 #include "blf2csv/byte_queue.hpp"
-#include "blf2csv/fields.hpp"
 #include "platform/files.hpp"
 
 namespace blf2csv {
@@ -26,31 +25,23 @@ bool isDate(const Date& date) {
          field(DateField::Second) < 60 && field(DateField::Millisecond) < 1000;
 }
 
-Date dateAt(const Fields& header, std::size_t offset) {
-  Date date;
-  for (std::size_t index = 0; index < date.size(); ++index) {
-    date[index] = header.u16(offset + 2 * index);
-  }
-  return isDate(date) ? date : Date{};
-}
-
 }  // namespace
 
 FileHeader parseFileHeader(std::span<const std::uint8_t> bytes, const std::string& path) {
-  if (bytes.size() < kFileHeaderSize || !startsWith(bytes, kFileSignature)) {
-    throw std::runtime_error(path + ": is no BLF log");
+  FileHead head;
+  if (!startsWith(bytes, kFileSignature) || !xlatr::tryReadFields(bytes, head)) {
+    throw std::runtime_error(path + ": is not a BLF log");
   }
-  const Fields fields(bytes);
   // A header that claims to be shorter would have objects in its own fields.
-  return {.firstObject = std::max<std::uint64_t>(fields.u32(kFileHeaderSizeField), kFileHeaderSize),
-          .apiNumber = fields.u32(kFileApiNumber),
-          .objectCount = fields.u32(kFileObjectCount),
-          .startTime = dateAt(fields, kFileStartTime)};
+  return {.firstObject = std::max<std::uint64_t>(head.size, xlatr::kLayoutSize<FileHead>),
+          .apiNumber = head.apiNumber,
+          .objectCount = head.objectCount,
+          .startTime = isDate(head.startTime) ? head.startTime : Date{}};
 }
 
 FileHeader readFileHeader(const std::string& path) {
   auto file = xlatr::platform::File::openForReading(path);
-  std::array<char, kFileHeaderSize> bytes{};
+  std::array<char, xlatr::kLayoutSize<FileHead>> bytes{};
   std::size_t size = 0;
   for (std::size_t count = 1; count > 0 && size < bytes.size(); size += count) {
     count = file.read(std::span(bytes).subspan(size));

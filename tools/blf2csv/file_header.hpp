@@ -9,10 +9,11 @@
 namespace blf2csv {
 
 struct FileHeader {
-  std::uint64_t firstObject = 0;             // offset in the file
-  std::uint32_t apiNumber = 0;               // as it stands
-  std::uint32_t objectCount = 0;             // as it stands; a log that was not closed may have 0
-  std::array<std::uint16_t, 8> startTime{};  // by DateField, all 0 where there is none or no such date; local time
+  std::uint64_t firstObject = 0;  // offset in the file
+  std::uint32_t apiNumber = 0;    // as it stands
+  std::uint32_t objectCount = 0;  // as it stands; a log that was not closed may have 0
+  std::array<std::uint16_t, 8>
+      startTime{};  // by DateField, all 0 without a date or for one that does not exist; local time
 };
 
 // Takes the header from the first bytes of a file. Throws std::runtime_error, whose text names the path, when they are
@@ -22,7 +23,7 @@ struct FileHeader {
 // The same from the file. Throws std::ios_base::failure when it can't be read.
 [[nodiscard]] FileHeader readFileHeader(const std::string& path);
 
-// The version of the log in four decimal pairs, AABBCCDD; 0 where the number in the header is none.
+// The version of the log in four decimal pairs, AABBCCDD; 0 if the number in the header is not one.
 [[nodiscard]] std::int32_t fileVersion(const FileHeader& header);
 
 }  // namespace blf2csv

@@ -1,4 +1,4 @@
-// BLF2CSV.exe: turns a BLF log into the table that the library reads, and answers what the library asks about a log.
+// BLF2CSV.exe: turns a BLF log into the table that the library reads, and tells what the library asks about a log.
 // The answer to a question goes to standard output and, as far as eight bits hold it, into the exit code.
 #include <csignal>
 #include <cstdint>
@@ -27,7 +27,7 @@ constexpr std::string_view kUsage =
     "       BLF2CSV.exe -GetObjectsCount LOG\n"
     "       BLF2CSV.exe -GetApiVersion\n"
     "The first form writes the table of a BLF log. NAME is the name of the shared memory\n"
-    "in which it tells its progress and is asked to stop.\n";
+    "in which it reports its progress and is asked to stop.\n";
 
 volatile std::sig_atomic_t interrupted = 0;
 

@@ -1,25 +1,14 @@
-// Which objects become rows, and where the cells of a row lie in the body of such an object.
+// Which objects become rows, and the cells of such a row.
 #pragma once
 
 #include <cstdint>
 #include <span>
 #include <string_view>
 
-#include "blf2csv/fields.hpp"
 #include "blf2csv/object_parser.hpp"
 #include "blf2csv/remarks.hpp"
 
 namespace blf2csv {
-
-// A number in the body: its offset and its width in bytes. A width of 0 is a number that the type does not have, which
-// reads as 0.
-struct Place {
-  std::uint8_t offset = 0;
-  std::uint8_t width = 0;
-
-  [[nodiscard]] constexpr std::size_t end() const { return width == 0 ? 0 : std::size_t{offset} + width; }
-  [[nodiscard]] std::uint32_t of(const Fields& body) const { return body.sized(offset, width); }
-};
 
 // The cells of a row that come from the body.
 struct Cells {

@@ -16,17 +16,19 @@ bool ObjectParser::next(ByteQueue& content, bool complete, Object& object) {
       return false;
     }
     const std::uint64_t offset = scanner_.position();
-    const Fields fields(content.bytes().first(header.size));
+    const auto bytes = content.bytes().first(header.size);
     scanner_.take(content, header.size);
     if (header.type == kContainerType) {
       remarks_.note(Remark::NestedContainer, offset);
       continue;
     }
+    ObjectHeader whole;
+    xlatr::readFieldsLeniently(bytes, whole);
     object = {.type = header.type,
-              .flags = fields.u32(kObjectFlags),
-              .version = fields.u16(kObjectVersion),
-              .timestamp = fields.u64(kObjectTimestamp),
-              .body = Fields(fields.bytes(header.headerSize, header.size)),
+              .flags = whole.flags,
+              .version = whole.version,
+              .timestamp = whole.timestamp,
+              .body = bytes.subspan(header.headerSize),
               .offset = offset};
     return true;
   }

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "blf2csv/byte_queue.hpp"
-#include "blf2csv/fields.hpp"
 #include "blf2csv/object_scanner.hpp"
 #include "blf2csv/remarks.hpp"
 
@@ -16,7 +16,7 @@ struct Object {
   std::uint32_t flags = 0;  // the unit of the time stamp
   std::uint16_t version = 0;
   std::uint64_t timestamp = 0;  // since the start of the log
-  Fields body;
+  std::span<const std::uint8_t> body;
   std::uint64_t offset = 0;  // in the content
 };
 
@@ -27,7 +27,7 @@ class ObjectParser {
   explicit ObjectParser(Remarks& remarks) : remarks_(remarks), scanner_(remarks, Remark::StrayBytes, 0) {}
 
   // Takes the next whole object from the front of `content`; false when more content is needed. With `complete`, when
-  // the content breaks off behind these bytes, all of them are used up. At most kLargestObject bytes ever wait for
+  // the content breaks off after these bytes, all of them are used up. At most kLargestObject bytes ever wait for
   // their end. The body is valid until content is added.
   [[nodiscard]] bool next(ByteQueue& content, bool complete, Object& object);
 

@@ -2,30 +2,26 @@
 
 #include <algorithm>
 
-#include "blf2csv/blf_layout.hpp"
-#include "blf2csv/fields.hpp"
-
 namespace blf2csv {
 namespace {
 
 bool isPlausible(const BaseHeader& header) {
-  const std::size_t least = header.type == kContainerType ? kBaseHeaderSize : kSmallestObjectHeader;
+  const std::size_t least =
+      header.type == kContainerType ? xlatr::kLayoutSize<BaseHeader> : xlatr::kLayoutSize<ObjectHeader>;
   return header.headerSize >= least && header.size >= header.headerSize;
 }
 
 }  // namespace
 
 bool ObjectScanner::find(ByteQueue& bytes, bool complete, BaseHeader& header) {
-  while (bytes.size() >= kBaseHeaderSize) {
+  while (bytes.size() >= xlatr::kLayoutSize<BaseHeader>) {
     if (!startsWith(bytes.bytes(), kObjectSignature)) {
       // A signature of which only the beginning is here must stay.
       const std::size_t next = findText(bytes.bytes(), kObjectSignature);
       passOver(bytes, next < bytes.size() ? next : bytes.size() - (kObjectSignature.size() - 1));
       continue;
     }
-    const Fields fields(bytes.bytes());
-    header = {
-        .headerSize = fields.u16(kObjectHeaderSize), .size = fields.u32(kObjectSize), .type = fields.u32(kObjectType)};
+    xlatr::loadFields(bytes.bytes().data(), header);
     if (isPlausible(header)) {
       return true;
     }

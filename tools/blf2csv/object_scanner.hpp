@@ -4,17 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "blf2csv/blf_layout.hpp"
 #include "blf2csv/byte_queue.hpp"
 #include "blf2csv/remarks.hpp"
 
 namespace blf2csv {
-
-// The part of an object's header that every object has.
-struct BaseHeader {
-  std::size_t headerSize = 0;
-  std::uint32_t size = 0;  // header and body; never less than the header
-  std::uint32_t type = 0;
-};
 
 // Walks over a run of bytes that come in pieces, from object to object. Between two there may be a little padding;
 // anything else is told as a stretch of stray bytes, however it came about. One thread at a time.
@@ -24,8 +18,9 @@ class ObjectScanner {
   ObjectScanner(Remarks& remarks, Remark stray, std::uint64_t position)
       : remarks_(remarks), stray_(stray), position_(position) {}
 
-  // Drops what stands in front of the next header. True if one is now at the front, which `header` then is. False if
-  // there is none in these bytes; with `complete`, when no more will come, they are then all gone.
+  // Drops what stands before the next header. True if one is now at the front, which `header` then is; its size is
+  // never less than that of the header. False if there is none in these bytes; with `complete`, when no more will come,
+  // they are then all gone.
   [[nodiscard]] bool find(ByteQueue& bytes, bool complete, BaseHeader& header);
 
   // The header at the front turned out to be none: it is passed over.

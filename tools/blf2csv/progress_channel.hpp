@@ -11,8 +11,8 @@
 namespace blf2csv {
 
 // Four bytes of shared memory and the lock that guards them: the converter tells its progress in the first word, in
-// hundredths of a per cent, and finds the wish that it stop as a 1 in the second. Where there is no such memory to be
-// had it runs without. One thread at a time.
+// hundredths of a per cent, and finds a 1 in the second when it is to stop. Without such memory it
+// runs all the same. One thread at a time.
 class ProgressChannel {
  public:
   // Makes the memory of this name, or attaches to it.

@@ -14,12 +14,12 @@ constexpr std::array<const char*, kRemarkCount> kTexts = {
     "containers that could not be inflated to their end",
     "containers packed by an unknown method",
     "containers with more or less content than they state",
-    "stretches of bytes between containers that belong to none, passed over",
-    "containers inside a container, passed over",
-    "stretches of bytes between objects that belong to none, passed over",
+    "stretches of bytes between containers that belong to none, skipped",
+    "containers inside a container, skipped",
+    "stretches of bytes between objects that belong to none, skipped",
     "objects too short for their type",
     "frames with fewer data bytes than they state, or more than such a frame can have",
-    "time stamps of an unknown unit, taken for nanoseconds",
+    "time stamps of an unknown unit, read as nanoseconds",
 };
 
 }  // namespace
@@ -49,7 +49,7 @@ std::vector<std::string> Remarks::lines() const {
   for (std::size_t index = 0; index < counts_.size(); ++index) {
     const Count& count = counts_[index];
     if (count.times > 0) {
-      lines.push_back(std::to_string(count.times) + " " + kTexts[index] + ", the first at offset " +
+      lines.push_back(std::string(kTexts[index]) + ": " + std::to_string(count.times) + ", the first at offset " +
                       std::to_string(count.firstOffset) +
                       (index <= static_cast<std::size_t>(Remark::StrayFileBytes) ? "" : " of the content"));
     }
@@ -57,16 +57,16 @@ std::vector<std::string> Remarks::lines() const {
   if (!passedOver_.empty()) {
     auto sorted = passedOver_;
     std::sort(sorted.begin(), sorted.end());
-    std::string line = std::to_string(passedOver()) + " objects of types without a row passed over:";
-    const char* separator = " ";
+    std::string line = "objects of types without a row, skipped: " + std::to_string(passedOver());
+    const char* separator = " (";
     for (const auto& [type, count] : sorted) {
       line += separator + std::to_string(count) + " of type " + std::to_string(type);
       separator = ", ";
     }
     if (otherPassedOver_ > 0) {
-      line += ", " + std::to_string(otherPassedOver_) + " of further types";
+      line += ", " + std::to_string(otherPassedOver_) + " of other types";
     }
-    lines.push_back(line);
+    lines.push_back(line + ")");
   }
   return lines;
 }

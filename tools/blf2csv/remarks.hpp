@@ -27,7 +27,7 @@ inline constexpr std::size_t kRemarkCount = 10;
 // Counts what was met, so that the report stays short however damaged a log is. Memory is bounded.
 class Remarks {
  public:
-  // `offset` is where it was met: up to StrayFileBytes in the file, behind it in the joined content of the containers.
+  // `offset` is where it was met: up to StrayFileBytes in the file, after that in the joined content of the containers.
   void note(Remark remark, std::uint64_t offset) {
     Count& count = counts_[static_cast<std::size_t>(remark)];
     if (count.times++ == 0) {
@@ -40,7 +40,7 @@ class Remarks {
   [[nodiscard]] std::uint64_t times(Remark remark) const { return counts_[static_cast<std::size_t>(remark)].times; }
   [[nodiscard]] std::uint64_t passedOver() const;
 
-  // One line a remark, without line ends; empty when nothing was met.
+  // One line per remark, without line ends; empty when nothing was met.
   [[nodiscard]] std::vector<std::string> lines() const;
 
  private:

@@ -10,13 +10,13 @@
 
 namespace blf2csv {
 
-// Is told how much is done, in hundredths of a per cent, every few milliseconds; answers false to stop.
+// Is told how much is done, in hundredths of a per cent, every few milliseconds; returns false to stop.
 using Progress = std::function<bool(std::uint16_t)>;
 
 enum class Outcome : std::uint8_t { Done, Stopped };
 
 // Hands the table of the log to the sink. Throws std::ios_base::failure when the log can't be read, std::runtime_error
-// when it is none, and what the sink throws.
+// when it is no log, and what the sink throws.
 [[nodiscard]] Outcome convertToTable(const std::string& path, const Sink& sink, const Progress& progress,
                                      Remarks& remarks);
 

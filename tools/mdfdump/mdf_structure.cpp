@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <set>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -41,11 +42,14 @@ class FieldPrinter {
   explicit FieldPrinter(std::string& out) : out_(out) {}
 
   template <class Number>
-  void number(const char* name, Number value) {
-    begin(name).append(toText(value));
+  requires std::is_arithmetic_v<Number>
+  void operator()(const char* name, Number value) { begin(name).append(toText(value)); }
+  template <std::size_t kCount>
+  void operator()(const char* name, const std::array<char, kCount>& text) {
+    begin(name).append(quoted({text.data(), text.size()}));
   }
   template <class Number>
-  void array(const char* name, const std::vector<Number>& values, std::uint64_t /*count*/) {
+  void operator()(const char* name, const std::vector<Number>& values) {
     constexpr std::size_t kMost = 8;
     begin(name) += '(';
     for (std::size_t index = 0; index < std::min(values.size(), kMost); ++index) {
@@ -53,12 +57,10 @@ class FieldPrinter {
     }
     out_.append(values.size() > kMost ? " ...)" : ")");
   }
-  void text(const char* name, std::span<const char> value) { begin(name).append(quoted({value.data(), value.size()})); }
-  void rest(const char* name, const Bytes& value) {
+  void operator()(const char* name, const Bytes& text) {
     constexpr std::size_t kMost = 200;
-    begin(name).append(quoted({reinterpret_cast<const char*>(value.data()), std::min(value.size(), kMost)}));
+    begin(name).append(quoted({reinterpret_cast<const char*>(text.data()), std::min(text.size(), kMost)}));
   }
-  void reserved(std::size_t /*count*/) {}
 
  private:
   std::string& begin(const char* name) { return out_.append(" ").append(name).append("="); }
@@ -68,22 +70,12 @@ class FieldPrinter {
 
 template <class Data>
 void printFields(const BlockBase& block, std::string& out) {
-  const Bytes bytes = block.readBytes(block.dataOffset(), block.dataLength());
+  // The data of a DZ, which may be most of the file, follow its fields.
+  const bool fieldsAreAll = block.type() != BlockTypeId::DZ;
   Data data;
-  xlatr::FieldReader reader(bytes);
-  Data::describe(reader, data);
-  FieldPrinter printer(out);
-  Data::describe(printer, std::as_const(data));
-}
-
-// A DZ's fields are followed by its data.
-void printZippedFields(const BlockBase& block, std::string& out) {
-  const Bytes bytes = block.readBytes(block.dataOffset(), xlatr::DataZippedBlockData::kSize);
-  xlatr::DataZippedBlockData data;
-  xlatr::FieldReader reader(bytes);
-  xlatr::DataZippedBlockData::describe(reader, data);
-  FieldPrinter printer(out);
-  xlatr::DataZippedBlockData::describe(printer, std::as_const(data));
+  xlatr::requireFields(block.readBytes(block.dataOffset(), fieldsAreAll ? block.dataLength() : xlatr::kFixedSize<Data>),
+                       data);
+  visitFields(data, FieldPrinter{out});
 }
 
 struct TypeRow {
@@ -107,7 +99,7 @@ constexpr std::array kTypes = {
     TypeRow{BlockTypeId::DL, printFields<xlatr::DataListBlockData>, true},
     TypeRow{BlockTypeId::LD, printFields<xlatr::ListDataBlockData>, true},
     TypeRow{BlockTypeId::HL, printFields<xlatr::HeaderListBlockData>, false},
-    TypeRow{BlockTypeId::DZ, printZippedFields, false},
+    TypeRow{BlockTypeId::DZ, printFields<xlatr::DataZippedBlockData>, false},
 };
 
 class Walk {
@@ -134,14 +126,12 @@ class Walk {
   };
 
   void describeIdentification() {
-    std::array<std::uint8_t, xlatr::FileIdentificationBlock::kSize> bytes{};
+    std::array<std::uint8_t, xlatr::kLayoutSize<xlatr::FileIdentificationBlock>> bytes{};
     out_ += "0 ID";
     if (stream_.read(0, bytes)) {
       xlatr::FileIdentificationBlock block;
-      xlatr::FieldReader reader(bytes);
-      xlatr::FileIdentificationBlock::describe(reader, block);
-      FieldPrinter printer(out_);
-      xlatr::FileIdentificationBlock::describe(printer, std::as_const(block));
+      xlatr::loadFields(bytes.data(), block);
+      visitFields(block, FieldPrinter{out_});
     }
     out_ += '\n';
   }
@@ -152,7 +142,7 @@ class Walk {
       const BlockBase block(stream_, place.position);
       const BlockTypeId type = block.type();
       out_.append(" ").append(blockTypeIdToText(type)).append(" length=").append(toText(block.head().length));
-      FieldPrinter(out_).array("links", block.links(), block.links().size());
+      FieldPrinter{out_}("links", block.links());
       const auto* const row = std::ranges::find(kTypes, type, &TypeRow::type);
       const bool isKnown = row != kTypes.end();
       addLinks(block, place.depth, isKnown && row->isInList);

@@ -65,7 +65,7 @@ BlfPrinter::BlfPrinter() : fileSize_(kFileHeaderSize), unpackedSize_(kFileHeader
 std::string BlfPrinter::header() const {
   std::string text = "LOGG";
   append(text, kFileHeaderSize, 4);
-  append(text, 4'07'01'00, 4);                    // version of the programming interface, two digits a part
+  append(text, 4'07'01'00, 4);                    // version of the programming interface, two digits per part
   for (const unsigned byte : {0U, 6U, 1U, 0U}) {  // program, compression level, its version
     append(text, byte, 1);
   }
@@ -79,7 +79,7 @@ std::string BlfPrinter::header() const {
   return text;
 }
 
-// What is known only at the end is 0 so far, as in a log whose recorder was cut off.
+// What is known only at the end is 0 until then, as in a log whose recorder was cut off.
 void BlfPrinter::printHeader(TextOutput& output) {
   output.text(header());
 }

@@ -11,8 +11,8 @@
 namespace tracegen {
 
 // Objects of the types 86 (classic data and remote frames), 100 (CAN FD) and 73 (error frames), times in nanoseconds,
-// in containers of 128 KiB packed by zlib; an object goes on in the next container where one is full. Other entries
-// have no form here.
+// in containers of 128 KiB packed by zlib; if a container is full, its last object goes on in the next one. Other
+// entries have no form here.
 class BlfPrinter : public LinePrinter {
  public:
   BlfPrinter();

@@ -10,14 +10,14 @@ namespace {
 
 constexpr std::size_t kSectorSize = 512;
 constexpr std::size_t kSlotSize = 20;
-constexpr std::uint64_t kFramesASector = 24;  // and a tick in front of them
-constexpr std::uint32_t kSessionsADirectory = 16;
+constexpr std::uint64_t kFramesPerSector = 24;  // after a tick
+constexpr std::uint32_t kSessionsPerDirectory = 16;
 constexpr std::uint32_t kUnusedId = 0xFFFFFFFF;
 constexpr std::uint32_t kTickId = 256;
 constexpr std::uint8_t kLogger = 15;
-constexpr std::uint64_t kMicrosecondsASecond = 1000000;
-constexpr std::uint64_t kSecondsADay = 86400;
-constexpr std::uint64_t kShortlyBeforeTheWrap = 0x100000000 - kMicrosecondsASecond;
+constexpr std::uint64_t kMicrosecondsPerSecond = 1000000;
+constexpr std::uint64_t kSecondsPerDay = 86400;
+constexpr std::uint64_t kShortlyBeforeTheWrap = 0x100000000 - kMicrosecondsPerSecond;
 
 using Sector = std::array<std::uint8_t, kSectorSize>;
 
@@ -38,13 +38,13 @@ struct StoredDate {
   std::uint8_t weekday = 0;
 
   static StoredDate fromMicroseconds(std::uint64_t sinceUnixEpoch) {
-    const std::uint64_t seconds = sinceUnixEpoch / kMicrosecondsASecond;
-    const std::uint64_t ofDay = seconds % kSecondsADay;
+    const std::uint64_t seconds = sinceUnixEpoch / kMicrosecondsPerSecond;
+    const std::uint64_t ofDay = seconds % kSecondsPerDay;
     StoredDate stored;
     stored.time = static_cast<std::uint32_t>(ofDay / 3600 << 24U | ofDay / 60 % 60 << 16U | ofDay % 60 << 8U |
-                                             sinceUnixEpoch % kMicrosecondsASecond / 10000);
-    stored.weekday = static_cast<std::uint8_t>((seconds / kSecondsADay + 4) % 7);  // the epoch was a Thursday
-    stored.date = dateOf(seconds / kSecondsADay);
+                                             sinceUnixEpoch % kMicrosecondsPerSecond / 10000);
+    stored.weekday = static_cast<std::uint8_t>((seconds / kSecondsPerDay + 4) % 7);  // the epoch was a Thursday
+    stored.date = dateOf(seconds / kSecondsPerDay);
     return stored;
   }
 
@@ -67,7 +67,7 @@ struct StoredDate {
   }
 };
 
-// The slot of a frame. What is no frame is an error or a status, which have no identifier.
+// The slot of a frame. An error or a status is not a frame and has no identifier.
 void putEntry(Sector& sector, std::size_t at, const Entry& entry, std::uint32_t timestamp) {
   const bool frame = entry.kind == EntryKind::Data || entry.kind == EntryKind::Remote;
   const unsigned flags = frame ? (entry.kind == EntryKind::Remote ? 0x01U : 0U) | (entry.extended ? 0x02U : 0U) : 0x10U;
@@ -89,17 +89,17 @@ class Session {
       entry_ = &model.next();
       firstUs_ = entry_->timeUs;
     }
-    date_ =
-        StoredDate::fromMicroseconds((kStartUnixSeconds + std::uint64_t{index} * 60) * kMicrosecondsASecond + firstUs_);
+    date_ = StoredDate::fromMicroseconds((kStartUnixSeconds + std::uint64_t{index} * 60) * kMicrosecondsPerSecond +
+                                         firstUs_);
   }
 
   // An empty session has an empty sector.
   [[nodiscard]] static std::uint64_t sectorsFor(std::uint64_t messages) {
-    return std::max<std::uint64_t>(1, (messages + kFramesASector - 1) / kFramesASector);
+    return std::max<std::uint64_t>(1, (messages + kFramesPerSector - 1) / kFramesPerSector);
   }
 
   void describe(Sector& directory, std::uint32_t firstSector) const {
-    const std::size_t at = std::size_t{index_ % kSessionsADirectory} * 32;
+    const std::size_t at = std::size_t{index_ % kSessionsPerDirectory} * 32;
     put(directory, at, 3, 1);
     put(directory, at + 8, date_.time, 4);
     put(directory, at + 12, date_.weekday, 1);
@@ -123,10 +123,10 @@ class Session {
  private:
   Sector recordSector(TrafficModel& model, std::uint32_t wrapCounter) {
     Sector sector{};
-    for (std::size_t slot = 0; slot <= kFramesASector; ++slot) {
+    for (std::size_t slot = 0; slot <= kFramesPerSector; ++slot) {
       put(sector, 4 + slot * kSlotSize, kUnusedId, 4);
     }
-    for (std::size_t slot = 0; slot <= kFramesASector && recorded_ < messages_; ++slot) {
+    for (std::size_t slot = 0; slot <= kFramesPerSector && recorded_ < messages_; ++slot) {
       const std::size_t at = 4 + slot * kSlotSize;
       const auto timestamp = static_cast<std::uint32_t>(startTimestamp_ + entry_->timeUs - firstUs_);
       if (slot == 0) {
@@ -167,8 +167,8 @@ void limitToBtr(TrafficOptions& options) {
 
 std::uint64_t writeBtrRecording(TrafficModel& model, const BtrForm& form, std::uint64_t messages, const Sink& sink) {
   std::uint64_t written = 0;
-  for (std::uint32_t first = 0; first < form.sessions; first += kSessionsADirectory) {
-    const std::uint32_t end = std::min(form.sessions, first + kSessionsADirectory);
+  for (std::uint32_t first = 0; first < form.sessions; first += kSessionsPerDirectory) {
+    const std::uint32_t end = std::min(form.sessions, first + kSessionsPerDirectory);
     Sector directory{};
     std::vector<Sector> sectors;
     for (std::uint32_t index = first; index < end; ++index) {

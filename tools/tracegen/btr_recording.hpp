@@ -16,17 +16,17 @@ inline constexpr std::uint32_t kMaxBtrBuses = 5;
 
 struct BtrForm {
   std::uint32_t sessions = 1;
-  // Every session is one that went on at the beginning of its area: the newest third of its sectors stands in front.
+  // Every session went on at the beginning of its area: the newest third of its sectors comes first.
   bool circular = false;
 };
 
-// Takes out of the options what a session has no form for: frames longer than eight bytes, events and comments.
+// Removes from the options what a session has no form for: frames longer than eight bytes, events and comments.
 void limitToBtr(TrafficOptions& options);
 
-// Writes `messages` of the traffic, shared out evenly among the sessions, one session behind the other. Each sector
-// begins with a tick of the logger's clock. A directory stands in front of each 16 sessions and links to the next one.
-// Session n begins n minutes later than its traffic does, so that no two begin at the same time; the time stamps of
-// every second session begin a second before they wrap. Answers the bytes written.
+// Writes `messages` of the traffic, shared out evenly among the sessions, one session after the other. Each sector
+// begins with a tick of the logger's clock. A directory precedes every 16 sessions and links to the next one. Session n
+// begins n minutes later than its traffic does, so that no two begin at the same time; the time stamps of every second
+// session begin a second before they wrap. Returns the number of bytes written.
 std::uint64_t writeBtrRecording(TrafficModel& model, const BtrForm& form, std::uint64_t messages, const Sink& sink);
 
 }  // namespace tracegen

@@ -22,7 +22,7 @@ void put(std::string& out, std::uint64_t value, std::size_t width) {
   }
 }
 
-// The content behind size and type, both filled in here.
+// The content after size and type, both of which are filled in here.
 std::string record(std::uint32_t type, std::string_view content) {
   std::string bytes;
   put(bytes, content.size() + kHeaderSize, 2);
@@ -155,7 +155,7 @@ void BtrcPrinter::printEnd(TextOutput& output) {
   closeBlock(output);
 }
 
-// A record that ends with its block leaves the block full; the totals open the next one either way.
+// A record that ends with its block leaves the block full; either way the next one begins with the totals.
 void BtrcPrinter::appendRecord(const std::string& bytes, std::uint64_t timeUs, TextOutput& output) {
   const auto openBlock = [&] {
     closeBlock(output);
@@ -185,7 +185,7 @@ void BtrcPrinter::closeBlock(TextOutput& output) {
   first_ = false;
 }
 
-// As a memory cell that lost its charge leaves it.
+// As memory cells that lost their charge leave it.
 void BtrcPrinter::damageBlock() {
   constexpr std::uint32_t kLongest = 64;
   const std::uint32_t begin = noise_.below(kBlockSize - kLongest);

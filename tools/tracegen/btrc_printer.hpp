@@ -11,12 +11,12 @@ namespace tracegen {
 
 struct BtrcForm {
   std::uint64_t seed = 1;
-  std::uint32_t damageRate = 0;  // blocks in 10000 that have noise in their middle; never the first one
+  std::uint32_t damageRate = 0;  // blocks in 10000 with noise in their middle; never the first one
 };
 
-// A record an entry, little-endian, in blocks of 8192 bytes that a filler record closes; each block but the first opens
-// with the totals so far. The head says that times are microseconds since the year 1. Events and comments are texts. A
-// CAN XL frame has no record.
+// One record per entry, little-endian, in blocks of 8192 bytes that a filler record closes. Each block but the first
+// begins with the totals so far. The head says that times are microseconds since the year 1. Events and comments are
+// texts. A CAN XL frame has no record.
 class BtrcPrinter : public LinePrinter {
  public:
   explicit BtrcPrinter(const BtrcForm& form) : form_(form), noise_(form.seed) {}

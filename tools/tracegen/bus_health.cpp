@@ -6,7 +6,7 @@
 namespace tracegen {
 namespace {
 
-// The limits of a CAN controller's error counters and the bits that its status word shows behind them.
+// The limits of a CAN controller's error counters and the bits that its status word shows beyond them.
 constexpr std::uint32_t kWarningLimit = 96;
 constexpr std::uint32_t kPassiveLimit = 128;
 constexpr std::uint32_t kBusOffLimit = 256;
@@ -83,7 +83,7 @@ void BusHealth::next(Entry& entry, Random& random) {
       entry.data[2] = static_cast<std::uint8_t>(reportedStatus_ >> 8U);
       entry.data[3] = static_cast<std::uint8_t>(reportedStatus_);
       if (reportedStatus_ == kStatusBusOff) {
-        // The controller is started again, with counters of zero; that ends the burst for this interface.
+        // The controller is restarted with counters of zero; that ends the burst for this interface.
         receiveErrors_ = 0;
         transmitErrors_ = 0;
         errorsLeft_ = 0;

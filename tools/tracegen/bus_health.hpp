@@ -9,19 +9,19 @@
 
 namespace tracegen {
 
-// A quiet bus until it is disturbed: then come error frames, each with the new error counters behind it, and a status
-// line whenever a counter crosses a limit. Afterwards the counters fall to zero in steps.
+// A quiet bus until it is disturbed. Then come error frames, each followed by the new error counters, and a status line
+// whenever a counter crosses a limit. Afterwards the counters fall to zero in steps.
 class BusHealth {
  public:
   static constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
 
   explicit BusHealth(std::uint8_t bus) : bus_(bus) {}
 
-  // Begins a burst of errors right behind `nowUs`; one that goes on grows.
+  // Begins a burst of errors right after `nowUs`; a burst that is already going on grows.
   void disturb(std::uint64_t nowUs, Random& random);
   // When the next entry is due; kNever while all is quiet.
   [[nodiscard]] std::uint64_t dueUs() const { return dueUs_; }
-  // Writes the entry that is due and plans the one behind it, which is not due earlier. Only while one is due.
+  // Writes the entry that is due and plans the next one, which is not due earlier. Only while one is due.
   void next(Entry& entry, Random& random);
 
  private:

@@ -5,7 +5,7 @@
 
 namespace tracegen {
 
-// One line a frame, "(1709280000.000000) can0 123#DEADBEEF", ended by a line feed: time in seconds since 1970,
+// One line per frame, "(1709280000.000000) can0 123#DEADBEEF", ended by a line feed: time in seconds since 1970,
 // interface, which is the bus counted from 0, identifier, data. "##" and a digit of flags mark CAN FD, "#R" and the
 // length a remote frame. Only data, remote and error frames have a form here.
 class CandumpPrinter : public LinePrinter {

@@ -1,4 +1,4 @@
-// One thing that a recording device notes down, before it takes the shape of a line.
+// One thing that a recording device records, before it takes the shape of a line.
 #pragma once
 
 #include <array>
@@ -23,7 +23,7 @@ enum class EntryKind : std::uint8_t {
   Status,         // four data bytes: the status word of the interface, most significant byte first
   ErrorCounters,  // two data bytes: receive and transmit error counter
   ErrorFrame,     // five data bytes: kind of error, direction, bit position, receive and transmit error counter
-  Event,          // a text, noted at a time
+  Event,          // a text with a time
   Comment         // a text without time or bus
 };
 
@@ -36,7 +36,7 @@ struct Entry {
   bool bitRateSwitch = false;        // CAN FD
   bool errorStateIndicator = false;  // CAN FD
   std::uint32_t canId = 0;
-  std::uint32_t dataLength = 0;  // bytes; of a remote frame the length asked for
+  std::uint32_t dataLength = 0;  // bytes; of a remote frame the requested length
   std::string_view text;         // event and comment; valid until the next entry
   std::array<std::uint8_t, kMaxDataLength> data{};
 

@@ -61,15 +61,15 @@ std::unique_ptr<LinePrinter> makePrinter(const RecordingOptions& options) {
                                               .seed = options.traffic.seed});
 }
 
-// A limit in bytes is one of whole sectors.
+// A limit in bytes counts whole sectors.
 RecordingSize generateSessions(const RecordingOptions& options, const Sink& sink) {
   constexpr std::uint64_t kSectorSize = 512;
-  constexpr std::uint64_t kMessagesASector = 24;
+  constexpr std::uint64_t kMessagesPerSector = 24;
   TrafficOptions traffic = options.traffic;
   limitToBtr(traffic);
   TrafficModel model(traffic);
   RecordingSize size;
-  size.messages = std::min(options.maxMessages, options.maxBytes / kSectorSize * kMessagesASector);
+  size.messages = std::min(options.maxMessages, options.maxBytes / kSectorSize * kMessagesPerSector);
   size.bytes = writeBtrRecording(model, options.btr, size.messages, sink);
   return size;
 }
@@ -134,7 +134,7 @@ RecordingSize generateFile(const RecordingOptions& options, const std::string& p
                           std::fwrite(header.data(), 1, header.size(), file.get()) != header.size())) {
     throwFileFailure(path, errno);
   }
-  // Closing writes what stdio still holds, so its answer counts.
+  // Closing writes what stdio still holds, so its result counts.
   if (std::fclose(file.release()) != 0) {
     throwFileFailure(path, errno);
   }

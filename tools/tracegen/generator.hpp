@@ -16,13 +16,13 @@ enum class Form : std::uint8_t { Trc, Candump, Blf, Lin, Btrc, Btr };
 struct RecordingOptions {
   TrafficOptions traffic;
   Form form = Form::Trc;
-  // What a file of this version can't hold is left out of the traffic, also for another form: the same options give the
+  // What a file of this version can't hold is left out of the traffic in every form, so that the same options give the
   // same traffic in each.
   TrcVersion version = TrcVersion::V2_1;
   bool carriageReturn = true;    // TRC only
   std::uint32_t damageRate = 0;  // BTRC only: blocks in 10000 that are damaged
   BtrForm btr;                   // BTR only
-  // The recording ends with the entry that reaches the first of these limits. Comments are no messages.
+  // The recording ends with the entry that reaches the first of these limits. Comments are not messages.
   std::uint64_t maxMessages = UINT64_MAX;
   std::uint64_t maxBytes = UINT64_MAX;
 };
@@ -31,7 +31,7 @@ struct RecordingSize {
   std::uint64_t messages = 0;  // of the traffic; the other forms have no place for some
   std::uint64_t comments = 0;
   std::uint64_t bytes = 0;
-  // What the head of a file is to be replaced with, where it tells how the recording ended; else empty.
+  // What the head of a file is to be replaced with, if it says how the recording ended; else empty.
   std::string finalHeader;
 };
 

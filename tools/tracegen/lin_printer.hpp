@@ -7,9 +7,9 @@
 
 namespace tracegen {
 
-// Classic data frames as those of one LIN bus, with what a LIN frame has in place: six bits of identifier, the enhanced
-// checksum over the protected identifier and the data. What the recording device sends is a publisher frame. An error
-// frame is a slave that did not respond. Other entries have no form here.
+// Classic data frames as those of one LIN bus, with what a LIN frame has instead: six bits of identifier, and the
+// enhanced checksum over the protected identifier and the data. What the recording device sends is a publisher frame.
+// An error frame is a slave that did not respond. Other entries have no form here.
 class LinPrinter : public LinePrinter {
  public:
   void printHeader(TextOutput& output) override;

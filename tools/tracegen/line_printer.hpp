@@ -16,13 +16,13 @@ class LinePrinter {
  public:
   virtual ~LinePrinter() = default;
 
-  // What stands in front of the first entry.
+  // Prints what comes before the first entry.
   virtual void printHeader(TextOutput& output) = 0;
-  // Prints the entry as one line; one that has no form here prints nothing.
+  // Prints the entry as one line; an entry that has no form here prints nothing.
   virtual void printEntry(const Entry& entry, TextOutput& output) = 0;
-  // What stands behind the last entry.
+  // Prints what comes after the last entry.
   virtual void printEnd(TextOutput& /*output*/) {}
-  // What the header is once the end is known, as long as what printHeader printed; empty where it does not change.
+  // The header once the end is known, of the same length as what printHeader printed; empty if it does not change.
   [[nodiscard]] virtual std::string finalHeader() const { return {}; }
 };
 

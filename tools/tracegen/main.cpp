@@ -33,7 +33,7 @@ void addTrafficOptions(CLI::App& app, Arguments& arguments) {
   tracegen::TrafficOptions& traffic = arguments.recording.traffic;
   app.add_option("--seed", traffic.seed, "The same seed gives the same bytes")->capture_default_str();
   app.add_option("--buses", traffic.buses, "Number of buses, 1 to 16")->capture_default_str();
-  app.add_option("--identifiers", traffic.identifiers, "Periodic identifiers a bus, 1 to 128")->capture_default_str();
+  app.add_option("--identifiers", traffic.identifiers, "Periodic identifiers per bus, 1 to 128")->capture_default_str();
   CLI::Option* plain = app.add_flag("--plain", arguments.plain, "Classic data frames only");
   const auto addShare = [&](const std::string& name, std::uint32_t& value, const std::string& text) {
     app.add_option(name, value, text)->capture_default_str()->excludes(plain);
@@ -50,7 +50,7 @@ void addOutputOptions(CLI::App& app, Arguments& arguments) {
   tracegen::RecordingOptions& recording = arguments.recording;
   CLI::Option* frames =
       app.add_option("--frames", recording.maxMessages,
-                     "Number of messages, comments not counted (default 10000, unless --size stands)");
+                     "Number of messages, comments not counted (default 10000, unless --size is given)");
   app.add_option("--size", recording.maxBytes, "End with the line that reaches this size; 100M, 1G")
       ->transform(CLI::AsSizeValue(false))
       ->excludes(frames);

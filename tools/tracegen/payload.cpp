@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kHeadLength = 2;  // checksum and counter
 constexpr std::size_t kSignalLength = 2;
-// Of a long payload only so many values move; the rest of a real one is mostly still, too.
+// Only so many values of a long payload change; in a real one most of the rest stays the same too.
 constexpr std::size_t kMovingSignals = 6;
 constexpr std::uint32_t kStateChange = 200;  // frames, on average
 
@@ -41,7 +41,7 @@ Payload::Payload(std::uint32_t maxLength, Random& random) : state_(static_cast<s
   const std::size_t count = maxLength > kHeadLength ? (maxLength - kHeadLength + 1) / kSignalLength : 0;
   signals_.reserve(count);
   for (std::size_t index = 0; index < count; ++index) {
-    // Values that stand still are mostly unused bits, which control units send as all zeros or all ones.
+    // Values that stay the same are mostly unused bits, which control units send as all zeros or all ones.
     const bool unused = index >= kMovingSignals && !random.oneIn(4);
     const auto value = static_cast<std::uint16_t>(unused ? (random.oneIn(2) ? 0xFFFFU : 0U) : random.below(0x10000));
     signals_.push_back(
@@ -76,7 +76,7 @@ void Payload::fill(std::span<std::uint8_t> data, Random& random) {
   }
   data[1] = static_cast<std::uint8_t>((static_cast<std::uint32_t>(state_) << 4U) | counter_);
 
-  // One random number moves all values: eight bits each.
+  // One random number changes all values: eight bits each.
   std::uint64_t bits = random.next();
   const std::size_t moving = std::min(signals_.size(), kMovingSignals);
   for (std::size_t index = 0; index < moving; ++index) {

@@ -10,8 +10,8 @@
 namespace tracegen {
 
 // Payloads that look like those of a control unit: byte 0 a checksum over the others, byte 1 a counter (low half) and a
-// state (high half), then 16-bit values, little endian, of which some wander slowly and the others stand still. A
-// shorter payload is the beginning of it; one of a single byte is the counter alone.
+// state (high half), then 16-bit values, little-endian, of which some change slowly and the others stay the same. A
+// shorter payload is the beginning of that; a payload of a single byte is the counter alone.
 class Payload {
  public:
   Payload(std::uint32_t maxLength, Random& random);
@@ -22,7 +22,7 @@ class Payload {
  private:
   struct Signal {
     std::uint16_t value;
-    std::int16_t slope;  // change a frame
+    std::int16_t slope;  // change per frame
   };
 
   void move(Signal& signal, std::uint32_t bits);

@@ -12,9 +12,9 @@ class Random {
  public:
   explicit Random(std::uint64_t seed);
 
-  // 64 even bits.
+  // 64 uniform bits.
   std::uint64_t next();
-  // Evenly 0 to `bound` - 1. The bias of the multiplication is below one in 2^32 for each value and does not matter
+  // Uniformly 0 to `bound` - 1. The bias of the multiplication is below one in 2^32 for each value and does not matter
   // here.
   std::uint32_t below(std::uint32_t bound) { return static_cast<std::uint32_t>(((next() >> 32U) * bound) >> 32U); }
   // True once in `count` times on average.

@@ -98,7 +98,7 @@ void TextOutput::hexBytes(std::span<const std::uint8_t> data, char separator) {
     return;
   }
   const std::size_t width = separator == '\0' ? 2 : 3;
-  // One column less than all bytes take: no separator behind the last.
+  // One column less than all bytes take: no separator after the last.
   char* place = grow(data.size() * width - (width - 2));
   for (std::size_t index = 0; index < data.size(); ++index) {
     if (index > 0 && separator != '\0') {

@@ -30,7 +30,7 @@ class TextOutput {
   void decimalFilled(std::uint64_t value, std::size_t digits);
   // Upper-case hexadecimal with leading zeros, the lowest `digits` digits of the value.
   void hexFilled(std::uint32_t value, std::size_t digits);
-  // Each byte as two upper-case hexadecimal digits, joined by `separator`, or by nothing when that is zero.
+  // Each byte as two upper-case hexadecimal digits, joined by `separator`, or by nothing if that is zero.
   void hexBytes(std::span<const std::uint8_t> data, char separator);
 
   // Hands on what is in the buffer.

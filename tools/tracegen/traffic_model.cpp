@@ -10,8 +10,8 @@ namespace {
 
 constexpr std::uint32_t kRateScale = 10000;
 
-// Periods in milliseconds, in the order in which the identifiers of a bus take them: any beginning of the table is a
-// mix.
+// Periods in milliseconds, in the order in which the identifiers of a bus take them: any first part of the table is
+// a mix.
 constexpr std::array<std::uint32_t, 14> kPeriodsMs{20, 100, 10, 50, 200, 100, 1000, 20, 100, 500, 50, 100, 200, 1000};
 constexpr std::uint32_t kMaxJitterUs = 2000;
 
@@ -29,7 +29,7 @@ constexpr std::uint32_t makeExtendedId(std::uint32_t priority, std::uint32_t gro
   return (priority << 26U) | (group << 8U) | source;
 }
 
-// Time on the bus at 500 kbit/s, and 2 Mbit/s behind a bit-rate switch; ten percent for stuffed bits.
+// Time on the bus at 500 kbit/s, and 2 Mbit/s after a bit-rate switch; ten percent for stuffed bits.
 std::uint32_t classicDurationUs(bool extended, std::uint32_t dataLength) {
   const std::uint32_t bits = 47 + (extended ? 20 : 0) + 8 * dataLength;
   return bits * 2 * 11 / 10;
@@ -41,7 +41,7 @@ std::uint32_t fdDurationUs(bool extended, bool bitRateSwitch, std::uint32_t data
   return (slowBits * 2 + (bitRateSwitch ? fastBits / 2 : fastBits * 2)) * 11 / 10;
 }
 
-// 10 Mbit/s behind the arbitration.
+// 10 Mbit/s after the arbitration.
 std::uint32_t xlDurationUs(std::uint32_t dataLength) {
   return 60 + (150 + 8 * dataLength) / 10;
 }
@@ -114,7 +114,7 @@ TrafficModel::Sender TrafficModel::makeSender(std::uint32_t busIndex, std::uint3
   const std::uint32_t periodUs = kPeriodsMs[index % kPeriodsMs.size()] * 1000;
   // What is sent often has the higher priority, as network designers assign it.
   const std::uint32_t urgency = periodUs <= 20000 ? 0 : periodUs <= 100000 ? 1 : 2;
-  // Identifiers are distinct within a bus: each index has a range of its own to draw from.
+  // Identifiers are distinct within a bus: each index draws from its own range.
   constexpr std::uint32_t kIdsOfUrgency = kBaseIds / 3;
   const std::uint32_t range = kIdsOfUrgency / options_.identifiers;
   const std::uint32_t baseId = kLowestBaseId + urgency * kIdsOfUrgency + index * range + random_.below(range);
@@ -161,7 +161,7 @@ const Entry& TrafficModel::next() {
       writeFrame(slot);
       return entry_;
     }
-    // Waits for the bus, and then takes part in the arbitration with all that wait.
+    // Waits for the bus, and then takes part in the arbitration with all others that wait.
     requeueFirst(freeUs);
   }
 }
@@ -192,7 +192,7 @@ void TrafficModel::updateHealthDue() {
   }
 }
 
-// Written directly behind the frame that raised it: time and bus are still those of that frame.
+// Written directly after the frame that caused it: time and bus are still those of that frame.
 void TrafficModel::writeNote() {
   ++notes_;
   text_.clear();
@@ -229,7 +229,7 @@ void TrafficModel::writeFrame(const Slot& slot) {
     sender.requested = true;
     entry_.kind = EntryKind::Remote;
     entry_.dataLength = sender.dataLength;
-    // Asked for by the other side.
+    // Requested by the other side.
     entry_.transmitted = !sender.transmitted;
     const std::uint64_t endUs = slot.dueUs + classicDurationUs(sender.extended, 0);
     bus.freeUs = endUs;

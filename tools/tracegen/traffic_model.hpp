@@ -18,7 +18,7 @@ inline constexpr std::uint32_t kMaxIdentifiers = 128;  // what a bus can just ca
 struct TrafficOptions {
   std::uint64_t seed = 1;
   std::uint32_t buses = 3;         // 1 to kMaxBuses
-  std::uint32_t identifiers = 28;  // a bus, 1 to kMaxIdentifiers
+  std::uint32_t identifiers = 28;  // per bus, 1 to kMaxIdentifiers
   std::uint32_t fdShare = 20;      // percent of the identifiers
   std::uint32_t xlShare = 0;       // percent of the identifiers, together with fdShare at most 100
   // How often something happens in 10,000 data frames.
@@ -31,9 +31,9 @@ struct TrafficOptions {
   void makePlain();
 };
 
-// Each bus has a table of identifiers, sent periodically with jitter, one frame at a time; where two wait for the bus
-// the one of the higher priority goes first. The same options give the same entries on every platform: there is no
-// floating-point number and nothing of the standard library's random numbers in it.
+// Each bus has a table of identifiers, sent periodically with jitter, one frame at a time; if two wait for the bus, the
+// one with the higher priority goes first. The same options give the same entries on every platform: the model uses no
+// floating-point numbers and no random numbers of the standard library.
 class TrafficModel {
  public:
   explicit TrafficModel(const TrafficOptions& options);
@@ -89,7 +89,7 @@ class TrafficModel {
   TrafficOptions options_;
   std::vector<Bus> buses_;
   std::vector<Sender> senders_;
-  std::vector<Slot> queue_;  // a heap, the slot due first in front
+  std::vector<Slot> queue_;  // a heap with the slot that is due first at the front
   std::uint64_t healthDueUs_ = BusHealth::kNever;
   std::uint32_t notes_ = 0;
   Note note_ = Note::None;

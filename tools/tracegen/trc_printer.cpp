@@ -12,7 +12,7 @@ struct VersionRow {
   std::string_view text;
   bool busColumn;
   std::string_view columns;  // of the key $COLUMNS; empty below 2.0
-  std::string_view legend;   // what stands over the lines, each line ended by a line feed
+  std::string_view legend;   // the text above the lines; each of its lines ends in a line feed
 };
 
 constexpr std::string_view kLegend11 =
@@ -87,7 +87,7 @@ constexpr std::string_view kStartText = "01.03.2024 08:00:00.000";
 static_assert(std::chrono::seconds(kStartUnixSeconds) ==
               std::chrono::sys_days(std::chrono::year(2024) / 3 / 1).time_since_epoch() + std::chrono::hours(8));
 
-// A frame that is received, but is a warning, carries this in place of an identifier in the versions below 2.0.
+// In the versions below 2.0 a warning looks like a received frame, with this in place of the identifier.
 constexpr std::uint32_t kNoId = 0xFFFFFFFF;
 
 std::uint32_t dlcOf(const Entry& entry) {
@@ -265,7 +265,7 @@ void TrcPrinter::printEntry(const Entry& entry, TextOutput& output) {
   printLineEnd(output);
 }
 
-// 1.1 and 1.2: "     1)      10.0  Rx        0123  2  AB CD", 1.2 with the bus behind a longer time.
+// 1.1 and 1.2: "     1)      10.0  Rx        0123  2  AB CD", 1.2 with the bus after a longer time.
 // 1.3:         "      1)       10.000 1  Rx        0123 -  2    AB CD"
 void TrcPrinter::printOld(const Entry& entry, TextOutput& output) {
   const bool narrow = form_.version != TrcVersion::V1_3;
@@ -321,7 +321,7 @@ void TrcPrinter::printOld(const Entry& entry, TextOutput& output) {
   } else {
     output.hexBytes(data, ' ');
   }
-  // Only 1.1 names a status behind its bytes; that of a healthy bus has no name.
+  // Only 1.1 names a status after its bytes; that of a healthy bus has no name.
   if (form_.version == TrcVersion::V1_1 && entry.kind == EntryKind::Status) {
     const std::string_view name = statusName(entry);
     output.text(name.empty() ? "" : " ");
@@ -353,7 +353,7 @@ void TrcPrinter::printColumns(const Entry& entry, TextOutput& output) {
   } else if (isFrame(entry)) {
     output.decimalLeft(entry.dataLength, 2);
   } else {
-    output.blanks(2);  // 2.0 leaves the length of what is no frame open
+    output.blanks(2);  // 2.0 leaves out the length of what is not a frame
   }
   output.blanks(1);
   if (entry.kind != EntryKind::Remote) {

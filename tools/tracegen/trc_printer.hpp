@@ -17,10 +17,10 @@ enum class TrcVersion : std::uint8_t { V1_1 = 0, V1_2 = 1, V1_3 = 2, V2_0 = 3, V
 std::optional<TrcVersion> trcVersionFromText(std::string_view text);
 std::string_view trcVersionText(TrcVersion version);
 
-// Whether a file of the version tells buses apart; one that doesn't holds the traffic of a single bus.
+// Whether a file of the version has a bus column; a file without one holds the traffic of a single bus.
 bool hasBusColumn(TrcVersion version);
 
-// Takes out of the options what a file of the version has no form for: frames longer than eight bytes and events below
+// Removes from the options what a file of the version has no form for: frames longer than eight bytes and events below
 // 2.0, CAN XL below 3.0.
 void limitToVersion(TrafficOptions& options, TrcVersion version);
 
@@ -31,8 +31,7 @@ struct TrcForm {
   std::uint64_t seed = 1;      // named in the header
 };
 
-// Every entry becomes a line; comments take no number. Entries of a kind that limitToVersion takes out are not to be
-// given.
+// Every entry becomes a line; comments take no number. Must not be given entries of a kind that limitToVersion removes.
 class TrcPrinter : public LinePrinter {
  public:
   explicit TrcPrinter(const TrcForm& form) : form_(form) {}

@@ -95,12 +95,12 @@ class BlfConversion {
     return true;
   }
 
-  // A converter that ends well and leaves no table looks to the reader like one that met nothing it knows.
+  // To the reader, a converter that ends well and leaves no table looks like one that found no object that it knows.
   void warnOfNoMessage(std::uint64_t messages) {
     const bool logHasObjects = !std::isnan(BlfReader_getPercentDone(reader_.get()));
     if (messages == 0 && logHasObjects) {
-      outcome_.text = std::string("nothing came over: ") + kConverterName +
-                      " knows none of the log's objects, or left no table of them";
+      outcome_.text = std::string("no message was converted: ") + kConverterName +
+                      " knows none of the log's objects, or left no table";
     }
   }
 
@@ -141,7 +141,8 @@ class BlfConversion {
   const Owned<TraceFileInfo, TraceFileInfo_Destruct> file_;
   const Owned<BlfInfo, BlfInfo_Destruct> info_;
   const Owned<BlfReader, BlfReader_Destruct> reader_;
-  std::map<std::uint32_t, std::unique_ptr<TargetWriter>> writers_;  // by bus; one alone where the target has them all
+  std::map<std::uint32_t, std::unique_ptr<TargetWriter>>
+      writers_;  // by bus; a single one if the target holds all buses
   TargetWriter* currentWriter_ = nullptr;
   std::uint32_t currentBus_ = 0;
 };

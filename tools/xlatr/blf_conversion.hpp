@@ -1,4 +1,4 @@
-// A conversion from a BLF log, which the library does object by object only.
+// A conversion from a BLF log, which the library does only object by object.
 #pragma once
 
 #include <functional>
@@ -8,11 +8,11 @@
 
 namespace xlatr::cli {
 
-// Raises a CommandFailure with ExitCode::Failed, which names the path, when the program that reads BLF logs is not
-// where the library looks for it or can't be run.
+// Raises a CommandFailure with ExitCode::Failed, which names the path, if the program that reads BLF logs is not where
+// the library looks for it or can't be run.
 void requireBlfConverter(const std::string& source);
 
-// What of the request a BLF log needs beside its source and target format.
+// What a BLF log needs from the request besides its source and target format.
 struct BlfTarget {
   TargetFiles files;
   double version;

@@ -22,7 +22,7 @@ CLI::App* addConvert(CLI::App& app, ConvertArguments& arguments) {
       ->type_name("");
   command
       ->add_option("--to", arguments.to,
-                   "Target format (" + nameList(targetFormats()) + "), whatever TARGET's extension is")
+                   "Target format (" + nameList(targetFormats()) + "); by default that of TARGET's extension")
       ->option_text("FORMAT");
   command
       ->add_option("--target-version", arguments.targetVersion,
@@ -30,7 +30,7 @@ CLI::App* addConvert(CLI::App& app, ConvertArguments& arguments) {
       ->option_text("V");
   command
       ->add_option("--session", arguments.sessions,
-                   "Session of a btr source, counted from 1; may be repeated; by default all")
+                   "Session of a btr source, counted from 1; may be given several times; by default all")
       ->option_text("N")
       ->allow_extra_args(false)
       ->check(CLI::Range(std::uint32_t{1}, std::numeric_limits<std::uint32_t>::max()));
@@ -43,8 +43,8 @@ CLI::App* addConvert(CLI::App& app, ConvertArguments& arguments) {
   command->add_flag("-f,--force", arguments.force, "Overwrite target files that exist");
   command->add_flag("-q,--quiet", arguments.quiet, "No progress bar and no list of files; errors and warnings only");
   command->footer(
-      "A target without a bus column (trc 1.0, 1.1, 2.0) becomes one file a bus, as drive_BUS1.trc;\n"
-      "a btr source becomes one file a session, as drive_S1.trc.\n\n"
+      "A target without a bus column (trc 1.0, 1.1, 2.0) becomes one file per bus, such as drive_BUS1.trc;\n"
+      "a btr source becomes one file per session, such as drive_S1.trc.\n\n"
       "Examples:\n"
       "  xlatr convert drive.trc drive-2.1.trc --target-version 2.1\n"
       "  xlatr convert drive.trc out/drive.csv --separator tab\n"
@@ -54,9 +54,9 @@ CLI::App* addConvert(CLI::App& app, ConvertArguments& arguments) {
 }
 
 CLI::App* addInfo(CLI::App& app, InfoArguments& arguments) {
-  auto* command = app.add_subcommand("info", "Tell what trace files are: format, version, start time, size, targets");
+  auto* command = app.add_subcommand("info", "Show what trace files are: format, version, start time, size, targets");
   command->add_option("FILE", arguments.files, "Trace files")->required()->type_name("");
-  command->add_flag("--json", arguments.json, "Print a JSON array with one object a file");
+  command->add_flag("--json", arguments.json, "Print a JSON array with one object per file");
   command->footer(
       "Examples:\n"
       "  xlatr info drive.trc\n"
@@ -67,7 +67,7 @@ CLI::App* addInfo(CLI::App& app, InfoArguments& arguments) {
 
 CLI::App* addFormats(CLI::App& app, FormatsArguments& arguments) {
   auto* command = app.add_subcommand("formats", "List the formats, their versions and what converts into what");
-  command->add_flag("--json", arguments.json, "Print a JSON array with one object a format");
+  command->add_flag("--json", arguments.json, "Print a JSON array with one object per format");
   command->footer(
       "READS and WRITES say what 'xlatr convert' takes as SOURCE and as TARGET.\n\n"
       "Examples:\n"
@@ -76,7 +76,7 @@ CLI::App* addFormats(CLI::App& app, FormatsArguments& arguments) {
   return command;
 }
 
-// The help that tells more about the command that was mistyped.
+// The help for the command that was mistyped.
 std::string helpCommand(const CLI::App& app) {
   const auto commands = app.get_subcommands();
   return "'xlatr " + (commands.empty() ? std::string() : commands.front()->get_name() + " ") + "--help'";
@@ -90,14 +90,14 @@ Command parseCommandLine(int argc, const char* const* argv) {
   InfoArguments info;
   FormatsArguments formats;
   app.set_version_flag("--version", "xlatr " XLATR_PROGRAM_VERSION, "Print the version and exit");
-  // None at all is told below: what CLI11 says of a missing command hides a mistyped one.
+  // A missing command is reported below: what CLI11 says of it would hide a mistyped one.
   app.require_subcommand(0, 1);
   app.footer(
       "Examples:\n"
       "  xlatr convert drive.trc drive-2.0.trc --target-version 2.0\n"
       "  xlatr info drive.trc\n"
       "  xlatr formats\n\n"
-      "'xlatr COMMAND --help' tells more about a command.\n" +
+      "'xlatr COMMAND --help' shows more about a command.\n" +
       std::string(kExitCodes));
   const CLI::App* convertCommand = addConvert(app, convert);
   const CLI::App* infoCommand = addInfo(app, info);

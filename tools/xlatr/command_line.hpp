@@ -10,7 +10,7 @@
 
 namespace xlatr::cli {
 
-// One command with its arguments, or the exit code where help or the version was asked for and printed.
+// One command with its arguments, or the exit code if help or the version was asked for and printed.
 using Command = std::variant<ExitCode, ConvertArguments, InfoArguments, FormatsArguments>;
 
 // Raises a CommandFailure with ExitCode::WrongUsage for a command line that can't be understood.

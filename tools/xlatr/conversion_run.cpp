@@ -15,7 +15,7 @@ namespace {
 constexpr std::chrono::milliseconds kFirstPause{1};
 constexpr std::chrono::milliseconds kLongestPause{8};
 
-// Not on the stack: the library fills the record when the conversion ends, which after an interrupt is later than main.
+// Not on the stack: the library fills the record when the conversion ends, which after an interrupt may be after main.
 ConversionResult conversionResult{};
 
 }  // namespace
@@ -28,7 +28,7 @@ ConversionOutcome runConversion(const ConversionRequest& request, const std::fun
   options.progress = &progress;
   options.option_count = static_cast<std::uint32_t>(request.options.size());
   options.options = request.options.data();
-  // What it answers is the state of the moment; how the conversion ended stands in the result.
+  // It returns the state of the moment; the result says how the conversion ended.
   xlatr_convert(request.source.c_str(), request.target.c_str(), &options, &conversionResult);
 
   ConversionOutcome outcome;
@@ -45,7 +45,7 @@ ConversionOutcome runConversion(const ConversionRequest& request, const std::fun
 
   outcome.status = conversionResult.status;
   outcome.text = conversionResult.text == nullptr ? std::string() : oneLine(conversionResult.text);
-  // The count alone says nothing: without files the array is null.
+  // The count alone is not enough: without files the array is null.
   if (conversionResult.files != nullptr) {
     outcome.files.assign(conversionResult.files, conversionResult.files + conversionResult.file_count);
   }

@@ -21,12 +21,12 @@ struct ConversionOutcome {
   bool interrupted = false;  // the conversion may still run; nothing else counts
   std::int32_t status = XLATR_UNEXPECTED;
   std::string text;                // failures, or warnings of a success, on one line
-  std::vector<std::string> files;  // names, without the directory, of those that were begun, also by a failure
+  std::vector<std::string> files;  // names, without the directory, of all that were begun, even if it failed
 };
 
 // Converts, and calls `onProgress` with the percent done, on this thread, every few milliseconds until the conversion
-// has ended or SIGINT was seen (interrupt.hpp). A conversion that was interrupted ends when the library is unloaded. To
-// be called once in the life of the program.
+// has ended or SIGINT was seen (interrupt.hpp). A conversion that was interrupted ends when the library is unloaded.
+// Call it only once in the life of the program.
 [[nodiscard]] ConversionOutcome runConversion(const ConversionRequest& request,
                                               const std::function<void(double)>& onProgress);
 

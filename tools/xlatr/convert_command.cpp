@@ -114,7 +114,7 @@ void requireNamedFile(const std::string& target) {
   std::error_code error;
   if (target.empty() || std::filesystem::path(target).filename().empty() ||
       std::filesystem::is_directory(target, error)) {
-    fail(target + ": is no file name; name a file in that folder, for example drive.trc");
+    fail(target + ": is not a file name; name a file in that folder, for example drive.trc");
   }
 }
 
@@ -133,11 +133,14 @@ void requireFreeTarget(const ConvertArguments& arguments, const TargetFiles& fil
   }
 }
 
-// What becomes of a source that is not valid. Only a line of TRC needs the header to be understood; frames of the other
-// formats come over without it.
+// What becomes of a source that is not valid. Only the lines of TRC can't be understood without the header; frames of
+// the other formats are converted without it.
 std::string consequence(TraceFormat source, TraceFormat target) {
   if (target == XLATR_FORMAT_MF4) {
     return "the target is empty";
+  }
+  if (target == XLATR_FORMAT_BTR) {
+    return "the target holds no messages";  // a session has no comments
   }
   return source == XLATR_FORMAT_TRC ? "its lines were carried over as comments" : "the target has no header";
 }
@@ -168,7 +171,7 @@ void printWritten(const TargetFiles& files, const std::vector<std::string>& name
   }
 }
 
-// What became of the target when the conversion did not end well, and how to repeat it.
+// What became of the target of a conversion that failed, and how to repeat it.
 struct Leftover {
   std::string state;
   std::string retry;
@@ -187,7 +190,7 @@ Leftover leftoverOf(const std::vector<std::string>& existing, const std::vector<
     written.push_back(files.directory + name);
   }
   const Leftover leftover = leftoverOf(files.existing(), written);
-  fail(source + ": " + reason + "; " + leftover.state + ": mend that and " + leftover.retry);
+  fail(source + ": " + reason + "; " + leftover.state + "; fix the problem and " + leftover.retry);
 }
 
 void requireSuccess(const ConversionRequest& request, const TargetFiles& files, const ConversionOutcome& outcome) {
@@ -195,7 +198,7 @@ void requireSuccess(const ConversionRequest& request, const TargetFiles& files, 
     case XLATR_SUCCESS:
       return;
     case XLATR_NOTHING_CONVERTED:
-      fail(request.source + ": there is nothing to convert in it; check the file and the sessions you named");
+      fail(request.source + ": holds nothing to convert; check the file and the sessions that you named");
     case XLATR_FAILED:
       failConversion(request.source, files, outcome, outcome.text.empty() ? "the conversion failed" : outcome.text);
     default:
@@ -233,10 +236,10 @@ ExitCode runConvert(const ConvertArguments& arguments) {
                       : runConversion(request, onProgress);
   }
   if (outcome.interrupted) {
-    // A conversion that still runs tells no files: whatever stands there may be its own.
+    // A conversion that still runs names no files: whatever exists there may be its own.
     const auto existing = files.existing();
     const Leftover leftover = leftoverOf(existing, existing);
-    printError(arguments.source + ": interrupted; " + leftover.state + ", " + leftover.retry);
+    printError(arguments.source + ": interrupted; " + leftover.state + "; " + leftover.retry);
     return ExitCode::Interrupted;
   }
   requireSuccess(request, files, outcome);

@@ -24,8 +24,8 @@ struct ConvertArguments {
   bool quiet = false;
 };
 
-// Checks, converts and reports. Answers Done, DoneWithWarnings or Interrupted; everything else is a CommandFailure, and
-// none of those that come from the checks has touched a file.
+// Checks, converts and reports. Returns Done, DoneWithWarnings or Interrupted; everything else is a CommandFailure. The
+// checks fail before any file is touched.
 [[nodiscard]] ExitCode runConvert(const ConvertArguments& arguments);
 
 }  // namespace xlatr::cli

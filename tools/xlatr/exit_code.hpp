@@ -1,4 +1,4 @@
-// What the program tells its caller. Scripts rely on these numbers.
+// What the program reports to its caller. Scripts rely on these numbers.
 #pragma once
 
 namespace xlatr::cli {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 #include "owned.hpp"
 #include "xlatr/objects.h"
@@ -12,12 +13,6 @@
 namespace xlatr::cli {
 
 namespace {
-
-template <auto Versions, auto VersionsSize>
-std::vector<double> versionsOf() {
-  const double* first = Versions();
-  return {first, first + VersionsSize()};
-}
 
 Owned<TraceFileInfo, TraceFileInfo_Destruct> fileInfo(const std::string& path) {
   return Owned<TraceFileInfo, TraceFileInfo_Destruct>(TraceFileInfo_Construct(path.c_str()));
@@ -50,49 +45,40 @@ TraceSession sessionOf(const BtrInfo* info, std::uint32_t place) {
 // The start of a file is that of its first session.
 TraceHeader btrHeaderOf(const std::string& path) {
   const Owned<BtrInfo, BtrInfo_Destruct> info(BtrInfo_Construct(path.c_str()));
-  TraceHeader header{BtrInfo_GetValid(info.get()), BtrInfo_GetVersion(info.get()), 0.0};
+  std::vector<TraceSession> sessions;
   for (std::uint32_t place = 0; place < BtrInfo_getSessionsCount(info.get()); ++place) {
-    header.sessions.push_back(sessionOf(info.get(), place));
+    sessions.push_back(sessionOf(info.get(), place));
   }
-  if (!header.sessions.empty()) {
-    header.startDays = header.sessions.front().startDays;
-  }
-  return header;
+  const double startDays = sessions.empty() ? 0.0 : sessions.front().startDays;
+  return {BtrInfo_GetValid(info.get()), BtrInfo_GetVersion(info.get()), startDays, std::move(sessions)};
 }
 
-// What the library's information objects tell of a format, one row a format that has them.
+// What the library's information objects tell of a file, one row per format that has them.
 struct FormatFamily {
   TraceFormat format;
-  std::vector<double> (*versions)();
   TraceHeader (*header)(const std::string& path);
-  std::string (*reasonAgainstConversion)(const std::string& path) = nullptr;  // null where there is none ever
+  std::string (*reasonAgainstConversion)(const std::string& path) = nullptr;  // null if there never is one
 };
-
-// A format whose files have versions of their own that no writer is to be asked for.
-std::vector<double> noVersions() {
-  return {};
-}
 
 constexpr std::array kFamilies{
     FormatFamily{
-        XLATR_FORMAT_TRC, versionsOf<TrcInfo_GetSupportedVersions, TrcInfo_GetSupportedVersionsSize>,
+        XLATR_FORMAT_TRC,
         headerOf<TrcInfo_Construct, TrcInfo_Destruct, TrcInfo_getValid, TrcInfo_GetVersion, TrcInfo_getStartTime>},
-    FormatFamily{XLATR_FORMAT_BTR, versionsOf<BtrInfo_GetSupportedVersions, BtrInfo_GetSupportedVersionsSize>,
-                 btrHeaderOf},
+    FormatFamily{XLATR_FORMAT_BTR, btrHeaderOf},
     FormatFamily{
-        XLATR_FORMAT_ASC, versionsOf<AscInfo_GetSupportedVersions, AscInfo_GetSupportedVersionsSize>,
+        XLATR_FORMAT_ASC,
         headerOf<AscInfo_Construct, AscInfo_Destruct, AscInfo_getValid, AscInfo_GetVersion, AscInfo_getStartTime>},
     FormatFamily{
-        XLATR_FORMAT_LIN, versionsOf<KorlInfo_GetSupportedVersions, KorlInfo_GetSupportedVersionsSize>,
+        XLATR_FORMAT_LIN,
         headerOf<KorlInfo_Construct, KorlInfo_Destruct, KorlInfo_getValid, KorlInfo_GetVersion, KorlInfo_getStartTime>},
     FormatFamily{
-        XLATR_FORMAT_BLF, noVersions,
+        XLATR_FORMAT_BLF,
         headerOf<BlfInfo_Construct, BlfInfo_Destruct, BlfInfo_getValid, BlfInfo_GetVersion, BlfInfo_getStartTime>},
     FormatFamily{
-        XLATR_FORMAT_BTRC, versionsOf<BtrcInfo_GetSupportedVersions, BtrcInfo_GetSupportedVersionsSize>,
+        XLATR_FORMAT_BTRC,
         headerOf<BtrcInfo_Construct, BtrcInfo_Destruct, BtrcInfo_GetValid, BtrcInfo_GetVersion, BtrcInfo_getStartTime>},
     FormatFamily{
-        XLATR_FORMAT_MF4, versionsOf<MdfInfo_GetSupportedVersions, MdfInfo_GetSupportedVersionsSize>,
+        XLATR_FORMAT_MF4,
         headerOf<MdfInfo_Construct, MdfInfo_Destruct, MdfInfo_getValid, MdfInfo_GetVersion, MdfInfo_getStartTime>,
         reasonAgainstMdf},
 };
@@ -195,7 +181,7 @@ TraceFormat formatFromName(std::string_view name) {
 
 TraceFormat formatOfFile(const std::string& path) {
   const auto file = fileInfo(path);
-  // A TraceFileInfo may stand wherever a BaseTraceInfo is asked for.
+  // A TraceFileInfo may be passed wherever a BaseTraceInfo is expected.
   return BaseTraceInfo_getFormat(reinterpret_cast<const BaseTraceInfo*>(file.get()));
 }
 
@@ -208,11 +194,11 @@ bool isConversionTarget(TraceFormat format) {
 }
 
 std::vector<double> formatVersions(TraceFormat format) {
-  if (const FormatFamily* family = findFamily(format)) {
-    return family->versions();
+  if (!isConversionTarget(format)) {
+    return {};
   }
-  const double current = BaseTraceInfo_GetTraceCurrentVersion(format);
-  return current > 0.0 ? std::vector<double>{current} : std::vector<double>{};
+  const double* const first = BaseTraceInfo_GetTraceSupportedVersions(format);
+  return {first, first + BaseTraceInfo_GetTraceSupportedVersionsSize(format)};
 }
 
 std::optional<TraceHeader> readTraceHeader(TraceFormat format, const std::string& path) {

@@ -1,4 +1,4 @@
-// What the program knows of the formats: all of it asked of the library, by flag.
+// What the program knows of the formats: it asks the library for all of it, by flag.
 #pragma once
 
 #include <cstdint>
@@ -21,10 +21,10 @@ struct TraceSession {
 
 // What the header of a trace states.
 struct TraceHeader {
-  bool valid;                               // whether the file is a trace of its format that the library reads
-  double version;                           // 0.0 when the header states none
-  double startDays;                         // days since 1899-12-30; 0.0 when the header states none
-  std::vector<TraceSession> sessions = {};  // of a btr file
+  bool valid;        // whether the file is a trace of its format that the library reads
+  double version;    // 0.0 when the header states none
+  double startDays;  // days since 1899-12-30; 0.0 when the header states none
+  std::optional<std::vector<TraceSession>> sessions = {};  // of a file that is made of sessions
 };
 
 // All flags that the library has an extension for, ascending.
@@ -55,8 +55,7 @@ struct TraceHeader {
 [[nodiscard]] bool isConversionSource(TraceFormat format);
 [[nodiscard]] bool isConversionTarget(TraceFormat format);
 
-// The file versions of the format that are known, ascending. Where the library lists none there is the current one, and
-// nothing when it has none either.
+// The file versions that a target of the format can have, ascending; none if the format is not a target.
 [[nodiscard]] std::vector<double> formatVersions(TraceFormat format);
 
 // Reads the header of a file. Nothing when the library offers no information object for the format.

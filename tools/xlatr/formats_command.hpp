@@ -9,7 +9,8 @@ struct FormatsArguments {
   bool json = false;
 };
 
-// Prints one row a format: what it is, its versions, whether `convert` reads and writes it, and the library's targets.
+// Prints one row per format: what it is, its versions, whether `convert` reads and writes it, and the library's
+// targets.
 [[nodiscard]] ExitCode runFormats(const FormatsArguments& arguments);
 
 }  // namespace xlatr::cli

@@ -91,13 +91,13 @@ nlohmann::ordered_json jsonOf(const Mf4Groups& groups) {
   return json;
 }
 
-// A line for each session of a btr file; nothing for a file of another format.
+// A line for each session; nothing for a file that is not made of sessions.
 std::string sessionsTextOf(const FileDescription& file) {
-  if (file.format != XLATR_FORMAT_BTR || !file.header) {
+  if (!file.header || !file.header->sessions) {
     return {};
   }
-  std::string text = "  sessions    " + std::to_string(file.header->sessions.size()) + "\n";
-  for (const TraceSession& session : file.header->sessions) {
+  std::string text = "  sessions    " + std::to_string(file.header->sessions->size()) + "\n";
+  for (const TraceSession& session : *file.header->sessions) {
     text += "    " + std::to_string(session.index) + "  " + startTimeText(session.startDays) + "  " +
             std::to_string(session.sectors) + (session.sectors == 1 ? " sector" : " sectors") +
             (session.circular ? ", circular" : "") + "\n";
@@ -146,9 +146,9 @@ nlohmann::ordered_json jsonOf(const FileDescription& file) {
     json["dataGroups"] = jsonOf(*file.groups);
     json["groupsComplete"] = file.groups->complete;
   }
-  if (file.format == XLATR_FORMAT_BTR && file.header) {
+  if (file.header && file.header->sessions) {
     json["sessions"] = nlohmann::ordered_json::array();
-    for (const TraceSession& session : file.header->sessions) {
+    for (const TraceSession& session : *file.header->sessions) {
       json["sessions"].push_back(jsonOf(session));
     }
   }

@@ -13,7 +13,7 @@ struct InfoArguments {
   bool json = false;
 };
 
-// Tells what each file is, in order. Answers Failed when at least one can't be read; the others are told all the same.
+// Shows what each file is, in order. Returns Failed if at least one can't be read; the others are shown all the same.
 [[nodiscard]] ExitCode runInfo(const InfoArguments& arguments);
 
 }  // namespace xlatr::cli

@@ -1,9 +1,9 @@
-// Ctrl-C as a question that a command asks when it suits it.
+// Ctrl-C as a state that a command checks when it suits it.
 #pragma once
 
 namespace xlatr::cli {
 
-// From now on the first SIGINT only sets a mark; the second one ends the program at once, should it hang.
+// From now on the first SIGINT only sets a flag; the second one ends the program at once, should it hang.
 void watchForInterrupt();
 
 // Whether SIGINT came since watchForInterrupt.

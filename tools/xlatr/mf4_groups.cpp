@@ -16,7 +16,7 @@ namespace {
 constexpr std::uint64_t kHeadSize = 24;
 constexpr std::uint64_t kLinkSize = 8;
 constexpr std::uint64_t kHeaderPosition = 64;
-constexpr std::size_t kMostLinks = 8;  // that are looked at
+constexpr std::size_t kMostLinks = 8;  // that are read
 constexpr std::size_t kDataSize = 16;
 constexpr std::size_t kLongestName = 256;
 
@@ -56,7 +56,7 @@ class GroupReader {
   std::string readBytes(std::uint64_t position, std::size_t count) {
     std::string bytes(count, '\0');
     file_.clear();
-    // A position that is no stream offset fails here as one behind the end does.
+    // A position that is not a valid stream offset fails here like one beyond the end.
     file_.seekg(static_cast<std::streamoff>(position));
     file_.read(bytes.data(), static_cast<std::streamsize>(count));
     bytes.resize(static_cast<std::size_t>(std::max<std::streamsize>(file_.gcount(), 0)));
@@ -84,7 +84,7 @@ class GroupReader {
     return block;
   }
 
-  // The block of a list; nothing at the list's end, and where the list is broken.
+  // The block of a list; nothing at the end of the list or where the list is broken.
   std::optional<Block> readListed(std::string_view id, std::uint64_t position) {
     if (position == 0) {
       return std::nullopt;

@@ -57,7 +57,7 @@ std::string oneLine(std::string_view text) {
 
 std::string versionText(double version) {
   std::array<char, 64> buffer{};
-  // A version that is the sum of its parts is a hair beside the number that is meant.
+  // A version that is the sum of its parts is a hair off the number that is meant.
   constexpr double kPlaces = 1e6;
   const double rounded = std::round(version * kPlaces) / kPlaces;
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), rounded);
@@ -116,7 +116,7 @@ std::string tableText(const std::vector<std::vector<std::string>>& rows) {
 void finishOutput() {
   std::cout.flush();
   if (!std::cout) {
-    throw CommandFailure(ExitCode::Failed, "standard output: can't be written; check where it leads to");
+    throw CommandFailure(ExitCode::Failed, "standard output: can't be written; check where it goes");
   }
 }
 

@@ -18,7 +18,7 @@ void printWarning(std::string_view text);
 // character a "?", so that neither a message nor a file name can break the line or steer a terminal.
 [[nodiscard]] std::string oneLine(std::string_view text);
 
-// "2.0", "4.11": as short as the version allows, with one digit behind the point at least.
+// "2.0", "4.11": as short as the version allows, with at least one digit after the point.
 [[nodiscard]] std::string versionText(double version);
 
 // "2.0, 2.1": the versions in order.
@@ -30,7 +30,7 @@ void printWarning(std::string_view text);
 // Left-aligned columns, two blanks between them; the first row is the head. All rows have the same number of cells.
 [[nodiscard]] std::string tableText(const std::vector<std::vector<std::string>>& rows);
 
-// Flushes stdout and raises a CommandFailure when it could not be written, as on a full disk.
+// Flushes stdout and raises a CommandFailure if it could not be written, for example on a full disk.
 void finishOutput();
 
 }  // namespace xlatr::cli

@@ -1,4 +1,4 @@
-// What the library hands out, in the hands of C++: objects in smart pointers, texts in strings.
+// What the library hands out, as C++ keeps it: objects in smart pointers, texts in strings.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ struct Release {
 template <class Object, auto Destruct>
 using Owned = std::unique_ptr<Object, Release<Destruct>>;
 
-// The text that a pair of functions answers for `key`, which is an object or a flag.
+// The text that a pair of functions returns for `key`, which is an object or a flag.
 template <auto Size, auto Copy, typename... Key>
 [[nodiscard]] std::string libraryText(Key... key) {
   std::string text(std::size_t{Size(key...)} + 1, '\0');

@@ -15,7 +15,7 @@ constexpr std::size_t kCells = 40;
 
 std::string progressText(double percent) {
   const double known = std::isnan(percent) ? 0.0 : std::clamp(percent, 0.0, 100.0);
-  // Rounded down: 100 % stands there only when the end is reached.
+  // Rounded down: it shows 100 % only when the end is reached.
   const auto whole = static_cast<std::size_t>(known);
   const std::size_t filled = whole * kCells / 100;
   const std::string number = std::to_string(whole);

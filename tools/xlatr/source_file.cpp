@@ -45,11 +45,12 @@ TraceFormat requireTraceFormat(const std::string& path) {
   if (format != XLATR_FORMAT_NONE) {
     return format;
   }
-  // The library looks at the extension of no path that is longer than it can take.
+  // The library does not look at the extension of a path that is too long for it.
   if (formatFromName(extensionOf(path)) != XLATR_FORMAT_NONE) {
-    fail(path, "its path is too long to be read; name it from inside its folder");
+    fail(path, "the path is too long; change to the folder of the file and name it from there");
   }
-  fail(path, "has no extension of a trace format; rename it to one of " + extensionList(~XLATR_FORMAT_NONE));
+  fail(path,
+       "has no extension of a trace format; rename it so that it has one of " + extensionList(~XLATR_FORMAT_NONE));
 }
 
 }  // namespace xlatr::cli

@@ -24,7 +24,7 @@ std::string startTimeText(double days) {
   constexpr sys_days kEpoch{year{1899} / 12 / 30};
   constexpr double kFirst = (sys_days{year{1} / 1 / 1} - kEpoch).count();
   constexpr double kEnd = (sys_days{year{9999} / 12 / 31} - kEpoch).count();
-  // Written so that a value that is no number fails it too.
+  // Written so that NaN fails it too.
   if (days == 0.0 || !(days >= kFirst && days < kEnd)) {
     return {};
   }

@@ -5,17 +5,13 @@
 #include <system_error>
 
 #include "formats.hpp"
+#include "xlatr/objects.h"
 
 namespace xlatr::cli {
 
 namespace {
 
-// TRC files of these versions have no column for the bus.
-bool hasNoBusColumn(TraceFormat format, double version) {
-  return format == XLATR_FORMAT_TRC && (version <= 1.1 || version == 2.0);
-}
-
-// Cuts the marker and the number behind it off the front of `rest`; false when they don't stand there.
+// Cuts the marker and the number after it off the front of `rest`; false if they aren't there.
 bool takeNumbered(std::string_view& rest, std::string_view marker) {
   if (!rest.starts_with(marker)) {
     return false;
@@ -78,8 +74,8 @@ TargetFiles targetFiles(const std::string& target, TraceFormat format, double ve
   files.directory = target.substr(0, target.size() - name.size());
   files.stem = formatFromName(given) == XLATR_FORMAT_NONE ? name : name.substr(0, name.size() - given.size());
   files.extension = formatExtension(format);
-  files.perBus = hasNoBusColumn(format, version);
-  files.perSession = source == XLATR_FORMAT_BTR;
+  files.perBus = BaseTraceInfo_GetIfSplitByBus(format, version);
+  files.perSession = BaseTraceInfo_GetIfSplitBySession(source);
   return files;
 }
 

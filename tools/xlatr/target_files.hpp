@@ -1,4 +1,4 @@
-// Which files a conversion writes, told before it runs, so that none is overwritten unasked.
+// Which files a conversion will write, known before it runs, so that none is overwritten unasked.
 #pragma once
 
 #include <string>
@@ -15,21 +15,21 @@ struct TargetFiles {
   std::string directory;  // with its final separator; empty for a name alone
   std::string stem;
   std::string extension;    // the target format's, with its point
-  bool perBus = false;      // one file a bus: "_BUS" and the bus number behind the stem
-  bool perSession = false;  // one file a session: "_S" and the session's index behind the stem
+  bool perBus = false;      // one file per bus: "_BUS" and the bus number after the stem
+  bool perSession = false;  // one file per session: "_S" and the session's index after the stem
 
   // The path of the one file, or the one that the numbered names are made of.
   [[nodiscard]] std::string plainPath() const;
 
-  // What the library is given as the target. It puts a separator in front of a session's file name, and with no
+  // What the library is given as the target. It puts a separator before a session's file name, so that without a
   // directory the path would start at the root: then "./" keeps it in the working directory.
   [[nodiscard]] std::string pathForLibrary() const;
 
   // Whether a file of this name is one of those that the conversion may write.
   [[nodiscard]] bool mayWrite(std::string_view fileName) const;
 
-  // The paths, sorted, at which something stands that the conversion may overwrite, the plain path included even where
-  // all names are numbered: the user named it. Folders don't count: no file can take their place.
+  // The sorted paths of existing files that the conversion may overwrite. The plain path counts even if all names are
+  // numbered: the user named it. Folders don't count: no file can take their place.
   [[nodiscard]] std::vector<std::string> existing() const;
 };
 

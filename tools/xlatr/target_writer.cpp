@@ -17,7 +17,7 @@ class FamilyWriter final : public TargetWriter {
  public:
   FamilyWriter(const std::string& target, double version) : writer_(Construct(target.c_str(), true, version)) {}
 
-  // The writer itself, for what one family alone can do.
+  // The writer itself, for what only one family can do.
   [[nodiscard]] Writer* get() const { return writer_.get(); }
   void open(const std::string& source) {
     SetSourcePath(get(), source.c_str());

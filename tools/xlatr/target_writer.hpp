@@ -1,4 +1,4 @@
-// The writers of the library, behind one face.
+// The writers of the library, behind one interface.
 #pragma once
 
 #include <memory>
@@ -16,7 +16,7 @@ class TargetWriter {
   virtual void writeHeader(const ITraceInfo* source, double startDays) = 0;
   virtual void writeComment(const std::string& text) = 0;
   virtual void writeMessage(const IMessage* message) = 0;
-  // Closes the file; the destructor does so without saying when that fails.
+  // Closes the file; the destructor does so too, but does not report a failure.
   virtual void close() = 0;
 };
 

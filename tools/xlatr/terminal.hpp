@@ -1,4 +1,4 @@
-// What the program asks of the terminal that it may run in.
+// What the program needs to know of the terminal that it may run in.
 #pragma once
 
 namespace xlatr::cli {

@@ -1,4 +1,4 @@
-// The flags field of a CAN FD line, which messages of ASC logs carry whatever line they came from.
+// The flags field of a CAN FD line. Messages of ASC logs have it whatever line they came from.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ inline constexpr std::uint32_t kRemote = 0x10;
 inline constexpr std::uint32_t kEdl = 0x1000;
 inline constexpr std::uint32_t kBrs = 0x2000;
 inline constexpr std::uint32_t kEsi = 0x4000;
-// What a classic data frame carries in a CANFD line that a converter wrote. It lies outside what a reader looks at.
+// What a classic data frame has in a CANFD line written by a converter. It is outside the bits that a reader keeps.
 inline constexpr std::uint32_t kClassicFrame = 0x200000;
 // The bits that a reader keeps.
 inline constexpr std::uint32_t kReadMask = 0xFFFFF;

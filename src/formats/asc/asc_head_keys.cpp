@@ -17,7 +17,7 @@ bool isClockCharacter(char character) {
          std::string_view(":apmAPM").find(character) != std::string_view::npos;
 }
 
-// Takes what is of the class off the start of the text; answers whether there was anything.
+// Takes characters of the class off the start of the text; returns whether there were any.
 template <class IsOfClass>
 bool takeLeading(std::string_view& text, IsOfClass isOfClass) {
   const std::size_t count = countLeading(text, isOfClass);
@@ -42,12 +42,12 @@ bool startsWithFraction(std::string_view text) {
   return text.size() >= 4 && text.front() != '\r' && countLeading(text.substr(1, 3), isDecimalDigit) == 3;
 }
 
-// The clock's time takes as many characters as leave a year behind it, with a fraction if there can be one.
+// The clock's time takes as many characters as it can with a year after it, and a fraction if there can be one.
 bool takeClockAndYear(std::string_view& text) {
   for (std::size_t clock = countLeading(text, isClockCharacter); clock > 0; --clock) {
-    const std::string_view behindClock = text.substr(clock);
-    std::string_view rest = startsWithFraction(behindClock) ? behindClock.substr(4) : behindClock;
-    if (takeYear(rest) || takeYear(rest = behindClock)) {
+    const std::string_view afterClock = text.substr(clock);
+    std::string_view rest = startsWithFraction(afterClock) ? afterClock.substr(4) : afterClock;
+    if (takeYear(rest) || takeYear(rest = afterClock)) {
       text = rest;
       return true;
     }
@@ -55,7 +55,7 @@ bool takeClockAndYear(std::string_view& text) {
   return false;
 }
 
-// Weekday, month, day, clock and year at the start of the text; answers all of it.
+// Weekday, month, day, clock and year at the start of the text; returns all of it.
 std::optional<std::string_view> matchDate(std::string_view text) {
   std::string_view rest = text;
   if (!takeLeading(rest, isWordCharacter) || !takeLeading(rest, isSpaceCharacter) ||
@@ -101,10 +101,10 @@ std::optional<double> findVersion(std::string_view line) {
     const auto signs =
         static_cast<std::size_t>(std::find_if_not(before.rbegin(), before.rend(), isSign) - before.rbegin());
     const std::size_t slashes = before.find("//", at - signs);
-    std::string_view behind = line.substr(at + kWord.size());
-    if (slashes != std::string_view::npos && slashes + 2 < at && takeLeading(behind, isSign) &&
-        !versionNumber(behind).empty()) {
-      return parseRealPrefix(versionNumber(behind)).value;
+    std::string_view after = line.substr(at + kWord.size());
+    if (slashes != std::string_view::npos && slashes + 2 < at && takeLeading(after, isSign) &&
+        !versionNumber(after).empty()) {
+      return parseRealPrefix(versionNumber(after)).value;
     }
   }
   return std::nullopt;
@@ -126,7 +126,7 @@ void AscHeadKeys::look(std::string_view line) {
   }
 }
 
-// Words are what stands between single blanks: behind "base" and two of them stands an empty word, which is not "hex".
+// Words are separated by single blanks: "base" and two blanks are followed by an empty word, which is not "hex".
 void AscHeadKeys::lookForBaseAndTimestamps(std::string_view line) {
   const auto wordAt = [line](std::size_t at) {
     return line.substr(at, std::min(line.find(' ', at), line.size()) - at);
@@ -135,7 +135,7 @@ void AscHeadKeys::lookForBaseAndTimestamps(std::string_view line) {
     const std::string_view word = wordAt(at);
     at += word.size() + 1;
     if (at > line.size()) {
-      return;  // the last word has nothing behind it
+      return;  // nothing follows the last word
     }
     if (equalsIgnoreCase(word, "base")) {
       hexBase_ = equalsIgnoreCase(wordAt(at), "hex");
@@ -145,7 +145,7 @@ void AscHeadKeys::lookForBaseAndTimestamps(std::string_view line) {
   }
 }
 
-double AscHeadKeys::startTime() const {
+double AscHeadKeys::startDays() const {
   return dateText_.empty() ? 0.0 : DateTime::parseLocalized(dateText_).toOleDateFractionFirst();
 }
 

@@ -24,15 +24,15 @@ AscInfo::AscInfo(TraceFileInfo file) : TraceInfo(std::move(file), XLATR_FORMAT_A
   timestampsMode_ = keys.relativeTimestamps() ? AscTimestamps::Relative : AscTimestamps::Absolute;
   fileVersion_ = keys.fileVersion();
   try {
-    startTime_ = keys.startTime();
+    startDays_ = keys.startDays();
   } catch (const std::exception&) {
-    startTime_ = 0.0;  // a date that is none is no start time
+    startDays_ = 0.0;  // an invalid date is no start time
   }
 }
 
-// Empty lines count among the ten and are passed over; their bytes are not counted to the head, though, so that with
-// them messages begin a little early: countsNoBytesOfEmptyLines. And since the ten are only looked at behind a line
-// that is not empty, a tenth line that is empty lets the head go on: goesOnBehindAnEmptyTenthLine.
+// Empty lines count among the ten and are skipped, but their bytes are not counted, so that messages begin a little
+// early if there are any: countsNoBytesOfEmptyLines. The count is only checked after a line that is not empty, so the
+// head goes on if the tenth line is empty: goesOnAfterAnEmptyTenthLine.
 AscHeadKeys AscInfo::readHead() {
   AscHeadKeys keys;
   LineInput input(getPath());

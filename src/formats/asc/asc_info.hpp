@@ -1,4 +1,4 @@
-// What the head of an ASC log tells.
+// What the head of an ASC log says.
 #pragma once
 
 #include <cstdint>
@@ -12,16 +12,16 @@ namespace xlatr {
 
 // Reads the head once, at construction. Nothing is raised for a file that can't be read or understood.
 //
-// The head ends in front of "begin triggerblock", behind the first line with "version", or behind ten lines. A file
-// that ends before that has no head, and its messages begin at its end: it is no log.
+// The head ends before "begin triggerblock", after the first line with "version", or after ten lines. A file that ends
+// earlier has no head and its messages begin at its end: it is not a log.
 class AscInfo final : public TraceInfo {
  public:
   explicit AscInfo(TraceFileInfo file);
 
-  // An ASC log by its name, whatever it holds.
+  // Whether the file is an ASC log by its name, whatever it contains.
   [[nodiscard]] bool getValid() const override { return isOfOwnFormat(); }
 
-  // The start of the recording as the head has it, its words one blank apart; empty when it has none.
+  // The start of the recording as the head has it, its words one blank apart; empty if it has none.
   [[nodiscard]] const std::string& dateText() const { return dateText_; }
   // Whether identifiers and data are hexadecimal.
   [[nodiscard]] bool hexBase() const { return hexBase_; }

@@ -3,7 +3,7 @@
 namespace xlatr {
 namespace {
 
-// What the longest CAN FD frame needs, with room for what error records have in front of their data.
+// What the longest CAN FD frame needs, with room for what error records have before their data.
 constexpr std::size_t kReservedBytes = 70;
 
 // What is the same for all messages of a CAN bus that have a kind.
@@ -31,7 +31,7 @@ void takeFrame(const MessageStyleCan& source, MessageKind kind, AscMessage& targ
 
 void mapToAsc(const BrixMessage& source, AscMessage& target) {
   takeFrame(source, source.kind, target);
-  target.time = source.timeOffset / 1000.0;
+  target.time = source.timeOffset;
   target.bus = source.bus == 0 ? 1 : source.bus;
   if (!source.remote) {
     target.data.assign(source.data.begin(), source.data.end());
@@ -40,13 +40,12 @@ void mapToAsc(const BrixMessage& source, AscMessage& target) {
 }
 
 void mapToAsc(const KorlMessage& source, AscMessage& target) {
-  constexpr double kMicrosecondsPerSecond = 1e6;
   target.reset();
   if (source.getLength() > kMaxLinLength) {
     return;
   }
   target.data.reserve(kReservedBytes);
-  target.time = static_cast<double>(source.timestamp) / kMicrosecondsPerSecond;
+  target.time = source.timestamp;
   target.bus = 1;
   target.type = MessageType::Rx;
   target.direction = messageDirectionOf(source.direction);
@@ -62,7 +61,7 @@ void mapToAsc(const SessionMessage& source, AscMessage& target) {
   const MsgEntry& entry = source.entry;
   target.reset();
   target.data.reserve(kReservedBytes);
-  target.time = source.time / 1000.0;
+  target.time = source.time;
   target.bus = entry.getSource() + 1U;
   target.id = source.getIdentifier();
   target.valid = source.getValid();
@@ -81,10 +80,9 @@ void mapToAsc(const SessionMessage& source, AscMessage& target) {
 }
 
 void mapToAsc(const ZelkBinaryMessage& source, AscMessage& target) {
-  constexpr double kMicrosecondsPerSecond = 1e6;
   constexpr std::size_t kZerosBeforeCounters = 2;
   takeFrame(source, source.kind, target);
-  target.time = static_cast<double>(source.timestamp) / kMicrosecondsPerSecond;
+  target.time = source.timestamp;
   target.bus = source.bus + 1;
   if (!source.remote) {
     target.data.assign(source.kind == MessageKind::EC ? kZerosBeforeCounters : 0, 0);

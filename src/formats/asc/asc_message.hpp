@@ -8,16 +8,17 @@
 #include "formats/asc/asc_flags.hpp"
 #include "messages/message.hpp"
 #include "util/text_buffer.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
-// What a line is. Only frames, errors and some status lines become valid messages; the others are told apart for those
-// who look at invalid ones.
+// What a line is. Only frames, errors and some status lines become valid messages; the other kinds exist for callers
+// that look at invalid messages.
 enum class AscLineKind : std::uint32_t {
-  Unclassified = 0,  // a frame line, too, when its identifier was not looked at
+  Unclassified = 0,  // includes a frame line whose identifier was not read
   StandardFrame = 1,
   ExtendedFrame = 2,
-  SessionRemoteFrame = 3,  // never read: from a session record
+  SessionRemoteFrame = 3,  // never read; it comes from a session record
   ErrorFrame = 4,
   Statistic = 5,
   Status = 6,  // or an error counter
@@ -44,38 +45,38 @@ enum class AscFrameClass : std::uint32_t { None = 0, Classic = 1, Fd = 2 };
 enum class AscTimestamps : std::uint32_t { Absolute = 0, Relative = 1 };
 
 // One line of an ASC log of any version, and what becomes one: a writer of ASC logs turns every other class into this
-// one first. Bus numbers count from 1; 0 is a line whose bus was not read.
+// one first. Bus numbers count from 1; 0 means that the bus was not read.
 class AscMessage final : public MessageStyleCan {
  public:
   AscMessage() { bus = 0; }
 
   // Back to what a new message is, keeping the storage of its texts and data. The base of numbers and the mode of time
-  // stamps belong to the file and are set by its reader behind this.
+  // stamps belong to the file; its reader sets them after this.
   void reset();
 
-  // Reads a line of a file of this version, after a reset. A line that is no frame, or can't be understood, leaves the
-  // message not valid, with what was read up to there, and the line as its parsing text; nothing is raised for it. The
-  // exception is a line that ends before a token that its shape needs: it raises std::out_of_range with the text
-  // "invalid vector subscript", since a log that is cut off is no log to be trusted.
+  // Reads a line of a file of this version, after a reset. A line that is not a frame, or can't be understood, leaves
+  // the message not valid, with what was read so far and the line as its parsing text; nothing is raised for it. The
+  // exception is a line that ends before a token that its form needs: it raises std::out_of_range with the text
+  // "invalid vector subscript", because a log that is cut off can't be trusted.
   void parseLine(std::string_view line, double version);
 
-  // Append the line of a file, without line end, in the form of version 7.0.0 or of 8.1.0; nothing when the message has
+  // Append the line of a file, without line end, in the form of version 7.0.0 or of 8.1.0; nothing if the message has
   // no such form. toText7 has none for CAN FD frames; toText8 prints classic frames as CANFD lines, too.
   void toText7(TextBuffer& out) const;
   void toText8(TextBuffer& out) const;
 
-  // The status text with the maker's mark behind it; empty when there is no text.
+  // The status text followed by the maker's mark; empty if there is no text.
   [[nodiscard]] std::string getStatusText() const;
   // Type, direction and position of an error frame, as the eight binary digits of an ECC.
   [[nodiscard]] std::string getErrorCounterBits() const;
 
-  // Turns a relative time into an absolute one by adding it to `reference`, which moves on with it, and answers true.
-  // An absolute time stays, as does the reference, and the answer is false.
-  bool AdjustTime(double& reference);
+  // Turns a relative time into an absolute one by adding it to `reference`, which becomes the sum, and returns true.
+  // Leaves an absolute time and the reference alone and returns false.
+  bool AdjustTime(RealSeconds& reference);
 
   [[nodiscard]] bool isRemote() const { return (flags & asc_flag::kRemote) != 0; }
 
-  double time = 0.0;         // seconds
+  RealSeconds time{};
   std::string parsingText;   // the line as read
   std::string commentText;   // the text of a status, or the name of a message
   double fileVersion = 0.0;  // of the file it came from

@@ -1,8 +1,8 @@
-#include "formats/asc/asc_printer.hpp"
-
+// How an AscMessage prints its line.
 #include <algorithm>
 #include <span>
 
+#include "formats/asc/asc_message.hpp"
 #include "messages/can_dlc.hpp"
 #include "messages/error_type.hpp"
 #include "util/render.hpp"
@@ -10,7 +10,7 @@
 namespace xlatr {
 namespace {
 
-// A byte that the message does not hold is 0.
+// A byte that the message does not have is 0.
 std::uint8_t byteAt(const AscMessage& message, std::size_t index) {
   return index < message.data.size() ? message.data[index] : std::uint8_t{0};
 }
@@ -20,7 +20,7 @@ std::span<const std::uint8_t> payloadOf(const AscMessage& message) {
 }
 
 void appendTime(TextBuffer& out, const AscMessage& message) {
-  appendRoundedFixed(out, message.time, 6, 11);
+  appendRoundedFixed(out, message.time.count(), 6, 11);
 }
 
 // Lines of status and errors, which are the same in both forms --------------------------------------------------------
@@ -46,12 +46,26 @@ void appendErrorCounters(TextBuffer& out, const AscMessage& message) {
   appendDecimal(out, byteAt(message, 0));
 }
 
+// The eight binary digits that an error frame has instead of data: two for its type, one for its direction, five for
+// its position. A message of five bytes has the type in its first byte, a shorter one as its identifier.
+void appendErrorBits(TextBuffer& out, const AscMessage& message) {
+  constexpr std::uint32_t kLengthWithType = 5;
+  const bool typeInData = message.getLength() >= kLengthWithType;
+  const std::uint32_t type = typeInData ? byteAt(message, 0) : message.id;
+  const unsigned direction = byteAt(message, typeInData ? 1 : 0);
+  const unsigned position = byteAt(message, typeInData ? 2 : 1);
+  const unsigned bits = (errorTypeOfTrcId(type).value_or(0) << 6) + (direction << 5 | position);
+  for (int bit = 7; bit >= 0; --bit) {
+    out.append((bits >> bit & 1U) != 0 ? '1' : '0');
+  }
+}
+
 void appendErrorFrame(TextBuffer& out, const AscMessage& message) {
   appendTime(out, message);
   out.append(' ');
   appendDecimalLeft(out, message.bus, 2);
   out.append(" ErrorFrame ECC: ");
-  appendAscErrorBits(out, message);
+  appendErrorBits(out, message);
 }
 
 void appendStatusOrError(TextBuffer& out, const AscMessage& message) {
@@ -81,10 +95,10 @@ void appendFrameHead7(TextBuffer& out, const AscMessage& message) {
 
 // The form of 8.1.0 ---------------------------------------------------------------------------------------------------
 
-// Five fields that a converter knows nothing of: the CRC and the bit timing of both phases.
+// Five fields that a converter does not know: the CRC and the bit timing of both phases.
 constexpr std::string_view kTail = "        0        0        0        0        0";
 
-// Up to and with the DLC.
+// Up to and including the DLC.
 void appendFrameHead8(TextBuffer& out, const AscMessage& message) {
   constexpr std::size_t kNameColumns = 32;
   appendTime(out, message);
@@ -101,57 +115,51 @@ void appendFrameHead8(TextBuffer& out, const AscMessage& message) {
 
 }  // namespace
 
-void appendAscLine7(TextBuffer& out, const AscMessage& message) {
+void AscMessage::toText7(TextBuffer& out) const {
   constexpr std::uint32_t kMaxClassicLength = 8;
-  if (message.getLength() > kMaxClassicLength || message.frameClass != AscFrameClass::Classic) {
+  if (getLength() > kMaxClassicLength || frameClass != AscFrameClass::Classic) {
     return;
   }
-  if (message.isRemote()) {
-    appendFrameHead7(out, message);
+  if (isRemote()) {
+    appendFrameHead7(out, *this);
     out.append("r ");
-    appendDecimal(out, message.getLength());
-  } else if (isDataFrame(message)) {
-    appendFrameHead7(out, message);
+    appendDecimal(out, getLength());
+  } else if (isDataFrame(*this)) {
+    appendFrameHead7(out, *this);
     out.append("d ");
-    appendDecimal(out, message.getLength());
+    appendDecimal(out, getLength());
     out.append(' ');
-    appendHexBytes(out, payloadOf(message));
+    appendHexBytes(out, payloadOf(*this));
   } else {
-    appendStatusOrError(out, message);
+    appendStatusOrError(out, *this);
   }
 }
 
-void appendAscLine8(TextBuffer& out, const AscMessage& message) {
-  if (message.isRemote()) {
-    appendFrameHead8(out, message);
+void AscMessage::toText8(TextBuffer& out) const {
+  if (isRemote()) {
+    appendFrameHead8(out, *this);
     out.append("  0        0    0 ");
     // Decimal, though the flags of data frames are hexadecimal: printsTheFlagsOfARemoteFrameInDecimal.
-    appendDecimalRight(out, message.flags, 8);
+    appendDecimalRight(out, flags, 8);
     out.append(kTail);
-  } else if (isDataFrame(message)) {
-    appendFrameHead8(out, message);
+  } else if (isDataFrame(*this)) {
+    appendFrameHead8(out, *this);
     out.append(' ');
-    appendDecimalRight(out, message.getLength(), 2);
+    appendDecimalRight(out, getLength(), 2);
     out.append(' ');
-    appendHexBytes(out, payloadOf(message));
+    appendHexBytes(out, payloadOf(*this));
     out.append("        0    0 ");
-    appendHexRight(out, message.flags, 8);
+    appendHexRight(out, flags, 8);
     out.append(kTail);
   } else {
-    appendStatusOrError(out, message);
+    appendStatusOrError(out, *this);
   }
 }
 
-void appendAscErrorBits(TextBuffer& out, const AscMessage& message) {
-  constexpr std::uint32_t kLengthWithType = 5;
-  const bool typeInData = message.getLength() >= kLengthWithType;
-  const std::uint32_t type = typeInData ? byteAt(message, 0) : message.id;
-  const unsigned direction = byteAt(message, typeInData ? 1 : 0);
-  const unsigned position = byteAt(message, typeInData ? 2 : 1);
-  const unsigned bits = (errorTypeOfTrcId(type).value_or(0) << 6) + (direction << 5 | position);
-  for (int bit = 7; bit >= 0; --bit) {
-    out.append((bits >> bit & 1U) != 0 ? '1' : '0');
-  }
+std::string AscMessage::getErrorCounterBits() const {
+  TextBuffer bits;
+  appendErrorBits(bits, *this);
+  return std::string(bits.view());
 }
 
 }  // namespace xlatr

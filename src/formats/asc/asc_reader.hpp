@@ -16,11 +16,11 @@ class AscReader final : public TraceReaderText {
 
   [[nodiscard]] const AscInfo& getTrace() const { return info_; }
 
-  // The next message, made anew; null at the end of the file and while inactive. Every line gives one, valid or not: an
-  // empty line one that is not valid and has an empty parsing text. A line that is too short raises std::out_of_range.
-  // Relative times are as written; MessageAsc's AdjustTime sums them.
+  // The next message, a new object; null at the end of the file and while inactive. Every line gives a message, valid
+  // or not; an empty line gives one that is not valid and has an empty parsing text. A line that is too short raises
+  // std::out_of_range. Relative times are as written; MessageAsc's AdjustTime sums them.
   [[nodiscard]] std::unique_ptr<AscMessage> ReadNextMessage();
-  // The same into a message that is used again and again, so that reading allocates nothing; false at the end.
+  // Reads into a message that the caller reuses, so that reading allocates nothing; false at the end.
   [[nodiscard]] bool readInto(AscMessage& message);
 
  protected:

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "formats/asc/asc_mapping.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "messages/message_dispatch.hpp"
 #include "util/date_time.hpp"
 #include "util/failures.hpp"
@@ -31,9 +32,9 @@ void AscWriter::WriteHeader(const ITraceInfo& source) {
     return;
   }
   requireActive();
-  const double startTime = startTimeFrom(source);
+  const double startDays = startDaysFrom(source);
   version8_ = getTargetVersion() >= kFirstVersionOfForm8;
-  writeLine("date " + DateTime::fromOleDate(startTime).toAscText());
+  writeLine("date " + DateTime::fromOleDate(startDays).toAscText());
   writeLine("base hex  timestamps absolute");
   writeLine("no internal events logged");
   writeLine(version8_ ? "// version 8.1.0" : "// version 7.0.0");
@@ -54,7 +55,7 @@ void AscWriter::WriteMessage(const IMessage& message) {
 // A CAN XL frame survives as its line of a TRC 3.0 file, the only text form that there is, without the number.
 void AscWriter::write(const BrixMessage& message) {
   if (message.kind == MessageKind::XL) {
-    constexpr double kVersionWithXl = 3.0;
+    constexpr const TrcVersion* kVersionWithXl = findTrcVersion(3.0);
     line_.clear();
     message.appendText(line_, kVersionWithXl, 0, kTrcColumns30 & ~trc_column::kNumber);
     WriteComment(line_.view());
@@ -74,8 +75,8 @@ void AscWriter::writeMapped(const Other& message) {
   writeMapped();
 }
 
-// Frames of the logger and of a LIN bus are never CAN FD ones, and every version reads classic ones in the old form,
-// which their mappings leave as it is.
+// Frames of the logger and of a LIN bus are never CAN FD frames, and every version reads classic frames in the old
+// form, which their mappings leave set.
 void AscWriter::write(const SessionMessage& message) {
   mapToAsc(message, mapped_);
   writeMapped();

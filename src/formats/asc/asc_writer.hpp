@@ -16,9 +16,9 @@ class KorlMessage;
 class SessionMessage;
 class ZelkBinaryMessage;
 
-// Writes a head of four lines and a line a message, always hexadecimal and with absolute times. There are two forms for
-// all versions: below 8.0 that of 7.0.0, which has no CAN FD frames, from 8.0 on that of 8.1.0; what comes from a
-// logger session or a LIN bus has the old form in both.
+// Writes a head of four lines and one line per message, always hexadecimal and with absolute times. There are two
+// forms: that of 7.0.0, which has no CAN FD frames, below version 8.0, and that of 8.1.0 from 8.0 on. Messages of a
+// logger session or a LIN bus have the old form in all versions.
 class AscWriter final : public TraceWriterText {
  public:
   explicit AscWriter(std::string targetPath = {}, bool overrideExistingFile = false, double targetVersion = 7.0);
@@ -27,9 +27,9 @@ class AscWriter final : public TraceWriterText {
   [[nodiscard]] std::unique_ptr<ITraceWriter> CreateNew() const override;
   // A source that is not valid gets no head. Without a head all messages are written in the 7.0.0 form.
   void WriteHeader(const ITraceInfo& source) override;
-  // A text that begins with "// " stays as it is, any other gets it in front.
+  // A text that begins with "// " stays as it is; any other gets it as a prefix.
   void WriteComment(std::string_view text) override;
-  // A message that has no form in the version writes nothing, a CAN XL frame a comment.
+  // Writes nothing for a message that has no form in the version, and a comment for a CAN XL frame.
   void WriteMessage(const IMessage& message) override;
   [[nodiscard]] TraceFormat getTargetFormat() const override { return XLATR_FORMAT_ASC; }
 
@@ -43,7 +43,7 @@ class AscWriter final : public TraceWriterText {
   void writeMapped();
 
   bool version8_ = false;
-  AscMessage mapped_;  // of another format's message, used again for each
+  AscMessage mapped_;  // made from another format's message; reused
   TextBuffer line_;
 };
 

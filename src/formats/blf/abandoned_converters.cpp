@@ -23,7 +23,7 @@ AbandonedConverters::~AbandonedConverters() {
   const MutexLock guard(lock_);
   for (Entry& entry : entries_) {
     entry.process.terminate();
-    cleanUpBehind(entry);
+    cleanUpAfter(entry);
   }
 }
 
@@ -40,13 +40,13 @@ void AbandonedConverters::sweep() {
   std::erase_if(entries_, [](Entry& entry) {
     const bool ended = entry.process.waitFor(std::chrono::milliseconds(0)).has_value();
     if (ended) {
-      cleanUpBehind(entry);
+      cleanUpAfter(entry);
     }
     return ended;
   });
 }
 
-void AbandonedConverters::cleanUpBehind(const Entry& entry) {
+void AbandonedConverters::cleanUpAfter(const Entry& entry) {
   platform::removeFile(entry.table);
   BlfSharedBlock::removeNames(entry.blockName);
 }

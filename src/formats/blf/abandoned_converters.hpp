@@ -1,4 +1,4 @@
-// Converters that run on though nobody waits for them any more.
+// Converters that are still running when nobody waits for them anymore.
 #pragma once
 
 #include <cstdint>
@@ -10,20 +10,21 @@
 
 namespace xlatr {
 
-// Sees to it that they leave nothing behind: neither an entry in the system's process table, nor their table, which one
-// may make only after its reader is gone, nor the names of a shared block that they made when the reader's was gone.
-// Safe from any thread.
+// Makes sure that they leave nothing: no entry in the system's process table, no table, which a converter may write
+// only after its reader is gone, and no names of a shared block that it made when the reader's was gone. Safe from any
+// thread.
 class AbandonedConverters {
  public:
-  // The one list of the process. When the process ends, or the library is unloaded, those that still run are ended.
+  // The one list of the process. When the process ends, or the library is unloaded, those that are still running are
+  // ended.
   static AbandonedConverters& instance();
 
   AbandonedConverters(const AbandonedConverters&) = delete;
   AbandonedConverters& operator=(const AbandonedConverters&) = delete;
 
-  // Takes over a converter that runs, and what it may leave.
+  // Takes over a running converter and what it may leave.
   void add(platform::Process process, std::string table, std::string blockName);
-  // Cleans up behind those that have ended.
+  // Cleans up after those that have ended.
   void sweep();
 
  private:
@@ -36,7 +37,7 @@ class AbandonedConverters {
   AbandonedConverters();
   ~AbandonedConverters();
 
-  static void cleanUpBehind(const Entry& entry);
+  static void cleanUpAfter(const Entry& entry);
 
   Mutex lock_;
   std::vector<Entry> entries_ XLATR_GUARDED_BY(lock_);

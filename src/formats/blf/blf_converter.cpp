@@ -16,7 +16,7 @@ namespace {
 constexpr std::string_view kProgramName = "BLF2CSV.exe";
 constexpr std::int32_t kNoAnswer = -1;
 
-// Above stand negative answers, of which an exit code keeps eight bits, and the ends by a signal.
+// Above this are negative answers, of which an exit code keeps eight bits, and ends by a signal.
 constexpr std::uint32_t kLargestExitAnswer = 127;
 
 // More than the longest number and its line end; a longer output is no answer.
@@ -31,8 +31,8 @@ std::optional<std::int32_t> parseAnswer(std::string_view output) {
   }
   std::int32_t number = 0;
   const char* const end = output.data() + output.size();
-  const auto [behind, error] = std::from_chars(output.data(), end, number);
-  return error == std::errc() && behind == end ? std::optional(number) : std::nullopt;
+  const auto [stop, error] = std::from_chars(output.data(), end, number);
+  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
 }
 
 // Two decimal digits each, and what the others leave in front.

@@ -1,4 +1,4 @@
-// What a converter tells of a BLF log.
+// What a converter says about a BLF log.
 #pragma once
 
 #include <cstdint>
@@ -9,20 +9,20 @@
 
 namespace xlatr {
 
-// Asks the converter once, at construction, and only for a file that is a BLF log by its name. Nothing is raised when
-// there is no answer: the version is 0.0 then, and nothing is known of the objects.
+// Asks the converter once, at construction, and only for a file that is a BLF log by its name. Nothing is raised if
+// there is no answer; then the version is 0.0 and the count of objects 0.
 class BlfInfo final : public TraceInfo {
  public:
   explicit BlfInfo(TraceFileInfo file, BlfConverter converter = BlfConverter());
 
-  // A BLF log by its name, whatever it holds.
+  // Whether the file is a BLF log by its name, whatever it contains.
   [[nodiscard]] bool getValid() const override { return isOfOwnFormat(); }
-  // All four parts and a line end, "4.7.1.0\n"; empty when the file is not valid.
+  // All four parts and a line end, "4.7.1.0\n"; empty if the file is not valid.
   [[nodiscard]] std::string getVersionText() const override;
-  // What the converter beside the library calls its API's.
+  // The API version of the converter next to the library.
   [[nodiscard]] double getCurrentVersion() const override { return blfCurrentVersion(); }
 
-  // Of the log; 0 when it is not known.
+  // Of the log; 0 if it is not known.
   [[nodiscard]] std::uint32_t objectsCount() const { return objectsCount_; }
   [[nodiscard]] const BlfConverter& converter() const { return converter_; }
 

@@ -1,7 +1,6 @@
 // The messages of a BLF log, as the rows of the external converter hold them.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -9,28 +8,29 @@
 
 #include "formats/csv/csv_message.hpp"
 #include "messages/message.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
-// One object of a log. What the numbers of its row mean depends on the object's type and is what the two classes below
-// make of them.
+// One object of a log. The meaning of the numbers in its row depends on the object's type; the two classes below
+// interpret them.
 class BlfMessage : public MessageStyleCan, public BlfObjectFields {
  public:
   // Whether objects of this type belong to a CAN bus; all others count as those of a LIN bus.
   [[nodiscard]] static bool isCanType(std::uint32_t objectType);
 
   [[nodiscard]] bool isBlfCANType() const { return isCanType(objectType); }
-  // What a trace that has no form for the message says of it: its type and, when it is not valid, the row's comment.
+  // What a trace that has no form for the message says about it: its type and, if it is not valid, the row's comment.
   [[nodiscard]] std::string getAsCommentary() const;
   // Since the start of the log.
-  [[nodiscard]] double microseconds() const;
-  [[nodiscard]] double milliseconds() const;
+  [[nodiscard]] RealMicroseconds microseconds() const;
+  [[nodiscard]] RealMilliseconds milliseconds() const;
 
   std::string comment;  // why the row is not valid
 
  protected:
-  // Takes over what the row says, whatever the type. The comment and the data change owner, so that a row that is used
-  // again and again gives its storage away and gets that of the message.
+  // Takes over what the row says, whatever the type. The comment is swapped, so that a row that is reused gives away
+  // its storage and gets that of the message.
   void takeRow(CsvMessage& row);
 };
 
@@ -49,7 +49,10 @@ class BlfCanMessage final : public BlfMessage {
   bool fdFormat = false;       // EDL: the frame itself is one of CAN FD
   bool bitRateSwitch = false;
   bool errorStateIndicator = false;
-  bool isFd = false;  // the object is of a type for CAN FD, which can hold classic frames, too
+  bool isFd = false;  // the object's type is one for CAN FD, which can also hold classic frames
+
+ private:
+  void takeFrame(unsigned remoteBit, std::uint32_t fdBits);
 };
 
 class BlfLinMessage final : public BlfMessage {
@@ -57,11 +60,11 @@ class BlfLinMessage final : public BlfMessage {
   BlfLinMessage() = default;
   explicit BlfLinMessage(CsvMessage& row) { assign(row); }
 
-  // Becomes the message of a row, whose comment and, where the type has them, data it takes.
+  // Becomes the message of a row, whose comment it takes, and whose data if the type has any.
   void assign(CsvMessage& row);
 
   MessageKind kind = MessageKind::Unknown;  // DT, ER or EV
-  std::string_view eventText;               // of an EV; lives for ever
+  std::string_view eventText;               // of an EV; lives forever
   std::uint32_t errorFlags = 0;             // of ErrorCode
   DirectionType linDirection = DirectionType::Unknown;
   std::uint32_t checksum = 0;

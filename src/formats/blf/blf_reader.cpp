@@ -13,7 +13,7 @@ namespace xlatr {
 
 BlfReader::BlfReader(BlfInfo info, std::string temporaryFolder)
     : info_(std::move(info)), temporaryFolder_(std::move(temporaryFolder)) {
-  // The list must outlive every reader, also one that lives as long as the process.
+  // The list must outlive every reader, even one that lives as long as the process.
   AbandonedConverters::instance().sweep();
 }
 
@@ -110,14 +110,14 @@ void BlfReader::close() {
   active_ = false;
 }
 
-// A converter that still runs is not ended: it may be one that some other program watches. What it leaves is seen to.
+// A converter that is still running is not ended, because another program may be watching it. It is cleaned up later.
 void BlfReader::letConverterGo() {
   sharedBlock_.reset();
   if (!process_.isStarted()) {
     return;
   }
   if (process_.waitFor(std::chrono::milliseconds(0))) {
-    // What it made after the library had taken the names away.
+    // What it made after the library had removed the names.
     BlfSharedBlock::removeNames(blockName());
     process_ = platform::Process();
   } else {

@@ -15,9 +15,9 @@
 
 namespace xlatr {
 
-// Reading has three phases, since converting a large log takes long and the caller may want to show how far it is:
+// Reading has three phases, because converting a large log takes long and the caller may want to show the progress:
 //   1. setActive(true) starts the converter, which writes a table into a temporary file;
-//   2. InitializePhaseTwoWaitBlfToCsv is called until it answers true: the converter has ended;
+//   2. InitializePhaseTwoWaitBlfToCsv is called until it returns true: the converter has ended;
 //   3. InitializePhaseThreePrepareCsvReader opens the table; the reader is active from then on.
 // Deactivation and destruction remove the temporary file in every phase. All failures are ConverterProcessingException.
 class BlfReader final : public TraceReader {
@@ -27,17 +27,16 @@ class BlfReader final : public TraceReader {
   ~BlfReader() override;
 
   [[nodiscard]] const BlfInfo& getTrace() const { return info_; }
-  // A half for what the converter has done and a half for what was read of the table; not a number as long as the count
-  // of objects is not known.
+  // One half for the converter's progress and one half for the part of the table that was read; NaN as long as the
+  // count of objects is not known.
   [[nodiscard]] double getPercentDone() const override;
 
-  // Waits for 10 ms at most, unless the converter is dead and holds the block's lock. Answers whether the converter has
-  // ended; `exitCode` is its exit code then, and -1 before or when there is none to be had.
+  // Waits for at most 10 ms, unless the converter died while it held the block's lock. Returns whether the converter
+  // has ended; `exitCode` is then its exit code, and -1 before or if there is none.
   [[nodiscard]] bool InitializePhaseTwoWaitBlfToCsv(std::int32_t& exitCode);
   // Raises a failure for an exit code other than 0.
   void InitializePhaseThreePrepareCsvReader(std::int32_t exitCode);
-  // Asks the converter to stop; it then ends by itself. False when there is none to ask, or it could not be asked in
-  // time.
+  // Asks the converter to stop; it then ends by itself. False if there is none, or if it could not be asked in time.
   [[nodiscard]] bool KillBlfToCsv();
 
   // The start of the recording in days since 1899-12-30, from the table; 0.0 before phase three.
@@ -47,7 +46,7 @@ class BlfReader final : public TraceReader {
   [[nodiscard]] bool ReadNextMessage(std::unique_ptr<BlfMessage>& message);
 
  protected:
-  // Answers true when the converter runs, though the reader is not active yet.
+  // Returns true if the converter was started, though the reader is not active yet.
   bool open() override;
   void close() override;
 
@@ -57,10 +56,10 @@ class BlfReader final : public TraceReader {
 
   BlfInfo info_;
   std::string temporaryFolder_;
-  std::string temporaryPath_;  // empty when there is no temporary file
+  std::string temporaryPath_;  // empty if there is no temporary file
   platform::Process process_;
   std::optional<BlfSharedBlock> sharedBlock_;
-  double conversionProgress_ = 0.0;  // per cent
+  double conversionProgress_ = 0.0;  // percent
   std::uint64_t objectsRead_ = 0;
   std::unique_ptr<CsvReader> csvReader_;
   CsvMessage row_;

@@ -22,7 +22,7 @@ std::string mutexName(const std::string& name) {
 }  // namespace
 
 BlfSharedBlock::BlfSharedBlock(std::string name) : name_(std::move(name)) {
-  // Without one of the two the other is of no use, but is taken away all the same.
+  // One of the two is of no use without the other, but is removed anyway.
   static_cast<void>(memory_.open(name_, kWords * sizeof(Word)) && mutex_.open(mutexName(name_)));
 }
 

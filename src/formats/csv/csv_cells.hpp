@@ -11,8 +11,8 @@
 
 namespace xlatr {
 
-// Walks over the cells of a row, which are what stands between runs of separator characters: an empty cell is none, and
-// the cells behind it move up. The row and the separators must outlive the cursor.
+// Walks over the cells of a row: what is between runs of separator characters. So an empty cell does not count, and the
+// cells after it move up. The row and the separators must outlive the cursor.
 class CsvCellCursor {
  public:
   CsvCellCursor(std::string_view row, std::string_view separators)
@@ -35,7 +35,7 @@ class CsvCellCursor {
     return cell;
   }
 
-  // Takes a cell that is exactly one pair of hexadecimal digits; stays where it is at any other.
+  // Takes a cell that is exactly one pair of hexadecimal digits; does not move at any other cell.
   [[nodiscard]] bool takeHexPair(std::uint8_t& value) {
     if (end_ - next_ < 2 || (end_ - next_ > 2 && !isSeparator(next_[2])) || isSeparator(next_[0]) ||
         isSeparator(next_[1])) {
@@ -67,23 +67,22 @@ class CsvCellCursor {
   std::string_view separators_;
 };
 
-// The cells of a row by their places. Those of the first columns are found once; nothing is allocated, however many
-// cells a row has.
+// The cells of a row by their places. Those of the first columns are found only once; nothing is allocated for a row of
+// any length.
 class CsvCells {
  public:
-  CsvCells(std::string_view row, std::string_view separators)
-      : separators_(separators), behindKnown_(row, separators) {}
+  CsvCells(std::string_view row, std::string_view separators) : separators_(separators), afterKnown_(row, separators) {}
 
-  // A cursor at the cell of this place, counted from 0; at its end where the row has fewer cells.
+  // A cursor at the cell of this place, counted from 0; at its end if the row has fewer cells.
   [[nodiscard]] CsvCellCursor from(std::size_t place) {
     while (count_ <= place && count_ < known_.size()) {
-      known_[count_++] = behindKnown_.rest();
-      behindKnown_.take();
+      known_[count_++] = afterKnown_.rest();
+      afterKnown_.take();
     }
     if (place < count_) {
       return {known_[place], separators_};
     }
-    CsvCellCursor cursor = behindKnown_;
+    CsvCellCursor cursor = afterKnown_;
     for (std::size_t skipped = count_; skipped < place && !cursor.atEnd(); ++skipped) {
       cursor.take();
     }
@@ -97,13 +96,13 @@ class CsvCells {
   }
 
  private:
-  // More than a row of ours has in front of its data, and than the converter's has in all.
+  // More than a row of ours has before its data, and more than one of the converter's has in all.
   static constexpr std::size_t kKnown = 32;
 
   std::string_view separators_;
   std::array<std::string_view, kKnown> known_;  // the row from each cell on; `count_` of them
   std::size_t count_ = 0;
-  CsvCellCursor behindKnown_;
+  CsvCellCursor afterKnown_;
 };
 
 }  // namespace xlatr

@@ -2,54 +2,44 @@
 
 #include <vector>
 
-#include "messages/enum_text.hpp"
+#include "formats/csv/csv_column_table.hpp"
 #include "util/text.hpp"
 
 namespace xlatr {
 namespace {
 
-constexpr auto kNames = std::to_array<EnumText<CsvColumn>>({
-    {CsvColumn::Number, kCsvNumberName},
-    {CsvColumn::Time, "Time (ms)"},
-    {CsvColumn::Bus, "Bus"},
-    {CsvColumn::Direction, "Direction"},
-    {CsvColumn::Type, "Type"},
-    {CsvColumn::Identifier, "ID (hex)"},
-    {CsvColumn::Reserved, "Reserved"},
-    {CsvColumn::Vcid, "VCID"},
-    {CsvColumn::Sdt, "SDT"},
-    {CsvColumn::Af, "AF"},
-    {CsvColumn::Rrs, "RRS"},
-    {CsvColumn::Sec, "SEC"},
-    {CsvColumn::Length, "Length"},
-    {CsvColumn::Data0, "D0"},
-    {CsvColumn::ObjectType, "ObjectType"},
-    {CsvColumn::ObjectTimestamp, "ObjectTimestamp"},
-    {CsvColumn::ObjectFlags, "ObjectFlags"},
-    {CsvColumn::Valid, "Valid"},
-    {CsvColumn::Comment, "Comment"},
-    {CsvColumn::Id, "Id"},
-    {CsvColumn::Channel, "Channel"},
-    {CsvColumn::Flags, "Flags"},
-    {CsvColumn::FlagsExt, "FlagsExt"},
-    {CsvColumn::Ecc, "Ecc"},
-    {CsvColumn::CanFdFlags, "CanFdFLags"},  // misspelt in the converter's tables
-    {CsvColumn::Dir, "Dir"},
-    {CsvColumn::Crc, "Crc"},
-    {CsvColumn::ObjectVersion, "ObjectVersion"},
-    {CsvColumn::ChecksumModel, "ChecksumModel"},
-});
-static_assert(kNames.size() == kCsvColumnCount);
+static_assert(kCsvColumnTable.size() == kCsvColumnCount);
 
-std::optional<CsvColumn> columnOf(std::string_view name) {
-  return name == kCsvIdentifierOrPidName ? CsvColumn::Identifier : valueOf(kNames, name);
+// After "D0", which is the name of a column; the further ones are counted from there.
+constexpr std::array<std::string_view, 7> kFurtherDataNames = {"D1", "D2", "D3", "D4", "D5", "D6", "D7"};
+
+void append(std::string& line, std::string_view separator, std::string_view name) {
+  line.append(line.empty() ? "" : separator).append(name);
+}
+
+std::string columnLine(int CsvColumnRow::*table, bool fromTrc, std::string_view separator) {
+  std::string line;
+  for (int place = 0; const CsvColumnRow* const row = findCsvColumn(table, place); ++place) {
+    if (fromTrc || !row->onlyWide) {
+      append(line, separator, fromTrc && !row->nameForTrc.empty() ? row->nameForTrc : row->name);
+    }
+  }
+  for (const std::string_view name : kFurtherDataNames) {
+    append(line, separator, name);
+  }
+  return line;
+}
+
+const CsvColumnRow* findByName(std::string_view name) {
+  for (const CsvColumnRow& row : kCsvColumnTable) {
+    if (name == row.name || (name == row.nameForTrc && !name.empty())) {
+      return &row;
+    }
+  }
+  return nullptr;
 }
 
 }  // namespace
-
-std::string_view csvColumnName(CsvColumn column) {
-  return textOf(kNames, column, "");
-}
 
 void CsvColumns::setPlace(CsvColumn column, std::uint32_t place) {
   places_[static_cast<std::size_t>(column)] = place;
@@ -67,11 +57,20 @@ CsvColumnLine parseCsvColumnLine(std::string_view line) {
   std::vector<std::string_view> names;
   splitText(line, result.separator, names, true, false);
   for (std::size_t place = 0; place < names.size(); ++place) {
-    if (const auto column = columnOf(names[place])) {
-      result.columns.setPlace(*column, static_cast<std::uint32_t>(place));
+    if (const CsvColumnRow* const row = findByName(names[place])) {
+      result.columns.setPlace(row->column, static_cast<std::uint32_t>(place));
     }
   }
   return result;
+}
+
+std::string csvColumnLine(bool fromTrc, std::string_view separator) {
+  // After two separators, which sets the bytes beyond the eighth apart: theFurtherDataFollowTwoSeparators.
+  return columnLine(&CsvColumnRow::ownPlace, fromTrc, separator).append(separator).append(separator).append("D...");
+}
+
+std::string csvConverterColumnLine(std::string_view separator) {
+  return columnLine(&CsvColumnRow::converterPlace, false, separator);
 }
 
 }  // namespace xlatr

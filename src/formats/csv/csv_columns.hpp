@@ -1,4 +1,4 @@
-// The columns of a table, as its column line names them.
+// The columns of a table and its column line, which names them. What belongs to each is in csv_column_table.hpp.
 #pragma once
 
 #include <array>
@@ -24,7 +24,7 @@ enum class CsvColumn : std::uint8_t {
   Rrs = 10,
   Sec = 11,
   Length = 12,
-  Data0 = 13,  // the first data byte; the others stand behind it
+  Data0 = 13,  // the first data byte; the others follow it
   ObjectType = 14,
   ObjectTimestamp = 15,
   ObjectFlags = 16,
@@ -47,15 +47,11 @@ inline constexpr std::size_t kCsvColumnCount = 29;
 // The word that makes a line the column line.
 inline constexpr std::string_view kCsvNumberName = "Number";
 
-// The name of a column in the column line. The identifier has another one where a table may hold LIN frames.
-[[nodiscard]] std::string_view csvColumnName(CsvColumn column);
-inline constexpr std::string_view kCsvIdentifierOrPidName = "ID/PID (hex)";
-
 // Where a table has its columns.
 class CsvColumns {
  public:
   // The place of a column, counted from 0. A column that the table does not have counts as its first one, so that a
-  // table without some column is read all the same: aMissingColumnReadsTheFirstCell.
+  // table that lacks a column can still be read: aMissingColumnReadsTheFirstCell.
   [[nodiscard]] std::uint32_t place(CsvColumn column) const { return places_[static_cast<std::size_t>(column)]; }
   // The later of two places of one name counts.
   void setPlace(CsvColumn column, std::uint32_t place);
@@ -67,14 +63,20 @@ class CsvColumns {
   std::uint32_t named_ = 0;  // bit 0 = Number and so on
 };
 
-// What a column line tells.
+// What a column line says.
 struct CsvColumnLine {
-  std::string separator;  // the character behind "Number"; empty where there is none
+  std::string separator;  // the character after "Number"; empty if there is none
   CsvColumns columns;
 };
 
-// Reads a column line. Without the word "Number" both parts stay empty. A name that is none of the known ones takes its
-// place like any other.
+// Reads a column line. Without the word "Number" both parts stay empty. An unknown name takes its place like any other.
 [[nodiscard]] CsvColumnLine parseCsvColumnLine(std::string_view line);
+
+// The column line of a table that is written here. One of a TRC trace has the columns of CAN XL and another name for
+// the identifier, which may be that of a LIN frame.
+[[nodiscard]] std::string csvColumnLine(bool fromTrc, std::string_view separator);
+
+// The column line of the external BLF converter's table.
+[[nodiscard]] std::string csvConverterColumnLine(std::string_view separator);
 
 }  // namespace xlatr

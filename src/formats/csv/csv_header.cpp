@@ -41,38 +41,13 @@ constexpr std::array<std::string_view, 6> kLoggerBuses = {
     "    4    BRIX-BRIDGE  Channel-3   CAN",      "    5    BRIX-BRIDGE  Virtual     CAN",
 };
 
-// Where the table would stand beside its source; empty when the path can't be cut.
+// The path of a table next to its source; empty if the path can't be split.
 std::string tablePathOf(std::string_view sourcePath) {
   const auto pieces = splitPath(sourcePath);
   if (!pieces) {
     return {};
   }
   return std::string(pieces->drive).append(pieces->directory).append(pieces->name).append(".csv");
-}
-
-void appendColumn(std::string& line, std::string_view name, std::string_view separator) {
-  line.append(name).append(separator);
-}
-
-std::string columnLine(bool fromTrc, std::string_view separator) {
-  std::string line;
-  for (const CsvColumn column :
-       {CsvColumn::Number, CsvColumn::Time, CsvColumn::Bus, CsvColumn::Direction, CsvColumn::Type}) {
-    appendColumn(line, csvColumnName(column), separator);
-  }
-  appendColumn(line, fromTrc ? kCsvIdentifierOrPidName : csvColumnName(CsvColumn::Identifier), separator);
-  appendColumn(line, csvColumnName(CsvColumn::Reserved), separator);
-  if (fromTrc) {
-    for (const CsvColumn column : {CsvColumn::Vcid, CsvColumn::Sdt, CsvColumn::Af, CsvColumn::Rrs, CsvColumn::Sec}) {
-      appendColumn(line, csvColumnName(column), separator);
-    }
-  }
-  appendColumn(line, csvColumnName(CsvColumn::Length), separator);
-  for (const std::string_view name : {"D0", "D1", "D2", "D3", "D4", "D5", "D6", "D7"}) {
-    appendColumn(line, name, separator);
-  }
-  // Behind two separators, which sets the bytes beyond the eighth apart: theFurtherDataStandBehindTwoSeparators.
-  return line.append(separator).append("D...");
 }
 
 }  // namespace
@@ -101,7 +76,7 @@ std::vector<std::string> csvHeaderLines(const CsvHeaderValues& values, std::stri
   if (equalsIgnoreCase(extension, ".btr")) {
     add(kLoggerBuses);
   }
-  lines.push_back(columnLine(fromTrc, separator));
+  lines.push_back(csvColumnLine(fromTrc, separator));
   return lines;
 }
 

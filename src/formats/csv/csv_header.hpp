@@ -7,7 +7,7 @@
 
 namespace xlatr {
 
-// What a head says beyond its layout.
+// The values in a head.
 struct CsvHeaderValues {
   std::string startNumber;  // the start time in days since 1899-12-30
   std::string startText;    // the same as date text
@@ -15,8 +15,8 @@ struct CsvHeaderValues {
   std::string hostVersion;
 };
 
-// The lines in order, without line ends; the empty ones among them are lines, too. A head for a TRC source has the
-// columns of CAN XL, one for a session file its buses; the extension of the source's path tells, in any case.
+// The lines in order, without line ends; empty lines are among them. A head for a TRC source has the columns of CAN XL,
+// one for a session file has its buses; the extension of the source's path decides, in letters of any case.
 [[nodiscard]] std::vector<std::string> csvHeaderLines(const CsvHeaderValues& values, std::string_view separator);
 
 }  // namespace xlatr

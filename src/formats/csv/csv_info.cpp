@@ -29,10 +29,10 @@ void CsvInfo::readHead() {
       }
     }
   } catch (const std::exception&) {
-    return;  // half a head tells nothing
+    return;  // half a head says nothing
   }
   start.finish();
-  startTime_ = start.days();
+  startDays_ = start.days();
   blfTable_ = start.isBlfTable();
   CsvColumnLine parsed = parseCsvColumnLine(columnLine_);
   columns_ = parsed.columns;

@@ -1,4 +1,4 @@
-// What the head of a CSV table tells.
+// What the head of a CSV table says.
 #pragma once
 
 #include <cstdint>
@@ -15,10 +15,10 @@ class CsvInfo final : public TraceInfo {
  public:
   explicit CsvInfo(TraceFileInfo file);
 
-  // Whether the file is a CSV file by its name. Tables state no version, so there is nothing else to ask.
+  // Whether the file is a CSV file by its name. Tables state no version, so nothing else can be checked.
   [[nodiscard]] bool getValid() const override { return isOfOwnFormat(); }
 
-  // The line that names the columns; empty when there is none, and then there are no rows either.
+  // The line that names the columns; empty if there is none; then there are no rows either.
   [[nodiscard]] const std::string& columnLine() const { return columnLine_; }
   [[nodiscard]] const CsvColumns& columns() const { return columns_; }
   // One character, or empty.

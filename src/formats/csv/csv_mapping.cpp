@@ -5,7 +5,7 @@
 namespace xlatr {
 namespace {
 
-// The longest frame that there is, of CAN XL, has 2048 bytes.
+// The longest frame of all, one of CAN XL, has 2048 bytes.
 constexpr std::uint32_t kMaxPayload = 2048;
 constexpr std::size_t kDataRoom = 2050;
 
@@ -17,7 +17,7 @@ void takeMessage(const Message& source, CsvMessage& target) {
   target.length = source.getLength();
 }
 
-// What those of a CAN bus have in common, whatever format they are of.
+// What messages of a CAN bus have in common, whatever their format.
 void takeCommon(const MessageStyleCan& source, CsvMessage& target) {
   takeMessage(source, target);
   target.bus = source.bus;
@@ -31,13 +31,13 @@ void takeData(const Message& source, CsvMessage& target) {
   target.data.assign(source.data.begin(), source.data.end());
 }
 
-// A remote frame has a length and no data; a row keeps zeros for it. A length beyond any frame's comes from a damaged
+// A remote frame has a length but no data; a row holds zeros for it. A length that no frame has comes from a damaged
 // line and gets no memory.
 void setZeros(CsvMessage& target) {
   target.data.assign(std::min(target.length, kMaxPayload), 0);
 }
 
-// A frame of a LIN bus as a row, which has no column for what CAN does not have. Any error makes it an error frame.
+// A frame of a LIN bus as a row, which has no columns for what is special to LIN. Any error makes it an error frame.
 void takeLinFrame(const Message& source, DirectionType direction, std::uint32_t errorFlags, CsvMessage& target) {
   takeMessage(source, target);
   target.bus = 1;
@@ -113,22 +113,20 @@ void mapToCsv(const SessionMessage& source, CsvMessage& target) {
 }
 
 void mapToCsv(const AscMessage& source, CsvMessage& target) {
-  constexpr double kMillisecondsPerSecond = 1000.0;
   takeCommon(source, target);
-  target.time = source.time * kMillisecondsPerSecond;
+  target.time = source.time;
   target.kind = kindOf(source);
   target.remote = source.isRemote();
   takeData(source, target);
 }
 
 void mapToCsv(const KorlMessage& source, CsvMessage& target) {
-  constexpr double kMicrosecondsPerMillisecond = 1000.0;
   if (source.getLength() > kMaxLinLength) {
     target.reset();
     return;
   }
   takeLinFrame(source, source.direction, source.errorFlags, target);
-  target.time = static_cast<double>(source.timestamp) / kMicrosecondsPerMillisecond;
+  target.time = source.timestamp;
 }
 
 void mapToCsv(const BlfCanMessage& source, CsvMessage& target) {
@@ -145,9 +143,8 @@ void mapToCsv(const BlfLinMessage& source, CsvMessage& target) {
 }
 
 void mapToCsv(const ZelkBinaryMessage& source, CsvMessage& target) {
-  constexpr double kMicrosecondsPerMillisecond = 1000.0;
   takeCommon(source, target);
-  target.time = static_cast<double>(source.timestamp) / kMicrosecondsPerMillisecond;
+  target.time = source.timestamp;
   target.bus = source.bus + 1;
   target.kind = source.kind;
   target.text = source.commentary;

@@ -11,12 +11,12 @@
 
 namespace xlatr {
 
-// Fill `target` from a message of another format; whatever it held before is gone, but for its separator and columns.
+// Fill `target` from a message of another format; whatever it held before is gone, except its separator and columns.
 // Nothing is raised.
 void mapToCsv(const BrixMessage& source, CsvMessage& target);
 void mapToCsv(const SessionMessage& source, CsvMessage& target);
 void mapToCsv(const AscMessage& source, CsvMessage& target);
-// One of more than 8 bytes leaves the row as a new one.
+// A message of more than 8 bytes leaves the row empty.
 void mapToCsv(const KorlMessage& source, CsvMessage& target);
 void mapToCsv(const BlfCanMessage& source, CsvMessage& target);
 void mapToCsv(const BlfLinMessage& source, CsvMessage& target);

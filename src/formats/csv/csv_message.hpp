@@ -9,13 +9,14 @@
 #include "formats/csv/csv_columns.hpp"
 #include "messages/message.hpp"
 #include "util/text_buffer.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
-// What the rows of the external BLF converter hold of an object, named as its columns are.
+// What the rows of the external BLF converter say about an object. The fields are named like the columns.
 struct BlfObjectFields {
   std::uint32_t objectType = 0;
-  std::uint64_t objectTimestamp = 0;  // 10 microseconds when the object's flag is 1, otherwise nanoseconds
+  std::uint64_t objectTicks = 0;  // of 10 microseconds when the object's flag is 1, otherwise nanoseconds
   std::uint32_t objectFlags = 0;
   std::uint32_t blfId = 0;
   std::uint16_t channel = 0;
@@ -29,40 +30,45 @@ struct BlfObjectFields {
   std::uint8_t checksumModel = 0;
 };
 
-// One row, of the table that is written here or of the wider one that the external BLF converter writes, and what
-// becomes one. Bus numbers count from 1.
-class CsvMessage final : public MessageStyleCan, public BlfObjectFields {
- public:
-  CsvMessage() = default;
-  explicit CsvMessage(std::string columnSeparator) : separator(std::move(columnSeparator)) {}
-
-  static constexpr std::uint16_t kNoReserved = 0xFFFF;
-
-  // Back to what a new message is, but for the separator and the columns; keeps the storage of texts and data.
-  void reset();
-
-  // Fills a fresh message from a row, cut at the separator, whose cells stand where the columns say. A row that can't
-  // be understood leaves the message not valid, with what was read up to there; nothing is raised for it. `blfRow`: the
-  // row is one of the external converter's.
-  void parseRow(std::string_view row, bool blfRow);
-
-  // Appends the message as the row of this number, without line end. The trailing text is not written.
-  void toRow(TextBuffer& out, std::uint64_t number) const;
-
+// What a row of the table that is written here holds beyond what every message has; the texts are members of the
+// message.
+struct CsvRowFields {
   MessageKind kind = MessageKind::Unknown;
-  double time = 0.0;  // milliseconds since the start of the trace
+  RealMilliseconds time{};  // since the start of the trace
   bool remote = false;
-  std::string text;                      // what follows the data in a row
-  std::uint16_t reserved = kNoReserved;  // 0xFFFF for none
-  std::uint8_t vcid = 0xFF;              // the five fields of CAN XL
+  std::uint16_t reserved = 0xFFFF;  // none
+  std::uint8_t vcid = 0xFF;         // the five fields of CAN XL
   std::uint8_t sdt = 0xFF;
   std::uint32_t af = 0xFFFFFFFF;
   std::uint8_t rrs = 0;
   std::uint8_t sec = 0;
-  bool wideRow = false;     // the row has the columns of CAN XL
-  std::string parsingText;  // the row as read
+  bool wideRow = false;  // the row has the columns of CAN XL
+};
 
-  std::string comment;  // of a row of the external converter that is not valid: why
+// One row, of the table that is written here or of the wider one that the external BLF converter writes, and what
+// becomes one. Bus numbers count from 1.
+class CsvMessage final : public MessageStyleCan, public CsvRowFields, public BlfObjectFields {
+ public:
+  CsvMessage() = default;
+  explicit CsvMessage(std::string columnSeparator) : separator(std::move(columnSeparator)) {}
+
+  static constexpr std::uint16_t kNoReserved = CsvRowFields().reserved;
+
+  // Makes the message as new, except for the separator and the columns; keeps the storage of texts and data.
+  void reset();
+
+  // Fills a fresh message from a row, cut at the separator, whose cells are where the columns say. A row that can't be
+  // understood leaves the message not valid, with what was read so far; nothing is raised for it, and nothing of `row`
+  // is kept. `blfRow`: the row is one of the external converter's.
+  void parseRow(std::string_view row, bool blfRow);
+
+  // Appends the message as the row of this number, without line end. The trailing text is not written, and nothing is
+  // filled up to the columns of the head: the count of cells depends on the data.
+  void toRow(TextBuffer& out, std::uint64_t number) const;
+
+  std::string text;         // what follows the data in a row
+  std::string parsingText;  // the row as read
+  std::string comment;      // of a row of the external converter that is not valid: why
 
   std::string separator;  // between cells; when reading, each of its characters is one
   CsvColumns columns;     // where a row that is read has its cells

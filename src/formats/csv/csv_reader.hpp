@@ -16,10 +16,10 @@ class CsvReader final : public TraceReaderText {
 
   [[nodiscard]] const CsvInfo& getTrace() const { return info_; }
 
-  // The next row as a message made anew; null at the end of the file and while inactive. Empty lines and lines without
-  // the separator, which comments are, give none, every other line gives one, valid or not.
+  // The next row as a new message; null at the end of the file and while inactive. Empty lines and lines without the
+  // separator, such as comments, are skipped; every other line gives a message, valid or not.
   [[nodiscard]] std::unique_ptr<CsvMessage> ReadNextMessage();
-  // The same into a message that is used again and again, so that reading allocates nothing; false at the end.
+  // Reads into a message that the caller reuses, so that reading allocates nothing; false at the end.
   [[nodiscard]] bool readInto(CsvMessage& message);
 
  protected:

@@ -16,7 +16,7 @@ namespace {
 constexpr std::string_view kNumberKey = "$STARTTIME=";
 constexpr std::string_view kDateKey = "$BLFSTARTTIME=";
 
-// How much text is gathered before it is searched, and how much of it is kept then: more than any start takes.
+// How much text is collected before it is searched, and how much of it is kept then: more than any start needs.
 constexpr std::size_t kGathered = std::size_t{1} << 20;
 constexpr std::size_t kKept = 4096;
 
@@ -30,16 +30,16 @@ struct DateText {
   std::size_t size = 0;
 };
 
-// The second and the millisecond may stand on both sides of any character. Without one the last digits but two are the
-// second, one digit is passed over, and the last is the millisecond: aFractionWithoutAPoint.
+// Any character may separate the second and the millisecond. Without one, all digits but the last two are the second,
+// one digit is skipped, and the last one is the millisecond: aFractionWithoutAPoint.
 bool splitSecond(std::string_view text, DateText& date) {
   const std::string_view digits = leadingDigits(text);
   const std::string_view rest = text.substr(digits.size());
-  const std::string_view behind = rest.empty() ? rest : leadingDigits(rest.substr(1));
-  if (!digits.empty() && !behind.empty() && rest.front() != '\r' && rest.front() != '\n') {
+  const std::string_view after = rest.empty() ? rest : leadingDigits(rest.substr(1));
+  if (!digits.empty() && !after.empty() && rest.front() != '\r' && rest.front() != '\n') {
     date.fields[5] = digits;
-    date.fields[6] = behind;
-    date.size += digits.size() + 1 + behind.size();
+    date.fields[6] = after;
+    date.size += digits.size() + 1 + after.size();
     return true;
   }
   if (digits.size() < 3) {
@@ -51,9 +51,9 @@ bool splitSecond(std::string_view text, DateText& date) {
   return true;
 }
 
-// dd/mm/yyyy HH:MM:SS.mmm at the start of the text, with any count of digits in each field.
+// dd/mm/yyyy HH:MM:SS.mmm at the start of the text, with any number of digits in each field.
 std::optional<DateText> splitDate(std::string_view text) {
-  constexpr std::string_view kMarks = "// ::";  // behind day, month, year, hour, minute
+  constexpr std::string_view kMarks = "// ::";  // after day, month, year, hour, minute
   DateText date;
   for (std::size_t field = 0; field < kMarks.size(); ++field) {
     const std::string_view digits = leadingDigits(text.substr(date.size));
@@ -67,8 +67,8 @@ std::optional<DateText> splitDate(std::string_view text) {
   return splitSecond(text.substr(date.size), date) ? std::optional(date) : std::nullopt;
 }
 
-// Days since 1899-12-30; 0.0 for what no calendar knows. Fields out of range count on, so that 31 February is a day in
-// March.
+// Days since 1899-12-30; 0.0 for a date that no calendar has. Fields out of range carry over, so 31 February is a day
+// in March.
 double toDays(const DateText& date) {
   std::array<std::int32_t, 7> numbers{};
   for (std::size_t field = 0; field < numbers.size(); ++field) {

@@ -1,4 +1,4 @@
-// The start of the recording, as the head of a table tells it.
+// The start of the recording, as the head of a table states it.
 #pragma once
 
 #include <cstddef>
@@ -10,13 +10,13 @@ namespace xlatr {
 
 // Takes the lines of a head one by one. They count as one text without line ends, in which
 // - "$STARTTIME=" and a number with a decimal point is the start in days since 1899-12-30: our own table;
-// - "$BLFSTARTTIME=dd/mm/yyyy HH:MM:SS.mmm", in local time, marks the table of the external BLF converter.
-// The first key wins where both stand. A file without a column line is all head, so only its last piece is kept.
+// - "$BLFSTARTTIME=dd/mm/yyyy HH:MM:SS.mmm", in local time, marks the table of the external BLF converter. The first
+//   key wins if both are there. A file without a column line is all head, so only the end of the text is kept.
 class CsvStartTime {
  public:
   void look(std::string_view line);
 
-  // To be called once, behind the last line.
+  // Call this once, after the last line.
   void finish();
 
   // Days since 1899-12-30; 0.0 without a start, or with a date that the calendar does not know.

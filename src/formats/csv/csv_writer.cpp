@@ -47,10 +47,10 @@ void CsvWriter::WriteHeader(const ITraceInfo& source) {
     return;
   }
   constexpr int kStartNumberDigits = 15;
-  const double startTime = startTimeFrom(source);
+  const double startDays = startDaysFrom(source);
   CsvHeaderValues values;
-  values.startNumber = formatGeneral(startTime, kStartNumberDigits);
-  values.startText = DateTime::fromOleDate(startTime).toSlashedText();
+  values.startNumber = formatGeneral(startDays, kStartNumberDigits);
+  values.startText = DateTime::fromOleDate(startDays).toSlashedText();
   values.sourcePath = source.getPath();
   values.hostVersion = getHostVersionText();
   for (const std::string& line : csvHeaderLines(values, row_.separator)) {

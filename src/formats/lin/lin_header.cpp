@@ -11,7 +11,7 @@
 namespace xlatr {
 namespace {
 
-// The spelling of some lines is that of all traces that are out there.
+// Some lines are misspelt as in all existing traces.
 constexpr std::array<std::string_view, 26> kDescription = {
     ";   Direction description :",
     ";   ~~~~~~~~~~~~~~~~~~",
@@ -41,7 +41,7 @@ constexpr std::array<std::string_view, 26> kDescription = {
     "; ~~~~~~~~~~~~~~~~~~~~",
 };
 
-// What a line of the columns has behind its text.
+// What follows the text in a line of columns.
 enum class Suffix { Nothing, BusEvent, Hexadecimal };
 
 struct ColumnLine {
@@ -66,7 +66,7 @@ constexpr std::array kColumns = {
 // What differs between the versions.
 struct Layout {
   std::string_view version;
-  bool statesStart;  // the start time is a number, and the date behind it is for people; otherwise the date is read
+  bool statesStart;  // the start time is a number, and the date after it is for people; otherwise the date is read
   bool hasBusEvents;
   bool tellsBaseOfChecksum;
 };
@@ -89,16 +89,16 @@ std::string columnLine(const ColumnLine& line, const Layout& layout) {
 
 }  // namespace
 
-std::vector<std::string> linHeaderLines(double targetVersion, double startTime, const std::string& sourcePath) {
+std::vector<std::string> linHeaderLines(double targetVersion, double startDays, const std::string& sourcePath) {
   constexpr int kStartNumberDigits = 15;
   const auto* const layout = std::ranges::find(kLayouts, formatFixed(targetVersion, 1), &Layout::version);
   if (layout == kLayouts.end()) {
     return {};
   }
-  const DateTime start = DateTime::fromOleDate(startTime);
+  const DateTime start = DateTime::fromOleDate(startDays);
   std::vector<std::string> lines = {
       std::string(";$FILEVERSION=").append(layout->version),
-      ";$STARTTIME=" + (layout->statesStart ? formatGeneral(startTime, kStartNumberDigits) : std::string("0")),
+      ";$STARTTIME=" + (layout->statesStart ? formatGeneral(startDays, kStartNumberDigits) : std::string("0")),
       ";",
       ";" + sourcePath,
       ";",

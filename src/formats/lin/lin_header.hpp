@@ -6,9 +6,9 @@
 
 namespace xlatr {
 
-// Days since 1899-12-30 and the path of the source stand in the header; the version is what a target version prints as
-// with one decimal. The lines are in order, without line ends; none for a version without a header.
-[[nodiscard]] std::vector<std::string> linHeaderLines(double targetVersion, double startTime,
+// The header states the start in days since 1899-12-30 and the path of the source. The version is the target version
+// printed with one decimal. The lines are in order, without line ends; a version without a header has none.
+[[nodiscard]] std::vector<std::string> linHeaderLines(double targetVersion, double startDays,
                                                       const std::string& sourcePath);
 
 }  // namespace xlatr

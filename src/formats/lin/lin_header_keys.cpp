@@ -11,7 +11,7 @@ bool isClockCharacter(char character) {
          std::string_view(":apmAPM").find(character) != std::string_view::npos;
 }
 
-// Digits, with one point at most behind each run of them.
+// Runs of digits, each followed by at most one point.
 std::size_t countDateCharacters(std::string_view text) {
   std::size_t count = 0;
   while (count < text.size() &&
@@ -21,7 +21,7 @@ std::size_t countDateCharacters(std::string_view text) {
   return count;
 }
 
-// A space, a date of digits and points, a space, and a clock's time; answers date and time.
+// A space, a date of digits and points, a space, and a clock's time; returns date and time.
 std::optional<std::string> matchDate(std::string_view text) {
   if (text.empty() || !isSpaceCharacter(text.front())) {
     return std::nullopt;
@@ -49,7 +49,7 @@ void LinHeaderKeys::look(std::string_view line) {
   }
 }
 
-double LinHeaderKeys::startTime() const {
+double LinHeaderKeys::startDays() const {
   if (startNumber_) {
     return *startNumber_;
   }

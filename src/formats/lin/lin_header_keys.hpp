@@ -1,4 +1,4 @@
-// What is looked for in the comment lines at the start of a LIN trace.
+// What the comment lines at the start of a LIN trace say.
 #pragma once
 
 #include <optional>
@@ -7,18 +7,18 @@
 
 namespace xlatr {
 
-// The values of a header, gathered line by line: what was found is not looked for again, and nothing reaches over the
+// The values of a header, collected line by line: what was found is not searched again, and nothing goes on beyond the
 // end of a line. So a header of any length takes no memory.
 class LinHeaderKeys {
  public:
   // Takes one line of the header, without its line end.
   void look(std::string_view line);
 
-  // 0.0 when the header states none.
+  // 0.0 if the header states none.
   [[nodiscard]] double fileVersion() const { return fileVersion_.value_or(0.0); }
-  // Days since 1899-12-30; 0.0 when the header states no start. A number counts before a date. Raises a
+  // Days since 1899-12-30; 0.0 if the header states no start. A number has precedence over a date. Raises a
   // ConverterParsingException for a date whose fields are out of range.
-  [[nodiscard]] double startTime() const;
+  [[nodiscard]] double startDays() const;
 
  private:
   std::optional<double> fileVersion_;

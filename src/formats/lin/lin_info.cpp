@@ -17,10 +17,10 @@ KorlInfo::KorlInfo(TraceFileInfo file) : TraceInfo(std::move(file), XLATR_FORMAT
   try {
     readHeader();
   } catch (const std::exception&) {
-    // Half a header tells nothing, nor does one with a date that is none.
+    // Half a header says nothing, and neither does one with an invalid date.
     headerLength_ = 0;
     fileVersion_ = 0.0;
-    startTime_ = 0.0;
+    startDays_ = 0.0;
   }
 }
 
@@ -37,7 +37,7 @@ void KorlInfo::readHeader() {
     headerLength_ = input.position();
   }
   fileVersion_ = keys.fileVersion();
-  startTime_ = keys.startTime();
+  startDays_ = keys.startDays();
 }
 
 }  // namespace xlatr

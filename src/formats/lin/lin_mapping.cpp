@@ -1,17 +1,6 @@
 #include "formats/lin/lin_mapping.hpp"
 
-#include <limits>
-
 namespace xlatr {
-namespace {
-
-// Cut and not rounded. What no counter holds becomes the largest one.
-std::uint64_t clampedMicroseconds(double value) {
-  constexpr double kBeyond = 0x1p64;
-  return value < kBeyond ? static_cast<std::uint64_t>(value) : std::numeric_limits<std::uint64_t>::max();
-}
-
-}  // namespace
 
 void mapToLin(const BlfLinMessage& source, KorlMessage& target) {
   target.reset();

@@ -1,4 +1,4 @@
-// From the messages of other formats to those of LIN traces: one function a class that a LIN writer takes.
+// From the messages of other formats to those of LIN traces: one function per class that a LIN writer takes.
 #pragma once
 
 #include "formats/blf/blf_message.hpp"

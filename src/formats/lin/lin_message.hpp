@@ -7,32 +7,34 @@
 
 #include "messages/message.hpp"
 #include "util/text_buffer.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
-// One line of a LIN trace of any version, and what becomes one. It has no bus: a trace is of one.
+// One line of a LIN trace of any version, and what becomes one. It has no bus: a trace has only one.
 class KorlMessage final : public Message {
  public:
-  // Back to what a new message is, keeping the storage of its text and data.
+  // Makes the message as new, but keeps the storage of its text and data.
   void reset();
 
-  // Reads a line, after a reset. A line that can't be understood, as that of a bus event, leaves the message not valid,
-  // with what was read up to there, and the line as its parsing text; nothing is raised for it.
+  // Reads a line, after a reset. A line that can't be understood, such as that of a bus event, leaves the message not
+  // valid, with what was read so far and the line as its parsing text; nothing is raised for it.
   void parseLine(std::string_view line);
 
-  // Appends the line of a file of this version, without line end; nothing when the message is not valid.
+  // Appends the line of a file of this version, without line end; nothing if the message is not valid. A bus event is a
+  // comment below version 1.2, which has none.
   void appendText(TextBuffer& out, double version, std::uint64_t number) const;
 
   DirectionType direction = DirectionType::Unknown;
   std::uint32_t checksum = 0;
   ChecksumType checksumType = ChecksumType::Unknown;
-  std::uint64_t timestamp = 0;   // microseconds since the start of the trace
-  std::uint32_t errorFlags = 0;  // of ErrorCode
-  std::string parsingText;       // the line as read
-  bool busEvent = false;         // the data are the text of a bus event
+  UnsignedMicroseconds timestamp{};  // since the start of the trace
+  std::uint32_t errorFlags = 0;      // of ErrorCode
+  std::string parsingText;           // the line as read
+  bool busEvent = false;             // the data are the text of a bus event
 };
 
-// The direction of a LIN frame as that of a CAN message: who publishes sends.
+// The direction of a LIN frame as that of a CAN message: a publisher sends.
 [[nodiscard]] constexpr MessageDirection messageDirectionOf(DirectionType direction) {
   switch (direction) {
     case DirectionType::Publisher:
@@ -45,7 +47,7 @@ class KorlMessage final : public Message {
   }
 }
 
-// The longest frame of a LIN bus. Readers hand out longer ones, which other formats do not take.
+// The longest frame of a LIN bus. Readers return longer ones too, which other formats do not take.
 inline constexpr std::uint32_t kMaxLinLength = 8;
 
 }  // namespace xlatr

@@ -1,7 +1,7 @@
-#include "formats/lin/lin_parser.hpp"
-
+// How a KorlMessage reads a line.
 #include <optional>
 
+#include "formats/lin/lin_message.hpp"
 #include "util/numbers.hpp"
 #include "util/token_cursor.hpp"
 
@@ -10,7 +10,7 @@ namespace {
 
 using LinTokens = TokenCursor<' '>;
 
-// Takes a token off the line and hands it to one of the enumerations' try forms.
+// Takes a token off the line and passes it to one of the enumerations' try forms.
 template <class Enum>
 bool takeWord(LinTokens& tokens, std::optional<Enum> (*parse)(std::string_view) noexcept, Enum& field) {
   const auto value = parse(tokens.take());
@@ -18,7 +18,7 @@ bool takeWord(LinTokens& tokens, std::optional<Enum> (*parse)(std::string_view) 
   return value.has_value();
 }
 
-// A number of the strict kind may be empty, a token that is missing is none.
+// An empty text is a number for the strict parsers, but a missing token is not.
 bool takeNumber(LinTokens& tokens, std::uint32_t& field, int base) {
   return !tokens.atEnd() && tryParseUInt32(tokens.take(), field, base);
 }
@@ -35,7 +35,7 @@ bool takeData(LinTokens& tokens, KorlMessage& message) {
   return true;
 }
 
-// Codes joined by slashes, such as "CK/TO". An empty one between slashes is none.
+// Codes joined by slashes, such as "CK/TO". An empty code between slashes is refused.
 bool parseErrors(std::string_view text, std::uint32_t& flags) {
   for (std::size_t at = 0; at <= text.size();) {
     const std::string_view code = text.substr(at, text.find('/', at) - at);
@@ -49,23 +49,32 @@ bool parseErrors(std::string_view text, std::uint32_t& flags) {
   return true;
 }
 
+bool takeTimestamp(LinTokens& tokens, KorlMessage& message) {
+  std::uint64_t timestampUs = 0;
+  if (tokens.atEnd() || !tryParseUInt64(tokens.take(), timestampUs)) {
+    return false;
+  }
+  message.timestamp = UnsignedMicroseconds(timestampUs);
+  return true;
+}
+
 bool parse(LinTokens tokens, KorlMessage& message) {
-  tokens.take();  // the number of the frame
-  if (tokens.atEnd() || !tryParseUInt64(tokens.take(), message.timestamp) ||
-      !takeWord(tokens, tryDirectionTypeFromText, message.direction) || !takeNumber(tokens, message.id, 16) ||
-      !takeNumber(tokens, message.length, 10) || !takeData(tokens, message) ||
+  tokens.take();  // the line number
+  if (!takeTimestamp(tokens, message) || !takeWord(tokens, tryDirectionTypeFromText, message.direction) ||
+      !takeNumber(tokens, message.id, 16) || !takeNumber(tokens, message.length, 10) || !takeData(tokens, message) ||
       !takeNumber(tokens, message.checksum, 16) || !takeWord(tokens, tryChecksumTypeFromText, message.checksumType)) {
     return false;
   }
   const std::string_view last = tokens.take();
-  // With more behind it the token is not that of the errors.
+  // If more tokens follow, this one is not that of the errors.
   return last.empty() || !tokens.atEnd() || parseErrors(last, message.errorFlags);
 }
 
 }  // namespace
 
-void parseLinLine(std::string_view line, KorlMessage& message) {
-  message.valid = parse(LinTokens(line), message);
+void KorlMessage::parseLine(std::string_view line) {
+  parsingText.assign(line);
+  valid = parse(LinTokens(parsingText), *this);
 }
 
 }  // namespace xlatr

@@ -1,4 +1,5 @@
-#include "formats/lin/lin_printer.hpp"
+// How a KorlMessage prints its line.
+#include "formats/lin/lin_message.hpp"
 
 #include <algorithm>
 #include <array>
@@ -38,12 +39,12 @@ std::string_view checksumTypeText(ChecksumType type) {
   }
 }
 
-// A byte, as identifiers and checksums of a LIN frame are.
+// A byte, such as the identifier and the checksum of a LIN frame.
 void appendByte(TextBuffer& out, std::uint32_t value) {
   out.append(hexPair(static_cast<std::uint8_t>(value)));
 }
 
-// Bytes that came with an error are not to be trusted and not shown.
+// Bytes that came with an error can't be trusted and are not shown.
 void appendData(TextBuffer& out, const KorlMessage& message) {
   const auto count = std::min<std::size_t>(message.length, message.data.size());
   if (message.errorFlags == 0) {
@@ -55,7 +56,7 @@ void appendData(TextBuffer& out, const KorlMessage& message) {
   }
 }
 
-// Up to the columns of the checksum. No data take a column more than some: aFrameWithoutDataIsAColumnWider.
+// Fills up to the columns of the checksum. A frame without data takes one column more: aFrameWithoutDataIsAColumnWider.
 void appendPadding(TextBuffer& out, std::uint32_t length) {
   constexpr std::size_t kByteColumns = 3;
   if (length < kMaxLinLength) {
@@ -68,7 +69,7 @@ struct ErrorText {
   std::string_view text;
 };
 
-// The codes that a line can show, in the order in which it does.
+// The codes that a line can show, in their order.
 constexpr std::array kErrorTexts = {
     ErrorText{ErrorCode::Checksum, "CK"},           ErrorText{ErrorCode::GroundShort, "GS"},
     ErrorText{ErrorCode::InconsistentSynch, "IS"},  ErrorText{ErrorCode::ParityBit0, "P0"},
@@ -96,33 +97,36 @@ void appendEvent(TextBuffer& out, const KorlMessage& message) {
 
 }  // namespace
 
-void appendLinLine(TextBuffer& out, const KorlMessage& message, double version, std::uint64_t number) {
+void KorlMessage::appendText(TextBuffer& out, double version, std::uint64_t number) const {
   constexpr double kFirstVersionWithEvents = 1.2;
   constexpr std::size_t kNumberColumns = 6;
   constexpr std::size_t kTimestampColumns = 7;
-  if (message.busEvent && version < kFirstVersionWithEvents) {
+  if (!valid) {
+    return;
+  }
+  if (busEvent && version < kFirstVersionWithEvents) {
     out.append(';');
   }
   appendDecimalRight(out, number, kNumberColumns);
   out.append(")          ");
-  appendDecimalRight(out, message.timestamp, kTimestampColumns);
-  if (message.busEvent) {
-    appendEvent(out, message);
+  appendDecimalRight(out, timestamp.count(), kTimestampColumns);
+  if (busEvent) {
+    appendEvent(out, *this);
     return;
   }
-  out.append(directionText(message.direction));
-  appendByte(out, message.id);
+  out.append(directionText(direction));
+  appendByte(out, id);
   out.append("  ");
-  appendDecimal(out, message.length);
+  appendDecimal(out, length);
   out.append("  ");
-  appendData(out, message);
-  appendPadding(out, message.length);
+  appendData(out, *this);
+  appendPadding(out, length);
   out.append("  ");
-  appendByte(out, message.checksum);
+  appendByte(out, checksum);
   out.append("  ");
-  out.append(checksumTypeText(message.checksumType));
+  out.append(checksumTypeText(checksumType));
   out.append("  ");
-  appendErrors(out, message.errorFlags);
+  appendErrors(out, errorFlags);
 }
 
 }  // namespace xlatr

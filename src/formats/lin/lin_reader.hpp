@@ -16,10 +16,10 @@ class KorlReader final : public TraceReaderText {
 
   [[nodiscard]] const KorlInfo& getTrace() const { return info_; }
 
-  // The next message, made anew; null at the end of the file and while inactive. Comment lines are passed over, every
+  // The next message, a new object; null at the end of the file and while inactive. Comment lines are skipped; every
   // other line gives a message, valid or not.
   [[nodiscard]] std::unique_ptr<KorlMessage> ReadNextMessage();
-  // The same into a message that is used again and again, so that reading allocates nothing; false at the end.
+  // Reads into a message that the caller reuses, so that reading allocates nothing; false at the end.
   [[nodiscard]] bool readInto(KorlMessage& message);
 
  protected:

@@ -32,8 +32,8 @@ void KorlWriter::open() {
 
 void KorlWriter::WriteHeader(const ITraceInfo& source) {
   requireActive();
-  const double startTime = startTimeFrom(source);
-  for (const std::string& line : linHeaderLines(getTargetVersion(), startTime, source.getPath())) {
+  const double startDays = startDaysFrom(source);
+  for (const std::string& line : linHeaderLines(getTargetVersion(), startDays, source.getPath())) {
     writeLine(line);
   }
 }

@@ -15,8 +15,8 @@ namespace xlatr {
 class BlfCanMessage;
 class BlfLinMessage;
 
-// Writes the header of its target version and a line a message of a BLF log. The default version is one that has no
-// header; a caller names the one it wants.
+// Writes the header of its target version and one line per message of a BLF log. The default version has no header; a
+// caller sets the one it wants.
 class KorlWriter final : public TraceWriterText {
  public:
   explicit KorlWriter(std::string targetPath = {}, bool overrideExistingFile = false, double targetVersion = 1.3);
@@ -25,9 +25,10 @@ class KorlWriter final : public TraceWriterText {
   [[nodiscard]] std::unique_ptr<ITraceWriter> CreateNew() const override;
   // A target version that does not print as 1.0, 1.1 or 1.2 gets no header.
   void WriteHeader(const ITraceInfo& source) override;
-  // A text that begins with ";" stays as it is, any other gets it in front.
+  // A text that begins with ";" stays as it is; any other gets it as a prefix.
   void WriteComment(std::string_view text) override;
-  // A frame of a CAN bus becomes a comment. A LIN message that is not valid writes nothing, but takes its number.
+  // A frame of a CAN bus becomes a comment. A LIN message that is not valid is not written, but counts as a line
+  // number.
   void WriteMessage(const IMessage& message) override;
   [[nodiscard]] TraceFormat getTargetFormat() const override { return XLATR_FORMAT_LIN; }
 
@@ -39,7 +40,7 @@ class KorlWriter final : public TraceWriterText {
   void write(const BlfCanMessage& message);
 
   std::uint64_t frameNumber_ = 0;
-  KorlMessage mapped_;  // of another format's message, used again for each
+  KorlMessage mapped_;  // made from another format's message; reused
   TextBuffer line_;
 };
 

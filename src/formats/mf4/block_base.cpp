@@ -25,8 +25,10 @@ std::vector<std::uint64_t> readLinks(BlockStream& stream, std::uint64_t position
   if (!stream.read(begin, bytes)) {
     throwProcessingFailure(kShortLinkSection);
   }
-  std::vector<std::uint64_t> links;
-  FieldReader(bytes).array("links", links, count);
+  std::vector<std::uint64_t> links(static_cast<std::size_t>(count));
+  for (std::size_t index = 0; index < links.size(); ++index) {
+    links[index] = loadLittle<std::uint64_t>(bytes.data() + index * kLinkSize);
+  }
   return links;
 }
 
@@ -55,8 +57,7 @@ HeaderSection readHeaderSection(BlockStream& stream, std::uint64_t position) {
     throwProcessingFailure(kShortHeaderSection);
   }
   HeaderSection head;
-  FieldReader fields(bytes);
-  HeaderSection::describe(fields, head);
+  loadFields(bytes.data(), head);
   return head;
 }
 
@@ -106,9 +107,10 @@ void BlockBase::appendBytes(Bytes& bytes) const {
   if (std::ranges::find(kWrittenTypes, type()) == kWrittenTypes.end()) {
     throwProcessingFailure(kBlockNotWritten);
   }
-  FieldWriter fields(bytes);
-  HeaderSection::describe(fields, head_);
-  fields.array("links", links_, links_.size());
+  appendFields(bytes, head_);
+  for (const std::uint64_t link : links_) {
+    storeLittle(growBytes(bytes, kLinkSize), link);
+  }
   appendData(bytes);
 }
 

@@ -9,37 +9,50 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
-#include "formats/mf4/block_fields.hpp"
+#include "formats/mf4/block_failures.hpp"
 #include "formats/mf4/block_stream.hpp"
 #include "messages/enumerations.hpp"
+#include "util/failures.hpp"
+#include "util/layout.hpp"
 
 namespace xlatr {
 
-inline constexpr std::uint64_t kHeaderSectionSize = 24;
 inline constexpr std::uint64_t kLinkSize = 8;
 
 // The first 24 bytes of every block.
 struct HeaderSection {
   std::array<char, 4> blockId{};  // "##" and the two letters of the block type
   std::uint64_t length = 0;       // bytes of the whole block: head, links and data
-  std::uint64_t linkCount = 0;    // of 8-byte links behind the head
+  std::uint64_t linkCount = 0;    // of 8-byte links after the head
 
   // The type that the block id names. An id that does not begin with "##" raises a ConverterParsingException with the
   // id, unknown letters a ConverterProcessingException.
   [[nodiscard]] static BlockTypeId typeOf(const HeaderSection& section);
   static void setType(HeaderSection& section, BlockTypeId type);
 
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self) {
-    fields.text("id", self.blockId);
-    fields.reserved(4);
-    fields.number("length", self.length);
-    fields.number("linkCount", self.linkCount);
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "id", &HeaderSection::blockId},
+        Reserved{4, 4},
+        Field{8, "length", &HeaderSection::length},
+        Field{16, "linkCount", &HeaderSection::linkCount},
+    };
   }
 };
+
+inline constexpr std::uint64_t kHeaderSectionSize = kLayoutSize<HeaderSection>;
+
+// Fills a structure from the front of these bytes. Raises kShortBytes when they are too few.
+template <class Data>
+void requireFields(std::span<const std::uint8_t> bytes, Data& data) {
+  if (!tryReadFields(bytes, data)) {
+    throwProcessingFailure(kShortBytes);
+  }
+}
 
 // The head of the block at this position.
 [[nodiscard]] HeaderSection readHeaderSection(BlockStream& stream, std::uint64_t position);
@@ -93,7 +106,7 @@ class BlockBase {
   [[nodiscard]] virtual std::vector<TreeChild> children() { return {}; }
   // Whether the number of links is one that the block can have.
   [[nodiscard]] virtual bool hasValidLinkCount() const { return true; }
-  // Puts the block here, writes its length into its head and moves `nextFree` behind it.
+  // Puts the block here, writes its length into its head and moves `nextFree` to its end.
   void place(std::uint64_t& nextFree);
 
  protected:
@@ -175,7 +188,7 @@ class BlockChain final : public BlockList {
   // In a file: the list that begins at this position, 0 for an empty one.
   BlockChain(BlockStream* stream, std::uint64_t first) : stream_(stream), next_(first) {}
 
-  // Null behind the end.
+  // Null after the end.
   [[nodiscard]] Block* at(std::size_t index) {
     while (blocks_.size() <= index && next_ != 0) {
       auto block = followTreeLink<Block>(stream_, next_);
@@ -200,8 +213,19 @@ class BlockChain final : public BlockList {
   std::uint64_t next_ = 0;  // the link that was not followed yet
 };
 
-// Places a list and all below it from `nextFree` on, which moves behind them, and sets the links. The blocks of the
-// list come first, one behind the other; then come the children of the last block, of the last but one and so on.
+// The block of a link that is no list; null without one. What was followed stays in `cache`.
+template <class Block>
+Block* followOnce(BlockChain<Block>& cache, BlockStream* stream, std::uint64_t position) {
+  if (cache.blocks().empty()) {
+    if (auto block = followLink<Block>(stream, position)) {
+      cache.add(std::move(block));
+    }
+  }
+  return cache.at(0);
+}
+
+// Places a list and all below it from `nextFree` on, which moves to their end, and sets the links. The blocks of the
+// list come first, one after the other; then come the children of the last block, of the last but one and so on.
 void placeTree(BlockList& list, std::uint64_t& nextFree);
 // The bytes of a list that was placed and of all below it, in the same order.
 void appendTree(BlockList& list, Bytes& bytes);
@@ -218,18 +242,13 @@ class DescribedBlock : public BlockBase {
 
   DescribedBlock() : BlockBase(kType, Data::kLinkCount) {}
   DescribedBlock(BlockStream& stream, std::uint64_t position) : BlockBase(stream, position) {
-    const Bytes bytes = readBytes(dataOffset(), dataLength());
-    FieldReader fields(bytes);
-    Data::describe(fields, data);
+    requireFields(readBytes(dataOffset(), dataLength()), data);
   }
 
   Data data;
 
  protected:
-  void appendData(Bytes& bytes) const override {
-    FieldWriter fields(bytes);
-    Data::describe(fields, data);
-  }
+  void appendData(Bytes& bytes) const override { appendFields(bytes, data); }
 };
 
 }  // namespace xlatr

@@ -1,7 +1,8 @@
 // The groups and channels of a written file: the layout of its records.
 #include <array>
 
-#include "formats/mf4/block_channels.hpp"
+#include "formats/mf4/block_groups.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 namespace {
@@ -14,7 +15,7 @@ constexpr unsigned kInAll = kInData | kInRemote | kInError;
 constexpr std::uint8_t kSyncByTime = 1;
 constexpr std::uint8_t kAllDecimals = 0xFF;
 constexpr std::uint32_t kTimeBits = 64;
-constexpr std::uint32_t kFrameOffset = 8;  // behind the time
+constexpr std::uint32_t kFrameOffset = 8;  // after the time
 
 // The fields of a frame in the order of their channels.
 struct FieldRow {
@@ -47,7 +48,7 @@ constexpr std::array kFields = {
     FieldRow{"BitPosition", kInError, 0, 11, 0, 8, kChannelBusEvent},
 };
 
-// What a frame takes in a record, behind the time: everything up to the payload, the payload or what stands for it, and
+// What a frame takes in a record, after the time: everything up to the payload, the payload or what stands for it, and
 // of error frames what is said of the error.
 constexpr std::uint32_t kFrameBytesBeforePayload = 8;
 constexpr std::uint32_t kErrorFrameBytes = 4;
@@ -145,7 +146,7 @@ std::vector<BusEventFrameType> kindsFrom(const MdfLayoutOptions& options, BusEve
 std::unique_ptr<ChannelConversionBlock> ChannelConversionBlock::createForTime() {
   auto conversion = std::make_unique<ChannelConversionBlock>();
   conversion->data.ccType = number(MdfConversionType::Linear);
-  conversion->data.ccVal = {0.0, 1e-9};
+  conversion->data.ccVal = {0.0, kSecondsPerUnit<RealNanoseconds>};
   conversion->data.ccValCount = 2;
   conversion->unit_.add(createText("s"));
   return conversion;

@@ -1,77 +1,14 @@
 #include "formats/mf4/block_data.hpp"
 
-#include <zlib.h>
-
 #include <algorithm>
-#include <limits>
-#include <optional>
 
-#include "formats/mf4/block_channels.hpp"
+#include "formats/mf4/zipped_bytes.hpp"
 
 namespace xlatr {
 namespace {
 
 // Deflate's best: 258 bytes for two bits (RFC 1951).
 constexpr std::uint64_t kMostBytesOfOne = 1032;
-
-// zlib counts what it is given at once in 32 bits.
-constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
-
-class Inflater {
- public:
-  Inflater() : ready_(inflateInit(&stream_) == Z_OK) {}
-  ~Inflater() {
-    if (ready_) {
-      inflateEnd(&stream_);
-    }
-  }
-  Inflater(const Inflater&) = delete;
-  Inflater& operator=(const Inflater&) = delete;
-
-  // Whether `in` is a stream that ends and gives exactly the bytes of `out`.
-  [[nodiscard]] bool inflateAll(std::span<const std::uint8_t> in, std::span<std::uint8_t> out) {
-    std::uint8_t scratch = 0;  // zlib wants a place to write to, also for nothing
-    std::span<std::uint8_t> target = out.empty() ? std::span(&scratch, 1) : out;
-    int result = ready_ ? Z_OK : Z_STREAM_ERROR;
-    while (result == Z_OK) {
-      const std::size_t inPiece = std::min(in.size(), kLargestPiece);
-      const std::size_t outPiece = std::min(target.size(), kLargestPiece);
-      stream_.next_in = const_cast<std::uint8_t*>(in.data());
-      stream_.avail_in = static_cast<uInt>(inPiece);
-      stream_.next_out = target.data();
-      stream_.avail_out = static_cast<uInt>(outPiece);
-      result = inflate(&stream_, Z_NO_FLUSH);
-      in = in.subspan(inPiece - stream_.avail_in);
-      target = target.subspan(outPiece - stream_.avail_out);
-    }
-    return result == Z_STREAM_END && target.size() == (out.empty() ? 1 : 0);
-  }
-
- private:
-  z_stream stream_{};
-  bool ready_;
-};
-
-void inflateInto(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> out) {
-  if (!Inflater().inflateAll(zipped, out)) {
-    throwProcessingFailure(kInflateFailure);
-  }
-}
-
-// Columns to rows: `in` holds the first bytes of all rows, then all second bytes, and so on. A few rows at a time, so
-// that what is written stays in the cache.
-void transpose(std::span<const std::uint8_t> in, std::size_t width, std::span<std::uint8_t> out) {
-  constexpr std::size_t kRowsAtOnce = 64;
-  const std::size_t rows = in.size() / width;
-  for (std::size_t first = 0; first < rows; first += kRowsAtOnce) {
-    const std::size_t last = std::min(rows, first + kRowsAtOnce);
-    for (std::size_t column = 0; column < width; ++column) {
-      for (std::size_t row = first; row < last; ++row) {
-        out[row * width + column] = in[column * rows + row];
-      }
-    }
-  }
-}
 
 void requireBytes(const BlockStream& stream, std::uint64_t position, std::uint64_t count) {
   if (count > stream.bytesBehind(position)) {
@@ -143,16 +80,14 @@ void PlainDataBlock::appendRecords(RecordBytes& out) {
 DataZippedBlock::DataZippedBlock() : BlockBase(kType, DataZippedBlockData::kLinkCount) {}
 
 DataZippedBlock::DataZippedBlock(BlockStream& stream, std::uint64_t position) : BlockBase(stream, position) {
-  const Bytes bytes = readBytes(dataOffset(), DataZippedBlockData::kSize);
-  FieldReader fields(bytes);
-  DataZippedBlockData::describe(fields, data);
+  requireFields(readBytes(dataOffset(), kLayoutSize<DataZippedBlockData>), data);
 }
 
 std::uint64_t DataZippedBlock::dataSize() {
   if (stream() == nullptr) {
     return 0;
   }
-  requireBytes(*stream(), dataOffset() + DataZippedBlockData::kSize, data.dzDataLength);
+  requireBytes(*stream(), dataOffset() + kLayoutSize<DataZippedBlockData>, data.dzDataLength);
   if (data.dzOrgDataLength / kMostBytesOfOne > data.dzDataLength) {
     throwProcessingFailure(kInflateFailure);
   }
@@ -162,7 +97,7 @@ std::uint64_t DataZippedBlock::dataSize() {
 RecordBytes DataZippedBlock::zippedData() {
   RecordBytes bytes;
   if (stream() != nullptr) {
-    readInto(*stream(), dataOffset() + DataZippedBlockData::kSize, data.dzDataLength, bytes);
+    readInto(*stream(), dataOffset() + kLayoutSize<DataZippedBlockData>, data.dzDataLength, bytes);
   }
   return bytes;
 }
@@ -188,8 +123,7 @@ void DataZippedBlock::appendRecords(RecordBytes& out) {
 }
 
 void DataZippedBlock::appendData(Bytes& bytes) const {
-  FieldWriter fields(bytes);
-  DataZippedBlockData::describe(fields, data);
+  appendFields(bytes, data);
 }
 
 DataList::DataList(BlockStream& stream, std::uint64_t position, BlockTypeId type) : fileSize_(stream.size()) {
@@ -209,7 +143,7 @@ template <class List>
 void DataList::collect(BlockStream& stream, std::uint64_t position, std::span<const BlockTypeId> taken) {
   BlockChain<List> chain(&stream, position);
   for (List& list : chain) {
-    const std::uint64_t count = list.data.count();
+    const std::uint64_t count = list.data.count;
     if (count >= list.links().size() && count > 0) {
       throwProcessingFailure(kShortBytes);
     }
@@ -258,43 +192,6 @@ std::unique_ptr<IDataBlock> followDataLink(BlockStream* stream, std::uint64_t po
     return std::make_unique<DataList>(*stream, position, type);
   }
   return followDataBlock(*stream, position, type);
-}
-
-DataBlockBytes makeDataBytes(const DataGroupBlock& group, std::span<const std::uint8_t> records) {
-  const BlockBase* const placeholder = group.dataPlaceholder();
-  DataBlockBytes result;
-  result.body = records;
-  HeaderSection head;
-  if (dynamic_cast<const DataBlock*>(placeholder) != nullptr) {
-    head = placeholder->head();
-    head.length = kHeaderSectionSize + records.size();
-    FieldWriter fields(result.head);
-    HeaderSection::describe(fields, head);
-    return result;
-  }
-  const auto* const zippedPlaceholder = dynamic_cast<const DataZippedBlock*>(placeholder);
-  if (zippedPlaceholder == nullptr) {
-    throwProcessingFailure(kNoDataBlock);
-  }
-  if (records.empty()) {
-    return result;
-  }
-  uLongf zippedSize = compressBound(static_cast<uLong>(records.size()));
-  result.zipped.resize(zippedSize);
-  if (compress(result.zipped.data(), &zippedSize, records.data(), static_cast<uLong>(records.size())) != Z_OK) {
-    throwProcessingFailure(kDeflateFailure);
-  }
-  result.zipped.resize(zippedSize);
-  result.body = result.zipped;
-  head = zippedPlaceholder->head();
-  head.length = kHeaderSectionSize + DataZippedBlockData::kSize + zippedSize;
-  DataZippedBlockData data = zippedPlaceholder->data;
-  data.dzOrgDataLength = records.size();
-  data.dzDataLength = zippedSize;
-  FieldWriter fields(result.head);
-  HeaderSection::describe(fields, head);
-  DataZippedBlockData::describe(fields, data);
-  return result;
 }
 
 }  // namespace xlatr

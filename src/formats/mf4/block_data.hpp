@@ -12,8 +12,6 @@
 
 namespace xlatr {
 
-class DataGroupBlock;
-
 // Whatever a data link leads to. Nothing of the data is held here: it is read straight to where it is wanted, since it
 // is most of a file.
 class IDataBlock {
@@ -64,7 +62,6 @@ enum class MdfZipType : std::uint8_t { Deflate = 0, TransposedDeflate = 1 };
 struct DataZippedBlockData {
   static constexpr BlockTypeId kType = BlockTypeId::DZ;
   static constexpr std::size_t kLinkCount = 0;
-  static constexpr std::uint64_t kSize = 24;
 
   std::array<char, 2> dzOrgBlockType = {'D', 'T'};  // letters of the block that it stands for
   std::uint8_t dzZipType = 0;                       // MdfZipType
@@ -72,18 +69,19 @@ struct DataZippedBlockData {
   std::uint64_t dzOrgDataLength = 0;                // bytes before compression
   std::uint64_t dzDataLength = 0;                   // bytes after compression
 
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self) {
-    fields.text("dzOrgBlockType", self.dzOrgBlockType);
-    fields.number("dzZipType", self.dzZipType);
-    fields.reserved(1);
-    fields.number("dzZipParameter", self.dzZipParameter);
-    fields.number("dzOrgDataLength", self.dzOrgDataLength);
-    fields.number("dzDataLength", self.dzDataLength);
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "dzOrgBlockType", &DataZippedBlockData::dzOrgBlockType},
+        Field{2, "dzZipType", &DataZippedBlockData::dzZipType},
+        Reserved{3, 1},
+        Field{4, "dzZipParameter", &DataZippedBlockData::dzZipParameter},
+        Field{8, "dzOrgDataLength", &DataZippedBlockData::dzOrgDataLength},
+        Field{16, "dzDataLength", &DataZippedBlockData::dzDataLength},
+    };
   }
 };
 
-// Compressed by zlib. The compressed bytes stand behind the fields and are not held.
+// Compressed by zlib. The compressed bytes follow the fields and are not held.
 class DataZippedBlock final : public BlockBase, public IDataBlock {
  public:
   static constexpr BlockTypeId kType = BlockTypeId::DZ;
@@ -106,60 +104,57 @@ class DataZippedBlock final : public BlockBase, public IDataBlock {
   void appendData(Bytes& bytes) const override;
 };
 
-// The values that follow the fields of DL and LD. Only the links count when data is read; the values are kept.
-struct DataListValues {
+// The fields of DL and LD, which differ in the width of their flags. Only the links count when data is read; the values
+// are kept.
+template <class Flags>
+struct DataListFields {
+  Flags flags = 0;
+  std::uint32_t count = 0;                    // of data links after the link to the next list
   std::uint64_t equalLength = 0;              // if bit 0 of the flags is set
   std::vector<std::uint64_t> offsets;         // otherwise
   std::vector<std::uint64_t> timeValues;      // bit 1
   std::vector<std::uint64_t> angleValues;     // bit 2
   std::vector<std::uint64_t> distanceValues;  // bit 3
 
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self, std::uint32_t flags, std::uint32_t count) {
-    if ((flags & 1U) != 0) {
-      fields.number("equalLength", self.equalLength);
-    } else {
-      fields.array("offset", self.offsets, count);
-    }
-    fields.array("timeValues", self.timeValues, (flags & 2U) != 0 ? count : 0);
-    fields.array("angleValues", self.angleValues, (flags & 4U) != 0 ? count : 0);
-    fields.array("distanceValues", self.distanceValues, (flags & 8U) != 0 ? count : 0);
+ protected:
+  [[nodiscard]] bool hasEqualLength() const { return (flags & 1U) != 0; }
+  [[nodiscard]] bool hasOffsets() const { return !hasEqualLength(); }
+  template <unsigned kBit>
+  [[nodiscard]] std::uint32_t countOf() const {
+    return (flags >> kBit & 1U) != 0 ? count : 0;
+  }
+
+  // Those of a list that begins with `head`.
+  template <class... Head>
+  static consteval auto fieldsAfter(Head... head) {
+    return FieldList{
+        head...,
+        When{&DataListFields::hasEqualLength, Field{"equalLength", &DataListFields::equalLength}},
+        When{&DataListFields::hasOffsets, Counted{"offset", &DataListFields::offsets, &DataListFields::count}},
+        Counted{"timeValues", &DataListFields::timeValues, &DataListFields::template countOf<1>},
+        Counted{"angleValues", &DataListFields::angleValues, &DataListFields::template countOf<2>},
+        Counted{"distanceValues", &DataListFields::distanceValues, &DataListFields::template countOf<3>},
+    };
   }
 };
 
-struct DataListBlockData {
+struct DataListBlockData : DataListFields<std::uint8_t> {
   static constexpr BlockTypeId kType = BlockTypeId::DL;
   static constexpr std::size_t kLinkCount = 1;
 
-  std::uint8_t dlFlags = 0;
-  std::uint32_t dlCount = 0;  // of data links behind the link to the next list
-  DataListValues values;
-
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self) {
-    fields.number("dlFlags", self.dlFlags);
-    fields.reserved(3);
-    fields.number("dlCount", self.dlCount);
-    DataListValues::describe(fields, self.values, self.dlFlags, self.dlCount);
+  static constexpr auto fields() {
+    return fieldsAfter(Field{0, "dlFlags", &DataListBlockData::flags}, Reserved{1, 3},
+                       Field{4, "dlCount", &DataListBlockData::count});
   }
-  [[nodiscard]] std::uint32_t count() const { return dlCount; }
 };
 
-struct ListDataBlockData {
+struct ListDataBlockData : DataListFields<std::uint32_t> {
   static constexpr BlockTypeId kType = BlockTypeId::LD;
   static constexpr std::size_t kLinkCount = 1;
 
-  std::uint32_t ldFlags = 0;
-  std::uint32_t ldCount = 0;
-  DataListValues values;
-
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self) {
-    fields.number("ldFlags", self.ldFlags);
-    fields.number("ldCount", self.ldCount);
-    DataListValues::describe(fields, self.values, self.ldFlags, self.ldCount);
+  static constexpr auto fields() {
+    return fieldsAfter(Field{0, "ldFlags", &ListDataBlockData::flags}, Field{4, "ldCount", &ListDataBlockData::count});
   }
-  [[nodiscard]] std::uint32_t count() const { return ldCount; }
 };
 
 using DataListBlock = DescribedBlock<DataListBlockData>;
@@ -172,11 +167,12 @@ struct HeaderListBlockData {
   std::uint16_t hlFlags = 0;
   std::uint8_t hlZipType = 0;
 
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self) {
-    fields.number("hlFlags", self.hlFlags);
-    fields.number("hlZipType", self.hlZipType);
-    fields.reserved(5);
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "hlFlags", &HeaderListBlockData::hlFlags},
+        Field{2, "hlZipType", &HeaderListBlockData::hlZipType},
+        Reserved{3, 5},
+    };
   }
 };
 
@@ -203,20 +199,5 @@ class DataList final : public IDataBlock {
 
 // The data block, list or compressed block at this position; nothing for a zero link and for a block of another type.
 [[nodiscard]] std::unique_ptr<IDataBlock> followDataLink(BlockStream* stream, std::uint64_t position);
-
-// A data block to be written: its bytes are those of `head`, then those of `body`.
-struct DataBlockBytes {
-  Bytes head;
-  Bytes zipped;
-  std::span<const std::uint8_t> body;  // the records themselves, which are not copied, or `zipped`
-
-  [[nodiscard]] bool empty() const { return head.empty(); }
-  [[nodiscard]] std::uint64_t size() const { return head.size() + body.size(); }
-};
-
-// The data block of a group to be written, with these records: what its placeholder (DataGroupBlock::createTree) says,
-// a DT or a DZ. A DZ without records is no block at all. Raises kDeflateFailure, and kNoDataBlock for a group with
-// another placeholder or none. The one-shot form that MdfDataOutput, which is what a writer uses, is held against.
-[[nodiscard]] DataBlockBytes makeDataBytes(const DataGroupBlock& group, std::span<const std::uint8_t> records);
 
 }  // namespace xlatr

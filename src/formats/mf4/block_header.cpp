@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
-#include <limits>
 #include <utility>
 
 #include "platform/files.hpp"
@@ -12,28 +11,25 @@
 namespace xlatr {
 namespace {
 
-constexpr std::uint64_t kNsPerSecond = 1'000'000'000;
-constexpr std::uint64_t kNsPerUs = 1'000;
-constexpr std::uint64_t kUsPerSecond = 1'000'000;
-constexpr double kNsPerMinute = 6e10;
-
 // The first second of 1970 by the clock on the wall.
 DateTime localEpoch() {
   return DateTime::fromLocalFields({}, 0, 0);
 }
 
 // The count that stands for the start by the clock on the wall.
-std::uint64_t localStartNs(const HeaderBlockData& data) {
+UnsignedNanoseconds localStart(const HeaderBlockData& data) {
   if ((data.hdTimeFlags & kTimeIsLocal) != 0) {
-    return data.hdStartTimeNs;
+    return UnsignedNanoseconds(data.hdStartTimeNs);
   }
   if ((data.hdTimeFlags & kTimeOffsetsValid) == 0) {
-    return 0;
+    return UnsignedNanoseconds(0);
   }
-  const double start = std::round(static_cast<double>(data.hdStartTimeNs) + data.hdTzOffsetMin * kNsPerMinute +
-                                  data.hdDstOffsetMin * kNsPerMinute);
+  const RealNanoseconds shifted = RealNanoseconds(static_cast<double>(data.hdStartTimeNs)) +
+                                  RealMinutes(data.hdTzOffsetMin) + RealMinutes(data.hdDstOffsetMin);
+  const double startNs = std::round(shifted.count());
   constexpr double kEnd = 18446744073709551616.0;  // 2 to the 64th
-  return start >= kEnd ? std::numeric_limits<std::uint64_t>::max() : static_cast<std::uint64_t>(std::max(0.0, start));
+  return startNs >= kEnd ? UnsignedNanoseconds::max()
+                         : UnsignedNanoseconds(static_cast<std::uint64_t>(std::max(0.0, startNs)));
 }
 
 }  // namespace
@@ -50,9 +46,8 @@ std::unique_ptr<FileHistoryBlock> FileHistoryBlock::create() {
   auto block = std::make_unique<FileHistoryBlock>();
   const DateTime now = DateTime::now();
   if (now.seconds >= 0) {
-    const auto fractionUs =
-        static_cast<std::uint64_t>(now.millisecond) * 1000 + static_cast<std::uint64_t>(now.microsecond);
-    block->data.fhTimeNs = static_cast<std::uint64_t>(now.seconds) * kNsPerSecond + fractionUs * kNsPerUs;
+    const UnsignedNanoseconds second = std::chrono::seconds(now.seconds);
+    block->data.fhTimeNs = (second + UnsignedNanoseconds(now.fraction())).count();
   }
   block->comment_.add(createHistoryComment());
   return block;
@@ -61,9 +56,9 @@ std::unique_ptr<FileHistoryBlock> FileHistoryBlock::create() {
 HeaderBlock::HeaderBlock(BlockStream& stream)
     : DescribedBlock(stream, kPosition), dataGroups_(&stream, link(kFirstDataGroup)) {}
 
-std::unique_ptr<HeaderBlock> HeaderBlock::createTree(const MdfLayoutOptions& options, std::uint64_t startTimeNs) {
+std::unique_ptr<HeaderBlock> HeaderBlock::createTree(const MdfLayoutOptions& options, UnsignedNanoseconds start) {
   auto header = std::make_unique<HeaderBlock>();
-  header->data.hdStartTimeNs = startTimeNs;
+  header->data.hdStartTimeNs = start.count();
   header->history_.add(FileHistoryBlock::create());
   addDataGroups(options, header->dataGroups_);
   header->placeAll();
@@ -129,13 +124,12 @@ MdfFileHeader::MdfFileHeader(std::vector<std::uint8_t> bytes)
 
 // Whoever asks whether the file is valid learns by what is missing that it could not be read.
 void MdfFileHeader::readTop() {
-  std::array<std::uint8_t, FileIdentificationBlock::kSize> bytes{};
+  std::array<std::uint8_t, kLayoutSize<FileIdentificationBlock>> bytes{};
   try {
     if (!stream_->read(0, bytes)) {
       return;
     }
-    FieldReader fields(bytes);
-    FileIdentificationBlock::describe(fields, identification_.emplace());
+    loadFields(bytes.data(), identification_.emplace());
     header_ = std::make_unique<HeaderBlock>(*stream_);
   } catch (const std::exception&) {
     header_.reset();
@@ -143,18 +137,17 @@ void MdfFileHeader::readTop() {
 }
 
 std::unique_ptr<MdfFileHeader> MdfFileHeader::createForWriting(const MdfLayoutOptions& options,
-                                                               std::uint64_t startTimeNs, double version) {
+                                                               UnsignedNanoseconds start, double version) {
   std::unique_ptr<MdfFileHeader> file(new MdfFileHeader);
   file->identification_ = FileIdentificationBlock::forVersion(version);
-  file->header_ = HeaderBlock::createTree(options, startTimeNs);
+  file->header_ = HeaderBlock::createTree(options, start);
   return file;
 }
 
 Bytes MdfFileHeader::toBytes() {
   Bytes bytes;
-  FieldWriter fields(bytes);
   if (identification_) {
-    FileIdentificationBlock::describe(fields, *identification_);
+    appendFields(bytes, *identification_);
   }
   if (header_) {
     header_->appendTreeBytes(bytes);
@@ -180,9 +173,12 @@ DateTime MdfFileHeader::startTime() const {
   if (!hasOpenHeader()) {
     return epoch;
   }
-  const std::uint64_t startUs = localStartNs(header_->data) / kNsPerUs;
-  return {static_cast<std::int64_t>(startUs / kUsPerSecond) + epoch.seconds,
-          static_cast<std::int32_t>(startUs / 1000 % 1000), static_cast<std::int32_t>(startUs % 1000), false};
+  using std::chrono::milliseconds;
+  const auto start = std::chrono::duration_cast<std::chrono::microseconds>(localStart(header_->data));
+  const auto second = std::chrono::duration_cast<std::chrono::seconds>(start);
+  const auto millisecond = std::chrono::duration_cast<milliseconds>(start - second);
+  return {second.count() + epoch.seconds, static_cast<std::int32_t>(millisecond.count()),
+          static_cast<std::int32_t>((start % milliseconds(1)).count()), false};
 }
 
 }  // namespace xlatr

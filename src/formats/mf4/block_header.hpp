@@ -7,15 +7,14 @@
 #include <optional>
 #include <string>
 
-#include "formats/mf4/block_channels.hpp"
+#include "formats/mf4/block_groups.hpp"
 #include "util/date_time.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
 // The first 64 bytes, which are no block: no head, no links.
 struct FileIdentificationBlock {
-  static constexpr std::uint64_t kSize = 64;
-
   std::array<char, 8> idFile = {'M', 'D', 'F', ' ', ' ', ' ', ' ', ' '};
   std::array<char, 8> idVersion{};  // "4.10" and zero bytes; not blanks, which other writers pad with
   std::array<char, 8> idProgram = {'Z', 'E', 'L', 'K', '-', 'C', 'o', 'n'};
@@ -26,18 +25,21 @@ struct FileIdentificationBlock {
   [[nodiscard]] static FileIdentificationBlock forVersion(double version);
 
   // Nothing is compared here: an idFile of another format is the reader's matter.
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self) {
-    fields.text("idFile", self.idFile);
-    fields.text("idVersion", self.idVersion);
-    fields.text("idProgram", self.idProgram);
-    fields.reserved(4);
-    fields.number("idVersionNumber", self.idVersionNumber);
-    fields.reserved(30);
-    fields.number("idUnfinishedFlags", self.idUnfinishedFlags);
-    fields.number("idCustomUnfinishedFlags", self.idCustomUnfinishedFlags);
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "idFile", &FileIdentificationBlock::idFile},
+        Field{8, "idVersion", &FileIdentificationBlock::idVersion},
+        Field{16, "idProgram", &FileIdentificationBlock::idProgram},
+        Reserved{24, 4},
+        Field{28, "idVersionNumber", &FileIdentificationBlock::idVersionNumber},
+        Reserved{30, 30},
+        Field{60, "idUnfinishedFlags", &FileIdentificationBlock::idUnfinishedFlags},
+        Field{62, "idCustomUnfinishedFlags", &FileIdentificationBlock::idCustomUnfinishedFlags},
+    };
   }
 };
+
+static_assert(kLayoutSize<FileIdentificationBlock> == 64);
 
 inline constexpr std::uint8_t kTimeIsLocal = 1;       // bit of the time flags: a time is local time
 inline constexpr std::uint8_t kTimeOffsetsValid = 2;  // bit of the time flags: the two offsets are valid
@@ -51,13 +53,14 @@ struct FileHistoryBlockData {
   std::int16_t fhDstOffsetMin = 0;
   std::uint8_t fhTimeFlags = kTimeIsLocal;
 
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self) {
-    fields.number("fhTimeNs", self.fhTimeNs);
-    fields.number("fhTzOffsetMin", self.fhTzOffsetMin);
-    fields.number("fhDstOffsetMin", self.fhDstOffsetMin);
-    fields.number("fhTimeFlags", self.fhTimeFlags);
-    fields.reserved(3);
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "fhTimeNs", &FileHistoryBlockData::fhTimeNs},
+        Field{8, "fhTzOffsetMin", &FileHistoryBlockData::fhTzOffsetMin},
+        Field{10, "fhDstOffsetMin", &FileHistoryBlockData::fhDstOffsetMin},
+        Field{12, "fhTimeFlags", &FileHistoryBlockData::fhTimeFlags},
+        Reserved{13, 3},
+    };
   }
 };
 
@@ -88,31 +91,32 @@ struct HeaderBlockData {
   double hdStartAngleRad = 0.0;
   double hdStartDistanceM = 0.0;
 
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self) {
-    fields.number("hdStartTimeNs", self.hdStartTimeNs);
-    fields.number("hdTzOffsetMin", self.hdTzOffsetMin);
-    fields.number("hdDstOffsetMin", self.hdDstOffsetMin);
-    fields.number("hdTimeFlags", self.hdTimeFlags);
-    fields.number("hdTimeClass", self.hdTimeClass);
-    fields.number("hdFlags", self.hdFlags);
-    fields.reserved(1);
-    fields.number("hdStartAngleRad", self.hdStartAngleRad);
-    fields.number("hdStartDistanceM", self.hdStartDistanceM);
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "hdStartTimeNs", &HeaderBlockData::hdStartTimeNs},
+        Field{8, "hdTzOffsetMin", &HeaderBlockData::hdTzOffsetMin},
+        Field{10, "hdDstOffsetMin", &HeaderBlockData::hdDstOffsetMin},
+        Field{12, "hdTimeFlags", &HeaderBlockData::hdTimeFlags},
+        Field{13, "hdTimeClass", &HeaderBlockData::hdTimeClass},
+        Field{14, "hdFlags", &HeaderBlockData::hdFlags},
+        Reserved{15, 1},
+        Field{16, "hdStartAngleRad", &HeaderBlockData::hdStartAngleRad},
+        Field{24, "hdStartDistanceM", &HeaderBlockData::hdStartDistanceM},
+    };
   }
 };
 
 class HeaderBlock final : public DescribedBlock<HeaderBlockData> {
  public:
   enum Link : std::size_t { kFirstDataGroup, kFirstHistory, kHierarchy, kAttachment, kEvent, kComment };
-  static constexpr std::uint64_t kPosition = FileIdentificationBlock::kSize;
+  static constexpr std::uint64_t kPosition = kLayoutSize<FileIdentificationBlock>;
 
   HeaderBlock() = default;
   explicit HeaderBlock(BlockStream& stream);
 
   // The whole tree of a file to be written, placed. The start is in nanoseconds since 1970.
   [[nodiscard]] static std::unique_ptr<HeaderBlock> createTree(const MdfLayoutOptions& options,
-                                                               std::uint64_t startTimeNs);
+                                                               UnsignedNanoseconds start);
   // The bytes of the whole tree. Channel hierarchies, attachments and events raise kBlockNotWritten.
   void appendTreeBytes(Bytes& bytes);
 
@@ -152,7 +156,7 @@ class MdfFileHeader {
 
   // A file to be written: the start in nanoseconds since 1970, the version as 4.1 for 4.10.
   [[nodiscard]] static std::unique_ptr<MdfFileHeader> createForWriting(const MdfLayoutOptions& options,
-                                                                       std::uint64_t startTimeNs, double version);
+                                                                       UnsignedNanoseconds start, double version);
   // Identification and the whole tree.
   [[nodiscard]] Bytes toBytes();
 

@@ -1,4 +1,4 @@
-// How the records of a written MDF file lie.
+// How the records of a written MDF file are laid out.
 #pragma once
 
 #include <cstdint>

@@ -11,7 +11,7 @@ namespace xlatr {
 namespace {
 
 constexpr std::uint64_t kWindowSize = std::uint64_t{1} << 16;
-// Behind a jump, so that blocks which are linked to and fro don't cost a whole window each.
+// After a jump, so that blocks which are linked to and fro don't cost a whole window each.
 constexpr std::uint64_t kWindowSizeAfterJump = std::uint64_t{1} << 10;
 
 }  // namespace

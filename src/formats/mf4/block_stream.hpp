@@ -18,7 +18,7 @@ namespace xlatr {
 // what breaks one of them raises a ConverterProcessingException, "Block links form a loop":
 // - A block that is a node of the tree (enterBlock) is reached once.
 // - All that blocks ask for is together at most kReadFactor times the file's size, plus kReadAllowance. Texts and
-//   conversions may be shared between blocks, but not without end. A read behind a jump may take a kibibyte more from
+//   conversions may be shared between blocks, but not without end. A read after a jump may take a kibibyte more from
 //   the system than what was asked for.
 class BlockStream {
  public:
@@ -31,7 +31,7 @@ class BlockStream {
   explicit BlockStream(std::vector<std::uint8_t> bytes);
 
   [[nodiscard]] std::uint64_t size() const { return size_; }
-  // Bytes from `position` to the end of the file; 0 for a position behind it.
+  // Bytes from `position` to the end of the file; 0 for a position after it.
   [[nodiscard]] std::uint64_t bytesBehind(std::uint64_t position) const {
     return position < size_ ? size_ - position : 0;
   }

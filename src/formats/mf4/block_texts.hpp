@@ -18,21 +18,18 @@ struct TextBlockData {
 
   Bytes text;
 
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self) {
-    fields.rest("text", self.text);
-  }
+  static constexpr auto fields() { return FieldList{Rest{"text", &TextBlockData::text}}; }
 };
 
 using TextBlock = DescribedBlock<TextBlockData<BlockTypeId::TX>>;
 using MetadataBlock = DescribedBlock<TextBlockData<BlockTypeId::MD>>;
 
-// What a TX or MD holds of this text: at least one zero byte behind it, whole groups of eight.
+// What a TX or MD holds of this text: at least one zero byte after it, whole groups of eight.
 [[nodiscard]] Bytes toTextBytes(std::string_view text);
 
 [[nodiscard]] std::unique_ptr<TextBlock> createText(std::string_view text);
 
-// The MD behind the file history: which program wrote the file.
+// The MD of the file history: which program wrote the file.
 [[nodiscard]] std::unique_ptr<MetadataBlock> createHistoryComment();
 
 // The text of a TX or MD that a link leads to, without trailing zero bytes. Empty for no link and any other block, and
@@ -52,12 +49,13 @@ struct SourceInformationBlockData {
   std::uint8_t siBusType = kBusIsCan;
   std::uint8_t siFlags = 0;
 
-  template <class Fields, class Self>
-  static void describe(Fields& fields, Self& self) {
-    fields.number("siType", self.siType);
-    fields.number("siBusType", self.siBusType);
-    fields.number("siFlags", self.siFlags);
-    fields.reserved(5);
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "siType", &SourceInformationBlockData::siType},
+        Field{1, "siBusType", &SourceInformationBlockData::siBusType},
+        Field{2, "siFlags", &SourceInformationBlockData::siFlags},
+        Reserved{3, 5},
+    };
   }
 };
 

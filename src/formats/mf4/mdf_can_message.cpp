@@ -9,7 +9,7 @@ void MdfCanMessage::reset() {
   dlc = 0;
   isRemote = false;
   kind = MessageKind::DT;
-  time = 0.0;
+  time = RealMicroseconds::zero();
   errorType = kNoErrorType;
   bitPosition = 0;
   foundFields = 0;

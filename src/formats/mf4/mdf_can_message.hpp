@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "messages/message.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
@@ -20,7 +21,7 @@ class MdfCanMessage final : public MessageStyleCan {
   std::uint32_t dlc = 0;  // the code, 0 to 15; `length` is in bytes
   bool isRemote = false;
   MessageKind kind = MessageKind::DT;
-  double time = 0.0;                      // microseconds since the start of the measurement
+  RealMicroseconds time{};                // since the start of the measurement
   std::uint8_t errorType = kNoErrorType;  // of an error frame: 1 bit, 2 form, 3 stuff error, others
   std::uint8_t bitPosition = 0;           // of an error frame: where in the frame
   std::uint32_t foundFields = 0;          // mask of BusEventField: what the record holds

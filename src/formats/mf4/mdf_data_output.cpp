@@ -78,7 +78,7 @@ void MdfDataOutput::append(std::string_view records) {
 // Until the block is finished the file has the head of an empty one.
 void MdfDataOutput::begin() {
   if (dataPosition_ == position_) {
-    dataPosition_ += kHeaderSectionSize + (deflater_ ? DataZippedBlockData::kSize : 0);
+    dataPosition_ += kHeaderSectionSize + (deflater_ ? kLayoutSize<DataZippedBlockData> : 0);
     writeHead();
   }
 }
@@ -107,13 +107,12 @@ void MdfDataOutput::writeHead() {
   HeaderSection::setType(head, deflater_ ? BlockTypeId::DZ : BlockTypeId::DT);
   head.length = end() - position_;
   Bytes bytes;
-  FieldWriter fields(bytes);
-  HeaderSection::describe(fields, head);
+  appendFields(bytes, head);
   if (deflater_) {
     DataZippedBlockData data;
     data.dzOrgDataLength = recordBytes_;
     data.dzDataLength = writtenBytes_;
-    DataZippedBlockData::describe(fields, data);
+    appendFields(bytes, data);
   }
   output_.write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }

@@ -22,11 +22,11 @@ class MdfDataOutput {
 
   void append(std::string_view records);
 
-  // Completes the block and leaves the output behind it. Answers the block's position; 0 where data to be zipped have
+  // Completes the block and leaves the output after it. Returns the block's position; 0 where data to be zipped have
   // no records and so no block.
   std::uint64_t finish();
 
-  // Behind what was written.
+  // Where the next byte goes.
   [[nodiscard]] std::uint64_t end() const { return dataPosition_ + writtenBytes_; }
 
  private:
@@ -38,7 +38,7 @@ class MdfDataOutput {
 
   BufferedOutput& output_;
   const std::uint64_t position_;
-  std::uint64_t dataPosition_;          // behind the head and its fields; `position_` while nothing was written
+  std::uint64_t dataPosition_;          // after the head and its fields; `position_` while nothing was written
   std::uint64_t recordBytes_ = 0;       // as they came in
   std::uint64_t writtenBytes_ = 0;      // as they stand in the file
   std::unique_ptr<Deflater> deflater_;  // null for plain data

@@ -30,9 +30,9 @@ void MdfInfo::readHeader() {
     firstDataGroupPosition_ = position;
   }
   try {
-    startTime_ = header_->startTime().toOleDate();
+    startDays_ = header_->startTime().toOleDate();
   } catch (const std::exception&) {
-    startTime_ = 0.0;  // a moment that no calendar has is no start time
+    startDays_ = 0.0;  // a moment that no calendar has is no start time
   }
 }
 

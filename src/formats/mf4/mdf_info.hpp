@@ -1,4 +1,4 @@
-// What the top of an MF4 file tells.
+// What the top of an MF4 file says.
 #pragma once
 
 #include <cstdint>
@@ -21,11 +21,11 @@ class MdfInfo final : public TraceInfo {
   // An MF4 file by its name, open, of version 4.1 to 4.2.
   [[nodiscard]] bool getValid() const override;
   // As the file states it, also once the file is closed; 0.0 where it states none that can be represented.
-  [[nodiscard]] double getStartTime() const override { return startTime_; }
+  [[nodiscard]] double getStartTime() const override { return startDays_; }
 
   // Offset in the file; the largest 64-bit value without a data group.
   [[nodiscard]] std::uint64_t firstDataGroupPosition() const { return firstDataGroupPosition_; }
-  // Null for a file that is no MF4 by its name. Shared by all copies.
+  // Null for a file that is not an MF4 file by its name. Shared by all copies.
   [[nodiscard]] MdfFileHeader* header() const { return header_.get(); }
 
  private:

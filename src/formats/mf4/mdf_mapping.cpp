@@ -6,8 +6,6 @@
 namespace xlatr {
 namespace {
 
-constexpr double kMicrosecondsPerMillisecond = 1000.0;
-
 bool isFrame(MessageKind kind) {
   return kind <= MessageKind::ER && kind != MessageKind::ST && kind != MessageKind::EC;
 }
@@ -33,7 +31,7 @@ std::uint8_t bitPositionOf(std::uint8_t trcPosition) {
 }
 
 void mapError(const BrixMessage& source, MdfCanMessage& target) {
-  constexpr std::uint32_t kWholeLength = 5;       // error, then position two bytes behind
+  constexpr std::uint32_t kWholeLength = 5;       // error, then position two bytes later
   constexpr std::uint32_t kIdentifierLength = 4;  // the identifier is the error, the position has moved up
   std::uint8_t error = 0;
   std::uint8_t position = 0;
@@ -51,7 +49,7 @@ void mapError(const BrixMessage& source, MdfCanMessage& target) {
 }  // namespace
 
 void mapToMdf(const BrixMessage& source, MdfCanMessage& target) {
-  target.time = source.timeOffset * kMicrosecondsPerMillisecond;
+  target.time = source.timeOffset;
   target.bus = source.bus;
   target.direction = source.direction;
   target.type = source.type;

@@ -1,4 +1,4 @@
-// From the messages of other formats to those of MF4 files: one function a class that an MF4 writer takes.
+// From the messages of other formats to those of MF4 files: one function per class that an MF4 writer takes.
 #pragma once
 
 #include "formats/mf4/mdf_can_message.hpp"

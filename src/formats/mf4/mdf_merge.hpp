@@ -48,14 +48,14 @@ class DataGroupCursor {
   std::uint64_t bytePosition_ = 0;
 };
 
-// The lowest time first; of messages at one time that of the data group that stands earlier in the file. Within a data
+// The lowest time first; at equal times the message of the data group that comes first in the file. Within a data
 // group the order of the file is kept, whatever the times are.
 class MdfMerge {
  public:
   // Makes a cursor for each data group of a CAN bus.
   void start(HeaderBlock& header);
   void clear();
-  // Makes next answer false from now on; the counts stay.
+  // Makes next return false from now on; the counts stay.
   void stop();
 
   [[nodiscard]] std::uint64_t deliveredCount() const { return deliveredCount_; }
@@ -71,7 +71,7 @@ class MdfMerge {
     MdfCanMessage ahead;  // the next message of the group, if the slot is in the queue
   };
   struct Entry {
-    double time;
+    RealMicroseconds time;
     std::size_t slot;
   };
 

@@ -28,8 +28,9 @@ class MdfReader final : public TraceReader {
   // reason too.
   [[nodiscard]] bool ValidateFile(std::string& text);
 
-  // The next message, made anew; null at the end and while inactive. A record that can't be understood gives a message
-  // that is not valid. Raises a failure for data that the blocks do not describe: after it nothing more can be read.
+  // The next message, a new object; null at the end and while inactive. A record that can't be understood gives a
+  // message that is not valid. Raises a failure for data that the blocks do not describe: after it nothing more can be
+  // read.
   [[nodiscard]] std::unique_ptr<MdfCanMessage> ReadNextMessage();
   // The same into a message that is used again and again, so that reading allocates nothing; false at the end.
   [[nodiscard]] bool readInto(MdfCanMessage& message);

@@ -15,8 +15,6 @@ constexpr std::uint8_t kBrs = 0x04;
 constexpr std::uint8_t kEsi = 0x08;
 constexpr std::uint8_t kExtended = 0x10;
 
-constexpr double kNanosecondsPerMicrosecond = 1000.0;
-
 std::uint8_t flagsOf(const MdfCanMessage& message) {
   const MessageKind kind = message.kind;
   const int sent = message.direction == MessageDirection::Tx ? kSent : 0;
@@ -48,7 +46,7 @@ std::string_view MdfRecord::render(const MdfCanMessage& message, const MdfLayout
   if (!options.isSorted()) {
     put(message.frameKind);
   }
-  put(message.time * kNanosecondsPerMicrosecond);
+  put(RealNanoseconds(message.time).count());
   const bool isError = message.kind == MessageKind::ER;
   if (!isError) {
     put(message.id);

@@ -1,6 +1,6 @@
 // The records that a written MF4 file holds, as bytes. The channels that the file declares tell a reader the same.
 //
-// Behind the record id, which only unsorted files have, all numbers little-endian:
+// After the record id, which only unsorted files have, all numbers little-endian:
 //
 //   data, remote   error    size
 //        0           0       8    time, a double, nanoseconds since the start

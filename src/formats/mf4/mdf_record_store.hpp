@@ -26,7 +26,7 @@ class MdfRecordStore {
 
   [[nodiscard]] std::uint64_t size() const { return size_; }
 
-  // Hands all bytes to `take`, in order, and lets each chunk go behind that.
+  // Hands all bytes to `take`, in order, and then frees each chunk.
   template <class Take>
   void drain(Take&& take) {
     size_ = 0;

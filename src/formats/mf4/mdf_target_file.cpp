@@ -157,8 +157,7 @@ void MdfTargetFile::writeSignalData() {
   HeaderSection::setType(head, BlockTypeId::SD);
   head.length = kHeaderSectionSize + signalData_.size();
   Bytes bytes;
-  FieldWriter fields(bytes);
-  HeaderSection::describe(fields, head);
+  appendFields(bytes, head);
   output_.write(viewOf(bytes));
   signalData_.drain([this](std::string_view values) { output_.write(values); });
   patch(payloadLinkPosition_, end_);

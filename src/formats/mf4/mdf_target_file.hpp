@@ -20,7 +20,7 @@ namespace xlatr {
 // the numbers that could not be known before. The records of the first data group go to the file as they come in. Those
 // of the others, which only sorted files have, and the payloads of signal data wait in memory.
 //
-// Failures are those of the output and kDeflateFailure. Behind one the file is left as it is: still without records.
+// Failures are those of the output and kDeflateFailure. After one the file is left as it is: still without records.
 class MdfTargetFile {
  public:
   // `output` is a new file that nobody else writes to.
@@ -60,7 +60,7 @@ class MdfTargetFile {
   const MdfLayoutOptions options_;
   bool treeWritten_ = false;
   bool broken_ = false;    // a failure in the midst of a change
-  std::uint64_t end_ = 0;  // behind the tree and the finished data blocks
+  std::uint64_t end_ = 0;  // of the tree and the finished data blocks
   Positions cycleCountPositions_{};
   Positions dataLinkPositions_{};
   std::uint64_t payloadLinkPosition_ = 0;

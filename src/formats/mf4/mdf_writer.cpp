@@ -1,8 +1,6 @@
 #include "formats/mf4/mdf_writer.hpp"
 
-#include <cstdint>
 #include <exception>
-#include <limits>
 #include <utility>
 
 #include "formats/mf4/block_header.hpp"
@@ -10,29 +8,26 @@
 #include "messages/message_dispatch.hpp"
 #include "util/date_time.hpp"
 #include "util/failures.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 namespace {
 
 using Accepted = MessageClasses<BrixMessage>;
 
-// Nanoseconds since 1970; 0 for a start before that and for one that has no date or no place in 64 bits.
-std::uint64_t startNanoseconds(double days) {
-  constexpr std::int64_t kPerSecond = 1000000000;
-  constexpr std::int64_t kPerMicrosecond = 1000;
-  constexpr auto kLimit = static_cast<std::int64_t>(std::numeric_limits<std::uint64_t>::max() / kPerSecond);
+// The time since 1970; 0 for a start before that and for one that has no date or no place in 64 bits.
+UnsignedNanoseconds startOf(double startDays) {
+  constexpr auto kLimit = std::chrono::duration_cast<std::chrono::seconds>(UnsignedNanoseconds::max());
   DateTime start;
   try {
-    start = DateTime::fromOleDateTruncated(days);
+    start = DateTime::fromOleDateTruncated(startDays);
   } catch (const std::exception&) {
-    return 0;
+    return UnsignedNanoseconds(0);
   }
-  if (start.seconds < 0 || start.seconds >= kLimit) {
-    return 0;
+  if (start.seconds < 0 || start.seconds >= kLimit.count()) {
+    return UnsignedNanoseconds(0);
   }
-  const std::int64_t microseconds = std::int64_t{start.millisecond} * 1000 + start.microsecond;
-  return static_cast<std::uint64_t>(start.seconds) * kPerSecond +
-         static_cast<std::uint64_t>(microseconds * kPerMicrosecond);
+  return UnsignedNanoseconds(std::chrono::seconds(start.seconds)) + UnsignedNanoseconds(start.fraction());
 }
 
 }  // namespace
@@ -43,7 +38,7 @@ MdfWriter::MdfWriter(std::string targetPath, bool overrideExistingFile, double t
 MdfWriter::~MdfWriter() {
   try {
     setActive(false);
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): who cares calls setActive
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): whoever wants to know calls setActive
   }
 }
 
@@ -85,7 +80,7 @@ void MdfWriter::WriteHeader(const ITraceInfo& source) {
     return;
   }
   const auto header =
-      MdfFileHeader::createForWriting(file().options(), startNanoseconds(startTimeFrom(source)), getTargetVersion());
+      MdfFileHeader::createForWriting(file().options(), startOf(startDaysFrom(source)), getTargetVersion());
   file().writeTree(*header);
 }
 

@@ -8,7 +8,7 @@
 
 namespace xlatr {
 
-// Grows without clearing what is about to be overwritten, and holds kPadding zero bytes behind its end, so that a
+// Grows without clearing what is about to be overwritten, and holds kPadding zero bytes after its end, so that a
 // number of up to 8 bytes can be taken from any offset with one load.
 class RecordBytes {
  public:
@@ -21,7 +21,7 @@ class RecordBytes {
   [[nodiscard]] std::span<const std::uint8_t> view() const { return {bytes_.get(), size_}; }
 
   void reserve(std::size_t size);
-  // Adds `count` bytes of any value and answers where they are. std::length_error for more than there can be.
+  // Adds `count` bytes of any value and returns where they are. std::length_error for more than there can be.
   [[nodiscard]] std::span<std::uint8_t> extend(std::size_t count);
   // Takes bytes away from the end.
   void shrink(std::size_t size);

@@ -16,7 +16,7 @@ class FreePlaces {
  public:
   explicit FreePlaces(std::size_t count) : next_(count + 1) { std::iota(next_.begin(), next_.end(), 0U); }
 
-  // The first one from `place` on; their number where there is none. The way there is shortened for the next search.
+  // The first one from `place` on; their number if there is none. The way there is shortened for the next search.
   [[nodiscard]] std::size_t from(std::size_t place) {
     while (next_[place] != place) {
       next_[place] = next_[next_[place]];

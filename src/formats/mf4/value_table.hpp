@@ -10,7 +10,7 @@
 namespace xlatr {
 
 // A list of pairs of key and value, through which a look-up goes one element at a time, values as well as keys: an
-// element that equals the input gives the element behind it, and an input between an element and the one two further on
+// element that equals the input gives the element after it, and an input between an element and the one two further on
 // gives the value of the nearer of the two, the lower where both are as near.
 //
 // The walk is made once and not for each input. Between two neighbours among the sorted elements, and on each of them,

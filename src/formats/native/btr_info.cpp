@@ -4,7 +4,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "formats/native/btr_session_search.hpp"
+#include "formats/native/btr_sectors.hpp"
 #include "util/date_time.hpp"
 #include "util/failures.hpp"
 
@@ -43,7 +43,7 @@ bool BtrInfo::getValid() const {
   return !sessions_.empty() && getVersion() >= getLowestVersion() && getVersion() <= getCurrentVersion();
 }
 
-// Answers whether all directories could be read. One that was read already ends the reading: a damaged link must not
+// Whether all directories could be read. One that was read already ends the reading: a damaged link must not
 // lead in circles.
 bool BtrInfo::readDirectories(BtrSectors& sectors) {
   std::unordered_set<std::uint32_t> read;
@@ -62,11 +62,11 @@ bool BtrInfo::readDirectories(BtrSectors& sectors) {
   return true;
 }
 
-// Answers the last descriptor, which has the link.
+// Returns the last descriptor, which has the link.
 SessionDescriptor BtrInfo::readDirectory(const std::uint8_t* bytes) {
   SessionDescriptor descriptor;
   for (std::size_t slot = 0; slot < kDirectorySlots; ++slot) {
-    readWire(bytes + slot * kWireSize<SessionDescriptor>, descriptor);
+    loadFields(bytes + slot * kLayoutSize<SessionDescriptor>, descriptor);
     if (descriptor.isUsed()) {
       const auto index = static_cast<std::uint32_t>(sessions_.size() + 1);
       sessions_.push_back({descriptor, descriptor.startLocation, {}, getPath(), index});
@@ -75,7 +75,7 @@ SessionDescriptor BtrInfo::readDirectory(const std::uint8_t* bytes) {
   return descriptor;
 }
 
-// The last session ends where its sectors end, the others at the latest where the next one begins. Those in front of
+// The last session ends where its sectors end, the others at the latest where the next one begins. Those before
 // `firstUnbounded` have had their turn with an earlier directory.
 void BtrInfo::findEnds(BtrSectors& sectors, std::size_t firstUnbounded) {
   if (sessions_.empty()) {
@@ -95,9 +95,9 @@ void BtrInfo::findEnds(BtrSectors& sectors, std::size_t firstUnbounded) {
 void BtrInfo::takeStartTime() {
   const SessionDateTime& start = sessions_.front().description.dateAndTime;
   try {
-    startTime_ = start.parseDateTime().toOleDate();
+    startDays_ = start.parseDateTime().toOleDate();
   } catch (const ConverterGenericException&) {
-    startTime_ = DateTime::now().toOleDate();
+    startDays_ = DateTime::now().toOleDate();
     startTimeReplaced_ = true;
   }
 }

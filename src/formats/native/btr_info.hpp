@@ -23,7 +23,7 @@ class BtrInfo final : public TraceInfo {
   // The index is counted from 0 and must be below the count.
   [[nodiscard]] const BtrSessionEntry& GetSession(std::size_t index) const { return sessions_[index]; }
 
-  // Whether the date of the first session is none; the start time is that of this object's construction then.
+  // Whether the date of the first session does not exist; the start time is then that of this object's construction.
   [[nodiscard]] bool startTimeReplaced() const { return startTimeReplaced_; }
 
  private:

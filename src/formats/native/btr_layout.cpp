@@ -5,14 +5,15 @@
 #include <tuple>
 
 #include "util/failures.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 namespace {
 
 constexpr std::int32_t kFirstYear = 2000;
 
-static_assert(kWireSize<SessionDescriptor> == 32);
-static_assert(kWireSize<DataSector> == kBtrSectorSize);
+static_assert(kLayoutSize<SessionDescriptor> == 32);
+static_assert(kLayoutSize<DataSector> == kBtrSectorSize);
 
 int signOf(std::strong_ordering order) {
   if (std::is_eq(order)) {
@@ -29,8 +30,9 @@ std::uint8_t byteOf(std::uint32_t word, unsigned index) {
 
 SessionDateTime SessionDateTime::fromDateTime(const DateTime& date) {
   const auto byte = [](std::int32_t value) { return static_cast<std::uint8_t>(value); };
+  const auto hundredths = std::chrono::duration_cast<Hundredths>(std::chrono::milliseconds(date.millisecond));
   SessionDateTime result;
-  result.hundredths = byte(date.millisecond / 10);
+  result.hundredths = byte(hundredths.count());
   result.second = byte(date.second);
   result.minute = byte(date.minute);
   result.hour = byte(date.hour);
@@ -59,9 +61,10 @@ SessionDateTime SessionDateTime::fromSectorWords(std::uint32_t stamp, std::uint3
 }
 
 DateTime SessionDateTime::parseDateTime() const {
+  const std::chrono::milliseconds fraction = Hundredths(hundredths);
   return DateTime::fromLocalFields(
       {.year = kFirstYear + year, .month = month, .day = day, .hour = hour, .minute = minute, .second = second},
-      hundredths * 10, 0);
+      static_cast<std::int32_t>(fraction.count()), 0);
 }
 
 DateTime SessionDateTime::toDateTime() const {
@@ -92,13 +95,13 @@ int SessionDateTime::compareTo(const SessionDateTime& other) const {
 
 DataSector DataSector::fromBytes(SectorBytes bytes) {
   DataSector result;
-  readWire(bytes.data(), result);
+  loadFields(bytes.data(), result);
   return result;
 }
 
 SectorImage DataSector::toBytes() const {
   SectorImage image{};
-  writeWire(*this, image.data());
+  storeFields(image.data(), *this);
   return image;
 }
 

@@ -7,10 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <tuple>
 
-#include "formats/native/wire_layout.hpp"
 #include "util/date_time.hpp"
+#include "util/layout.hpp"
 
 namespace xlatr {
 
@@ -23,9 +22,12 @@ using SectorImage = std::array<std::uint8_t, kBtrSectorSize>;
 struct SessionLocation {
   static constexpr std::uint8_t kComputed = 0xFF;
 
-  static constexpr auto wireFields() {
-    return std::tuple(WireField{&SessionLocation::sector, 0}, WireField{&SessionLocation::position, 4},
-                      WireField{&SessionLocation::unused, 5});
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "sector", &SessionLocation::sector},
+        Field{4, "position", &SessionLocation::position},
+        Field{5, "unused", &SessionLocation::unused},
+    };
   }
 
   std::uint32_t sector = 0;
@@ -41,13 +43,15 @@ struct SessionLocation {
 
 // The start of a session in the logger's local time.
 struct SessionDateTime {
-  static constexpr std::uint8_t kNoWeekday = 0xFF;  // of a date that is none
+  static constexpr std::uint8_t kNoWeekday = 0xFF;  // of a date that does not exist
 
-  static constexpr auto wireFields() {
-    return std::tuple(WireField{&SessionDateTime::hundredths, 0}, WireField{&SessionDateTime::second, 1},
-                      WireField{&SessionDateTime::minute, 2}, WireField{&SessionDateTime::hour, 3},
-                      WireField{&SessionDateTime::dayOfWeek, 4}, WireField{&SessionDateTime::day, 5},
-                      WireField{&SessionDateTime::month, 6}, WireField{&SessionDateTime::year, 7});
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "hundredths", &SessionDateTime::hundredths}, Field{1, "second", &SessionDateTime::second},
+        Field{2, "minute", &SessionDateTime::minute},         Field{3, "hour", &SessionDateTime::hour},
+        Field{4, "dayOfWeek", &SessionDateTime::dayOfWeek},   Field{5, "day", &SessionDateTime::day},
+        Field{6, "month", &SessionDateTime::month},           Field{7, "year", &SessionDateTime::year},
+    };
   }
 
   std::uint8_t hundredths = 0;
@@ -61,15 +65,16 @@ struct SessionDateTime {
 
   // A year before 2000 becomes 0.
   [[nodiscard]] static SessionDateTime fromDateTime(const DateTime& date);
-  // From the words of a data sector. The weekday of a date that is none is kNoWeekday.
+  // From the words of a data sector. The weekday of a date that does not exist is kNoWeekday.
   [[nodiscard]] static SessionDateTime fromSectorWords(std::uint32_t stamp, std::uint32_t time);
 
-  // The first raises for a date that is none; the second gives second 0 of 1970 then.
+  // For a date that does not exist the first raises, and the second gives second 0 of 1970.
   [[nodiscard]] DateTime parseDateTime() const;
   [[nodiscard]] DateTime toDateTime() const;
   // Days since 1899-12-30, from toDateTime.
   [[nodiscard]] double toDouble() const { return toDateTime().toOleDate(); }
-  // -1, 0 or 1. If this one's date is none the stored fields are compared, otherwise the moments that both stand for.
+  // -1, 0 or 1. If this one's date does not exist, the stored fields are compared, otherwise the moments that both
+  // stand for.
   [[nodiscard]] int compareTo(const SessionDateTime& other) const;
 
   // Year, month and day, and hour to hundredths, as one number each.
@@ -81,12 +86,16 @@ struct SessionDateTime {
 
 // A session's line in a directory.
 struct SessionDescriptor {
-  static constexpr auto wireFields() {
-    return std::tuple(WireField{&SessionDescriptor::version, 0}, WireField{&SessionDescriptor::unused, 1},
-                      WireField{&SessionDescriptor::continued, 3},
-                      WireField{&SessionDescriptor::nextDirectorySector, 4},
-                      WireField{&SessionDescriptor::dateAndTime, 8}, WireField{&SessionDescriptor::startTimestamp, 16},
-                      WireField{&SessionDescriptor::startLocation, 24});
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "version", &SessionDescriptor::version},
+        Field{1, "unused", &SessionDescriptor::unused},
+        Field{3, "continued", &SessionDescriptor::continued},
+        Field{4, "nextDirectorySector", &SessionDescriptor::nextDirectorySector},
+        Field{8, "dateAndTime", &SessionDescriptor::dateAndTime},
+        Field{16, "startTimestampUs", &SessionDescriptor::startTimestampUs},
+        Field{24, "startLocation", &SessionDescriptor::startLocation},
+    };
   }
 
   std::uint8_t version = 0;  // file version
@@ -94,15 +103,15 @@ struct SessionDescriptor {
   std::uint8_t continued = 0;  // 1 in the last descriptor of a directory that goes on in another sector
   std::uint32_t nextDirectorySector = 0;
   SessionDateTime dateAndTime;
-  std::uint64_t startTimestamp = 0;  // microseconds; where the time stamps of all buses begin
-  SessionLocation startLocation;     // sector 0 marks a slot without a session
+  std::uint64_t startTimestampUs = 0;  // where the time stamps of all buses begin
+  SessionLocation startLocation;       // sector 0 marks a slot without a session
 
   [[nodiscard]] bool isUsed() const { return startLocation.sector != 0; }
 
   bool operator==(const SessionDescriptor&) const = default;
 };
 
-inline constexpr std::size_t kDirectorySlots = kBtrSectorSize / kWireSize<SessionDescriptor>;
+inline constexpr std::size_t kDirectorySlots = kBtrSectorSize / kLayoutSize<SessionDescriptor>;
 
 // One frame slot of a data sector.
 struct MsgEntry {
@@ -112,10 +121,12 @@ struct MsgEntry {
   static constexpr std::uint8_t kError = 0x10;  // an error or a status frame
   static constexpr std::uint8_t kLoggerSource = 0xF;
 
-  static constexpr auto wireFields() {
-    return std::tuple(WireField{&MsgEntry::id, 0}, WireField{&MsgEntry::flags, 4}, WireField{&MsgEntry::source, 5},
-                      WireField{&MsgEntry::unused, 6}, WireField{&MsgEntry::data, 8},
-                      WireField{&MsgEntry::timestamp, 16});
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "id", &MsgEntry::id},         Field{4, "flags", &MsgEntry::flags},
+        Field{5, "source", &MsgEntry::source}, Field{6, "unused", &MsgEntry::unused},
+        Field{8, "data", &MsgEntry::data},     Field{16, "timestampUs", &MsgEntry::timestampUs},
+    };
   }
 
   std::uint32_t id = kNoId;
@@ -123,7 +134,7 @@ struct MsgEntry {
   std::uint8_t source = 0;  // the bus, counted from 0, in the high half, the length in the low half
   std::uint16_t unused = 0;
   std::array<std::uint8_t, 8> data{};
-  std::uint32_t timestamp = 0;  // microseconds; begins again at 0 after 71.6 minutes
+  std::uint32_t timestampUs = 0;  // begins again at 0 after 71.6 minutes
 
   // The bus counted from 0, or kLoggerSource for what the logger notes for itself.
   [[nodiscard]] std::uint8_t getSource() const { return static_cast<std::uint8_t>(source >> 4U); }
@@ -143,9 +154,13 @@ struct MsgEntry {
 struct DataSector {
   static constexpr std::size_t kEntries = 25;
 
-  static constexpr auto wireFields() {
-    return std::tuple(WireField{&DataSector::stamp, 0}, WireField{&DataSector::entries, 4},
-                      WireField{&DataSector::time, 504}, WireField{&DataSector::check, 508});
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "stamp", &DataSector::stamp},
+        Field{4, "entries", &DataSector::entries},
+        Field{504, "time", &DataSector::time},
+        Field{508, "check", &DataSector::check},
+    };
   }
 
   std::uint32_t stamp = 0;  // day, month, year since 2000 and the wrap counter, from the lowest byte up

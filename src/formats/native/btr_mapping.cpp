@@ -1,19 +1,13 @@
 #include "formats/native/btr_mapping.hpp"
 
 #include <algorithm>
-#include <cmath>
+
+#include "util/time_units.hpp"
 
 namespace xlatr {
 namespace {
 
 constexpr std::uint32_t kMaxDataLength = 8;
-
-// A slot has the low 32 bits of a count. A time that no count of microseconds reaches becomes 0.
-std::uint32_t lowMicroseconds(double milliseconds) {
-  constexpr double kLimit = 9223372036854775808.0;  // 2 to the 63rd
-  const double microseconds = std::round(milliseconds * 1000.0);
-  return std::abs(microseconds) < kLimit ? static_cast<std::uint32_t>(static_cast<std::int64_t>(microseconds)) : 0;
-}
 
 }  // namespace
 
@@ -31,7 +25,7 @@ MsgEntry mapToBtrEntry(const BrixMessage& source) {
   if (!source.remote) {
     std::copy_n(source.data.begin(), std::min(source.data.size(), entry.data.size()), entry.data.begin());
   }
-  entry.timestamp = lowMicroseconds(source.timeOffset);
+  entry.timestampUs = lowMicroseconds(source.timeOffset);
   return entry;
 }
 

@@ -1,4 +1,4 @@
-// From the messages of other formats to the frame slots of BTR files: one function a class that a BTR writer takes.
+// From the messages of other formats to the frame slots of BTR files: one function per class that a BTR writer takes.
 #pragma once
 
 #include "formats/native/btr_layout.hpp"

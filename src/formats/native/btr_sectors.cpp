@@ -8,7 +8,7 @@ BtrSectors::BtrSectors(const std::string& path, std::size_t ahead)
       bytes_(std::make_unique<std::uint8_t[]>(ahead * kBtrSectorSize)) {}
 
 const std::uint8_t* BtrSectors::read(std::uint64_t sector) {
-  if (sector - first_ >= held_) {  // which a sector in front of the first one held makes true as well
+  if (sector - first_ >= held_) {  // also true for a sector before the first one held
     fill(sector);
   }
   return held_ == 0 ? nullptr : bytes_.get() + (sector - first_) * kBtrSectorSize;

@@ -1,4 +1,4 @@
-// One recording session of a BTR file.
+// One recording session of a BTR file, and where it ends and begins: the directory tells only where its area begins.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +7,8 @@
 #include "formats/native/btr_layout.hpp"
 
 namespace xlatr {
+
+class BtrSectors;
 
 struct BtrSessionEntry {
   SessionDescriptor description;
@@ -21,5 +23,13 @@ struct BtrSessionEntry {
   // Of the run, whatever is in the sectors. Wraps when the end could not be found.
   [[nodiscard]] std::uint32_t sectorsCount() const { return end.sector - firstSector() + 1; }
 };
+
+// Sets the entry's end to the last sector that belongs to it, counted from its first one, in a file of that many
+// sectors. Where that can't be found out, because a sector that is looked at can't be read, the end stays as it is.
+void findSessionEnd(BtrSectors& sectors, std::uint64_t sectorCount, BtrSessionEntry& entry);
+
+// Sets the entry's start to its oldest sector: its first one, or in a session that was recorded circularly the one
+// after the newest. Where that can't be found out, and while the end is not known, the start stays as it is.
+void findSessionStart(BtrSectors& sectors, BtrSessionEntry& entry);
 
 }  // namespace xlatr

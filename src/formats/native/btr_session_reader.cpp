@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::uint32_t kHighestIdentifier = 0x1FFFFFFF;
 constexpr std::uint32_t kTickIdentifier = 256;
-constexpr double kMicrosecondsPerMillisecond = 1000.0;
 constexpr std::size_t kSectorsAhead = 64;
 
 bool isUnused(const MsgEntry& entry) {
@@ -32,15 +31,15 @@ bool isUnused(const MsgEntry& entry) {
 
 }  // namespace
 
-SessionClock SessionClock::fromMicroseconds(std::uint64_t value) {
-  return {static_cast<std::uint32_t>(value), static_cast<std::uint32_t>(value >> 32U)};
+SessionClock SessionClock::at(UnsignedMicroseconds time) {
+  return {static_cast<std::uint32_t>(time.count()), static_cast<std::uint32_t>(time.count() >> 32U)};
 }
 
-void SessionClock::advance(std::uint32_t stamp) {
-  if (stamp < low) {
+void SessionClock::advance(std::uint32_t stampUs) {
+  if (stampUs < low) {
     ++high;
   }
-  low = stamp;
+  low = stampUs;
 }
 
 BtrSessionReader::BtrSessionReader(BtrSessionEntry entry, bool activate) : entry_(std::move(entry)) {
@@ -57,7 +56,7 @@ double BtrSessionReader::getPercentDone() const {
 bool BtrSessionReader::open() {
   close();
   failure_.clear();
-  loggerClock_ = SessionClock::fromMicroseconds(entry_.description.startTimestamp);
+  loggerClock_ = SessionClock::at(UnsignedMicroseconds(entry_.description.startTimestampUs));
   busClocks_.fill(loggerClock_);
   sectorsRead_ = 0;
   nextSector_ = entry_.start.sector;
@@ -91,7 +90,7 @@ bool BtrSessionReader::readSector(std::vector<SessionMessage>& messages) {
   return true;
 }
 
-// Answers whether there is a sector left, having gone from the end of the area to its beginning where that is due.
+// Whether there is a sector left. Goes from the end of the area to its beginning when that is due.
 bool BtrSessionReader::moveToNextSector() {
   if (sectorsRead_ == entry_.sectorsCount()) {
     return false;
@@ -140,21 +139,21 @@ void BtrSessionReader::takeFrame(const MsgEntry& entry, std::vector<SessionMessa
     raiseFailure(FailureKind::Generic, "invalid vector subscript");
   }
   SessionClock& clock = busClocks_[place];
-  clock.advance(entry.timestamp);
-  messages.emplace_back(entry, static_cast<double>(clock.microseconds()) / kMicrosecondsPerMillisecond);
+  clock.advance(entry.timestampUs);
+  messages.emplace_back(entry, clock.now());
 }
 
 // The logger's clock ticks on where a bus is silent. A bus that was silent for long is taken along, so that it can't
 // miss a wrap of its time stamps; it stays behind the logger, since frames of a short while ago may still come.
 void BtrSessionReader::takeTick(const MsgEntry& entry) {
-  constexpr std::uint64_t kLongSilence = 1800000000;  // 30 minutes
-  constexpr std::uint64_t kDistance = 600000000;      // 10 minutes
-  loggerClock_.advance(entry.timestamp);
-  const std::uint64_t now = loggerClock_.microseconds();
+  constexpr UnsignedMicroseconds kLongSilence = std::chrono::minutes(30);
+  constexpr UnsignedMicroseconds kDistance = std::chrono::minutes(10);
+  loggerClock_.advance(entry.timestampUs);
+  const UnsignedMicroseconds now = loggerClock_.now();
   for (SessionClock& clock : busClocks_) {
-    const std::uint64_t then = clock.microseconds();
+    const UnsignedMicroseconds then = clock.now();
     if (now > then && now - then >= kLongSilence) {
-      clock = SessionClock::fromMicroseconds(now - kDistance);
+      clock = SessionClock::at(now - kDistance);
     }
   }
 }

@@ -10,18 +10,19 @@
 #include "formats/native/btr_session_entry.hpp"
 #include "formats/native/session_message.hpp"
 #include "io/trace_reader.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
-// The 64 bits of a clock of which the file has the low 32.
+// The 64 bits of a clock of microseconds of which the file has the low 32.
 struct SessionClock {
   std::uint32_t low = 0;
   std::uint32_t high = 0;
 
-  [[nodiscard]] static SessionClock fromMicroseconds(std::uint64_t value);
-  [[nodiscard]] std::uint64_t microseconds() const { return std::uint64_t{high} << 32U | low; }
+  [[nodiscard]] static SessionClock at(UnsignedMicroseconds time);
+  [[nodiscard]] UnsignedMicroseconds now() const { return UnsignedMicroseconds(std::uint64_t{high} << 32U | low); }
   // A stamp that is lower than the one before has wrapped.
-  void advance(std::uint32_t stamp);
+  void advance(std::uint32_t stampUs);
 };
 
 // Hands out the frames of a session sector by sector in the order in which they were recorded: a session that was
@@ -34,8 +35,8 @@ class BtrSessionReader final : public TraceReader {
   [[nodiscard]] const BtrSessionEntry& session() const { return entry_; }
 
   // Fills `messages` with the frames of the next sector, which may be none; false, and no messages, at the end of the
-  // session, at a sector that is not one of it, and while inactive. Raises a ConverterGenericException at a sector that
-  // can't be read and at a slot that makes no sense; `messages` then holds the frames in front of that.
+  // session, at a sector that belongs to another one, and while inactive. Raises a ConverterGenericException at a
+  // sector that can't be read and at a slot that makes no sense; `messages` then holds the frames before that.
   [[nodiscard]] bool readSector(std::vector<SessionMessage>& messages);
 
   // Sectors read, in parts of those that the session has; 100 when it has none.

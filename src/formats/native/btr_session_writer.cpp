@@ -27,7 +27,7 @@ BtrSessionWriter::BtrSessionWriter(std::string targetPath, std::int32_t ownerBus
 BtrSessionWriter::~BtrSessionWriter() {
   try {
     setActive(false);
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): who cares closes the writer
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): whoever wants to know closes the writer
   }
 }
 
@@ -39,14 +39,14 @@ std::unique_ptr<ITraceWriter> BtrSessionWriter::CreateNew() const {
 
 void BtrSessionWriter::WriteHeader(const ITraceInfo& source) {
   requireActive();
-  const DateTime start = DateTime::fromOleDate(startTimeFrom(source));
+  const DateTime start = DateTime::fromOleDate(startDaysFrom(source));
   session_ = {};
   session_.version = static_cast<std::uint8_t>(std::lround(getTargetVersion()));
   session_.dateAndTime = SessionDateTime::fromDateTime(start);
-  session_.startTimestamp = static_cast<std::uint64_t>(start.microsecond);
+  session_.startTimestampUs = static_cast<std::uint64_t>(start.microsecond);
   session_.startLocation.sector = kFirstDataSector;
   SectorImage directory{};
-  writeWire(session_, directory.data());
+  storeFields(directory.data(), session_);
   output().seek(0);
   writeSector(directory);
   sector_.seal(session_.dateAndTime, kWrapCounter);

@@ -15,7 +15,7 @@ namespace xlatr {
 
 class BrixMessage;
 
-// Writes a directory of one session and its sectors behind that, one behind the other and never circularly. Takes
+// Writes a directory of one session and its sectors after it, one after the other and never circularly. Takes
 // classic frames and error frames; whatever else a trace has is left out.
 class BtrSessionWriter final : public TraceWriter {
  public:

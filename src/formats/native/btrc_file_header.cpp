@@ -10,13 +10,11 @@
 namespace xlatr {
 namespace {
 
-constexpr std::size_t kInfoSize = kWireSize<Native_RecordInfo>;
-constexpr std::size_t kCalibrationSize = kWireSize<Native_RecordTimeCalibration>;
+constexpr std::size_t kInfoSize = kLayoutSize<Native_RecordInfo>;
+constexpr std::size_t kCalibrationSize = kLayoutSize<Native_RecordTimeCalibration>;
 
-// The moment of a calibration record. Raises a ConverterParsingException for a date that there is not.
+// The moment of a calibration record. Raises a ConverterParsingException for a date that does not exist.
 DateTime dateOf(const Native_RecordTimeCalibration& record) {
-  constexpr std::uint32_t kMicrosecondsPerSecond = 1000000;
-  constexpr std::uint32_t kMicrosecondsPerMillisecond = 1000;
   platform::CalendarFields fields;
   fields.year = record.year;
   fields.month = record.month;
@@ -24,10 +22,13 @@ DateTime dateOf(const Native_RecordTimeCalibration& record) {
   fields.hour = record.hour;
   fields.minute = record.minute;
   fields.second = record.second;
-  const std::uint32_t fraction = record.microseconds % kMicrosecondsPerSecond;
-  DateTime date = DateTime::fromLocalFields(fields, static_cast<std::int32_t>(fraction / kMicrosecondsPerMillisecond),
-                                            static_cast<std::int32_t>(fraction % kMicrosecondsPerMillisecond));
-  date.seconds += record.microseconds / kMicrosecondsPerSecond;
+  using std::chrono::milliseconds;
+  const std::chrono::microseconds beyond(record.microseconds);
+  const auto wholeSeconds = std::chrono::duration_cast<std::chrono::seconds>(beyond);
+  const auto millisecond = std::chrono::duration_cast<milliseconds>(beyond - wholeSeconds);
+  DateTime date = DateTime::fromLocalFields(fields, static_cast<std::int32_t>(millisecond.count()),
+                                            static_cast<std::int32_t>((beyond % milliseconds(1)).count()));
+  date.seconds += wholeSeconds.count();
   return date;
 }
 
@@ -53,7 +54,7 @@ void BtrcFileHeader::reset() {
   errorOnRtc = false;
   valid = false;
   startDateTime = DateTime();
-  systemTime = 0;
+  systemTime = UnsignedMicroseconds::zero();
   timeCalibration.year = static_cast<std::uint16_t>(startDateTime.year);
   timeCalibration.month = static_cast<std::uint8_t>(startDateTime.month);
   timeCalibration.day = static_cast<std::uint8_t>(startDateTime.day);
@@ -65,7 +66,7 @@ void BtrcFileHeader::reset() {
 // False for a file that ends before its second record does. One that begins otherwise has no second record to look at.
 bool BtrcFileHeader::read() {
   BlockInput input(sourcePath);
-  if (!tryReadWire(input.peek(kInfoSize), info)) {
+  if (!tryReadFields(input.peek(kInfoSize), info)) {
     return false;
   }
   valid = info.header.type == RecordType::Info;
@@ -74,7 +75,7 @@ bool BtrcFileHeader::read() {
   }
   input.skip(kInfoSize);
   firstFramePosition = kInfoSize;
-  if (!tryReadWire(input.peek(kCalibrationSize), timeCalibration)) {
+  if (!tryReadFields(input.peek(kCalibrationSize), timeCalibration)) {
     return false;
   }
   readCalibration();
@@ -89,7 +90,7 @@ void BtrcFileHeader::readCalibration() {
   }
   try {
     startDateTime = dateOf(timeCalibration);
-    systemTime = timeCalibration.systemTime;
+    systemTime = UnsignedMicroseconds(timeCalibration.systemTime);
     firstFramePosition = kInfoSize + kCalibrationSize;
   } catch (const ConverterParsingException&) {
     errorOnRtc = true;
@@ -99,7 +100,7 @@ void BtrcFileHeader::readCalibration() {
 
 std::string BtrcFileHeader::getRTCRawDataString() const {
   std::array<std::uint8_t, kCalibrationSize> bytes{};
-  writeWire(timeCalibration, bytes.data());
+  storeFields(bytes.data(), timeCalibration);
   std::string text;
   for (const std::uint8_t byte : bytes) {
     text.append(hexPair(byte)).append(" ");

@@ -8,6 +8,7 @@
 #include "formats/native/native_record.hpp"
 #include "io/block_input.hpp"
 #include "util/date_time.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
@@ -29,10 +30,10 @@ class BtrcFileHeader {
   Native_RecordTimeCalibration timeCalibration;
   std::string sourcePath;
   std::uint32_t firstFramePosition = 0;  // where reading starts
-  bool errorOnRtc = false;               // the calibration record holds a date that there is not
+  bool errorOnRtc = false;               // the calibration record holds a date that does not exist
   bool valid = false;                    // the first record is the one that a file begins with
   DateTime startDateTime;
-  std::uint64_t systemTime = 0;  // the timestamp at the start of the trace, 0 if there is none
+  UnsignedMicroseconds systemTime{};  // the timestamp at the start of the trace, 0 if there is none
 
  private:
   void reset();

@@ -11,7 +11,7 @@ BtrcInfo::BtrcInfo(TraceFileInfo file) : TraceInfo(std::move(file), XLATR_FORMAT
   header_ = BtrcFileHeader(getPath());
   fileVersion_ = header_.info.version;
   headerLength_ = header_.valid ? header_.firstFramePosition : 0;
-  startTime_ = header_.startDateTime.toOleDate();
+  startDays_ = header_.startDateTime.toOleDate();
 }
 
 BtrcInfo::BtrcInfo(const std::string& path) : BtrcInfo(TraceFileInfo(path)) {}

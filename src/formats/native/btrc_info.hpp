@@ -1,4 +1,4 @@
-// What the head of a BTRC file tells.
+// What the head of a BTRC file says.
 #pragma once
 
 #include <string>

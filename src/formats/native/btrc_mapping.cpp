@@ -2,11 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <span>
-#include <type_traits>
 
-#include "formats/native/record_flags.hpp"
+#include "formats/native/native_frame_record.hpp"
 #include "messages/can_dlc.hpp"
 #include "messages/error_type.hpp"
 #include "messages/fd_kind.hpp"
@@ -25,22 +22,16 @@ std::uint8_t flagsOfErrorId(std::uint32_t id) {
   return static_cast<std::uint8_t>(errorTypeOfTrcId(id).value_or(kOtherError) << error_flag::kClassShift);
 }
 
-template <class Received, class Sent>
-void makeFrame(ZelkBinaryMessage& message, std::uint8_t dlc, std::uint16_t flags) {
+// `received` and `sent` are the types of the record in the two directions.
+void makeFrame(ZelkBinaryMessage& message, RecordType received, RecordType sent, std::uint8_t dlc,
+               std::uint16_t flags) {
   const auto allFlags = static_cast<std::uint16_t>(flags | (message.extended ? frame_flag::kExtended : 0));
   const Internal_DataFrameInfo info(static_cast<std::uint8_t>(message.bus), dlc, allFlags, message.id);
-  const std::span<const std::uint8_t> bytes(message.data);
-  const auto make = [&]<class Record>(std::type_identity<Record> /*tag*/, auto... times) {
-    if constexpr (std::is_constructible_v<Record, decltype(bytes), decltype(times)..., decltype(info)>) {
-      message.madeRecord().emplace<Record>(bytes, times..., info);
-    } else {
-      message.madeRecord().emplace<Record>(times..., info);
-    }
-  };
+  const std::uint64_t time = message.timestamp.count();
   if (message.direction == MessageDirection::Rx) {
-    make(std::type_identity<Received>(), message.timestamp);
+    appendFrame(message.rawBytes, Internal_ReceivedDataFrameHeader(received, info, time), message.data);
   } else {
-    make(std::type_identity<Sent>(), message.timestamp, message.timestamp);
+    appendFrame(message.rawBytes, Internal_SentDataFrameHeader(sent, info, time, time), message.data);
   }
 }
 
@@ -52,18 +43,19 @@ void makeStatus(ZelkBinaryMessage& message) {
       status = status << 8 | data[index];
     }
   }
-  auto& record = message.madeRecord().emplace<Native_RecordCanStatus>();
-  record.timestamp = message.timestamp;
+  Native_RecordCanStatus record;
+  record.timestamp = message.timestamp.count();
   record.bus = static_cast<std::uint8_t>(message.bus);
   for (const StatusFlag& known : kStatusFlags) {
     const bool set = (status & static_cast<std::uint32_t>(known.status)) != 0;
     record.flags = static_cast<std::uint8_t>(record.flags | (set ? known.flag : 0));
   }
+  appendFields(message.rawBytes, record);
 }
 
 void makeErrorCounters(ZelkBinaryMessage& message) {
-  auto& record = message.madeRecord().emplace<Native_RecordCanError>();
-  record.timestamp = message.timestamp;
+  Native_RecordCanError record;
+  record.timestamp = message.timestamp.count();
   record.bus = static_cast<std::uint8_t>(message.bus);
   record.flags = message.direction == MessageDirection::Tx ? error_flag::kCounters
                                                            : error_flag::kCounters | error_flag::kDirection;
@@ -71,6 +63,7 @@ void makeErrorCounters(ZelkBinaryMessage& message) {
     record.rxErrorCounter = message.data[0];
     record.txErrorCounter = message.data[1];
   }
+  appendFields(message.rawBytes, record);
 }
 
 void makeError(ZelkBinaryMessage& message) {
@@ -86,32 +79,33 @@ void makeError(ZelkBinaryMessage& message) {
     errorType = message.id;
     std::copy_n(data.begin(), rest.size(), rest.begin());
   }
-  auto& record = message.madeRecord().emplace<Native_RecordCanError>();
-  record.timestamp = message.timestamp;
+  Native_RecordCanError record;
+  record.timestamp = message.timestamp.count();
   record.bus = static_cast<std::uint8_t>(message.bus);
   record.flags = static_cast<std::uint8_t>(flagsOfErrorId(errorType) | (rest[0] != 0 ? error_flag::kDirection : 0));
   record.errorPosition = rest[1];
   record.rxErrorCounter = rest[2];
   record.txErrorCounter = rest[3];
+  appendFields(message.rawBytes, record);
 }
 
 void makeText(ZelkBinaryMessage& message, const std::string& text) {
-  message.madeRecord().emplace<Native_RecordTextMsg>(text);
+  appendComment(message.rawBytes, text);
 }
 
 void makeRecord(ZelkBinaryMessage& message) {
   const auto dlc = static_cast<std::uint8_t>(lengthToDlc(message.length));
   switch (message.kind) {
     case MessageKind::DT:
-      return makeFrame<Native_RecordCanRxMsg, Native_RecordCanTxMsg>(message, static_cast<std::uint8_t>(message.length),
-                                                                     0);
+      return makeFrame(message, RecordType::CanRxMsg, RecordType::CanTxMsg, static_cast<std::uint8_t>(message.length),
+                       0);
     case MessageKind::FD:
     case MessageKind::FB:
     case MessageKind::FE:
     case MessageKind::BI:
-      return makeFrame<Native_RecordCanRxFdMsg, Native_RecordCanTxFdMsg>(message, dlc, fdFlagsOfKind(message.kind));
+      return makeFrame(message, RecordType::CanRxFdMsg, RecordType::CanTxFdMsg, dlc, fdFlagsOfKind(message.kind));
     case MessageKind::RR:
-      return makeFrame<Native_RecordCanRxRtrMsg, Native_RecordCanTxRtrMsg>(message, dlc, frame_flag::kRemote);
+      return makeFrame(message, RecordType::CanRxRtrMsg, RecordType::CanTxRtrMsg, dlc, frame_flag::kRemote);
     case MessageKind::ST:
       return makeStatus(message);
     case MessageKind::EC:
@@ -142,26 +136,13 @@ void mapToBtrc(const BrixMessage& source, ZelkBinaryMessage& target) {
   target.commentary.assign(source.comment);
   if (source.valid && source.kind != MessageKind::Unknown) {
     makeRecord(target);
-    target.takeRecord();
+    target.takeMadeRecord();
     target.valid = source.kind <= MessageKind::EV;
   } else {
     makeText(target, target.commentary);
-    target.takeRecord();
+    target.takeMadeRecord();
     target.recordType = RecordType::Invalid;
   }
-}
-
-std::uint64_t wrappedMicroseconds(double milliseconds) {
-  constexpr double kTwoTo63 = 9223372036854775808.0;
-  constexpr double kTwoTo64 = 2.0 * kTwoTo63;
-  const double microseconds = std::round(milliseconds * 1000.0);
-  if (microseconds >= 0.0 && microseconds < kTwoTo64) {
-    return static_cast<std::uint64_t>(microseconds);
-  }
-  if (microseconds < 0.0 && microseconds >= -kTwoTo63) {
-    return static_cast<std::uint64_t>(static_cast<std::int64_t>(microseconds));
-  }
-  return 0;
 }
 
 }  // namespace xlatr

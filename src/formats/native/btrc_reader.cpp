@@ -42,7 +42,7 @@ std::optional<std::span<const std::uint8_t>> BtrcReader::nextRecord(Native_Recor
     return std::nullopt;
   }
   try {
-    if (!tryReadWire(input_->peek(kRecordHeaderSize), header)) {
+    if (!tryReadFields(input_->peek(kRecordHeaderSize), header)) {
       return std::nullopt;
     }
     const std::size_t size = std::max<std::size_t>(header.size, kRecordHeaderSize);

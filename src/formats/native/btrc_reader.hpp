@@ -11,10 +11,11 @@
 #include "formats/native/zelk_message.hpp"
 #include "io/block_input.hpp"
 #include "io/trace_reader.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
-// Hands out one message a record, whatever the record is. Times count from the start of the trace. Reading ends with
+// Hands out one message per record, whatever the record is. Times count from the start of the trace. Reading ends with
 // the file, and at a record that says it is shorter than its own header: there is no telling where the next one begins.
 // A caller that can't use a record goes on at the next block, which begins with a record.
 class BtrcReader final : public TraceReader {
@@ -30,7 +31,7 @@ class BtrcReader final : public TraceReader {
   // The same into a message that is used again and again, so that reading allocates nothing; false at the end.
   [[nodiscard]] bool readInto(ZelkBinaryMessage& message);
 
-  // Goes on at the next end of a block and answers a report of that; at the end of a block a whole one is skipped. The
+  // Goes on at the next end of a block and returns a report of that; at the end of a block a whole one is skipped. The
   // report is empty while inactive.
   std::string SkipCurrentBlock();
 

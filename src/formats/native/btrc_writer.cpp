@@ -13,29 +13,24 @@
 namespace xlatr {
 namespace {
 
-constexpr std::int8_t kMicroseconds = -6;
 constexpr std::uint64_t kBlockSize = std::uint64_t{Native_RecordInfo::kDefaultBlockSize} * BtrcFileHeader::kBlockUnit;
 
-constexpr std::int32_t kMicrosecondsPerMillisecond = 1000;
-
-// Microseconds from 0001-01-01 00:00:00.
-std::uint64_t systemTimeOf(const DateTime& date) {
-  constexpr std::int64_t kSecondsTo1970 = 62135596800;
-  constexpr std::int64_t kMicrosecondsPerSecond = 1000000;
-  return static_cast<std::uint64_t>((kSecondsTo1970 + date.seconds) * kMicrosecondsPerSecond +
-                                    std::int64_t{date.millisecond} * kMicrosecondsPerMillisecond + date.microsecond);
+// The time since 0001-01-01 00:00:00.
+UnsignedMicroseconds systemTimeOf(const DateTime& date) {
+  constexpr std::chrono::seconds kFromYearOneTo1970(62135596800);
+  return kFromYearOneTo1970 + std::chrono::seconds(date.seconds) + date.fraction();
 }
 
-Native_RecordTimeCalibration calibrationOf(const DateTime& date, std::uint64_t systemTime) {
+Native_RecordTimeCalibration calibrationOf(const DateTime& date, UnsignedMicroseconds systemTime) {
   Native_RecordTimeCalibration record;
-  record.systemTime = systemTime;
+  record.systemTime = systemTime.count();
   record.year = static_cast<std::uint16_t>(date.year);
   record.month = static_cast<std::uint8_t>(date.month);
   record.day = static_cast<std::uint8_t>(date.day);
   record.hour = static_cast<std::uint8_t>(date.hour);
   record.minute = static_cast<std::uint8_t>(date.minute);
   record.second = static_cast<std::uint8_t>(date.second);
-  record.microseconds = static_cast<std::uint32_t>(date.millisecond * kMicrosecondsPerMillisecond + date.microsecond);
+  record.microseconds = static_cast<std::uint32_t>(date.fraction().count());
   return record;
 }
 
@@ -47,7 +42,7 @@ BtrcWriter::BtrcWriter(std::string targetPath, bool overrideExistingFile, double
 BtrcWriter::~BtrcWriter() {
   try {
     setActive(false);
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): who cares closes the writer
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): whoever wants to know closes the writer
   }
 }
 
@@ -85,7 +80,7 @@ std::uint64_t BtrcWriter::blockLimit() const {
 
 void BtrcWriter::WriteHeader(const ITraceInfo& source) {
   requireWriting();
-  const double startTime = startTimeFrom(source);
+  const double startDays = startDaysFrom(source);
   const std::string version = formatFixed(getTargetVersion(), 0);
   const bool calibrated = version == "1";
   if (!calibrated && version != "0") {
@@ -93,14 +88,14 @@ void BtrcWriter::WriteHeader(const ITraceInfo& source) {
   }
   Native_RecordInfo info;
   info.version = calibrated ? 1 : 0;
-  info.timeScalingExponent = kMicroseconds;
+  info.timeScalingExponent = TimeScale::kMicroseconds;
   scratch_.clear();
-  info.appendTo(scratch_);
-  systemTime_ = 0;
+  appendFields(scratch_, info);
+  systemTime_ = UnsignedMicroseconds::zero();
   if (calibrated) {
-    const DateTime start = DateTime::fromOleDate(startTime);
+    const DateTime start = DateTime::fromOleDate(startDays);
     systemTime_ = systemTimeOf(start);
-    calibrationOf(start, systemTime_).appendTo(scratch_);
+    appendFields(scratch_, calibrationOf(start, systemTime_));
   }
   output().seek(0);
   position_ = 0;
@@ -108,9 +103,11 @@ void BtrcWriter::WriteHeader(const ITraceInfo& source) {
 }
 
 void BtrcWriter::WriteComment(std::string_view text) {
-  constexpr std::uint64_t kNoTime = 0;
+  constexpr UnsignedMicroseconds kNoTime(0);
   requireWriting();
-  writeRecord(kNoTime, Native_RecordTextMsg(text).Serialize());
+  Bytes record;
+  appendComment(record, text);
+  writeRecord(kNoTime, record);
 }
 
 void BtrcWriter::WriteMessage(const IMessage& message) {
@@ -129,7 +126,7 @@ void BtrcWriter::WriteMessage(const IMessage& message) {
 }
 
 // The totals that open a block don't count the record in hand.
-void BtrcWriter::writeRecord(std::uint64_t timestamp, std::span<const std::uint8_t> record) {
+void BtrcWriter::writeRecord(UnsignedMicroseconds timestamp, std::span<const std::uint8_t> record) {
   if (position_ >= blockLimit()) {
     raiseFailure(FailureKind::Parsing,
                  "BlockLimitWasReached: Binary-Stream position is greater than the BTRC file size");
@@ -154,13 +151,17 @@ void BtrcWriter::writeRecord(std::uint64_t timestamp, std::span<const std::uint8
 // Fills the current block to its end.
 void BtrcWriter::fillBlock() {
   scratch_.clear();
-  Native_RecordInvalid(blockLimit() - position_).appendTo(scratch_);
+  appendFiller(scratch_, static_cast<std::size_t>(blockLimit() - position_));
   writeBytes(scratch_);
 }
 
-void BtrcWriter::writeCounter(std::uint64_t timestamp) {
+void BtrcWriter::writeCounter(UnsignedMicroseconds timestamp) {
   scratch_.clear();
-  Native_RecordCounter(timestamp, totalRecords_, totalMessages_).appendTo(scratch_);
+  Native_RecordCounter record;
+  record.timestamp = timestamp.count();
+  record.totalRecords = totalRecords_;
+  record.totalMessages = totalMessages_;
+  appendFields(scratch_, record);
   writeBytes(scratch_);
 }
 

@@ -12,12 +12,13 @@
 #include "formats/native/native_record.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "io/trace_writer.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
-// Writes the messages of TRC traces and comments, a record each, in blocks of equal length: a record never runs over
-// the end of a block but when it is longer than one, so that a reader can go on at any block behind a damaged one. Each
-// block but the first begins with a record of the totals.
+// Writes the messages of TRC traces and comments, one record for each, in blocks of equal length: a record never runs
+// over the end of a block unless it is longer than one, so that a reader can go on at any block after a damaged one.
+// Each block but the first begins with a record of the totals.
 //
 // Unlike those of other writers its failures of use are ConverterParsingExceptions.
 class BtrcWriter final : public TraceWriter {
@@ -29,7 +30,7 @@ class BtrcWriter final : public TraceWriter {
   // Writes the head at the start of the file. The target version, without decimals, says which: 1 has the start of the
   // trace, to which all times are then moved, and 0 has none. There is no head of another version.
   void WriteHeader(const ITraceInfo& source) override;
-  // A text that takes a block of its own, or more, is written, and nothing can be written behind it.
+  // A text that takes a block of its own, or more, is written, and nothing can be written after it.
   void WriteComment(std::string_view text) override;
   // A CAN XL message has no record and is left out.
   void WriteMessage(const IMessage& message) override;
@@ -42,17 +43,17 @@ class BtrcWriter final : public TraceWriter {
  private:
   void requireWriting() const;
   [[nodiscard]] std::uint64_t blockLimit() const;
-  void writeRecord(std::uint64_t timestamp, std::span<const std::uint8_t> record);
+  void writeRecord(UnsignedMicroseconds timestamp, std::span<const std::uint8_t> record);
   void fillBlock();
-  void writeCounter(std::uint64_t timestamp);
+  void writeCounter(UnsignedMicroseconds timestamp);
   void writeBytes(std::span<const std::uint8_t> bytes);
 
   std::uint64_t position_ = 0;    // bytes from the start of the file
   std::uint32_t blockIndex_ = 1;  // number of the current block
   std::uint64_t totalRecords_ = 0;
   std::uint64_t totalMessages_ = 0;
-  std::uint64_t systemTime_ = 0;  // microseconds from the year 1 to the start of the trace
-  ZelkBinaryMessage mapped_;      // of the message in hand, used again for each
+  UnsignedMicroseconds systemTime_{};  // from the year 1 to the start of the trace
+  ZelkBinaryMessage mapped_;           // of the message in hand, used again for each
   std::vector<std::uint8_t> scratch_;
 };
 

@@ -6,6 +6,7 @@
 
 #include "formats/native/btr_layout.hpp"
 #include "messages/message.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
@@ -13,7 +14,7 @@ namespace xlatr {
 class SessionMessage final : public IMessage {
  public:
   SessionMessage() = default;
-  SessionMessage(const MsgEntry& slot, double milliseconds) : entry(slot), time(milliseconds) {}
+  SessionMessage(const MsgEntry& slot, RealMilliseconds timeOfFrame) : entry(slot), time(timeOfFrame) {}
 
   [[nodiscard]] std::uint32_t getIdentifier() const override { return entry.id; }
   // Whether the slot holds a frame with an identifier, or an error or status frame of a bus.
@@ -23,7 +24,7 @@ class SessionMessage final : public IMessage {
   [[nodiscard]] const std::uint8_t* getData() const override { return entry.data.data(); }
 
   MsgEntry entry;
-  double time = 0.0;  // milliseconds since the start of the session, at which its time stamps begin
+  RealMilliseconds time{};  // since the start of the session, at which its time stamps begin
 };
 
 }  // namespace xlatr

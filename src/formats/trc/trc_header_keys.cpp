@@ -1,9 +1,5 @@
 #include "formats/trc/trc_header_keys.hpp"
 
-#include <algorithm>
-#include <array>
-#include <vector>
-
 #include "util/date_time.hpp"
 #include "util/key_search.hpp"
 #include "util/text.hpp"
@@ -16,7 +12,7 @@ bool isAlphanumeric(char character) {
   return isDecimalDigit(character) || (upper >= 'A' && upper <= 'Z');
 }
 
-// Blanks, then dd.mm.yyyy HH:MM: and the seconds with whatever fraction; answers all of it.
+// Blanks, then dd.mm.yyyy HH:MM: and the seconds with any fraction; returns all of it.
 std::optional<std::string_view> matchDate(std::string_view text) {
   constexpr std::string_view kShape = "00.00.0000 00:00:";  // 0 is a digit, a blank any space
   const std::size_t blanks = countLeading(text, isSpaceCharacter);
@@ -40,35 +36,14 @@ std::optional<std::string_view> matchDate(std::string_view text) {
   return text.substr(0, blanks + kShape.size() + seconds);
 }
 
-struct ColumnLetter {
-  char letter;
-  TrcColumnSet bit;
-};
-
-constexpr std::array kColumnLetters = {
-    ColumnLetter{'B', trc_column::kBus},        ColumnLetter{'d', trc_column::kDirection},
-    ColumnLetter{'D', trc_column::kData},       ColumnLetter{'I', trc_column::kIdentifier},
-    ColumnLetter{'l', trc_column::kLength},     ColumnLetter{'L', trc_column::kDlc},
-    ColumnLetter{'N', trc_column::kNumber},     ColumnLetter{'O', trc_column::kOffset},
-    ColumnLetter{'R', trc_column::kReserved},   ColumnLetter{'T', trc_column::kType},
-    ColumnLetter{'A', trc_column::kAcceptance}, ColumnLetter{'r', trc_column::kRrs},
-    ColumnLetter{'s', trc_column::kSec},        ColumnLetter{'S', trc_column::kSdt},
-    ColumnLetter{'V', trc_column::kVcid},
-};
-
-TrcColumnSet columnBit(char letter) {
-  const auto* const found = std::ranges::find(kColumnLetters, letter, &ColumnLetter::letter);
-  return found == kColumnLetters.end() ? 0 : found->bit;
-}
-
-// Letters with at most one comma behind each. Between two commas the first letter alone counts.
+// Letters with at most one comma after each. Between two commas the first letter alone counts.
 std::optional<TrcColumnSet> matchColumns(std::string_view text) {
   TrcColumnSet columns = 0;
   bool startsPart = true;
   std::size_t at = 0;
-  while (at < text.size() && columnBit(text[at]) != 0) {
+  while (at < text.size() && trcColumnOfLetter(text[at]) != 0) {
     if (startsPart) {
-      columns |= columnBit(text[at]);
+      columns |= trcColumnOfLetter(text[at]);
     }
     ++at;
     startsPart = at < text.size() && text[at] == ',';
@@ -117,14 +92,14 @@ double TrcHeaderKeys::fileVersion() const {
   return fileVersion_.value_or(hasOldStyleMark_ ? 1.0 : 0.0);
 }
 
-double TrcHeaderKeys::startTime() const {
+double TrcHeaderKeys::startDays() const {
   if (startNumber_) {
     return *startNumber_;
   }
   if (!startText_) {
     return 0.0;
   }
-  // One character behind the colon is dropped, whether it is a blank or, where there is none, a digit of the day.
+  // One character after the colon is dropped, whether it is a blank or, without one, a digit of the day.
   return DateTime::parseGerman(startText_->substr(1)).toOleDate();
 }
 

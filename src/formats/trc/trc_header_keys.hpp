@@ -1,4 +1,4 @@
-// What is looked for in the comment lines at the start of a TRC file.
+// The keys in the comment lines at the start of a TRC file.
 #pragma once
 
 #include <optional>
@@ -9,18 +9,18 @@
 
 namespace xlatr {
 
-// The values of a header, gathered line by line: a key that was found is not looked for again, and no key reaches over
-// the end of a line. So a header of any length takes no memory.
+// The values of a header, gathered line by line: a key that was found is not looked for again, and no key reaches
+// beyond the end of a line. So a header of any length takes no memory.
 class TrcHeaderKeys {
  public:
   // Takes one line of the header, without its line end.
   void look(std::string_view line);
 
-  // Version 1.0 wrote no version, but is known by the marks of the programs that wrote it. 0.0 when there is neither.
+  // Files of 1.0 state no version, but carry the marks of the programs that wrote them. 0.0 without either.
   [[nodiscard]] double fileVersion() const;
   // Days since 1899-12-30; 0.0 when the header states no start. Raises a ConverterParsingException for a date whose
   // fields are out of range.
-  [[nodiscard]] double startTime() const;
+  [[nodiscard]] double startDays() const;
   // The columns that $COLUMNS lists; 0 without the key.
   [[nodiscard]] TrcColumnSet columnSet() const { return columnSet_.value_or(0); }
   [[nodiscard]] std::string networkName() const { return networkName_.value_or(std::string()); }

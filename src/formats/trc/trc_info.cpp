@@ -37,11 +37,11 @@ void TrcInfo::readHeader() {
   fileVersion_ = keys.fileVersion();
   networkName_ = keys.networkName();
   try {
-    startTime_ = keys.startTime();
+    startDays_ = keys.startDays();
   } catch (const std::exception&) {
-    startTime_ = 0.0;  // a date that is none is no start time
+    startDays_ = 0.0;  // a date out of range is no start time
   }
-  if (fileVersion_ >= kTrcVersionNumbers[static_cast<std::size_t>(TrcVersion::V2_0)]) {
+  if (listsTrcColumns(fileVersion_)) {
     columnSet_ = keys.columnSet();
   }
 }

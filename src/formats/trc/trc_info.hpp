@@ -1,4 +1,4 @@
-// What the header of a TRC file tells.
+// What the header of a TRC file says.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,8 @@
 
 namespace xlatr {
 
-// Reads the header once, at construction. Nothing is raised for a file that can't be read or understood: it is not
-// valid then. A header key that stands twice counts where it stands first.
+// Reads the header once, at construction. A file that can't be read or understood is not valid; nothing is raised.
+// Of a header key that occurs twice the first one counts.
 class TrcInfo final : public TraceInfo {
  public:
   explicit TrcInfo(TraceFileInfo file);

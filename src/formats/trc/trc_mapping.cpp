@@ -7,14 +7,14 @@ namespace {
 
 constexpr std::size_t kReservedBytes = 70;  // more than the longest CAN FD frame
 
-// A message as it stands in a file with columns, whatever it came from.
+// A message as in a file with columns, whatever its source.
 void prepare(BrixMessage& target) {
   target.reset();
   target.columnBased = true;
   target.data.reserve(kReservedBytes);
 }
 
-// The same for one of a CAN bus, with what all those have in common.
+// The same for a message of a CAN bus, with what all of these have in common.
 void prepare(const MessageStyleCan& source, BrixMessage& target) {
   prepare(target);
   target.bus = source.bus;
@@ -50,7 +50,7 @@ void setStatus(std::string_view text, BrixMessage& target) {
                  static_cast<std::uint8_t>(mask >> 8), static_cast<std::uint8_t>(mask)};
 }
 
-// MF4 counts the types of errors from 1 and knows no number for others. Positions count from the start of the frame,
+// MF4 counts error types from 1 and has no number for others. Positions count from the start of the frame,
 // those of a TRC line from three bits before it.
 void setMdfError(const MdfCanMessage& source, BrixMessage& target) {
   const bool known = source.errorType >= 1 && source.errorType <= kOtherError;
@@ -63,7 +63,7 @@ void setMdfError(const MdfCanMessage& source, BrixMessage& target) {
 
 void mapToTrc(const AscMessage& source, BrixMessage& target) {
   prepare(source, target);
-  target.timeOffset = source.time * 1000.0;
+  target.timeOffset = source.time;
   target.remote = source.isRemote();
   switch (source.type) {
     case MessageType::Rx:
@@ -90,7 +90,7 @@ void mapToTrc(const AscMessage& source, BrixMessage& target) {
 
 void mapToTrc(const MdfCanMessage& source, BrixMessage& target) {
   prepare(source, target);
-  target.timeOffset = source.time / 1000.0;
+  target.timeOffset = source.time;
   target.kind = source.kind;
   target.remote = source.isRemote;
   if (source.type == MessageType::Error) {
@@ -126,9 +126,8 @@ void mapToTrc(const SessionMessage& source, BrixMessage& target) {
 }
 
 void mapToTrc(const ZelkBinaryMessage& source, BrixMessage& target) {
-  constexpr double kMicrosecondsPerMillisecond = 1000.0;
   prepare(source, target);
-  target.timeOffset = static_cast<double>(source.timestamp) / kMicrosecondsPerMillisecond;
+  target.timeOffset = source.timestamp;
   target.bus = source.bus + 1;
   target.kind = source.kind;
   target.remote = source.remote;

@@ -9,8 +9,11 @@
 #include "formats/trc/trc_columns.hpp"
 #include "messages/message.hpp"
 #include "util/text_buffer.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
+
+struct TrcVersion;
 
 // What a CAN XL frame has beyond the others (CiA 610-1).
 struct CanXlFields {
@@ -23,29 +26,30 @@ struct CanXlFields {
   bool operator==(const CanXlFields&) const = default;
 };
 
-// One line of a TRC file of any version, and what becomes one: a writer of TRC files turns every other class into this
-// one first. Bus numbers count from 1; 255 is a line whose bus column holds no number, 0 a line without that column.
+// One line of a TRC file of any version. A writer of TRC files turns every other class of message into this one first.
+// Bus numbers count from 1; 255 is a line whose bus column holds no number, 0 a line without that column.
 class BrixMessage final : public MessageStyleCan {
  public:
   BrixMessage() { bus = 1; }
 
-  // Back to what a new message is, keeping the storage of its texts and data.
+  // Makes it like a new message, but keeps the storage of its texts and data.
   void reset();
 
   // Reads a line of a file of this version, after a reset. A line that can't be understood leaves the message not
   // valid, with what was read up to there, and the line as its parsing text; nothing is raised for it. The column set
-  // is that of the file's header and is looked at from version 2.0 on. A version that is none of the known ones reads
-  // nothing.
-  void parseLine(std::string_view line, double version, TrcColumnSet columns);
+  // is that of the file's header and counts from version 2.0 on. A null version, which stands for an unknown
+  // one, reads nothing.
+  void parseLine(std::string_view line, const TrcVersion* version, TrcColumnSet columns);
 
-  // Appends the line of a file of this version, without line end; nothing when the message is not valid or the version
-  // is none of the known ones. A column set that is not 0 is used instead of the message's own.
-  void appendText(TextBuffer& out, double version, std::uint64_t number, TrcColumnSet columns) const;
+  // Appends the line of a file of this version, without line end; nothing if the message is not valid or the version
+  // is null, which stands for an unknown one. A column set that is not 0 is used instead of the message's own.
+  void appendText(TextBuffer& out, const TrcVersion* version, std::uint64_t number, TrcColumnSet columns) const;
 
-  // Whether the message can stand in a file of this version: false for every version that is not a known one.
+  // Whether a file of this version can hold the message; false for an unknown version.
   [[nodiscard]] bool ValidateForTargetVersion(double version) const;
+  [[nodiscard]] bool canStandIn(const TrcVersion* version) const;
 
-  double timeOffset = 0.0;  // milliseconds since the start of the trace
+  RealMilliseconds timeOffset{};  // since the start of the trace
   MessageKind kind = MessageKind::Unknown;
   std::string comment;         // what follows the data on the line, the text of a status, or the text of an event
   std::string parsingText;     // the line as read
@@ -55,10 +59,5 @@ class BrixMessage final : public MessageStyleCan {
   bool remote = false;
   CanXlFields xl;
 };
-
-// Whether a valid message of these properties can stand in a TRC file of this version: false for every version that is
-// not a known one. For messages that become a BrixMessage, so that none has to be made for the question.
-[[nodiscard]] bool canStandInTrc(double version, std::uint32_t length, MessageType type, MessageKind kind,
-                                 bool columnBased);
 
 }  // namespace xlatr

@@ -6,10 +6,11 @@
 #include <limits>
 #include <span>
 
+#include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "messages/can_dlc.hpp"
 #include "util/numbers.hpp"
 #include "util/text.hpp"
-#include "util/token_cursor.hpp"
 
 namespace xlatr {
 namespace {
@@ -18,13 +19,16 @@ constexpr std::uint32_t kMaxClassicLength = 8;
 constexpr std::uint32_t kUnnumberedBus = 255;
 constexpr std::string_view kNone = "-";
 
-using TrcTokens = TokenCursor<' '>;
+// Each of the parsers below returns false at the first token that is missing or can't be understood.
 
-// Each of the parsers below answers false at the first token that is missing or can't be understood.
+// Messages are numbered again on writing.
+void skipNumber(TrcTokens& tokens) {
+  tokens.take();
+}
 
 bool parseTime(TrcTokens& tokens, BrixMessage& message) {
   const RealPrefix time = parseRealPrefix(tokens.take());
-  message.timeOffset = time.value;
+  message.timeOffset = RealMilliseconds(time.value);
   return time.consumed > 0;
 }
 
@@ -92,7 +96,7 @@ bool parseData(TrcTokens& tokens, BrixMessage& message, ByteForm form) {
   return count == message.length;
 }
 
-// The words of the bus status, which only their bits tell where the line does not spell them out.
+// The words of the bus status, from its bits if the line does not spell them out.
 void nameStatus(BrixMessage& message) {
   const auto& data = message.data;
   if (message.kind == MessageKind::ST && message.comment.empty() && message.length == 4 && data.size() == 4) {
@@ -111,7 +115,7 @@ bool takeRemoteWord(TrcTokens& tokens, BrixMessage& message) {
   return true;
 }
 
-// What 1.0, 1.1 and 1.2 have behind their bus and type columns.
+// What follows the bus and type columns in 1.0, 1.1 and 1.2.
 bool parseClassicTail(TrcTokens& tokens, BrixMessage& message) {
   if (!parseIdentifier(tokens, message) || !parseClassicLength(tokens, message)) {
     return false;
@@ -141,37 +145,10 @@ bool parseClassicTail(TrcTokens& tokens, BrixMessage& message) {
   return true;
 }
 
-bool parse10(TrcTokens& tokens, BrixMessage& message) {
-  message.type = MessageType::Rx;
-  message.direction = MessageDirection::Rx;
-  return parseTime(tokens, message) && parseClassicTail(tokens, message);
-}
-
-bool parse11(TrcTokens& tokens, BrixMessage& message) {
-  return parseTime(tokens, message) && parseTypeWord(tokens, message) && parseClassicTail(tokens, message);
-}
-
-bool parse12(TrcTokens& tokens, BrixMessage& message) {
-  return parseTime(tokens, message) && parseBus(tokens, message) && parseTypeWord(tokens, message) &&
-         parseClassicTail(tokens, message);
-}
-
-bool parse13(TrcTokens& tokens, BrixMessage& message) {
-  if (!parseTime(tokens, message) || !parseBus(tokens, message) || !parseTypeWord(tokens, message) ||
-      !parseIdentifier(tokens, message) || !parseReserved(tokens, message) || !parseClassicLength(tokens, message)) {
-    return false;
-  }
-  if (message.type == MessageType::Warng) {
-    message.kind = MessageKind::ST;
-  } else if (message.type == MessageType::Error) {
-    message.kind = message.id == 0 ? MessageKind::EC : MessageKind::ER;
-  } else {
-    message.kind = MessageKind::DT;
-  }
-  return takeRemoteWord(tokens, message) || parseData(tokens, message, ByteForm::AnyWidth);
-}
-
 // The column-based versions ------------------------------------------------------------------------------------------
+
+// Whether lines of the version can have the columns of CAN XL.
+enum class XlColumns { None, MayBe };
 
 constexpr std::array kXlColumns = {trc_column::kVcid, trc_column::kSdt, trc_column::kAcceptance, trc_column::kRrs,
                                    trc_column::kSec};
@@ -191,7 +168,7 @@ MessageType typeOfKind(const BrixMessage& message) {
   }
 }
 
-// An event's text is all that is left of the line, its words joined by one blank.
+// An event's text is the rest of the line, its words joined by one blank.
 void parseEvent(TrcTokens& tokens, BrixMessage& message) {
   while (!tokens.atEnd()) {
     if (!message.comment.empty()) {
@@ -202,8 +179,8 @@ void parseEvent(TrcTokens& tokens, BrixMessage& message) {
 }
 
 // Status, error counter and error lines have no identifier and a fixed length. Lines of 2.0 leave the length out too
-// and have their data right behind the direction.
-bool parseWithoutIdentifier(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
+// and have their data right after the direction.
+bool parseWithoutIdentifier(TrcTokens& tokens, XlColumns xlColumns, BrixMessage& message) {
   message.direction = MessageDirection::Rx;
   if (message.kind == MessageKind::ST) {
     message.length = 4;
@@ -221,7 +198,7 @@ bool parseWithoutIdentifier(TrcTokens& tokens, TrcVersion version, BrixMessage& 
   if ((message.columnSet & trc_column::kReserved) != 0) {
     tokens.take();
   }
-  if (version == TrcVersion::V3_0) {
+  if (xlColumns == XlColumns::MayBe) {
     const auto present = [&message](TrcColumnSet column) { return (message.columnSet & column) != 0; };
     tokens.skip(static_cast<std::size_t>(std::ranges::count_if(kXlColumns, present)));
   }
@@ -270,7 +247,7 @@ bool parseLengthOrDlc(TrcTokens& tokens, BrixMessage& message) {
   return true;
 }
 
-bool parseFrame(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
+bool parseFrame(TrcTokens& tokens, XlColumns xlColumns, BrixMessage& message) {
   if (!parseIdentifier(tokens, message)) {
     return false;
   }
@@ -282,7 +259,7 @@ bool parseFrame(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
   if ((message.columnSet & trc_column::kReserved) != 0 && !parseReserved(tokens, message)) {
     return false;
   }
-  if (version == TrcVersion::V3_0 && !parseXlColumns(tokens, message)) {
+  if (xlColumns == XlColumns::MayBe && !parseXlColumns(tokens, message)) {
     return false;
   }
   if (!parseLengthOrDlc(tokens, message)) {
@@ -292,8 +269,11 @@ bool parseFrame(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
   return message.remote || parseData(tokens, message, ByteForm::AnyWidth);
 }
 
-bool parseColumns(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
+bool parseColumns(TrcTokens& tokens, XlColumns xlColumns, BrixMessage& message) {
   message.columnBased = true;
+  if ((message.columnSet & trc_column::kNumber) != 0) {
+    skipNumber(tokens);
+  }
   if (!parseTime(tokens, message)) {
     return false;
   }
@@ -317,38 +297,62 @@ bool parseColumns(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
     case MessageKind::ST:
     case MessageKind::EC:
     case MessageKind::ER:
-      understood = parseWithoutIdentifier(tokens, version, message);
+      understood = parseWithoutIdentifier(tokens, xlColumns, message);
       break;
     default:
-      understood = parseFrame(tokens, version, message);
+      understood = parseFrame(tokens, xlColumns, message);
   }
   message.type = typeOfKind(message);
   return understood;
 }
 
-bool parseTokens(TrcTokens& tokens, TrcVersion version, BrixMessage& message) {
-  if (!isColumnBased(version) || (message.columnSet & trc_column::kNumber) != 0) {
-    tokens.take();  // the message number, which is counted anew on writing
-  }
-  switch (version) {
-    case TrcVersion::V1_0:
-      return parse10(tokens, message);
-    case TrcVersion::V1_1:
-      return parse11(tokens, message);
-    case TrcVersion::V1_2:
-      return parse12(tokens, message);
-    case TrcVersion::V1_3:
-      return parse13(tokens, message);
-    default:
-      return parseColumns(tokens, version, message);
-  }
-}
-
 }  // namespace
 
-void parseTrcLine(std::string_view line, TrcVersion version, BrixMessage& message) {
+bool parseTrc10(TrcTokens& tokens, BrixMessage& message) {
+  skipNumber(tokens);
+  message.type = MessageType::Rx;
+  message.direction = MessageDirection::Rx;
+  return parseTime(tokens, message) && parseClassicTail(tokens, message);
+}
+
+bool parseTrc11(TrcTokens& tokens, BrixMessage& message) {
+  skipNumber(tokens);
+  return parseTime(tokens, message) && parseTypeWord(tokens, message) && parseClassicTail(tokens, message);
+}
+
+bool parseTrc12(TrcTokens& tokens, BrixMessage& message) {
+  skipNumber(tokens);
+  return parseTime(tokens, message) && parseBus(tokens, message) && parseTypeWord(tokens, message) &&
+         parseClassicTail(tokens, message);
+}
+
+bool parseTrc13(TrcTokens& tokens, BrixMessage& message) {
+  skipNumber(tokens);
+  if (!parseTime(tokens, message) || !parseBus(tokens, message) || !parseTypeWord(tokens, message) ||
+      !parseIdentifier(tokens, message) || !parseReserved(tokens, message) || !parseClassicLength(tokens, message)) {
+    return false;
+  }
+  if (message.type == MessageType::Warng) {
+    message.kind = MessageKind::ST;
+  } else if (message.type == MessageType::Error) {
+    message.kind = message.id == 0 ? MessageKind::EC : MessageKind::ER;
+  } else {
+    message.kind = MessageKind::DT;
+  }
+  return takeRemoteWord(tokens, message) || parseData(tokens, message, ByteForm::AnyWidth);
+}
+
+bool parseTrc20(TrcTokens& tokens, BrixMessage& message) {
+  return parseColumns(tokens, XlColumns::None, message);
+}
+
+bool parseTrc30(TrcTokens& tokens, BrixMessage& message) {
+  return parseColumns(tokens, XlColumns::MayBe, message);
+}
+
+void parseTrcLine(std::string_view line, const TrcVersion& version, BrixMessage& message) {
   TrcTokens tokens(line);
-  message.valid = parseTokens(tokens, version, message);
+  message.valid = version.parse(tokens, message);
   if (message.valid) {
     nameStatus(message);
   }

@@ -3,13 +3,27 @@
 
 #include <string_view>
 
-#include "formats/trc/trc_message.hpp"
-#include "formats/trc/trc_version.hpp"
+#include "util/token_cursor.hpp"
 
 namespace xlatr {
 
-// Fills `message`, which is fresh but for its column set and parsing text, from the line of a file of this version, and
-// sets its valid flag when the line was understood. Raises nothing and keeps nothing of `line`.
-void parseTrcLine(std::string_view line, TrcVersion version, BrixMessage& message);
+class BrixMessage;
+struct TrcVersion;
+
+using TrcTokens = TokenCursor<' '>;
+
+// Fills a message from the tokens of a line; false at the first token that is missing or can't be understood.
+using TrcLineParser = bool (*)(TrcTokens& tokens, BrixMessage& message);
+
+bool parseTrc10(TrcTokens& tokens, BrixMessage& message);
+bool parseTrc11(TrcTokens& tokens, BrixMessage& message);
+bool parseTrc12(TrcTokens& tokens, BrixMessage& message);
+bool parseTrc13(TrcTokens& tokens, BrixMessage& message);
+bool parseTrc20(TrcTokens& tokens, BrixMessage& message);  // 2.1 too: the message's column set tells them apart
+bool parseTrc30(TrcTokens& tokens, BrixMessage& message);
+
+// Fills `message`, which is fresh except for its column set and parsing text, from the line of a file of this version,
+// and sets its valid flag if the line was understood. Raises nothing and keeps no reference to `line`.
+void parseTrcLine(std::string_view line, const TrcVersion& version, BrixMessage& message);
 
 }  // namespace xlatr

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <span>
 
+#include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "messages/can_dlc.hpp"
 #include "util/render.hpp"
 
@@ -11,41 +13,39 @@ namespace xlatr {
 namespace {
 
 constexpr std::size_t kBaseIdDigits = 4;
-constexpr std::size_t kBaseIdDigits30 = 3;
 constexpr std::uint32_t kUnnumberedBus = 255;
 
-// What of a message all columns of a line agree on.
-struct LineContent {
-  std::uint32_t id;
-  std::uint32_t length;
-  std::span<const std::uint8_t> data;  // at most `length` bytes
-};
-
-LineContent contentOf(const BrixMessage& message, TrcVersion version) {
+TrcLine lineOf(const BrixMessage& message, const TrcVersion& version, std::uint64_t number, TrcColumnSet columns) {
   constexpr std::uint32_t kErrorBytes = 4;
-  LineContent content{message.id, message.length, message.data};
-  // The column-based versions keep the kind of an error in front of its four bytes, the others as the identifier.
-  if (message.kind == MessageKind::ER && !isColumnBased(version) && content.length > kErrorBytes &&
-      !content.data.empty()) {
-    content.id = content.data.front();
-    content.data = content.data.subspan(1);
-    content.length = kErrorBytes;
+  TrcLine line{number, columns, message.id, message.length, message.data};
+  // The column-based versions keep the kind of an error before its four bytes, the others as the identifier.
+  if (message.kind == MessageKind::ER && !version.isColumnBased() && line.length > kErrorBytes && !line.data.empty()) {
+    line.id = line.data.front();
+    line.data = line.data.subspan(1);
+    line.length = kErrorBytes;
   }
-  content.data = content.data.first(std::min<std::size_t>(content.data.size(), content.length));
-  return content;
+  line.data = line.data.first(std::min<std::size_t>(line.data.size(), line.length));
+  return line;
 }
 
-void appendData(TextBuffer& out, const BrixMessage& message, TrcVersion version, const LineContent& content) {
-  if (!message.remote) {
-    appendHexBytes(out, content.data);
-  } else if (!isColumnBased(version)) {
+// A remote frame has no data; the versions with fixed columns say so in a word.
+void appendDataOrWord(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  if (message.remote) {
     out.append("RTR");
+  } else {
+    appendHexBytes(out, line.data);
   }
 }
 
-void appendWholeMilliseconds(TextBuffer& out, double milliseconds) {
+void appendDataColumn(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  if (!message.remote) {
+    appendHexBytes(out, line.data);
+  }
+}
+
+void appendWholeMilliseconds(TextBuffer& out, RealMilliseconds time) {
   constexpr std::size_t kWidth = 7;
-  out.appendRight(formatFixed(std::trunc(milliseconds) + 0.0, 0), kWidth);  // + 0.0 makes of -0 a 0
+  out.appendRight(formatFixed(std::trunc(time.count()) + 0.0, 0), kWidth);  // + 0.0 turns -0 into 0
 }
 
 void appendReserved(TextBuffer& out, const BrixMessage& message) {
@@ -58,114 +58,23 @@ void appendReserved(TextBuffer& out, const BrixMessage& message) {
   out.appendBlanks(out.size() - begin < 2 ? 1 : 0);
 }
 
-void appendLine10(TextBuffer& out, const BrixMessage& message, std::uint64_t number, const LineContent& content) {
-  appendDecimalRight(out, number, 6);
-  out.append(")   ");
-  appendWholeMilliseconds(out, message.timeOffset);
-  out.appendBlanks(2);
-  appendTraceId(out, content.id, message.extended, kBaseIdDigits);
-  out.appendBlanks(2);
-  appendDecimal(out, content.length);
-  out.appendBlanks(2);
-  appendData(out, message, TrcVersion::V1_0, content);
-  if (message.kind == MessageKind::ST) {
-    out.append(" -- -- -- -- ");
-    out.append(message.comment);
-  }
-}
-
-void appendLine11(TextBuffer& out, const BrixMessage& message, std::uint64_t number, const LineContent& content) {
-  appendDecimalRight(out, number, 6);
-  out.append(")   ");
-  appendRoundedFixed(out, message.timeOffset, 1, 9);
-  out.appendBlanks(2);
-  out.appendLeft(messageTypeToText(message.type), 5);
-  out.appendBlanks(2);
-  appendTraceId(out, content.id, message.extended, kBaseIdDigits);
-  out.appendBlanks(2);
-  appendDecimal(out, content.length);
-  out.appendBlanks(2);
-  appendData(out, message, TrcVersion::V1_1, content);
-  if (!message.comment.empty()) {
-    out.append(' ');
-    out.append(message.comment);
-  }
-}
-
-void appendLine12(TextBuffer& out, const BrixMessage& message, std::uint64_t number, const LineContent& content) {
-  appendDecimalRight(out, number, 6);
-  out.append(")   ");
-  appendRoundedFixed(out, message.timeOffset, 3, 10);
-  out.appendBlanks(2);
-  appendDecimalLeft(out, message.bus, 2);
-  out.appendBlanks(1);
-  out.appendLeft(messageTypeToText(message.type), 5);
-  out.appendBlanks(2);
-  appendTraceId(out, content.id, message.extended, kBaseIdDigits);
-  out.appendBlanks(2);
-  appendDecimalLeft(out, content.length, 2);
-  out.appendBlanks(1);
-  appendData(out, message, TrcVersion::V1_2, content);
-}
-
-void appendLine13(TextBuffer& out, const BrixMessage& message, std::uint64_t number, const LineContent& content) {
-  appendDecimalRight(out, number, 7);
-  out.append(") ");
-  appendRoundedFixed(out, message.timeOffset, 3, 12);
-  out.appendBlanks(1);
-  appendDecimalLeft(out, message.bus, 2);
-  out.appendBlanks(1);
-  out.appendLeft(messageTypeToText(message.type), 5);
-  out.appendBlanks(1);
-  appendTraceId(out, content.id, message.extended, kBaseIdDigits);
-  out.appendBlanks(1);
-  appendReserved(out, message);
-  out.appendBlanks(1);
-  appendDecimalLeft(out, content.length, 3);
-  out.appendBlanks(2);
-  appendData(out, message, TrcVersion::V1_3, content);
-}
-
 bool hasIdentifier(const BrixMessage& message) {
   return message.kind != MessageKind::ST && message.kind != MessageKind::EC && message.kind != MessageKind::ER;
 }
 
-// Number, time and kind, which all column-based versions begin with.
-void appendColumnsHead(TextBuffer& out, const BrixMessage& message, std::uint64_t number, TrcColumnSet columns) {
-  if ((columns & trc_column::kNumber) != 0) {
-    appendDecimalRight(out, number, 7);
+// Number, time and kind, with which all column-based versions begin.
+void appendColumnsHead(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  if ((line.columns & trc_column::kNumber) != 0) {
+    appendDecimalRight(out, line.number, 7);
     out.appendBlanks(1);
   }
-  appendRoundedFixed(out, message.timeOffset, 3, 13);
+  appendRoundedFixed(out, message.timeOffset.count(), 3, 13);
   out.appendBlanks(1);
   out.append(messageKindToText(message.kind));
   out.appendBlanks(1);
 }
 
-void appendLine20(TextBuffer& out, const BrixMessage& message, std::uint64_t number, TrcColumnSet columns,
-                  const LineContent& content) {
-  appendColumnsHead(out, message, number, columns);
-  if (message.kind == MessageKind::EV) {
-    out.append(message.comment);
-    return;
-  }
-  const std::string_view direction = messageDirectionToText(message.direction);
-  if (message.kind < MessageKind::ST) {
-    appendTraceId(out, content.id, message.extended, kBaseIdDigits);
-    out.appendBlanks(1);
-    out.appendRight(direction, 2);
-    out.appendBlanks(1);
-    appendDecimalLeft(out, content.length, 2);
-  } else {
-    out.appendBlanks(9);
-    out.append(direction);
-    out.appendBlanks(3);
-  }
-  out.appendBlanks(1);
-  appendData(out, message, TrcVersion::V2_0, content);
-}
-
-// A column of CAN XL, with the blank behind it; "-" where there is nothing to say.
+// A column of CAN XL, with a blank after it; "-" if it is empty.
 template <class Value>
 void appendXlColumn(TextBuffer& out, const BrixMessage& message, const std::optional<Value>& field,
                     std::size_t digits) {
@@ -177,9 +86,9 @@ void appendXlColumn(TextBuffer& out, const BrixMessage& message, const std::opti
   out.appendBlanks(1);
 }
 
-void appendXlColumns(TextBuffer& out, const BrixMessage& message, TrcColumnSet columns) {
+void appendXlColumns(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
   const auto appendColumn = [&](TrcColumnSet column, const auto& field, std::size_t digits) {
-    if ((columns & column) != 0) {
+    if ((line.columns & column) != 0) {
       appendXlColumn(out, message, field, digits);
     }
   };
@@ -190,18 +99,23 @@ void appendXlColumns(TextBuffer& out, const BrixMessage& message, TrcColumnSet c
   appendColumn(trc_column::kSec, message.xl.sec, 1);
 }
 
-void appendLengthOrDlc(TextBuffer& out, const BrixMessage& message, TrcColumnSet columns, std::uint32_t length) {
-  if ((columns & trc_column::kDlc) != 0) {
+void appendLengthOrDlc(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  std::uint32_t length = line.length;
+  if ((line.columns & trc_column::kDlc) != 0) {
     length = message.kind == MessageKind::XL ? lengthToXlDlc(length) : lengthToDlc(length);
   }
   appendDecimalLeft(out, length, 4);
 }
 
-// 2.1 and 3.0.
-void appendLine21(TextBuffer& out, const BrixMessage& message, TrcVersion version, std::uint64_t number,
-                  TrcColumnSet columns, const LineContent& content) {
-  appendColumnsHead(out, message, number, columns);
-  if ((columns & trc_column::kBus) != 0) {
+// How lines of 2.1 and of 3.0 differ.
+struct ColumnForm {
+  std::size_t baseIdDigits;
+  bool xlColumns;
+};
+
+void appendColumns(TextBuffer& out, const BrixMessage& message, const TrcLine& line, const ColumnForm& form) {
+  appendColumnsHead(out, message, line);
+  if ((line.columns & trc_column::kBus) != 0) {
     if (message.bus == kUnnumberedBus) {
       out.append("- ");
     } else {
@@ -213,50 +127,134 @@ void appendLine21(TextBuffer& out, const BrixMessage& message, TrcVersion versio
     out.append(message.comment);
     return;
   }
-  if ((columns & trc_column::kIdentifier) != 0) {
+  if ((line.columns & trc_column::kIdentifier) != 0) {
     if (hasIdentifier(message)) {
-      appendTraceId(out, content.id, message.extended, version == TrcVersion::V3_0 ? kBaseIdDigits30 : kBaseIdDigits);
+      appendTraceId(out, line.id, message.extended, form.baseIdDigits);
     } else {
       out.appendRight("-", 8);
     }
     out.appendBlanks(1);
   }
-  if ((columns & trc_column::kDirection) != 0) {
+  if ((line.columns & trc_column::kDirection) != 0) {
     out.appendRight(messageDirectionToText(message.direction), 2);
     out.appendBlanks(1);
   }
-  if ((columns & trc_column::kReserved) != 0) {
+  if ((line.columns & trc_column::kReserved) != 0) {
     appendReserved(out, message);
     out.appendBlanks(1);
   }
-  if (version == TrcVersion::V3_0) {
-    appendXlColumns(out, message, columns);
+  if (form.xlColumns) {
+    appendXlColumns(out, message, line);
   }
-  appendLengthOrDlc(out, message, columns, content.length);
+  appendLengthOrDlc(out, message, line);
   out.appendBlanks(1);
-  appendData(out, message, version, content);
+  appendDataColumn(out, message, line);
 }
 
 }  // namespace
 
-void appendTrcLine(TextBuffer& out, const BrixMessage& message, TrcVersion version, std::uint64_t number,
-                   TrcColumnSet columns) {
-  const LineContent content = contentOf(message, version);
-  switch (version) {
-    case TrcVersion::V1_0:
-      return appendLine10(out, message, number, content);
-    case TrcVersion::V1_1:
-      return appendLine11(out, message, number, content);
-    case TrcVersion::V1_2:
-      return appendLine12(out, message, number, content);
-    case TrcVersion::V1_3:
-      return appendLine13(out, message, number, content);
-    case TrcVersion::V2_0:
-      return appendLine20(out, message, number, columns, content);
-    case TrcVersion::V2_1:
-    case TrcVersion::V3_0:
-      return appendLine21(out, message, version, number, columns, content);
+void printTrc10(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  appendDecimalRight(out, line.number, 6);
+  out.append(")   ");
+  appendWholeMilliseconds(out, message.timeOffset);
+  out.appendBlanks(2);
+  appendTraceId(out, line.id, message.extended, kBaseIdDigits);
+  out.appendBlanks(2);
+  appendDecimal(out, line.length);
+  out.appendBlanks(2);
+  appendDataOrWord(out, message, line);
+  if (message.kind == MessageKind::ST) {
+    out.append(" -- -- -- -- ");
+    out.append(message.comment);
   }
+}
+
+void printTrc11(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  appendDecimalRight(out, line.number, 6);
+  out.append(")   ");
+  appendRoundedFixed(out, message.timeOffset.count(), 1, 9);
+  out.appendBlanks(2);
+  out.appendLeft(messageTypeToText(message.type), 5);
+  out.appendBlanks(2);
+  appendTraceId(out, line.id, message.extended, kBaseIdDigits);
+  out.appendBlanks(2);
+  appendDecimal(out, line.length);
+  out.appendBlanks(2);
+  appendDataOrWord(out, message, line);
+  if (!message.comment.empty()) {
+    out.append(' ');
+    out.append(message.comment);
+  }
+}
+
+void printTrc12(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  appendDecimalRight(out, line.number, 6);
+  out.append(")   ");
+  appendRoundedFixed(out, message.timeOffset.count(), 3, 10);
+  out.appendBlanks(2);
+  appendDecimalLeft(out, message.bus, 2);
+  out.appendBlanks(1);
+  out.appendLeft(messageTypeToText(message.type), 5);
+  out.appendBlanks(2);
+  appendTraceId(out, line.id, message.extended, kBaseIdDigits);
+  out.appendBlanks(2);
+  appendDecimalLeft(out, line.length, 2);
+  out.appendBlanks(1);
+  appendDataOrWord(out, message, line);
+}
+
+void printTrc13(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  appendDecimalRight(out, line.number, 7);
+  out.append(") ");
+  appendRoundedFixed(out, message.timeOffset.count(), 3, 12);
+  out.appendBlanks(1);
+  appendDecimalLeft(out, message.bus, 2);
+  out.appendBlanks(1);
+  out.appendLeft(messageTypeToText(message.type), 5);
+  out.appendBlanks(1);
+  appendTraceId(out, line.id, message.extended, kBaseIdDigits);
+  out.appendBlanks(1);
+  appendReserved(out, message);
+  out.appendBlanks(1);
+  appendDecimalLeft(out, line.length, 3);
+  out.appendBlanks(2);
+  appendDataOrWord(out, message, line);
+}
+
+void printTrc20(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  appendColumnsHead(out, message, line);
+  if (message.kind == MessageKind::EV) {
+    out.append(message.comment);
+    return;
+  }
+  const std::string_view direction = messageDirectionToText(message.direction);
+  if (message.kind < MessageKind::ST) {
+    appendTraceId(out, line.id, message.extended, kBaseIdDigits);
+    out.appendBlanks(1);
+    out.appendRight(direction, 2);
+    out.appendBlanks(1);
+    appendDecimalLeft(out, line.length, 2);
+  } else {
+    out.appendBlanks(9);
+    out.append(direction);
+    out.appendBlanks(3);
+  }
+  out.appendBlanks(1);
+  appendDataColumn(out, message, line);
+}
+
+void printTrc21(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  appendColumns(out, message, line, {kBaseIdDigits, false});
+}
+
+void printTrc30(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
+  constexpr std::size_t kFewerBaseIdDigits = 3;
+  appendColumns(out, message, line, {kFewerBaseIdDigits, true});
+}
+
+void appendTrcLine(TextBuffer& out, const BrixMessage& message, const TrcVersion& version, std::uint64_t number,
+                   TrcColumnSet columns) {
+  version.print(out, message, lineOf(message, version, number, columns));
 }
 
 }  // namespace xlatr

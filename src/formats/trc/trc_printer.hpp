@@ -2,15 +2,38 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
-#include "formats/trc/trc_message.hpp"
-#include "formats/trc/trc_version.hpp"
+#include "formats/trc/trc_columns.hpp"
 
 namespace xlatr {
 
-// Appends the message as a line of a file of this version, without line end. `columns` is looked at from version 2.0
-// on.
-void appendTrcLine(TextBuffer& out, const BrixMessage& message, TrcVersion version, std::uint64_t number,
+class BrixMessage;
+class TextBuffer;
+struct TrcVersion;
+
+// What a line is to hold besides the message's own fields.
+struct TrcLine {
+  std::uint64_t number;
+  TrcColumnSet columns;  // counts from version 2.0 on
+  std::uint32_t id;
+  std::uint32_t length;
+  std::span<const std::uint8_t> data;  // at most `length` bytes
+};
+
+// Appends a line of a version, without line end.
+using TrcLinePrinter = void (*)(TextBuffer& out, const BrixMessage& message, const TrcLine& line);
+
+void printTrc10(TextBuffer& out, const BrixMessage& message, const TrcLine& line);
+void printTrc11(TextBuffer& out, const BrixMessage& message, const TrcLine& line);
+void printTrc12(TextBuffer& out, const BrixMessage& message, const TrcLine& line);
+void printTrc13(TextBuffer& out, const BrixMessage& message, const TrcLine& line);
+void printTrc20(TextBuffer& out, const BrixMessage& message, const TrcLine& line);
+void printTrc21(TextBuffer& out, const BrixMessage& message, const TrcLine& line);
+void printTrc30(TextBuffer& out, const BrixMessage& message, const TrcLine& line);
+
+// Appends the message as a line of a file of this version, without line end. `columns` counts from version 2.0 on.
+void appendTrcLine(TextBuffer& out, const BrixMessage& message, const TrcVersion& version, std::uint64_t number,
                    TrcColumnSet columns);
 
 }  // namespace xlatr

@@ -3,9 +3,11 @@
 #include <string_view>
 #include <utility>
 
+#include "formats/trc/trc_version.hpp"
+
 namespace xlatr {
 
-TrcReader::TrcReader(TrcInfo info) : info_(std::move(info)) {}
+TrcReader::TrcReader(TrcInfo info) : info_(std::move(info)), version_(findTrcVersion(info_.getVersion())) {}
 
 std::unique_ptr<BrixMessage> TrcReader::ReadNextMessage() {
   auto message = std::make_unique<BrixMessage>();
@@ -20,7 +22,7 @@ bool TrcReader::readInto(BrixMessage& message) {
   message.reset();
   message.columnSet = info_.columnSet();
   if (!line.empty()) {
-    message.parseLine(line, info_.getVersion(), info_.columnSet());
+    message.parseLine(line, version_, info_.columnSet());
   }
   invalidCount_ += message.valid ? 0 : 1;
   return true;

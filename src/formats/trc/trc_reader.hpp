@@ -16,10 +16,10 @@ class TrcReader final : public TraceReaderText {
 
   [[nodiscard]] const TrcInfo& getTrace() const { return info_; }
 
-  // The next message, made anew; null at the end of the file and while inactive. Comment lines give none, every other
-  // line gives one, valid or not: an empty line one that is not valid and has an empty parsing text.
+  // The next message, newly made; null at the end of the file and while inactive. Comment lines give no message. Every
+  // other line gives one, valid or not; that of an empty line is not valid and has an empty parsing text.
   [[nodiscard]] std::unique_ptr<BrixMessage> ReadNextMessage();
-  // The same into a message that is used again and again, so that reading allocates nothing; false at the end.
+  // The same into a message that is reused, so that reading allocates nothing; false at the end.
   [[nodiscard]] bool readInto(BrixMessage& message);
 
  protected:
@@ -27,6 +27,7 @@ class TrcReader final : public TraceReaderText {
 
  private:
   TrcInfo info_;
+  const TrcVersion* version_;  // null if unknown
 };
 
 }  // namespace xlatr

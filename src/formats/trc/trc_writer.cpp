@@ -1,11 +1,10 @@
 #include "formats/trc/trc_writer.hpp"
 
-#include <exception>
-#include <optional>
 #include <utility>
 
 #include "formats/trc/trc_header.hpp"
 #include "formats/trc/trc_mapping.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "messages/message_dispatch.hpp"
 #include "util/date_time.hpp"
 #include "util/failures.hpp"
@@ -18,20 +17,6 @@ namespace {
 
 using Accepted = MessageClasses<ZelkBinaryMessage, BrixMessage, SessionMessage, AscMessage, MdfCanMessage,
                                 BlfCanMessage, BlfLinMessage>;
-
-// The columns that a version's header announces; below 2.0 there is nothing to announce.
-std::optional<TrcColumnSet> announcedColumns(TrcVersion version) {
-  switch (version) {
-    case TrcVersion::V2_0:
-      return kTrcColumns20;
-    case TrcVersion::V2_1:
-      return kTrcColumns21;
-    case TrcVersion::V3_0:
-      return kTrcColumns30;
-    default:
-      return std::nullopt;
-  }
-}
 
 }  // namespace
 
@@ -48,6 +33,7 @@ std::unique_ptr<ITraceWriter> TrcWriter::CreateNew() const {
 
 void TrcWriter::open() {
   TraceWriterText::open();
+  version_ = findTrcVersion(getTargetVersion());
   messageCount_ = 0;
 }
 
@@ -56,23 +42,23 @@ void TrcWriter::WriteHeader(const ITraceInfo& source) {
   if (!source.getValid()) {
     return;
   }
-  const double startTime = startTimeFrom(source);
-  const auto version = trcHeaderVersion(getTargetVersion());
-  if (!version) {
+  const double startDays = startDaysFrom(source);
+  const TrcVersion* const version = findTrcHeaderVersion(getTargetVersion());
+  if (version == nullptr) {
     return;
   }
-  if (const auto columns = announcedColumns(*version)) {
-    columnSet_ = *columns;
+  if (version->isColumnBased()) {
+    columnSet_ = version->columns;
   }
   constexpr int kStartNumberDigits = 15;
-  const DateTime start = DateTime::fromOleDate(startTime);
+  const DateTime start = DateTime::fromOleDate(startDays);
   TrcHeaderValues values;
   values.targetPath = getTargetPath();
   values.sourcePath = source.getPath();
-  values.startText = showsMicroseconds(*version) ? start.toDottedTextMicro() : start.toDottedText();
-  values.startNumber = formatGeneral(startTime, kStartNumberDigits);
+  values.startText = version->microseconds ? start.toDottedTextMicro() : start.toDottedText();
+  values.startNumber = formatGeneral(startDays, kStartNumberDigits);
   values.hostVersion = getHostVersionText();
-  values.fromLogger = getFileExtension(values.sourcePath) == ".btr";  // a name in capitals is none of the logger's
+  values.fromLogger = getFileExtension(values.sourcePath) == ".btr";  // the logger writes no names in capitals
   for (const std::string& line : trcHeaderLines(*version, values)) {
     writeLine(line);
   }
@@ -92,7 +78,7 @@ void TrcWriter::WriteMessage(const IMessage& message) {
 
 void TrcWriter::write(const BrixMessage& message) {
   line_.clear();
-  message.appendText(line_, getTargetVersion(), messageCount_ + 1, columnSet_);
+  message.appendText(line_, version_, messageCount_ + 1, columnSet_);
   if (!line_.empty()) {
     writeLine(line_.view());
     ++messageCount_;
@@ -103,13 +89,13 @@ void TrcWriter::write(const BlfLinMessage& message) {
   WriteComment(message.getAsCommentary() + " (LIN)");
 }
 
-// A message of another format has its number whether or not it has a text.
+// A message of another format takes a number even without a text.
 template <class Other>
 void TrcWriter::write(const Other& message) {
   mapToTrc(message, mapped_);
   ++messageCount_;
   line_.clear();
-  mapped_.appendText(line_, getTargetVersion(), messageCount_, columnSet_);
+  mapped_.appendText(line_, version_, messageCount_, columnSet_);
   writeLine(line_.view());
 }
 

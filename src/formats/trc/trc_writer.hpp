@@ -15,10 +15,10 @@ namespace xlatr {
 
 class BlfLinMessage;
 
-// Writes the header of its target version and a line a message.
+// Writes the header of its target version and one line per message.
 //
-// A target version that is none of the known ones gets no header (unless it prints as one with a single decimal) and
-// no line: messages have no text in it.
+// An unknown target version gets no header, unless it looks like a known one with a single decimal, and no lines:
+// messages have no text in it.
 class TrcWriter final : public TraceWriterText {
  public:
   explicit TrcWriter(std::string targetPath = {}, bool overrideExistingFile = false, double targetVersion = 2.1);
@@ -27,7 +27,7 @@ class TrcWriter final : public TraceWriterText {
   [[nodiscard]] std::unique_ptr<ITraceWriter> CreateNew() const override;
   // A source that is not valid gets no header. Lines written without one have the columns of their own messages.
   void WriteHeader(const ITraceInfo& source) override;
-  // A text that begins with ";" stays as it is, any other gets it in front.
+  // A text without a ";" at its start gets one.
   void WriteComment(std::string_view text) override;
   // A message of a TRC trace whose text is empty takes no number; one of another format does. A LIN frame of a BLF log
   // becomes a comment.
@@ -43,9 +43,10 @@ class TrcWriter final : public TraceWriterText {
   template <class Other>
   void write(const Other& message);
 
+  const TrcVersion* version_ = nullptr;  // of the lines; null if unknown
   std::uint64_t messageCount_ = 0;
   TrcColumnSet columnSet_ = 0;
-  BrixMessage mapped_;  // of another format's message, used again for each
+  BrixMessage mapped_;  // of another format's message; reused for each
   TextBuffer line_;
 };
 

@@ -52,7 +52,7 @@ File& File::operator=(File&& other) noexcept {
   return *this;
 }
 
-// A pipe would let the call wait for someone who writes to it, and a device may have no end.
+// A pipe would make the call wait for someone to write to it, and a device may have no end.
 File File::openForReading(const std::string& path) {
   File file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK), path);
   if (!file.isOpen()) {
@@ -66,7 +66,7 @@ File File::openForReading(const std::string& path) {
 }
 
 File File::createForWriting(const std::string& path) {
-  constexpr mode_t kAllMayReadAndWrite = 0666;  // less what the process's mask takes away
+  constexpr mode_t kAllMayReadAndWrite = 0666;  // minus the process's mask
   File file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kAllMayReadAndWrite), path);
   if (!file.isOpen()) {
     raise(path, "create", errno);

@@ -14,7 +14,7 @@ namespace {
 
 using ProgramHeader = ElfW(Phdr);
 
-// Nothing promises that notes are loaded; only what lies in a loaded segment may be read.
+// Nothing guarantees that notes are loaded; only what is in a loaded segment may be read.
 bool isLoaded(const ProgramHeader& notes, std::span<const ProgramHeader> headers) {
   for (const ProgramHeader& header : headers) {
     if (header.p_type == PT_LOAD && notes.p_vaddr >= header.p_vaddr && notes.p_memsz <= header.p_memsz &&
@@ -25,7 +25,7 @@ bool isLoaded(const ProgramHeader& notes, std::span<const ProgramHeader> headers
   return false;
 }
 
-// Stops at the first object, which is the program itself; behind it come the shared libraries.
+// Stops at the first object, which is the program itself; the shared libraries come after it.
 int readProgram(dl_phdr_info* program, std::size_t /*size*/, void* result) {
   auto& version = *static_cast<HostVersion*>(result);
   const std::span<const ProgramHeader> headers(program->dlpi_phdr, program->dlpi_phnum);

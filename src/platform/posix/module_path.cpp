@@ -25,14 +25,14 @@ std::string findModuleDirectory() {
     path = resolve(module.dli_fname);
   }
   if (path.empty()) {
-    // The name of a program is what it was called by, which need not be a path to it.
+    // The name of a program is what it was called by, which may not be a path to it.
     path = resolve("/proc/self/exe");
   }
   return path.substr(0, path.find_last_of(pathSeparator()) + (path.rfind(pathSeparator()) == 0 ? 1 : 0));
 }
 
-// Found while the library is loaded: the loader keeps a relative path as it was given, which leads elsewhere once the
-// program has changed its directory.
+// Found while the library is loaded: the loader keeps a relative path as it was given, and that leads elsewhere once
+// the program has changed its directory.
 const std::string& knownModuleDirectory() {
   static const std::string directory = findModuleDirectory();
   return directory;

@@ -35,7 +35,7 @@ std::size_t skipJsonBlanks(std::string_view json, std::size_t position) {
   return std::min(json.find_first_not_of(kJsonBlanks, position), json.size());
 }
 
-// The position of the quote that ends the string whose first character stands at `position`, or the end of the text.
+// The position of the quote that ends the string whose first character is at `position`, or the end of the text.
 std::size_t findStringEnd(std::string_view json, std::size_t position) {
   while (position < json.size() && json[position] != '"') {
     position += json[position] == '\\' ? 2U : 1U;
@@ -43,7 +43,7 @@ std::size_t findStringEnd(std::string_view json, std::size_t position) {
   return std::min(position, json.size());
 }
 
-// The text of a field of the outermost object, with its escapes as they stand; nothing if the field holds no text.
+// The text of a field of the outermost object, with its escapes unchanged; nothing if the field holds no text.
 std::optional<std::string_view> findTextField(std::string_view json, std::string_view name) {
   std::size_t depth = 0;
   for (std::size_t position = 0; position < json.size(); ++position) {
@@ -75,7 +75,7 @@ std::optional<std::string_view> findTextField(std::string_view json, std::string
 
 std::optional<std::string_view> findPackageNote(std::span<const std::byte> notes, std::size_t alignment) {
   const std::uint64_t step = alignment == 8 ? 8 : 4;
-  // 64-bit offsets: two 32-bit sizes out of the file can't make them overflow.
+  // 64-bit offsets: two 32-bit sizes from the file can't make them overflow.
   std::uint64_t offset = 0;
   while (offset + kNoteHeaderSize <= notes.size()) {
     NoteHeader header;

@@ -112,8 +112,8 @@ class Pipe {
   }
   [[nodiscard]] bool atEnd() const { return atEnd_; }
 
-  // Appends what there is, but never more than makes `text` of size `most`; the rest is lost. False when there was
-  // nothing within the limit.
+  // Appends what there is, but only until `text` has the size `most`; the rest is lost. False if there was nothing
+  // within the limit.
   bool read(std::string& text, std::size_t most, std::chrono::milliseconds limit) {
     pollfd wanted{.fd = ends_[0], .events = POLLIN, .revents = 0};
     if (atEnd_ || ::poll(&wanted, 1, static_cast<int>(limit.count())) <= 0) {
@@ -134,7 +134,7 @@ class Pipe {
   bool atEnd_ = false;
 };
 
-// The exit code if the program has ended, also if nobody can tell it any more: a host that ignores SIGCHLD or reaps all
+// The exit code if the program has ended, even if nobody knows it any more: a host that ignores SIGCHLD or reaps all
 // children takes it from us.
 std::optional<std::uint32_t> reap(pid_t id, int options) {
   int status = 0;
@@ -220,7 +220,7 @@ std::optional<std::string> Process::run(const std::string& program, std::span<co
   pipe.closeWriteEnd();
   std::string output;
   bool running = true;
-  // What the program itself has started may hold the pipe open, and print, for longer than the program lives.
+  // A child of the program may hold the pipe open, and print, for longer than the program lives.
   do {
     running = !waitFor(std::chrono::milliseconds(0));
     while (pipe.read(output, most, running ? kPollInterval : std::chrono::milliseconds(0)) && output.size() < most) {
@@ -242,7 +242,7 @@ std::optional<std::uint32_t> Process::waitFor(std::chrono::milliseconds limit) {
     if (state_->exitCode || waited >= limit) {
       break;
     }
-    // A wait for one child with a limit does not exist; a signal handler belongs to the host.
+    // There is no wait for one child with a limit, and the signal handlers belong to the host.
     std::this_thread::sleep_for(std::min(kPollInterval, limit));
   }
   return state_->exitCode;

@@ -16,7 +16,7 @@ namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
 
-// The names of shared objects begin with a slash and have no other one.
+// The names of shared objects begin with a slash and contain no other.
 std::string objectName(const std::string& name) {
   return "/" + name;
 }
@@ -47,7 +47,7 @@ bool SharedMemory::open(const std::string& name, std::size_t size) {
   if (::ftruncate(descriptor, static_cast<off_t>(size)) == 0) {
     mapped = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
   }
-  ::close(descriptor);  // the mapping does without
+  ::close(descriptor);  // the mapping does not need it
   if (mapped == MAP_FAILED) {
     return false;
   }

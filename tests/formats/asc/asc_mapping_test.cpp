@@ -11,7 +11,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 struct Source {
-  double timeOffset = 1.5;
+  RealMilliseconds timeOffset{1.5};
   std::uint32_t bus = 3;
   MessageType type = MessageType::Rx;
   MessageKind kind = MessageKind::DT;
@@ -51,7 +51,7 @@ AscMessage mapped(const Source& source) {
 
 TEST(AscMapping, copiesWhatBothKnow) {
   const AscMessage message = mapped({.extended = true});
-  EXPECT_EQ(message.time, 0.0015);
+  EXPECT_EQ(message.time, RealSeconds(0.0015));
   EXPECT_EQ(message.bus, 3U);
   EXPECT_EQ(message.type, MessageType::Rx);
   EXPECT_EQ(message.direction, MessageDirection::Rx);
@@ -119,7 +119,7 @@ TEST(AscMapping, keepsTheLowByteOfALength) {
 ZelkBinaryMessage zelkMessage(const Source& source, RecordType recordType = RecordType::CanRxMsg) {
   ZelkBinaryMessage message;
   message.recordType = recordType;
-  message.timestamp = 1500250;
+  message.timestamp = UnsignedMicroseconds(1500250);
   message.bus = source.bus;
   message.type = source.type;
   message.kind = source.kind;
@@ -143,7 +143,7 @@ AscMessage mappedFromBinary(const Source& source, RecordType recordType = Record
 
 TEST(AscMapping, takesABinaryMessage) {
   const AscMessage message = mappedFromBinary({.extended = true});
-  EXPECT_EQ(message.time, 1.50025);
+  EXPECT_EQ(message.time, RealSeconds(1.50025));
   EXPECT_EQ(message.bus, 4U);
   EXPECT_EQ(message.type, MessageType::Rx);
   EXPECT_EQ(message.direction, MessageDirection::Rx);
@@ -170,7 +170,7 @@ TEST(AscMapping, typeOfABinaryFdFrameIsItsDirection) {
       MessageType::Tx);
 }
 
-TEST(AscMapping, countersOfABinaryErrorStandBehindTwoZeros) {
+TEST(AscMapping, countersOfABinaryErrorFollowTwoZeros) {
   const AscMessage message = mappedFromBinary({.type = MessageType::Error, .kind = MessageKind::EC});
   EXPECT_EQ(message.lineKind, AscLineKind::Status);
   EXPECT_EQ(message.length, 2U);

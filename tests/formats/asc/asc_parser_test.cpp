@@ -1,5 +1,3 @@
-#include "formats/asc/asc_parser.hpp"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -71,13 +69,13 @@ const Case kFrames[] = {
     {"no data", "0.001 1 100 Rx d 0", 7.0, true, {.length = 0, .data = {}}},
     {"tabs between tokens", "0.001\t1\t 100\tRx\td\t2\t01\t02", 7.0, true, {}},
     {"lower-case digits", "0.001 1 ab Rx d 1 cd", 7.0, true, {.id = 0xAB, .length = 1, .data = {0xCD}}},
-    {"length and bit count behind the data",
+    {"length and bit count after the data",
      "0.001 1 100 Rx d 2 01 02 Length = 180000 BitCount = 93 ID = 256",
      7.0,
      true,
      {}},
     {"bus in hexadecimal", "0.001 0x1F 100 Rx d 2 01 02", 7.0, true, {.bus = 31}},
-    {"time that is none", "time 1 100 Rx d 2 01 02", 7.0, true, {.time = 0.0}},
+    {"time that is invalid", "time 1 100 Rx d 2 01 02", 7.0, true, {.time = 0.0}},
     {"time with a tail", "0.001s 1 100 Rx d 2 01 02", 7.0, true, {}},
     {"other kind word than d", "0.001 1 100 Rx x 2 01 02", 7.0, true, {}},
     {"version 0", "0.001 1 100 Rx d 2 01 02", 0.0, true, {}},
@@ -209,7 +207,7 @@ TEST(AscParser, readsFramesOfAllForms) {
     const AscMessage message = parsed(test.line, test.version, test.hexBase);
     EXPECT_TRUE(message.valid);
     EXPECT_FALSE(message.symbolicId);
-    EXPECT_EQ(message.time, test.expected.time);
+    EXPECT_EQ(message.time, RealSeconds(test.expected.time));
     EXPECT_EQ(message.bus, test.expected.bus);
     EXPECT_EQ(message.type, test.expected.type);
     EXPECT_EQ(message.direction, test.expected.direction);
@@ -284,7 +282,7 @@ const BadLine kBadLines[] = {
     {"version 1", "0.001 1 100 Rx d 2 01 02", 1.0},
     {"version 6.9", "0.001 1 100 Rx d 2 01 02", 6.9},
     {"negative version", "0.001 1 100 Rx d 2 01 02", -1.0},
-    {"bus that is none", "0.001 a 100 Rx d 2 01 02", 7.0},
+    {"bus that is invalid", "0.001 a 100 Rx d 2 01 02", 7.0},
     {"bus above 255", "0.001 256 100 Rx d 2 01 02", 7.0},
     {"binary bus", "0.001 0b1 100 Rx d 2 01 02", 7.0},
     {"bus that ends in h", "0.001 10h 100 Rx d 2 01 02", 7.0},
@@ -293,13 +291,13 @@ const BadLine kBadLines[] = {
     {"type word Warning", "0.001 1 100 Warning d 2 01 02", 7.0},
     {"identifier that is a name", "0.001 1 EngineData Rx d 2 01 02", 7.0},
     {"identifier above 32 bits", "0.001 1 100000000 Rx d 2 01 02", 7.0},
-    {"identifier that is none", "0.001 1 FFFFFFFF Rx r ID = 5", 7.5},
-    {"length that is none", "0.001 1 100 Rx d g 01 02", 7.0},
+    {"identifier that is invalid", "0.001 1 FFFFFFFF Rx r ID = 5", 7.5},
+    {"length that is invalid", "0.001 1 100 Rx d g 01 02", 7.0},
     {"length above 255", "0.001 1 100 Rx d 100 01 02", 7.0},
     {"byte of one digit", "0.001 1 100 Rx d 2 01 2", 7.0},
     {"byte of three digits", "0.001 1 100 Rx d 2 01 002", 7.0},
-    {"byte that is none", "0.001 1 100 Rx d 2 01 0G", 7.0},
-    {"remote length that is none", "0.001 1 100 Rx r x", 8.5},
+    {"byte that is invalid", "0.001 1 100 Rx d 2 01 0G", 7.0},
+    {"remote length that is invalid", "0.001 1 100 Rx r x", 8.5},
     {"comment", "// a comment of a conversion", 7.0},
     {"comment in 8", "// a comment", 8.0},
     {"CANFD line in 7.0", "0.001 CANFD 1 Rx 100 0 0 2 2 01 02 0 0 1000 0 0 0 0 0", 7.0},
@@ -387,7 +385,7 @@ TEST(AscParser, endsAtALineThatIsTooShort) {
   }
 }
 
-TEST(AscParser, refusesACanFdLineWithSixOrEightFieldsBehindTheFlags) {
+TEST(AscParser, refusesACanFdLineWithSixOrEightFieldsAfterTheFlags) {
   const std::string upToFlags = "0.001 CANFD 1 Rx 100 0 0 2 2 01 02 0 0 1000";
   const struct {
     const char* tail;
@@ -409,7 +407,7 @@ TEST(AscParser, readsErrorCounters) {
   EXPECT_EQ(message.rxErrors, 4U);
 }
 
-// "0" is a number, " 0" is none; and the count of receive errors has its blank with it.
+// "0" is a number, " 0" is not, and the count of receive errors includes its blank.
 TEST(AscParser, readsNoErrorCountersWithAReceiveCountOf0) {
   EXPECT_FALSE(parsed("0.5 CAN 1 Status:error counter change (Zelkworks) - TxErr: 3 RxErr: 0", 7.0).valid);
   EXPECT_TRUE(parsed("0.5 CAN 1 Status:error counter change (Zelkworks) - TxErr: 0 RxErr: 3", 7.0).valid);
@@ -472,18 +470,18 @@ TEST(AscParser, refusesANumberThatEndsInH) {
 TEST(AscMessage, sumsRelativeTimes) {
   AscMessage message;
   message.timestampsMode = AscTimestamps::Relative;
-  double reference = 0.0;
-  message.time = 0.1;
+  RealSeconds reference{};
+  message.time = RealSeconds(0.1);
   EXPECT_TRUE(message.AdjustTime(reference));
-  EXPECT_EQ(message.time, 0.1);
-  message.time = 0.2;
+  EXPECT_EQ(message.time, RealSeconds(0.1));
+  message.time = RealSeconds(0.2);
   EXPECT_TRUE(message.AdjustTime(reference));
-  EXPECT_DOUBLE_EQ(message.time, 0.3);
+  EXPECT_DOUBLE_EQ(message.time.count(), 0.3);
   EXPECT_EQ(reference, message.time);
   message.timestampsMode = AscTimestamps::Absolute;
   EXPECT_FALSE(message.AdjustTime(reference));
-  EXPECT_DOUBLE_EQ(message.time, 0.3);
-  EXPECT_DOUBLE_EQ(reference, 0.3);
+  EXPECT_DOUBLE_EQ(message.time.count(), 0.3);
+  EXPECT_DOUBLE_EQ(reference.count(), 0.3);
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
-#include "formats/asc/asc_printer.hpp"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "formats/asc/asc_message.hpp"
 
 namespace xlatr {
 namespace {
@@ -13,7 +13,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 AscMessage frame(Bytes data = {0x01, 0xAB}) {
   AscMessage message;
-  message.time = 0.001;
+  message.time = RealSeconds(0.001);
   message.bus = 1;
   message.type = MessageType::Rx;
   message.id = 0x100;
@@ -158,16 +158,16 @@ TEST(AscPrinter, roundsTheTimeToMicroseconds) {
                {0.1234565, "   0.123457"}, {123456.7, "123456.700000"}, {-0.5, "  -0.500000"}};
   for (const auto& test : cases) {
     AscMessage message = frame();
-    message.time = test.time;
+    message.time = RealSeconds(test.time);
     const std::string text = text7(message);
     EXPECT_EQ(text.substr(0, text.find(" 1  100")), test.text) << test.time;
   }
 }
 
-// A fresh buffer has no storage yet, and a time this wide needs no blank in front of it.
+// A fresh buffer has no storage yet, and a time this wide needs no blank before it.
 TEST(AscPrinter, printsATimeThatFillsItsColumnsIntoAFreshBuffer) {
   AscMessage message = frame();
-  message.time = 1e300;
+  message.time = RealSeconds(1e300);
   EXPECT_EQ(text7(message).substr(0, 3), "100");
 }
 
@@ -231,7 +231,7 @@ TEST(AscPrinter, printsErrorBitsFromTheIdentifierOrTheFirstByte) {
   }
 }
 
-TEST(AscPrinter, putsTheMakersMarkBehindAStatus) {
+TEST(AscPrinter, putsTheMakersMarkAfterAStatus) {
   AscMessage message = frame();
   EXPECT_EQ(message.getStatusText(), "");
   message.commentText = "BUSOFF";

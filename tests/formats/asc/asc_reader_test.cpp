@@ -30,7 +30,7 @@ class AscReaderTest : public testing::Test {
   test::TempFolder folder_;
 };
 
-TEST_F(AscReaderTest, handsOutAMessageForEveryLine) {
+TEST_F(AscReaderTest, returnsAMessageForEveryLine) {
   AscReader reader = readerOf(std::string(kHead) + "0.1 1 100 Rx d 0\n\n// comment here\n0.2 1 100 Rx d 1 FF");
   ASSERT_TRUE(reader.setActive(true));
   EXPECT_EQ(textsOf(reader),
@@ -66,7 +66,7 @@ TEST_F(AscReaderTest, readsLinesThatEndInCrLf) {
   EXPECT_EQ(reader.getPercentDone(), 100.0);
 }
 
-TEST_F(AscReaderTest, answersNothingWhileInactive) {
+TEST_F(AscReaderTest, returnsNothingWhileInactive) {
   AscReader reader = readerOf(std::string(kHead) + "0.1 1 100 Rx d 0\n");
   EXPECT_FALSE(reader.ReadNextMessage());
   AscMessage message;
@@ -81,7 +81,7 @@ TEST_F(AscReaderTest, passesTheFailureOfAShortLineOn) {
   EXPECT_THROW(static_cast<void>(reader.ReadNextMessage()), std::out_of_range);
 }
 
-TEST_F(AscReaderTest, findsNothingBehindAHeadThatIsNone) {
+TEST_F(AscReaderTest, findsNoMessageInAFileWithoutAHead) {
   AscReader reader = readerOf("base hex  timestamps absolute\n0.1 1 100 Rx d 0\n");
   ASSERT_TRUE(reader.setActive(true));
   EXPECT_TRUE(textsOf(reader).empty());

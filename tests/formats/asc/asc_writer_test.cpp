@@ -9,6 +9,7 @@
 #include "formats/asc/asc_info.hpp"
 #include "formats/lin/lin_message.hpp"
 #include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "support/temp_folder.hpp"
 #include "support/writer_stubs.hpp"
 
@@ -21,7 +22,7 @@ using test::StubInfo;
 
 BrixMessage frame(std::string_view line = "10.5 DT 3 0123 Rx - 1 AA") {
   BrixMessage message;
-  message.parseLine(line, 3.0, kTrcColumns21 & ~trc_column::kNumber);
+  message.parseLine(line, findTrcVersion(3.0), kTrcColumns21 & ~trc_column::kNumber);
   EXPECT_TRUE(message.valid) << line;
   return message;
 }
@@ -118,7 +119,7 @@ TEST_F(AscWriterTest, writesClassicFramesFrom8OnAsCanFdLines) {
                 " 0 0 1  1 AA        0    0   200000" + kTail8);
 }
 
-// Whatever was written before and behind.
+// Whatever was written before and after it.
 TEST_F(AscWriterTest, writesFramesOfALinBusInTheOldFormInLogsOfEveryVersion) {
   KorlMessage lin;
   lin.parseLine("1) 1000 Pub 2A 6 01 02 03 04 05 06 7C CL");
@@ -141,7 +142,7 @@ TEST_F(AscWriterTest, writesFramesOfALinBusInTheOldFormInLogsOfEveryVersion) {
 
 TEST_F(AscWriterTest, writesACanXlFrameAsAComment) {
   BrixMessage message;
-  message.parseLine("1 10.5 XL 3 123 Rx - 01 03 00000005 0 1 1 AA BB", 3.0, kTrcColumns30);
+  message.parseLine("1 10.5 XL 3 123 Rx - 01 03 00000005 0 1 1 AA BB", findTrcVersion(3.0), kTrcColumns30);
   ASSERT_TRUE(message.valid);
   for (const double version : {7.0, 8.0}) {
     EXPECT_EQ(written(version, [&](AscWriter& writer) { writer.WriteMessage(message); }),
@@ -149,7 +150,7 @@ TEST_F(AscWriterTest, writesACanXlFrameAsAComment) {
   }
 }
 
-TEST_F(AscWriterTest, putsSlashesInFrontOfACommentThatHasNone) {
+TEST_F(AscWriterTest, putsSlashesBeforeACommentWithoutThem) {
   EXPECT_EQ(written(7.0,
                     [](AscWriter& writer) {
                       writer.WriteComment("text");

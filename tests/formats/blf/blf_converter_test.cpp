@@ -43,7 +43,7 @@ TEST_F(BlfConverterTest, answersByItsExitCodeOtherwise) {
   EXPECT_EQ(answerOf("exit 127"), 127);
 }
 
-// Of a negative answer an exit code keeps eight bits, and a signal looks like an exit code above 127.
+// An exit code keeps eight bits of a negative answer, and a signal looks like an exit code above 127.
 TEST_F(BlfConverterTest, hasNoAnswerWhenItsExitCodeIsNone) {
   EXPECT_EQ(answerOf("exit 128"), -1);
   EXPECT_EQ(answerOf("exit 255"), -1);
@@ -105,7 +105,7 @@ TEST_F(BlfConverterTest, knowsNothingOfALogWithoutAConverter) {
   EXPECT_EQ(info.objectsCount(), 0U);
 }
 
-// The newest version is a matter of the program that comes with the library, and not of the one that read this log.
+// The newest version depends on the program that comes with the library, not on the one that read this log.
 TEST_F(BlfConverterTest, currentVersionIsThatOfTheConverterBesideTheLibrary) {
   test::writeStandIn(folder_, "", "-GetApiVersion) echo 9090909 ;;\n");
   const BlfInfo info(TraceFileInfo(folder_.write("x.blf", "")), converter());
@@ -114,7 +114,7 @@ TEST_F(BlfConverterTest, currentVersionIsThatOfTheConverterBesideTheLibrary) {
   EXPECT_NE(info.getCurrentVersion(), blfVersionNumber(info.converter().queryApiVersion()));
 }
 
-TEST_F(BlfConverterTest, negativeAnswersAreNone) {
+TEST_F(BlfConverterTest, negativeAnswersDoNotCount) {
   test::writeStandIn(folder_, "", "-*) echo -4070100 ;;\n");
   const BlfInfo info(TraceFileInfo(folder_.write("x.blf", "")), converter());
   EXPECT_EQ(info.getVersion(), 0.0);

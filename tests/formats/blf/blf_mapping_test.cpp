@@ -35,7 +35,7 @@ TEST(BlfToTrc, takesOverAFrame) {
   mapToTrc(can(86, 1), target);
   EXPECT_TRUE(target.valid);
   EXPECT_TRUE(target.columnBased);
-  EXPECT_EQ(target.timeOffset, 1.234567);
+  EXPECT_EQ(target.timeOffset, RealMilliseconds(1.234567));
   EXPECT_EQ(target.bus, 7U);
   EXPECT_EQ(target.id, 0x123U);
   EXPECT_EQ(target.kind, MessageKind::DT);
@@ -79,7 +79,7 @@ TEST(BlfToCsv, takesOverAFrame) {
   CsvMessage target(";");
   mapToCsv(can(101, 0x3000), target);
   EXPECT_TRUE(target.valid);
-  EXPECT_EQ(target.time, 1.234567);
+  EXPECT_EQ(target.time, RealMilliseconds(1.234567));
   EXPECT_EQ(target.bus, 7U);
   EXPECT_EQ(target.kind, MessageKind::FB);
   EXPECT_EQ(target.direction, MessageDirection::Rx);
@@ -124,7 +124,7 @@ class BlfWritersTest : public testing::Test {
  protected:
   template <class Writer, class... Messages>
   [[nodiscard]] std::string written(const Messages&... messages) const {
-    Writer writer(folder_.file("out"), true, formatRow(Writer().getTargetFormat()).currentVersion);
+    Writer writer(folder_.file("out"), true, formatOf(Writer().getTargetFormat()).currentVersion);
     writer.setActive(true);
     (writer.WriteMessage(messages), ...);
     writer.setActive(false);

@@ -32,7 +32,7 @@ TEST(BlfMessage, takesTheNumbersOfARow) {
   const BlfCanMessage message = can(source);
   EXPECT_TRUE(message.valid);
   EXPECT_EQ(message.objectType, 4U);
-  EXPECT_EQ(message.objectTimestamp, 1234567U);
+  EXPECT_EQ(message.objectTicks, 1234567U);
   EXPECT_EQ(message.objectFlags, 2U);
   EXPECT_EQ(message.comment, "why");
   EXPECT_EQ(message.blfId, 0x123U);
@@ -70,13 +70,13 @@ TEST(BlfMessage, tellsItsTypeAndWhyItIsNotValid) {
 
 TEST(BlfMessage, countsTimeInTwoUnits) {
   BlfCanMessage message = can(blfRow(1));
-  EXPECT_EQ(message.microseconds(), 1234.567);
-  EXPECT_EQ(message.milliseconds(), 1.234567);
+  EXPECT_EQ(message.microseconds(), RealMicroseconds(1234.567));
+  EXPECT_EQ(message.milliseconds(), RealMilliseconds(1.234567));
   message.objectFlags = 1;
-  EXPECT_EQ(message.microseconds(), 12345670.0);
-  EXPECT_EQ(message.milliseconds(), 12345.67);
+  EXPECT_EQ(message.microseconds(), RealMicroseconds(12345670.0));
+  EXPECT_EQ(message.milliseconds(), RealMilliseconds(12345.67));
   message.objectFlags = 3;
-  EXPECT_EQ(message.milliseconds(), 1.234567);
+  EXPECT_EQ(message.milliseconds(), RealMilliseconds(1.234567));
 }
 
 TEST(BlfCanMessage, isExtendedByTheWidthOfItsIdentifier) {

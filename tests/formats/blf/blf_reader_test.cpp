@@ -40,7 +40,7 @@ class BlfReaderTest : public testing::Test {
   [[nodiscard]] BlfReader reader(const std::string& content = test::kConverterTable) const {
     return {BlfInfo(TraceFileInfo(folder_.write("x.blf", content)), BlfConverter(folder_.path().string())), temporary_};
   }
-  // Phase two to its end; answers the exit code.
+  // Phase two to its end; returns the exit code.
   static std::int32_t waitForConverter(BlfReader& reader) {
     std::int32_t exitCode = 0;
     while (!reader.InitializePhaseTwoWaitBlfToCsv(exitCode)) {
@@ -52,7 +52,7 @@ class BlfReaderTest : public testing::Test {
     ASSERT_TRUE(reader.setActive(true));
     reader.InitializePhaseThreePrepareCsvReader(waitForConverter(reader));
   }
-  // Waits until the stand-in has noted what it was given, and answers it.
+  // Waits until the stand-in has noted what it was given, and returns it.
   [[nodiscard]] std::string noted(const char* name) const {
     while (folder_.read("pid").find('\n') == std::string::npos) {
       std::this_thread::yield();
@@ -60,7 +60,7 @@ class BlfReaderTest : public testing::Test {
     return folder_.read(name);
   }
   [[nodiscard]] pid_t standInId() const { return std::stoi(noted("pid")); }
-  // Neither a temporary file, nor a shared name, nor a process.
+  // No temporary file, no shared name and no process.
   void expectNothingLeft() const {
     EXPECT_TRUE(std::filesystem::is_empty(temporary_));
     EXPECT_EQ(test::countSharedNames(noted("block")), 0U);
@@ -96,14 +96,14 @@ TEST_F(BlfReaderTest, readsTheRowsOfTheTable) {
   EXPECT_TRUE(frame->valid);
   EXPECT_EQ(frame->id, 291U);
   EXPECT_EQ(frame->bus, 2U);
-  EXPECT_EQ(frame->milliseconds(), 1.0);
+  EXPECT_EQ(frame->milliseconds(), RealMilliseconds(1.0));
   EXPECT_EQ(frame->data, (std::vector<std::uint8_t>{0xAA, 0xBB}));
   ASSERT_TRUE(log.ReadNextMessage(message));
   const auto* const linFrame = dynamic_cast<const BlfLinMessage*>(message.get());
   ASSERT_NE(linFrame, nullptr);
   EXPECT_EQ(linFrame->linDirection, DirectionType::Publisher);
   EXPECT_EQ(linFrame->checksum, 124U);
-  EXPECT_EQ(linFrame->microseconds(), 2500.0);
+  EXPECT_EQ(linFrame->microseconds(), RealMicroseconds(2500.0));
   ASSERT_TRUE(log.ReadNextMessage(message));
   EXPECT_FALSE(message->valid);
   EXPECT_EQ(message->getAsCommentary(), "BLF Object Type 2 not-understood");
@@ -148,7 +148,7 @@ TEST_F(BlfReaderTest, startsAnewFromEveryPhase) {
   expectNothingLeft();
 }
 
-TEST_F(BlfReaderTest, answersNothingWhileInactive) {
+TEST_F(BlfReaderTest, returnsNothingWhileInactive) {
   BlfReader log = reader();
   std::unique_ptr<BlfMessage> message = std::make_unique<BlfLinMessage>();
   EXPECT_FALSE(log.ReadNextMessage(message));
@@ -356,7 +356,7 @@ TEST_F(BlfReaderTest, aConverterRunsOnWithoutItsReader) {
   EXPECT_TRUE(std::filesystem::is_empty(temporary_));
   ::kill(id, SIGKILL);
   while (::kill(id, 0) == 0) {
-    static_cast<void>(reader());  // sees to what was left running
+    static_cast<void>(reader());  // cleans up what was left running
   }
   expectNothingLeft();
 }
@@ -429,7 +429,7 @@ TEST_F(BlfReaderTest, aTableThatIsNotThereLeavesTheReaderInactive) {
   EXPECT_NE(log.failure(), "");
 }
 
-// Reads the log a few times and answers whether all rows were there each time.
+// Reads the log a few times and returns whether all rows were there each time.
 bool readOften(const std::function<BlfReader()>& makeReader) {
   bool complete = true;
   for (int round = 0; round < 3; ++round) {

@@ -13,7 +13,7 @@
 namespace xlatr {
 namespace {
 
-// A name that nobody else has.
+// A name that nobody else uses.
 std::string freshName() {
   std::string path;
   EXPECT_TRUE(makeUniqueFilePath("", "BLF", "CSV", path));
@@ -67,7 +67,7 @@ TEST(BlfSharedBlock, takesItsNamesAway) {
   EXPECT_EQ(test::countSharedNames(name), 0U);
 }
 
-TEST(BlfSharedBlock, isNotOpenUnderANameThatIsNone) {
+TEST(BlfSharedBlock, isNotOpenUnderAnInvalidName) {
   const BlfSharedBlock block("no/such/name");
   EXPECT_FALSE(block.isOpen());
 }

@@ -8,7 +8,7 @@
 namespace xlatr {
 namespace {
 
-// The place of each known column, -1 for those that are not there, in the order of their numbers.
+// The place of each known column, -1 for missing ones, in the order of their numbers.
 std::vector<int> placesOf(const CsvColumns& columns) {
   std::vector<int> places;
   for (std::size_t column = 0; column < kCsvColumnCount; ++column) {
@@ -59,7 +59,13 @@ TEST(CsvColumns, findTheirPlaces) {
   }
 }
 
-TEST(CsvColumns, areNoneWithoutTheWordNumber) {
+TEST(CsvColumns, areNamedAsTheyAreRead) {
+  EXPECT_EQ(csvColumnLine(false, ";"), kNarrow);
+  EXPECT_EQ(csvColumnLine(true, ";"), kWide);
+  EXPECT_EQ(csvConverterColumnLine(","), std::string(kConverter) + ",D2,D3,D4,D5,D6,D7");
+}
+
+TEST(CsvColumns, areMissingWithoutTheWordNumber) {
   const CsvColumnLine parsed = parseCsvColumnLine("Time (ms);Bus");
   EXPECT_EQ(parsed.separator, "");
   EXPECT_TRUE(parsed.columns.empty());
@@ -78,7 +84,7 @@ TEST(CsvColumns, ofASeparatorOfSeveralCharactersAreCutAtItsFirst) {
   EXPECT_EQ(parsed.separator, ";");
   EXPECT_TRUE(parsed.columns.has(CsvColumn::Number));
   EXPECT_FALSE(parsed.columns.has(CsvColumn::Bus));
-  // A repeated character makes runs, which are one cut.
+  // A repeated character makes runs, and each run is one cut.
   EXPECT_EQ(parseCsvColumnLine("Number::Bus").columns.place(CsvColumn::Bus), 1U);
 }
 

@@ -50,7 +50,7 @@ TEST(CsvInfo, knowsTheTableOfTheConverterByItsStart) {
   EXPECT_EQ(info.lineBreakSize(), 1);
 }
 
-TEST(CsvInfo, countsADateThatThereIsNotOn) {
+TEST(CsvInfo, carriesOverADateThatDoesNotExist) {
   const test::TempFolder folder;
   const CsvInfo info = infoOf(folder, "$BLFSTARTTIME=31/02/2024 00:00:00.000\nNumber;Bus\n");
   EXPECT_TRUE(info.blfTable());

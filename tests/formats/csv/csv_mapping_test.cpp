@@ -1,4 +1,5 @@
 #include "formats/csv/csv_mapping.hpp"
+#include "formats/trc/trc_version.hpp"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +21,7 @@ CsvMessage mapped(const Source& source) {
 
 BrixMessage parsed(std::string_view line) {
   BrixMessage message;
-  message.parseLine(line, 3.0, kTrcColumns30);
+  message.parseLine(line, findTrcVersion(3.0), kTrcColumns30);
   return message;
 }
 
@@ -29,7 +30,7 @@ TEST(CsvMapping, takesAllOfATrcMessage) {
   ASSERT_TRUE(source.valid);
   const CsvMessage row = mapped(source);
   EXPECT_TRUE(row.valid);
-  EXPECT_EQ(row.time, 10.5);
+  EXPECT_EQ(row.time, RealMilliseconds(10.5));
   EXPECT_EQ(row.bus, 3U);
   EXPECT_EQ(row.id, 0x18FEF100U);
   EXPECT_TRUE(row.extended);
@@ -68,7 +69,7 @@ TEST(CsvMapping, givesARemoteFrameZeros) {
   EXPECT_EQ(mapped(source).data, Bytes(8, 0));
   EXPECT_EQ(mapped(source).length, 8U);
   EXPECT_TRUE(mapped(source).remote);
-  // A length that no frame has gets no memory of that size.
+  // No memory is taken for a length that no frame has.
   source.length = 0xFFFFFFFF;
   EXPECT_EQ(mapped(source).length, 0xFFFFFFFFU);
   EXPECT_EQ(mapped(source).data.size(), 2048U);
@@ -104,7 +105,7 @@ TEST(CsvMapping, keepsNothingOfTheMessageBefore) {
 AscMessage ascFrame() {
   AscMessage message;
   message.valid = true;
-  message.time = 1.5;
+  message.time = RealSeconds(1.5);
   message.bus = 2;
   message.id = 0x18FEF100;
   message.extended = true;
@@ -119,7 +120,7 @@ AscMessage ascFrame() {
 TEST(CsvMapping, takesAnAscMessage) {
   const CsvMessage row = mapped(ascFrame());
   EXPECT_TRUE(row.valid);
-  EXPECT_EQ(row.time, 1500.0);
+  EXPECT_EQ(row.time, RealMilliseconds(1500.0));
   EXPECT_EQ(row.bus, 2U);
   EXPECT_EQ(row.id, 0x18FEF100U);
   EXPECT_TRUE(row.extended);
@@ -170,7 +171,7 @@ TEST(CsvMapping, takesABinaryMessage) {
   ZelkBinaryMessage source;
   source.recordType = RecordType::CanTxFdMsg;
   source.valid = true;
-  source.timestamp = 1500250;
+  source.timestamp = UnsignedMicroseconds(1500250);
   source.bus = 2;
   source.id = 0x18FEF100;
   source.extended = true;
@@ -181,7 +182,7 @@ TEST(CsvMapping, takesABinaryMessage) {
   source.commentary = "a text";
   const CsvMessage row = mapped(source);
   EXPECT_TRUE(row.valid);
-  EXPECT_EQ(row.time, 1500.25);
+  EXPECT_EQ(row.time, RealMilliseconds(1500.25));
   EXPECT_EQ(row.bus, 3U);
   EXPECT_EQ(row.id, 0x18FEF100U);
   EXPECT_TRUE(row.extended);

@@ -44,7 +44,7 @@ struct Frame {
 };
 
 void expectFrame(const CsvMessage& message, const Frame& expected) {
-  EXPECT_EQ(message.time, expected.time);
+  EXPECT_EQ(message.time, RealMilliseconds(expected.time));
   EXPECT_EQ(message.bus, expected.bus);
   EXPECT_EQ(message.direction, expected.direction);
   EXPECT_EQ(message.kind, expected.kind);
@@ -54,7 +54,7 @@ void expectFrame(const CsvMessage& message, const Frame& expected) {
   EXPECT_EQ(message.data, expected.data);
   EXPECT_EQ(message.text, expected.text);
   EXPECT_EQ(message.remote, expected.remote);
-  // What no row of ours is read for.
+  // What is not read from our rows.
   EXPECT_EQ(message.type, MessageType::Unknown);
   EXPECT_EQ(message.reserved, CsvMessage::kNoReserved);
   EXPECT_EQ(message.vcid, 0xFF);
@@ -75,9 +75,9 @@ TEST(CsvParser, readsRowsOfOurTable) {
       {"bus in hexadecimal", "1;10.500;0x1F;Rx;DT;0123;-;2;0A;B0", {.bus = 0x1F}},
       {"lower case", "1;10.500;1;Rx;DT;1ab;-;2;0a;b0", {.id = 0x1AB}},
       {"reserved", "1;10.500;1;Rx;DT;0123;1F;2;0A;B0", {}},
-      {"number that is none", "x;10.500;1;Rx;DT;0123;-;2;0A;B0", {}},
-      {"time that is none", "1;soon;1;Rx;DT;0123;-;2;0A;B0", {.time = 0.0}},
-      {"time with something behind", "1;10.5ms;1;Rx;DT;0123;-;2;0A;B0", {}},
+      {"number that is invalid", "x;10.500;1;Rx;DT;0123;-;2;0A;B0", {}},
+      {"time that is invalid", "1;soon;1;Rx;DT;0123;-;2;0A;B0", {.time = 0.0}},
+      {"time with something after it", "1;10.5ms;1;Rx;DT;0123;-;2;0A;B0", {}},
       {"negative time", "1;-10.5;1;Rx;DT;0123;-;2;0A;B0", {.time = -10.5}},
       {"extended frame", "1;10.500;1;Rx;DT;18FEF100;-;2;0A;B0", {.id = 0x18FEF100, .extended = true}},
       {"no data", "1;10.500;1;Rx;DT;0123;-;0;", {.length = 0, .data = {}}},
@@ -94,7 +94,7 @@ TEST(CsvParser, readsRowsOfOurTable) {
        "1;10.500;1;Rx;ER;FFFFFFFF;-;2;0A;B0",
        {.kind = MessageKind::ER, .id = 0xFFFFFFFF, .extended = true}},
       {"kind that is not known to be one", "1;10.500;1;Rx;Unknown;0123;-;2;0A;B0", {.kind = MessageKind::Unknown}},
-      {"text behind the data", "1;10.500;1;Rx;DT;0123;-;2;0A;B0;a text;more", {.text = "a text"}},
+      {"text after the data", "1;10.500;1;Rx;DT;0123;-;2;0A;B0;a text;more", {.text = "a text"}},
       {"text without data",
        "1;10.500;1;Rx;EV;0123;-;0;;a text",
        {.kind = MessageKind::EV, .length = 0, .data = {}, .text = "a text"}},
@@ -104,7 +104,7 @@ TEST(CsvParser, readsRowsOfOurTable) {
        "2;Rx;B0;0123;10.5;1;DT;0A;B0",
        {},
        "Length;Direction;x;ID (hex);Time (ms);Bus;Type;D0;D1;Number;"},
-      {"columns behind many others",
+      {"columns after many others",
        "a;b;c;d;e;f;g;h;i;j;k;l;m;n;o;p;q;r;s;t;u;v;w;x;y;z;a;b;c;d;e;f;g;h;"
        "10.5;1;Rx;DT;0123;2;0A;B0",
        {},
@@ -172,7 +172,7 @@ TEST(CsvParser, keepsWhatItReadOfARowUpToTheFirstBadCell) {
     SCOPED_TRACE(test.name);
     const CsvMessage message = parsed(test.row);
     EXPECT_FALSE(message.valid);
-    EXPECT_EQ(message.time, test.time);
+    EXPECT_EQ(message.time, RealMilliseconds(test.time));
     EXPECT_EQ(message.bus, test.bus);
     EXPECT_EQ(message.direction, test.direction);
     EXPECT_EQ(message.kind, test.kind);
@@ -192,7 +192,7 @@ TEST(CsvParser, refusesANumberThatEndsInH) {
 TEST(CsvParser, aMissingColumnReadsTheFirstCell) {
   const CsvMessage message = parsed("7;1;Rx;DT;0123;-;0", "Number;Bus;Direction;Type;ID (hex);Reserved;Length;D0");
   EXPECT_TRUE(message.valid);
-  EXPECT_EQ(message.time, 7.0);
+  EXPECT_EQ(message.time, RealMilliseconds(7.0));
 }
 
 TEST(CsvParser, cutsAtEachCharacterOfASeparator) {
@@ -207,7 +207,7 @@ TEST(CsvParser, takesARowWithoutSeparatorForOneCell) {
   CsvMessage message("");
   message.parseRow("1;2", false);
   EXPECT_FALSE(message.valid);
-  EXPECT_EQ(message.time, 1.0);
+  EXPECT_EQ(message.time, RealMilliseconds(1.0));
 }
 
 // A digit is a separator like any other character.
@@ -229,7 +229,7 @@ TEST(CsvParser, readsRowsOfTheConverter) {
              kConverter, true);
   EXPECT_TRUE(message.valid);
   EXPECT_EQ(message.objectType, 100U);
-  EXPECT_EQ(message.objectTimestamp, 123456789012345U);
+  EXPECT_EQ(message.objectTicks, 123456789012345U);
   EXPECT_EQ(message.objectFlags, 2U);
   EXPECT_EQ(message.comment, "a note");
   EXPECT_EQ(message.blfId, 0x18FEF100U);
@@ -253,7 +253,7 @@ TEST(CsvParser, readsNoMoreOfAnObjectThatTheConverterDidNotUnderstand) {
   const CsvMessage message = parsed("7;0x64;5;x;0;unknown object;6;2;x", kConverter, true);
   EXPECT_FALSE(message.valid);
   EXPECT_EQ(message.objectType, 100U);
-  EXPECT_EQ(message.objectTimestamp, 5U);
+  EXPECT_EQ(message.objectTicks, 5U);
   EXPECT_EQ(message.comment, "unknown object");
   EXPECT_EQ(message.blfId, 6U);
   EXPECT_EQ(message.channel, 2);

@@ -12,7 +12,7 @@ namespace {
 CsvMessage frame() {
   CsvMessage message(";");
   message.valid = true;
-  message.time = 1.5;
+  message.time = RealMilliseconds(1.5);
   message.bus = 1;
   message.direction = MessageDirection::Rx;
   message.kind = MessageKind::DT;
@@ -48,12 +48,13 @@ TEST(CsvPrinter, printsAFrame) {
 
 TEST(CsvPrinter, printsEachColumn) {
   expectRows({
-      {"time is rounded", [](CsvMessage& m) { m.time = 12345678.90149; }, "7;12345678.901;1;Rx;DT;0100;-;2;AA;BB"},
-      {"negative time", [](CsvMessage& m) { m.time = -0.5; }, "7;-0.500;1;Rx;DT;0100;-;2;AA;BB"},
+      {"time is rounded", [](CsvMessage& m) { m.time = RealMilliseconds(12345678.90149); },
+       "7;12345678.901;1;Rx;DT;0100;-;2;AA;BB"},
+      {"negative time", [](CsvMessage& m) { m.time = RealMilliseconds(-0.5); }, "7;-0.500;1;Rx;DT;0100;-;2;AA;BB"},
       {"bus", [](CsvMessage& m) { m.bus = 4294967295; }, "7;1.500;4294967295;Rx;DT;0100;-;2;AA;BB"},
       {"sent", [](CsvMessage& m) { m.direction = MessageDirection::Tx; }, "7;1.500;1;Tx;DT;0100;-;2;AA;BB"},
       {"no direction", [](CsvMessage& m) { m.direction = MessageDirection::None; }, "7;1.500;1;None;DT;0100;-;2;AA;BB"},
-      {"a direction that there is not", [](CsvMessage& m) { m.direction = static_cast<MessageDirection>(3); },
+      {"an unknown direction", [](CsvMessage& m) { m.direction = static_cast<MessageDirection>(3); },
        "7;1.500;1;Unknown;DT;0100;-;2;AA;BB"},
       {"extended", [](CsvMessage& m) { m.extended = true; }, "7;1.500;1;Rx;DT;00000100;-;2;AA;BB"},
       {"base identifier of eight digits", [](CsvMessage& m) { m.id = 0xFFFFFFFF; },

@@ -30,7 +30,7 @@ std::vector<std::string> textsOf(CsvReader& reader) {
   return texts;
 }
 
-TEST(CsvReader, handsOutARowAMessageAndSkipsComments) {
+TEST(CsvReader, returnsOneMessagePerRowAndSkipsComments) {
   const test::TempFolder folder;
   CsvReader reader = openedReader(folder, std::string("head\n") + kColumns +
                                               "1;0.500;1;Rx;DT;0123;-;1;AA\n"
@@ -56,7 +56,7 @@ TEST(CsvReader, givesEachMessageTheSeparatorAndTheColumns) {
   EXPECT_EQ(message.separator, ";");
   EXPECT_EQ(message.columns.place(CsvColumn::Length), 7U);
   EXPECT_EQ(message.text, "");
-  EXPECT_EQ(message.time, 0.5);
+  EXPECT_EQ(message.time, RealMilliseconds(0.5));
   EXPECT_FALSE(reader.readInto(message));
 }
 
@@ -74,7 +74,7 @@ TEST(CsvReader, readsTheTableOfTheConverter) {
   ASSERT_NE(first, nullptr);
   EXPECT_TRUE(first->valid);
   EXPECT_EQ(first->blfId, 0x123U);
-  EXPECT_EQ(first->objectTimestamp, 1000U);
+  EXPECT_EQ(first->objectTicks, 1000U);
   EXPECT_EQ(first->data, (std::vector<std::uint8_t>{0xAA, 0xBB}));
   const auto second = reader.ReadNextMessage();
   ASSERT_NE(second, nullptr);
@@ -92,7 +92,7 @@ TEST(CsvReader, readsNothingWithoutAColumnLine) {
   EXPECT_EQ(reader.ReadNextMessage(), nullptr);
 }
 
-TEST(CsvReader, handsOutEveryLineOfATableWithoutSeparator) {
+TEST(CsvReader, returnsEveryLineOfATableWithoutSeparator) {
   const test::TempFolder folder;
   CsvReader reader = openedReader(folder, "Number\n1\n\n2\n");
   ASSERT_TRUE(reader.setActive(true));
@@ -122,14 +122,15 @@ TEST(CsvReader, startsAgainWhenActivatedTwice) {
   EXPECT_EQ(reader.ReadNextMessage(), nullptr);
 }
 
-// What CsvReader makes of a written table against what TrcReader makes of its source.
+// Compares what CsvReader makes of a written table with what TrcReader makes of its source.
 class WrittenTable : public testing::TestWithParam<std::tuple<const char*, const char*>> {};
 
 TEST_P(WrittenTable, holdsTheFramesOfItsSource) {
   const auto& [version, separator] = GetParam();
   const std::filesystem::path golden = XLATR_GOLDEN_DIR;
-  TrcReader source(TrcInfo((golden / "trc" / ("source-" + std::string(version) + ".trc")).string()));
-  const auto path = golden / "csv" / (std::string(version) + "-" + separator + ".csv");
+  const std::string from = "from-" + std::string(version);
+  TrcReader source(TrcInfo((golden / "trc-trc" / from / ("source-" + std::string(version) + ".trc")).string()));
+  const auto path = golden / "trc-csv" / from / separator / "out.csv";
   CsvReader table{CsvInfo(TraceFileInfo(path.string()))};
   ASSERT_TRUE(source.setActive(true));
   ASSERT_TRUE(table.setActive(true));
@@ -145,7 +146,7 @@ TEST_P(WrittenTable, holdsTheFramesOfItsSource) {
     ASSERT_TRUE(table.readInto(row)) << "row " << rows;
     mapToCsv(frame, expected);
     EXPECT_TRUE(row.valid) << row.parsingText;
-    EXPECT_NEAR(row.time, expected.time, 0.0005);
+    EXPECT_NEAR(row.time.count(), expected.time.count(), 0.0005);
     EXPECT_EQ(row.bus, expected.bus);
     EXPECT_EQ(row.direction, expected.direction);
     EXPECT_EQ(row.kind, expected.kind);

@@ -39,7 +39,7 @@ TEST(CsvStartTime, isTheNumberOfOurTable) {
       {"any line", {"", "a", "  b $STARTTIME=44403.25;x", "c"}, 44403.25, false},
       {"fifteen digits", {"$STARTTIME=43774.5730005787"}, 43774.5730005787, false},
       {"no point", {"$STARTTIME=44403"}, 0.0, false},
-      {"no digit behind the point", {"$STARTTIME=44403.", "x"}, 0.0, false},
+      {"no digit after the point", {"$STARTTIME=44403.", "x"}, 0.0, false},
       {"no digit before the point", {"$STARTTIME=.5"}, 0.0, false},
       {"a blank", {"$STARTTIME= 1.5"}, 0.0, false},
       {"other case", {"$Starttime=1.5"}, 0.0, false},
@@ -66,7 +66,7 @@ TEST(CsvStartTime, isTheDateOfTheConvertersTable) {
        {"$BLFSTARTTIME=31/12/2024 23:59:58.500", "$STARTTIME=44403.25"},
        44403.25,
        false},
-      {"a number that is none does not", {"$STARTTIME=44403 $BLFSTARTTIME=01/01/2020 00:00:00.0"}, 43831.0, true},
+      {"a bad number does not", {"$STARTTIME=44403 $BLFSTARTTIME=01/01/2020 00:00:00.0"}, 43831.0, true},
       {"short fields", {"$BLFSTARTTIME=1/1/2020 0:0:0.0"}, 43831.0, true},
       {"any character in front of the milliseconds",
        {"$BLFSTARTTIME=01/01/2020 00:00:00,500"},
@@ -84,7 +84,7 @@ TEST(CsvStartTime, isTheDateOfTheConvertersTable) {
   });
 }
 
-TEST(CsvStartTime, isNoneForADateThatTheCalendarDoesNotKnow) {
+TEST(CsvStartTime, isMissingForADateThatTheCalendarDoesNotHave) {
   expectStarts({
       {"before 1970", {"$BLFSTARTTIME=31/12/1969 23:59:59.000"}, 0.0, true},
       {"a field beyond every number", {"$BLFSTARTTIME=99999999999/01/2020 00:00:00.000"}, 0.0, true},

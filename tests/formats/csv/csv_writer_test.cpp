@@ -8,6 +8,7 @@
 
 #include "formats/csv/csv_info.hpp"
 #include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "support/temp_folder.hpp"
 #include "support/writer_stubs.hpp"
 #include "util/host.hpp"
@@ -25,7 +26,7 @@ constexpr std::string_view kWideColumnLine =
 
 BrixMessage frame() {
   BrixMessage message;
-  message.parseLine("1) 10.5 3 Rx 0123 1 AA", 1.2, 0);
+  message.parseLine("1) 10.5 3 Rx 0123 1 AA", findTrcVersion(1.2), 0);
   return message;
 }
 
@@ -169,7 +170,7 @@ TEST_F(CsvWriterTest, knowsTheSourceByItsExtensionInAnyCase) {
   EXPECT_EQ(headOf(StubInfo("x.trc.asc")).find("VCID"), std::string::npos);
 }
 
-TEST_F(CsvWriterTest, theFurtherDataStandBehindTwoSeparators) {
+TEST_F(CsvWriterTest, theFurtherDataFollowTwoSeparators) {
   for (const std::string separator : {";", ",", "\t", "::", ""}) {
     const std::string head = headOf(StubInfo("x.asc"), separator);
     EXPECT_TRUE(head.ends_with(std::string("D7").append(separator).append(separator).append("D...\r\n"))) << head;

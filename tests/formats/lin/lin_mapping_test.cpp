@@ -46,12 +46,12 @@ TEST(LinMapping, takesOverAFrame) {
 }
 
 TEST(LinMapping, cutsTheTimeToMicroseconds) {
-  EXPECT_EQ(mapped(linRow(57)).timestamp, 1234U);
+  EXPECT_EQ(mapped(linRow(57)).timestamp, UnsignedMicroseconds(1234U));
   CsvMessage tens = linRow(57);
   tens.objectFlags = 1;
-  EXPECT_EQ(mapped(tens).timestamp, 12345670U);
-  tens.objectTimestamp = UINT64_MAX;
-  EXPECT_EQ(mapped(tens).timestamp, UINT64_MAX);
+  EXPECT_EQ(mapped(tens).timestamp, UnsignedMicroseconds(12345670U));
+  tens.objectTicks = UINT64_MAX;
+  EXPECT_EQ(mapped(tens).timestamp, UnsignedMicroseconds(UINT64_MAX));
 }
 
 TEST(LinMapping, takesOverErrors) {
@@ -105,7 +105,7 @@ TEST(LinMapping, keepsAMessageNotValid) {
 KorlMessage frame(std::uint32_t length, DirectionType direction = DirectionType::Publisher) {
   KorlMessage message;
   message.valid = true;
-  message.timestamp = 1500;
+  message.timestamp = UnsignedMicroseconds(1500);
   message.direction = direction;
   message.id = 0x2A;
   message.length = length;
@@ -119,7 +119,7 @@ TEST(LinMapping, toAscOnBus1) {
   target.flags = 0x10;
   mapToAsc(frame(2), target);
   EXPECT_TRUE(target.valid);
-  EXPECT_EQ(target.time, 0.0015);
+  EXPECT_EQ(target.time, RealSeconds(0.0015));
   EXPECT_EQ(target.bus, 1U);
   EXPECT_EQ(target.id, 0x2AU);
   EXPECT_FALSE(target.extended);
@@ -172,7 +172,7 @@ TEST(LinMapping, toCsvWithAnErrorIsAnErrorFrame) {
   KorlMessage source = frame(2);
   mapToCsv(source, target);
   EXPECT_EQ(target.kind, MessageKind::DT);
-  EXPECT_EQ(target.time, 1.5);
+  EXPECT_EQ(target.time, RealMilliseconds(1.5));
   EXPECT_EQ(target.bus, 1U);
   EXPECT_EQ(target.type, MessageType::Rx);
   EXPECT_EQ(target.length, 2U);

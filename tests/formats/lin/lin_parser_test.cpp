@@ -1,9 +1,9 @@
-#include "formats/lin/lin_parser.hpp"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
+
+#include "formats/lin/lin_message.hpp"
 
 namespace xlatr {
 namespace {
@@ -20,7 +20,7 @@ KorlMessage parsed(const std::string& line) {
 TEST(LinParser, readsAFrame) {
   const KorlMessage message = parsed("5) 1000 Pub 2A 2 01 02 7C CL");
   EXPECT_TRUE(message.valid);
-  EXPECT_EQ(message.timestamp, 1000U);
+  EXPECT_EQ(message.timestamp, UnsignedMicroseconds(1000U));
   EXPECT_EQ(message.direction, DirectionType::Publisher);
   EXPECT_EQ(message.id, 0x2AU);
   EXPECT_EQ(message.length, 2U);
@@ -82,7 +82,7 @@ TEST(LinParser, knowsEveryDirectionAndChecksumTypeInAnyCase) {
 TEST(LinParser, takesAnyRunOfBlanksForOne) {
   const KorlMessage message = parsed("     7)             74070   Pub   06  1  2F                      12  CL  ");
   EXPECT_TRUE(message.valid);
-  EXPECT_EQ(message.timestamp, 74070U);
+  EXPECT_EQ(message.timestamp, UnsignedMicroseconds(74070U));
   EXPECT_EQ(message.data, Bytes{0x2F});
 }
 
@@ -94,7 +94,7 @@ TEST(LinParser, readsFramesThatAreTooLong) {
 }
 
 TEST(LinParser, readsTheLargestTime) {
-  EXPECT_EQ(parsed("1) 18446744073709551615 Pub 01 0 FF CL").timestamp, 18446744073709551615U);
+  EXPECT_EQ(parsed("1) 18446744073709551615 Pub 01 0 FF CL").timestamp, UnsignedMicroseconds(18446744073709551615U));
 }
 
 TEST(LinParser, refusesWhatIsNoFrame) {
@@ -133,7 +133,7 @@ TEST(LinParser, refusesWhatIsNoFrame) {
 TEST(LinParser, keepsWhatItReadOfALineThatBreaksOff) {
   const KorlMessage message = parsed("1) 77 Sub 1F 3 01 02");
   EXPECT_FALSE(message.valid);
-  EXPECT_EQ(message.timestamp, 77U);
+  EXPECT_EQ(message.timestamp, UnsignedMicroseconds(77U));
   EXPECT_EQ(message.id, 0x1FU);
   EXPECT_EQ(message.data, (Bytes{1, 2}));
 }

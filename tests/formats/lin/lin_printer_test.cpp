@@ -1,9 +1,9 @@
-#include "formats/lin/lin_printer.hpp"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <string_view>
+
+#include "formats/lin/lin_message.hpp"
 
 namespace xlatr {
 namespace {
@@ -17,7 +17,7 @@ std::string printed(const KorlMessage& message, double version = 1.2, std::uint6
 KorlMessage frame(std::uint32_t length) {
   KorlMessage message;
   message.valid = true;
-  message.timestamp = 1000;
+  message.timestamp = UnsignedMicroseconds(1000);
   message.direction = DirectionType::Publisher;
   message.id = 0x2A;
   message.length = length;
@@ -30,7 +30,7 @@ KorlMessage frame(std::uint32_t length) {
 KorlMessage event(std::string_view text) {
   KorlMessage message;
   message.valid = true;
-  message.timestamp = 12;
+  message.timestamp = UnsignedMicroseconds(12);
   message.busEvent = true;
   message.length = static_cast<std::uint32_t>(text.size());
   message.data.assign(text.begin(), text.end());
@@ -53,7 +53,7 @@ TEST(LinPrinter, aFrameWithoutDataIsAColumnWider) {
 
 TEST(LinPrinter, longNumbersPushTheRest) {
   KorlMessage message = frame(0);
-  message.timestamp = 123456789;
+  message.timestamp = UnsignedMicroseconds(123456789);
   EXPECT_EQ(printed(message, 1.0, 12345678).substr(0, 36), "12345678)          123456789   Pub  ");
 }
 

@@ -27,7 +27,7 @@ std::vector<std::string> textsOf(KorlReader& reader) {
   return texts;
 }
 
-TEST_F(LinReaderTest, handsOutEveryLineButComments) {
+TEST_F(LinReaderTest, returnsEveryLineExceptComments) {
   KorlReader reader =
       readerOf(";$FILEVERSION=1.2\n1) 1 Pub 01 0 FF CL\n; a comment\n\nno frame\n2) 2 Sub 02 1 00 FF EH CK");
   EXPECT_FALSE(reader.ReadNextMessage());
@@ -46,7 +46,7 @@ TEST_F(LinReaderTest, usesAMessageAgain) {
   KorlMessage message;
   ASSERT_TRUE(reader.readInto(message));
   ASSERT_TRUE(reader.readInto(message));
-  EXPECT_EQ(message.timestamp, 0U);
+  EXPECT_EQ(message.timestamp, UnsignedMicroseconds(0U));
   EXPECT_EQ(message.errorFlags, 0U);
   EXPECT_EQ(message.checksum, 0U);
   EXPECT_TRUE(message.data.empty());
@@ -54,7 +54,7 @@ TEST_F(LinReaderTest, usesAMessageAgain) {
   EXPECT_FALSE(reader.readInto(message));
 }
 
-TEST_F(LinReaderTest, endsAtOnceBehindAHeaderAlone) {
+TEST_F(LinReaderTest, endsAtOnceAfterAHeaderAlone) {
   KorlReader reader = readerOf(";$FILEVERSION=1.2\r\n;\r\n");
   ASSERT_TRUE(reader.setActive(true));
   EXPECT_EQ(reader.getPercentDone(), 100.0);

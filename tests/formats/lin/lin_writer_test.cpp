@@ -17,7 +17,7 @@ using test::failureOf;
 using test::StubInfo;
 
 std::string golden(const std::string& name) {
-  std::ifstream in(std::string(XLATR_GOLDEN_DIR) + "/lin/" + name, std::ios::binary);
+  std::ifstream in(std::string(XLATR_GOLDEN_DIR) + "/lin-csv/" + name + "/" + name + ".ltrc", std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
@@ -98,10 +98,10 @@ class GoldenMessages {
   }
   void writeEvent(std::string_view text) { writeTimed(event(text)); }
   void writeTimed(BlfLinMessage message) {
-    // Both units, so that each is seen to come to the same: 12345 microseconds a message.
+    // Both units, to see that both give the same: 12345 microseconds per message.
     const bool tensOfMicroseconds = index_ % 2 == 0;
     message.objectFlags = tensOfMicroseconds ? 1 : 2;
-    message.objectTimestamp = tensOfMicroseconds ? index_ / 2 * 2469 : std::uint64_t{index_} * 12345000;
+    message.objectTicks = tensOfMicroseconds ? index_ / 2 * 2469 : std::uint64_t{index_} * 12345000;
     ++index_;
     writer_.WriteMessage(message);
   }
@@ -111,7 +111,7 @@ class GoldenMessages {
 };
 
 TEST_F(LinWriterTest, writesTheGoldenFileOfEachVersion) {
-  for (const auto& [version, name] : {std::pair(1.0, "all-1.0.ltrc"), {1.1, "all-1.1.ltrc"}, {1.2, "all-1.2.ltrc"}}) {
+  for (const auto& [version, name] : {std::pair(1.0, "all-1.0"), {1.1, "all-1.1"}, {1.2, "all-1.2"}}) {
     KorlWriter writer("", true, version);
     const std::string written = linesOf(writer, [&writer] {
       writer.WriteHeader(StubInfo("drive.blf"));

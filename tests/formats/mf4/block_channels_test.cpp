@@ -1,4 +1,4 @@
-#include "formats/mf4/block_channels.hpp"
+#include "formats/mf4/block_groups.hpp"
 
 #include <gtest/gtest.h>
 
@@ -254,7 +254,7 @@ TEST(BlockChannelsTest, aTableTakesTheNearestKey) {
 TEST(BlockChannelsTest, tableFindsValuesThatEqualTheInput) {
   EXPECT_EQ(evaluate(5, {0.0, 3.0, 3.5, 50.0, 10.0, 60.0}, 3.0), 50.0);  // between the keys 0 and 3.5
   EXPECT_EQ(evaluate(5, {4.0, 3.0, 2.0, 9.0}, 3.0), 3.0);                // below the first key
-  EXPECT_EQ(evaluate(5, {0.0, 5.0, 3.0, 9.0, 20.0, 1.0}, 5.0), 3.0);     // a value, behind which key 3 stands
+  EXPECT_EQ(evaluate(5, {0.0, 5.0, 3.0, 9.0, 20.0, 1.0}, 5.0), 3.0);     // a value, after which key 3 stands
   // Between the values 5 and 9, before the walk reaches the keys 3 and 20.
   EXPECT_EQ(evaluate(5, {0.0, 5.0, 3.0, 9.0, 20.0, 1.0}, 6.0), 3.0);
   EXPECT_EQ(evaluate(5, {0.0, 5.0, 3.0, 9.0, 20.0, 1.0}, 8.0), 20.0);
@@ -347,7 +347,8 @@ const std::vector<Expected> kErrorParts = {{"BusChannel", 0, 0, 8, 0, 8, 0x400, 
 
 // Written, and read back from its bytes.
 std::unique_ptr<MdfFileHeader> writtenTree(const MdfLayoutOptions& options) {
-  return std::make_unique<MdfFileHeader>(MdfFileHeader::createForWriting(options, 0, 4.1)->toBytes());
+  return std::make_unique<MdfFileHeader>(
+      MdfFileHeader::createForWriting(options, UnsignedNanoseconds(0), 4.1)->toBytes());
 }
 
 TEST(BlockChannelsTest, anUnsortedTreeHasOneDataGroup) {
@@ -421,7 +422,7 @@ TEST(BlockChannelsTest, signalDataLayoutsHaveAnOffsetInTheRecord) {
 }
 
 TEST(BlockChannelsTest, theDataLinkLeadsToTheEndOfTheTree) {
-  const auto file = MdfFileHeader::createForWriting({}, 0, 4.1);
+  const auto file = MdfFileHeader::createForWriting({}, UnsignedNanoseconds(0), 4.1);
   const Bytes bytes = file->toBytes();
   EXPECT_EQ(file->header()->firstDataGroup()->link(DataGroupBlock::kData), bytes.size());
 }

@@ -8,7 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/mf4/block_channels.hpp"
 #include "formats/mf4/mdf_file_builder.hpp"
 #include "xlatr/failures.hpp"
 
@@ -256,10 +255,10 @@ TEST(BlockDataTest, aListKeepsItsValues) {
           {{0x0E, 0, 0, 0}, le(2, 4), le(1, 8), le(2, 8), le(3, 8), le(4, 8), le(5, 8), le(6, 8), le(7, 8), le(8, 8)}));
   BlockStream stream(file.bytes());
   const DataListBlock block(stream, position);
-  EXPECT_EQ(block.data.values.offsets, (std::vector<std::uint64_t>{1, 2}));
-  EXPECT_EQ(block.data.values.timeValues, (std::vector<std::uint64_t>{3, 4}));
-  EXPECT_EQ(block.data.values.angleValues, (std::vector<std::uint64_t>{5, 6}));
-  EXPECT_EQ(block.data.values.distanceValues, (std::vector<std::uint64_t>{7, 8}));
+  EXPECT_EQ(block.data.offsets, (std::vector<std::uint64_t>{1, 2}));
+  EXPECT_EQ(block.data.timeValues, (std::vector<std::uint64_t>{3, 4}));
+  EXPECT_EQ(block.data.angleValues, (std::vector<std::uint64_t>{5, 6}));
+  EXPECT_EQ(block.data.distanceValues, (std::vector<std::uint64_t>{7, 8}));
 }
 
 TEST(BlockDataTest, aListOfValuesKeepsWhatItsFlagsAnnounce) {
@@ -288,7 +287,7 @@ TEST(BlockDataTest, aListOfValuesKeepsWhatItsFlagsAnnounce) {
     const std::uint64_t shorter =
         file.block("LD", {0, rv, dv}, fieldsWith(Values(each.stored.begin(), each.stored.end() - 1)));
     BlockStream stream(file.bytes());
-    const DataListValues values = ListDataBlock(stream, position).data.values;
+    const ListDataBlockData values = ListDataBlock(stream, position).data;
     EXPECT_EQ(values.equalLength, each.equalLength) << each.name;
     EXPECT_EQ(values.offsets, each.offsets) << each.name;
     EXPECT_EQ(values.timeValues, each.times) << each.name;
@@ -313,46 +312,7 @@ TEST(BlockDataTest, aBlockThatIsLinkedTwiceFails) {
   EXPECT_EQ(failureAt(file, first), "Block links form a loop");
 }
 
-// Writing.
-
-TEST(BlockDataTest, aPlainBlockIsItsHeadAndTheRecords) {
-  const auto group = DataGroupBlock::createTree({}, BusEventFrameType::DataFrame);
-  const ByteList records = {1, 2, 3};
-  const DataBlockBytes bytes = makeDataBytes(*group, records);
-  EXPECT_EQ(bytes.head, join({textBytes("##DT"), le(0, 4), le(27, 8), le(0, 8)}));
-  EXPECT_EQ(bytes.body.data(), records.data());
-  EXPECT_EQ(bytes.size(), 27U);
-  const DataBlockBytes empty = makeDataBytes(*group, {});
-  EXPECT_EQ(empty.head, join({textBytes("##DT"), le(0, 4), le(24, 8), le(0, 8)}));
-  EXPECT_FALSE(empty.empty());
-}
-
-TEST(BlockDataTest, aZippedBlockIsWrittenUnlessThereIsNothing) {
-  const auto group = DataGroupBlock::createTree({.zipped = true}, BusEventFrameType::DataFrame);
-  const ByteList records(1000, 'r');
-  const DataBlockBytes bytes = makeDataBytes(*group, records);
-  const ByteList zipped = deflated(records);
-  EXPECT_EQ(bytes.head, join({textBytes("##DZ"), le(0, 4), le(48 + zipped.size(), 8), le(0, 8), textBytes("DT"),
-                              le(0, 2), le(0, 4), le(1000, 8), le(zipped.size(), 8)}));
-  EXPECT_EQ(ByteList(bytes.body.begin(), bytes.body.end()), zipped);
-  EXPECT_TRUE(makeDataBytes(*group, {}).empty());
-}
-
-TEST(BlockDataTest, aGroupWithoutAPlaceForItsDataFails) {
-  DataGroupBlock none;
-  DataGroupBlock other;
-  other.setDataPlaceholder(std::make_unique<SignalDataBlock>());
-  for (const DataGroupBlock* const group : {&none, &other}) {
-    try {
-      static_cast<void>(makeDataBytes(*group, {}));
-      FAIL();
-    } catch (const ConverterProcessingException& failure) {
-      EXPECT_STREQ(failure.what(), "Internal Error : Data Bloc type not yet implemented in Data Group Block");
-    }
-  }
-}
-
-TEST(RecordBytesTest, growsAndHasZerosBehindItsEnd) {
+TEST(RecordBytesTest, growsAndHasZerosAfterItsEnd) {
   RecordBytes bytes;
   const auto expectPadding = [&] {
     for (std::size_t index = 0; index < RecordBytes::kPadding; ++index) {

@@ -41,7 +41,7 @@ TEST_F(BlockStreamTest, readsFarBlocksInTurn) {
   std::size_t near = 0;
   std::size_t far = bytes_.size() - 100;
   for (int count = 0; count < 100; ++count) {
-    expectRead(stream, near, 24);  // a head, then what stands behind it
+    expectRead(stream, near, 24);  // a head, then what stands after it
     expectRead(stream, near + 24, 76);
     expectRead(stream, far, 24);
     expectRead(stream, far + 24, 76);
@@ -66,7 +66,7 @@ TEST_F(BlockStreamTest, readsAcrossTheBorderOfWhatItHolds) {
   }
 }
 
-TEST_F(BlockStreamTest, readsMoreThanItHoldsBehindAJump) {
+TEST_F(BlockStreamTest, readsMoreThanItHoldsAfterAJump) {
   BlockStream stream(path_);
   for (const std::size_t size : {kWindowAfterJump - 1, kWindowAfterJump, kWindowAfterJump + 1, kWindow / 2,
                                  kWindow / 2 + 1, kWindow, kWindow + 1}) {

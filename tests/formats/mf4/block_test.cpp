@@ -110,8 +110,7 @@ TEST(BlockTest, aHeadIsWrittenAsItIsRead) {
   section.length = 0x0102030405060708;
   section.linkCount = 6;
   Bytes bytes;
-  FieldWriter fields(bytes);
-  HeaderSection::describe(fields, section);
+  appendFields(bytes, section);
   EXPECT_EQ(bytes, (ByteList{'#', '#', 'C', 'G', 0, 0, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1, 6, 0, 0, 0, 0, 0, 0, 0}));
 }
 
@@ -204,16 +203,15 @@ TEST(BlockTest, theIdentificationIsSixtyFourBytes) {
   for (const auto& each : cases) {
     const FileIdentificationBlock block = FileIdentificationBlock::forVersion(each.version);
     Bytes bytes;
-    FieldWriter fields(bytes);
-    FileIdentificationBlock::describe(fields, block);
+    appendFields(bytes, block);
     EXPECT_EQ(bytes, join({textBytes("MDF     "), each.text, textBytes("ZELK-Con"), le(0, 4), le(each.number, 2),
                            ByteList(30), le(0, 2), le(0, 2)}));
   }
   EXPECT_EQ(FileIdentificationBlock::forVersion(1234567.0).idVersion[7], '\0');
 }
 
-TEST(BlockTest, theHistoryStandsBehindTheHeader) {
-  const auto file = MdfFileHeader::createForWriting({}, 0x1122334455667788, 4.1);
+TEST(BlockTest, theHistoryStandsAfterTheHeader) {
+  const auto file = MdfFileHeader::createForWriting({}, UnsignedNanoseconds(0x1122334455667788), 4.1);
   const Bytes bytes = file->toBytes();
   const auto at = [&](std::size_t position, std::size_t size) {
     return ByteList(bytes.begin() + static_cast<std::ptrdiff_t>(position),
@@ -257,13 +255,13 @@ TEST(BlockTest, aHeaderWithoutDataGroupHasNone) {
 
 TEST(BlockTest, aHeaderWithoutFileIsLocalTime) {
   EXPECT_EQ(HeaderBlock().data.hdTimeFlags, 1);
-  const auto file = MdfFileHeader::createForWriting({}, 0, 4.1);
+  const auto file = MdfFileHeader::createForWriting({}, UnsignedNanoseconds(0), 4.1);
   EXPECT_TRUE(file->closed());
 }
 
 TEST(BlockTest, whatIsNoPartOfAWrittenTreeFails) {
   for (const auto type : {BlockTypeId::CH, BlockTypeId::AT, BlockTypeId::EV, BlockTypeId::SR, BlockTypeId::CA}) {
-    const auto header = HeaderBlock::createTree({}, 0);
+    const auto header = HeaderBlock::createTree({}, UnsignedNanoseconds(0));
     (type == BlockTypeId::CH ? header->hierarchies() : header->events()).addBlock(std::make_unique<BlockBase>(type, 1));
     Bytes bytes;
     EXPECT_EQ(processingFailureOf([&] { header->appendTreeBytes(bytes); }), "NYI");

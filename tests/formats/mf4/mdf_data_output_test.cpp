@@ -9,10 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "formats/mf4/block_channels.hpp"
-#include "formats/mf4/block_data.hpp"
 #include "formats/mf4/mdf_record_store.hpp"
-#include "support/mf4_layout.hpp"
+#include "support/layout.hpp"
 #include "support/temp_folder.hpp"
 
 namespace xlatr {
@@ -38,7 +36,7 @@ struct Written {
   std::uint64_t end;
 };
 
-// Writes pieces behind eight bytes that stand there before.
+// Writes pieces after eight bytes that stand there before.
 Written write(const std::vector<std::string>& pieces, bool zipped) {
   const TempFolder folder;
   BufferedOutput output;
@@ -104,21 +102,6 @@ TEST(MdfDataOutput, writesWhatCompressMakesOfAllRecordsAtOnce) {
     const Written written = write(pieces, true);
     EXPECT_EQ(written.position, 8U);
     EXPECT_TRUE(written.file == expected) << "in pieces of " << piece;
-  }
-}
-
-TEST(MdfDataOutput, writesTheBlockThatIsMadeOfAllRecordsAtOnce) {
-  for (const bool zipped : {false, true}) {
-    const auto group = DataGroupBlock::createTree({.zipped = zipped}, BusEventFrameType::DataFrame);
-    for (const std::string& records : {std::string(), std::string("r"), std::string(100000, 'r')}) {
-      const DataBlockBytes block =
-          makeDataBytes(*group, {reinterpret_cast<const std::uint8_t*>(records.data()), records.size()});
-      std::string expected(block.head.begin(), block.head.end());
-      expected.append(block.body.begin(), block.body.end());
-      const std::size_t half = records.size() / 2;
-      const Written written = write({records.substr(0, half), records.substr(half)}, zipped);
-      EXPECT_TRUE(written.file == "12345678" + expected + "behind") << zipped << ' ' << records.size();
-    }
   }
 }
 

@@ -11,7 +11,7 @@ namespace {
 BrixMessage messageOf(MessageKind kind) {
   BrixMessage source;
   source.valid = true;
-  source.timeOffset = 1.5;
+  source.timeOffset = RealMilliseconds(1.5);
   source.bus = 3;
   source.id = 0x123;
   source.kind = kind;
@@ -28,7 +28,7 @@ TEST(MdfMapping, takesTheFieldsOfATrcMessage) {
   MdfCanMessage target;
   mapToMdf(source, target);
   EXPECT_TRUE(target.valid);
-  EXPECT_EQ(target.time, 1500.0);  // microseconds
+  EXPECT_EQ(target.time, RealMicroseconds(1500.0));
   EXPECT_EQ(target.bus, 3U);
   EXPECT_EQ(target.id, 0x123U);
   EXPECT_EQ(target.kind, MessageKind::FB);

@@ -59,7 +59,7 @@ class MdfReaderTest : public testing::Test {
     EXPECT_TRUE(reader.setActive(true));
     std::vector<double> times;
     for (MdfCanMessage message; reader.readInto(message);) {
-      times.push_back(message.time);
+      times.push_back(message.time.count());
     }
     return times;
   }
@@ -220,7 +220,7 @@ TEST_F(MdfReaderTest, aFileWithoutCanSourceHasNothingToConvert) {
   MdfFileBuilder noBusEvent;
   noBusEvent.setFirstDataGroup(noBusEvent.dataGroup(noBusEvent.group({.flags = 4}), 0));
   EXPECT_EQ(reasonAgainst(noBusEvent), kNothing);
-  MdfFileBuilder second;  // a CAN group behind another one, in the second data group
+  MdfFileBuilder second;  // a CAN group after another one, in the second data group
   const std::uint64_t group = second.group({.busType = 3}, second.group({}));
   second.setFirstDataGroup(second.dataGroup(0, 0, 0, second.dataGroup(group, 0)));
   EXPECT_EQ(reasonAgainst(second), "");
@@ -264,7 +264,7 @@ TEST_F(MdfReaderTest, readsARecord) {
   const auto message = reader.ReadNextMessage();
   ASSERT_NE(message, nullptr);
   EXPECT_TRUE(message->getValid());
-  EXPECT_EQ(message->time, 1234.5);
+  EXPECT_EQ(message->time, RealMicroseconds(1234.5));
   EXPECT_EQ(message->bus, 7U);
   EXPECT_EQ(message->getIdentifier(), 0x1ABCDEF0U);
   EXPECT_TRUE(message->extended);
@@ -317,7 +317,7 @@ TEST_F(MdfReaderTest, mergesDataGroupsByTimeAndTiesByTheirOrder) {
   for (MdfCanMessage message; reader.readInto(message);) {
     ids.push_back(message.id);
   }
-  // Within a group the order of the file stays: 0x102 waits behind 0x101.
+  // Within a group the order of the file stays: 0x102 waits for 0x101.
   EXPECT_EQ(ids, (std::vector<std::uint32_t>{0x301, 0x201, 0x101, 0x102, 0x202, 0x302}));
 }
 

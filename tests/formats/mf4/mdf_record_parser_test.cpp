@@ -54,7 +54,7 @@ class Group {
   std::optional<MdfRecordParser> parser_;
 };
 
-// The group of a frame with the parts that a data frame needs, behind those of a test.
+// The group of a frame with the parts that a data frame needs, after those of a test.
 Group frameOf(MdfFileBuilder file, std::vector<ChannelSpec> parts, const std::string& frame = "CAN_DataFrame") {
   const std::vector<ChannelSpec> needed = {
       {.name = frame + ".BusChannel", .byteOffset = 8},
@@ -121,7 +121,7 @@ TEST(MdfRecordParserTest, readsTimesOfAllNumberTypes) {
     Group group(std::move(file), {.channels = time, .dataBytes = 16});
     const MdfCanMessage message = group.parse(each.bytes);
     EXPECT_EQ(message.valid, each.time.has_value());
-    EXPECT_EQ(message.time, each.time.value_or(0.0));
+    EXPECT_EQ(message.time, RealMicroseconds(each.time.value_or(0.0)));
   }
 }
 
@@ -155,7 +155,7 @@ TEST(MdfRecordParserTest, readsTimesOfAllUnits) {
     Group group(std::move(file), {.channels = time});
     const MdfCanMessage message = group.parse(real(2.5));
     EXPECT_EQ(message.valid, each.time.has_value());
-    EXPECT_EQ(message.time, each.time.value_or(0.0));
+    EXPECT_EQ(message.time, RealMicroseconds(each.time.value_or(0.0)));
   }
 }
 
@@ -203,7 +203,7 @@ TEST(MdfRecordParserTest, theTimeOfAFrameThatIsNotReadCounts) {
   const std::uint64_t channels = file.topChannels("CAN_DataFrame", 0);
   const MdfCanMessage message = Group(std::move(file), {.channels = channels}).parse(le(5000, 8));
   EXPECT_FALSE(message.valid);
-  EXPECT_EQ(message.time, 5.0);
+  EXPECT_EQ(message.time, RealMicroseconds(5.0));
 }
 
 TEST(MdfRecordParserTest, cutsTheFrameAndItsSeparatorFromNames) {

@@ -121,7 +121,7 @@ void expectFrame(const MdfCanMessage& message, const Frame& frame) {
     return;
   }
   EXPECT_TRUE(message.valid);
-  EXPECT_NEAR(message.time, frame.timeUs, 0.001);
+  EXPECT_NEAR(message.time.count(), frame.timeUs, 0.001);
   EXPECT_EQ(message.kind, kindOf(frame));
   EXPECT_EQ(message.bus, frame.bus);
   EXPECT_EQ(message.direction, frame.sent ? MessageDirection::Tx : MessageDirection::Rx);

@@ -19,8 +19,9 @@
 
 #include "formats/mf4/mdf_reader.hpp"
 #include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_version.hpp"
+#include "support/layout.hpp"
 #include "support/mf4_checker.hpp"
-#include "support/mf4_layout.hpp"
 #include "support/temp_folder.hpp"
 #include "support/writer_stubs.hpp"
 #include "util/hex.hpp"
@@ -35,7 +36,7 @@ using test::StubInfo;
 
 BrixMessage frame(std::string_view line) {
   BrixMessage message;
-  message.parseLine(line, 2.1, kTrcColumns21 & ~trc_column::kNumber);
+  message.parseLine(line, findTrcVersion(2.1), kTrcColumns21 & ~trc_column::kNumber);
   EXPECT_TRUE(message.valid) << line;
   return message;
 }
@@ -166,7 +167,7 @@ TEST_F(MdfWriterTest, leavesAllDataLinks0InAnEmptyZippedFile) {
              {{"cycles0", 0}, {"cycles1", 0}, {"cycles2", 0}, {"data0", 0}, {"data1", 0}, {"data2", 0}}, "");
 }
 
-TEST_F(MdfWriterTest, alignsBehindAZippedBlockAlsoForGroupsWithoutRecords) {
+TEST_F(MdfWriterTest, alignsAfterAZippedBlockAlsoForGroupsWithoutRecords) {
   MdfLayoutOptions options = layout(MdfLayout::Sorted);
   options.zipped = true;
   constexpr std::uint64_t kFirstBlock = 8168;

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "support/mf4_layout.hpp"
+#include "support/layout.hpp"
 
 namespace xlatr::test {
 namespace {
@@ -95,8 +95,8 @@ TEST(Mf4Checker, findsEveryFault) {
 }
 
 TEST(Mf4Checker, findsWhatNoBlockOwns) {
-  EXPECT_THAT(faultsOf(checkMf4(soundFile() + "x")), HasSubstr("something lies behind the last block"));
-  EXPECT_THAT(faultsOf(checkMf4(soundFile() + std::string(9, '\0'))), HasSubstr("something lies behind"));
+  EXPECT_THAT(faultsOf(checkMf4(soundFile() + "x")), HasSubstr("something lies after the last block"));
+  EXPECT_THAT(faultsOf(checkMf4(soundFile() + std::string(9, '\0'))), HasSubstr("something lies after"));
   EXPECT_EQ(faultsOf(checkMf4("MDF")), "0: no room for an identification\n");
 }
 

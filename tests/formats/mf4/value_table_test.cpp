@@ -81,7 +81,7 @@ TEST(ValueTableTest, goesThroughTheValuesToo) {
   EXPECT_EQ(lookUp({4, 1, 2, 9, 20, 3}, 5), 2) << "the key behind the lower of two values";
 }
 
-TEST(ValueTableTest, answersAsAWalkWouldWhateverTheOrder) {
+TEST(ValueTableTest, givesWhatAWalkWouldWhateverTheOrder) {
   std::mt19937 random(1);
   const auto number = [&random](unsigned count) { return static_cast<double>(random() % count); };
   constexpr std::array kOdd{kNan, kInfinity, -kInfinity, -0.0};

@@ -210,7 +210,7 @@ TEST_F(BtrInfoTest, passesOverFreeSlots) {
   EXPECT_EQ(info.getHeaderLength(), 1024U);
 }
 
-// 16 sessions of two sectors each behind each directory, which come one behind the other.
+// 16 sessions of two sectors each after each directory, which come one after the other.
 BtrImage linkedDirectories(std::size_t directories, std::uint8_t version = 3) {
   constexpr std::size_t kStride = 33;
   BtrImage image(directories * kStride);

@@ -21,15 +21,15 @@ SessionDateTime with(SessionDateTime date, std::uint8_t SessionDateTime::*field,
 
 template <class Record>
 std::string imageOf(const Record& record) {
-  std::string image(kWireSize<Record>, '\0');
-  writeWire(record, reinterpret_cast<std::uint8_t*>(image.data()));
+  std::string image(kLayoutSize<Record>, '\0');
+  storeFields(reinterpret_cast<std::uint8_t*>(image.data()), record);
   return image;
 }
 
 template <class Record>
 Record recordOf(const std::string& image) {
   Record record;
-  readWire(reinterpret_cast<const std::uint8_t*>(image.data()), record);
+  loadFields(reinterpret_cast<const std::uint8_t*>(image.data()), record);
   return record;
 }
 
@@ -45,7 +45,7 @@ TEST(BtrLayout, readsAndWritesADescriptor) {
   EXPECT_EQ(descriptor.continued, 1);
   EXPECT_EQ(descriptor.nextDirectorySector, 0x11223344U);
   EXPECT_EQ(descriptor.dateAndTime, kDate);
-  EXPECT_EQ(descriptor.startTimestamp, 0x0102030405060708U);
+  EXPECT_EQ(descriptor.startTimestampUs, 0x0102030405060708U);
   EXPECT_EQ(descriptor.startLocation.sector, 0x0A0B0C0DU);
   EXPECT_EQ(descriptor.startLocation.position, 0xFF);
   EXPECT_EQ(imageOf(descriptor), image);
@@ -61,7 +61,7 @@ TEST(BtrLayout, readsAndWritesAnEntry) {
   EXPECT_EQ(entry.getSource(), 4);
   EXPECT_EQ(entry.getLength(), 12);
   EXPECT_EQ(entry.data[7], 8);
-  EXPECT_EQ(entry.timestamp, 0xAABBCCDDU);
+  EXPECT_EQ(entry.timestampUs, 0xAABBCCDDU);
   EXPECT_EQ(entry.payload(3).size(), 3U);
   EXPECT_EQ(entry.payload(12).size(), 8U);
   EXPECT_EQ(imageOf(entry), image);

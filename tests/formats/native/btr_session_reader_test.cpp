@@ -50,7 +50,7 @@ class BtrSessionReaderTest : public testing::Test {
   std::vector<double> timesOf(const std::vector<BtrSlot>& slots, std::uint64_t startTimestamp = 0) {
     std::vector<double> times;
     for (const SessionMessage& message : messagesOf({slots}, startTimestamp)) {
-      times.push_back(message.time);
+      times.push_back(message.time.count());
     }
     return times;
   }
@@ -101,11 +101,11 @@ TEST_F(BtrSessionReaderTest, handsOutTheFramesOfEachSector) {
   EXPECT_EQ(messages_[0].getLength(), 3U);
   EXPECT_EQ(messages_[0].getData()[2], 3);
   EXPECT_EQ(messages_[0].entry.getSource(), 1);
-  EXPECT_EQ(messages_[0].time, 1.5);
+  EXPECT_EQ(messages_[0].time, RealMilliseconds(1.5));
   EXPECT_TRUE(messages_[0].getValid());
   EXPECT_TRUE(messages_[1].entry.isExtended());
   EXPECT_EQ(messages_[1].entry.getSource(), 4);
-  EXPECT_EQ(messages_[1].time, 1.501);
+  EXPECT_EQ(messages_[1].time, RealMilliseconds(1.501));
 
   ASSERT_TRUE(reader.readSector(messages_)) << "an empty sector is one";
   EXPECT_TRUE(messages_.empty());
@@ -218,7 +218,7 @@ TEST_F(BtrSessionReaderTest, passesOverUnusedSlots) {
       {.id = 0xFFFFFFFF, .flags = 0x10, .bus = 15},  // the logger's own
       {.id = 0xFFFFFFFF, .bus = 15},                 // the same
       {.id = 0xFFFFFFFF, .flags = 0x10, .bus = 2},   // a status frame
-      {.id = 0x1FFFFFFF},                            // a frame behind all of them
+      {.id = 0x1FFFFFFF},                            // a frame after all of them
   }});
   ASSERT_EQ(messages.size(), 2U);
   EXPECT_EQ(messages[0].getIdentifier(), 0xFFFFFFFFU);
@@ -267,7 +267,7 @@ TEST_F(BtrSessionReaderTest, keepsItsClocksFromSectorToSector) {
   const std::vector<SessionMessage> messages =
       messagesOf({{onBus(0, 0xFFFFFFF0)}, {btrTick(0xFFFFFFFF)}, {onBus(0, 0x10), btrTick(0)}, {onBus(0, 0x11)}});
   ASSERT_EQ(messages.size(), 3U);
-  EXPECT_EQ(messages[2].time, 0x1'0000'0011 / 1000.0);
+  EXPECT_EQ(messages[2].time, RealMilliseconds(0x1'0000'0011 / 1000.0));
 }
 
 TEST_F(BtrSessionReaderTest, raisesAtAFrameOfTheLoggerThatIsNoTick) {
@@ -285,7 +285,7 @@ TEST_F(BtrSessionReaderTest, raisesAtAFrameOfTheLoggerThatIsNoTick) {
   }
   EXPECT_EQ(messages_.size(), 2U) << "what stood in front of it";
   ASSERT_TRUE(reader.readSector(messages_));
-  EXPECT_EQ(messages_.at(0).time, 0.004);
+  EXPECT_EQ(messages_.at(0).time, RealMilliseconds(0.004));
 }
 
 TEST_F(BtrSessionReaderTest, raisesAtABusThatTheLoggerDoesNotHave) {
@@ -315,7 +315,7 @@ TEST(SessionMessages, areValidByIdentifierFlagAndBus) {
     entry.id = test.slot.id;
     entry.flags = test.slot.flags;
     entry.source = static_cast<std::uint8_t>(test.slot.bus << 4U);
-    EXPECT_EQ(SessionMessage(entry, 0.0).getValid(), test.valid) << std::hex << test.slot.id;
+    EXPECT_EQ(SessionMessage(entry, {}).getValid(), test.valid) << std::hex << test.slot.id;
   }
 }
 

@@ -27,7 +27,7 @@ BrixMessage frame(std::uint32_t id = 0x123, double milliseconds = 10.5) {
   BrixMessage message;
   message.valid = true;
   message.id = id;
-  message.timeOffset = milliseconds;
+  message.timeOffset = RealMilliseconds(milliseconds);
   message.type = MessageType::Rx;
   message.kind = MessageKind::DT;
   message.direction = MessageDirection::Rx;
@@ -247,7 +247,7 @@ TEST(BtrMapping, roundsTheTimeAndCutsItTo32Bits) {
                {-1e300, 0},
                {std::numeric_limits<double>::quiet_NaN(), 0}};
   for (const auto& test : cases) {
-    EXPECT_EQ(mapToBtrEntry(frame(1, test.milliseconds)).timestamp, test.timestamp) << test.milliseconds;
+    EXPECT_EQ(mapToBtrEntry(frame(1, test.milliseconds)).timestampUs, test.timestamp) << test.milliseconds;
   }
 }
 

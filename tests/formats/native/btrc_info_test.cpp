@@ -46,7 +46,7 @@ TEST_F(BtrcInfoTest, readsTheHeadOfAFile) {
   EXPECT_EQ(header.info.version, 1);
   EXPECT_EQ(header.info.timeScalingExponent, -6);
   EXPECT_EQ(header.firstFramePosition, 32U);
-  EXPECT_EQ(header.systemTime, kStart);
+  EXPECT_EQ(header.systemTime, UnsignedMicroseconds(kStart));
   EXPECT_EQ(header.blockBytes(), 8192U);
   EXPECT_EQ(header.getRTCRawDataString(), "18 00 03 80 C6 29 66 22 C8 20 E3 00 EA 07 0B 15 0D 0E 0F 00 06 12 0F 00 ");
 }
@@ -79,7 +79,7 @@ TEST_F(BtrcInfoTest, fileWithoutCalibrationBeganWhenItWasMade) {
   const BtrcInfo info(path);
   EXPECT_TRUE(info.getValid());
   EXPECT_EQ(info.getHeaderLength(), 8U);
-  EXPECT_EQ(info.GetHeader().systemTime, 0U);
+  EXPECT_EQ(info.GetHeader().systemTime, UnsignedMicroseconds(0U));
   EXPECT_FALSE(info.GetHeader().errorOnRtc);
   EXPECT_EQ(info.getStartTime(), getFileCreationTime(path).toOleDate());
   EXPECT_EQ(info.GetHeader().timeCalibration.header.type, RecordType::CanRxMsg) << "whatever was read";
@@ -92,7 +92,7 @@ TEST_F(BtrcInfoTest, impossibleDateIsAnErrorAndReplacedByTheTimeOfTheLastChange)
   const BtrcInfo info(path);
   EXPECT_TRUE(info.getValid());
   EXPECT_TRUE(info.GetHeader().errorOnRtc);
-  EXPECT_EQ(info.GetHeader().systemTime, 0U);
+  EXPECT_EQ(info.GetHeader().systemTime, UnsignedMicroseconds(0U));
   EXPECT_EQ(info.getHeaderLength(), 8U);
   EXPECT_DOUBLE_EQ(info.getStartTime(), (1000000000.25 + 2209161600.0) / 86400.0);
 }
@@ -115,7 +115,7 @@ TEST_F(BtrcInfoTest, fieldsOfTheDateAreChecked) {
     EXPECT_EQ(read.GetHeader().errorOnRtc, !test.possible)
         << test.year << "-" << test.month << "-" << test.day << " " << test.hour << ":" << test.minute;
     EXPECT_EQ(read.GetHeader().firstFramePosition, test.possible ? 32U : 8U);
-    EXPECT_EQ(read.GetHeader().systemTime, test.possible ? 5U : 0U);
+    EXPECT_EQ(read.GetHeader().systemTime, UnsignedMicroseconds(test.possible ? 5U : 0U));
   }
 }
 
@@ -128,7 +128,7 @@ void expectDefault(const BtrcFileHeader& header) {
   EXPECT_EQ(header.info.version, 0);
   EXPECT_EQ(header.info.timeScalingExponent, 0);
   EXPECT_EQ(header.firstFramePosition, 0U);
-  EXPECT_EQ(header.systemTime, 0U);
+  EXPECT_EQ(header.systemTime, UnsignedMicroseconds(0U));
   EXPECT_EQ(header.startDateTime, DateTime());
   EXPECT_EQ(header.getRTCRawDataString(), "18 00 03 80 00 00 00 00 00 00 00 00 B2 07 01 01 00 00 00 00 00 00 00 00 ");
 }

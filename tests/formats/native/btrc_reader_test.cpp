@@ -54,19 +54,19 @@ TEST(BtrcReader, handsOutEveryRecordOfAWellFormedFile) {
 
 TEST(BtrcReader, timesCountFromTheStartOnEveryBus) {
   FileReader reader(filled(head() + plainFrame(kStart + 10, 0) + plainFrame(kStart + 20, 7)));
-  EXPECT_EQ(reader->ReadNextMessage()->timestamp, 10U);
-  EXPECT_EQ(reader->ReadNextMessage()->timestamp, 20U);
+  EXPECT_EQ(reader->ReadNextMessage()->timestamp, UnsignedMicroseconds(10U));
+  EXPECT_EQ(reader->ReadNextMessage()->timestamp, UnsignedMicroseconds(20U));
 }
 
 TEST(BtrcReader, startIsSubtractedUnscaled) {
   FileReader reader(filled(info(1, -3) + calibration(1000) + plainFrame(5)));
-  EXPECT_EQ(reader->ReadNextMessage()->timestamp, 4000U);
+  EXPECT_EQ(reader->ReadNextMessage()->timestamp, UnsignedMicroseconds(4000U));
 }
 
 TEST(BtrcReader, withoutCalibrationTimesStayAndItsPlaceIsRead) {
   FileReader reader(filled(info() + plainFrame(5) + plainFrame(6)));
-  EXPECT_EQ(reader->ReadNextMessage()->timestamp, 5U);
-  EXPECT_EQ(reader->ReadNextMessage()->timestamp, 6U);
+  EXPECT_EQ(reader->ReadNextMessage()->timestamp, UnsignedMicroseconds(5U));
+  EXPECT_EQ(reader->ReadNextMessage()->timestamp, UnsignedMicroseconds(6U));
 }
 
 TEST(BtrcReader, badCalibrationIsARecordWithoutContent) {
@@ -76,13 +76,13 @@ TEST(BtrcReader, badCalibrationIsARecordWithoutContent) {
   EXPECT_EQ(first->GetRecordType(), RecordType::TimeCalibration);
   EXPECT_FALSE(first->getValid());
   EXPECT_EQ(first->commentary, "");
-  EXPECT_EQ(reader->ReadNextMessage()->timestamp, 5U);
+  EXPECT_EQ(reader->ReadNextMessage()->timestamp, UnsignedMicroseconds(5U));
 }
 
 TEST(BtrcReader, timesOfOtherRecordsAreNotMoved) {
   FileReader reader(filled(head() + record(0x8002, "text") + record(0x11, number(kStart, 8) + number(0, 8))));
-  EXPECT_EQ(reader->ReadNextMessage()->timestamp, 0U);
-  EXPECT_EQ(reader->ReadNextMessage()->timestamp, 0U);
+  EXPECT_EQ(reader->ReadNextMessage()->timestamp, UnsignedMicroseconds(0U));
+  EXPECT_EQ(reader->ReadNextMessage()->timestamp, UnsignedMicroseconds(0U));
 }
 
 TEST(BtrcReader, sizeBelowTheHeaderEndsReading) {
@@ -98,7 +98,7 @@ TEST(BtrcReader, bareHeaderIsARecord) {
   EXPECT_EQ(reader.types(), (Types{0x8002, 1}));
 }
 
-TEST(BtrcReader, recordThatEndsBehindTheFileEndsReading) {
+TEST(BtrcReader, recordThatEndsAfterTheFileEndsReading) {
   const std::string whole = head() + plainFrame(5) + plainFrame(6);
   for (std::size_t size = head().size() + 24; size < whole.size(); ++size) {
     FileReader reader(whole.substr(0, size));
@@ -123,7 +123,7 @@ TEST(BtrcReader, readsOverTheEndsOfItsOwnBuffer) {
   for (unsigned index = 0; index < 40000; ++index) {
     ASSERT_TRUE(reader->readInto(message));
     ASSERT_EQ(message.id, index);
-    ASSERT_EQ(message.timestamp, index);
+    ASSERT_EQ(message.timestamp, UnsignedMicroseconds(index));
   }
   EXPECT_FALSE(reader->readInto(message));
 }
@@ -146,7 +146,7 @@ TEST(BtrcReader, atTheEndOfABlockAWholeOneIsSkipped) {
   EXPECT_EQ(reader->ReadNextMessage()->commentary, "Records counter --> Total records: 3 - Total messages: 3");
 }
 
-TEST(BtrcReader, skippingBehindTheEndOfTheFileEndsReading) {
+TEST(BtrcReader, skippingBeyondTheEndOfTheFileEndsReading) {
   FileReader reader(head() + plainFrame(5) + plainFrame(6));
   ASSERT_NE(reader->ReadNextMessage(), nullptr);
   EXPECT_EQ(reader->SkipCurrentBlock(),
@@ -161,10 +161,10 @@ TEST(BtrcReader, blocksOfNoLengthAreNotSkipped) {
   EXPECT_NE(reader->ReadNextMessage(), nullptr);
 }
 
-TEST(BtrcReader, recoversBehindAReceivedRemoteFrameAtTheNextBlock) {
+TEST(BtrcReader, recoversAfterAReceivedRemoteFrameAtTheNextBlock) {
   const std::string remote = number(28, 2) + number(2, 2) + number(kStart, 8) + frameInfo(0, 8, 1, 0x100);
   std::string file = head() + remote + plainFrame(kStart + 5);
-  // The frame behind it begins 8 bytes too late for the reader, who then sees its identifier as a size.
+  // The frame after it begins 8 bytes too late for the reader, who then sees its identifier as a size.
   file = file + filler(kBlock - file.size()) + counter(0, 2, 2) + plainFrame(kStart + 6);
   FileReader reader(file);
   const auto message = reader->ReadNextMessage();

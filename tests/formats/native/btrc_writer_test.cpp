@@ -30,7 +30,7 @@ std::string headOfStart() {
 BrixMessage frame(double milliseconds, std::uint32_t length = 4) {
   BrixMessage message;
   message.valid = true;
-  message.timeOffset = milliseconds;
+  message.timeOffset = RealMilliseconds(milliseconds);
   message.kind = MessageKind::DT;
   message.type = MessageType::Rx;
   message.direction = MessageDirection::Rx;
@@ -58,7 +58,7 @@ class BtrcWriterTest : public testing::Test {
     writer_.setActive(false);
     return folder_.read("out.btrc");
   }
-  // Writes frames until this many bytes, a multiple of 4, are left in the first block, and answers what stands there
+  // Writes frames until this many bytes, a multiple of 4, are left in the first block, and returns what stands there
   // then. Records are 24 bytes long, and the first few 28, so that the rest comes out even.
   std::string fillFirstBlock(std::size_t left) {
     std::string bytes = headOfStart();
@@ -103,7 +103,7 @@ TEST_F(BtrcWriterTest, recordThatEndsWithItsBlockIsFollowedByTheTotals) {
   EXPECT_EQ(written(), filled(file + recordOf(7000) + counter(7000, records_, records_)));
 }
 
-TEST_F(BtrcWriterTest, recordThatDoesNotFitOpensTheNextBlockBehindTheTotals) {
+TEST_F(BtrcWriterTest, recordThatDoesNotFitOpensTheNextBlockAfterTheTotals) {
   std::string file = fillFirstBlock(20);
   writer_.WriteMessage(frame(7));
   writer_.WriteMessage(frame(8));
@@ -116,7 +116,7 @@ TEST_F(BtrcWriterTest, gapOfABareHeaderIsOne) {
   EXPECT_EQ(written(), filled(file + number(4, 2) + number(0, 2) + counter(7000, records_, records_) + recordOf(7000)));
 }
 
-TEST_F(BtrcWriterTest, everyBlockBehindTheFirstBeginsWithTheTotals) {
+TEST_F(BtrcWriterTest, everyBlockAfterTheFirstBeginsWithTheTotals) {
   begin();
   for (int index = 0; index < 5000; ++index) {
     writer_.WriteMessage(frame(index, static_cast<std::uint32_t>(index) % 9));
@@ -129,7 +129,7 @@ TEST_F(BtrcWriterTest, everyBlockBehindTheFirstBeginsWithTheTotals) {
     EXPECT_EQ(file.substr(offset, 4), number(28, 2) + number(0x8001, 2));
     Native_RecordCounter read;
     const std::string bytes = file.substr(offset, 28);
-    readWire(reinterpret_cast<const std::uint8_t*>(bytes.data()), read);
+    loadFields(reinterpret_cast<const std::uint8_t*>(bytes.data()), read);
     EXPECT_EQ(read.totalRecords, read.totalMessages);
     EXPECT_GT(read.totalRecords, before);
     before = read.totalRecords;
@@ -148,7 +148,7 @@ TEST_F(BtrcWriterTest, whatItWritesIsReadBack) {
   std::uint64_t index = 0;
   while (reader.readInto(message)) {
     if (message.getValid()) {
-      ASSERT_EQ(message.timestamp, index * 125);
+      ASSERT_EQ(message.timestamp, UnsignedMicroseconds(index * 125));
       ASSERT_EQ(message.length, index % 9);
       ++index;
     }
@@ -253,7 +253,7 @@ std::string parsingFailureOf(const std::function<void()>& action) {
   return "no failure";
 }
 
-TEST_F(BtrcWriterTest, textOfABlockLeavesNothingToBeWrittenBehindIt) {
+TEST_F(BtrcWriterTest, textOfABlockLeavesNothingToBeWrittenAfterIt) {
   begin();
   writer_.WriteComment(std::string(9000, 'x'));
   EXPECT_EQ(parsingFailureOf([&] { writer_.WriteMessage(frame(0)); }),
@@ -298,7 +298,7 @@ TEST_F(BtrcWriterTest, closesInItsDestructor) {
 // header of one filler can't say.
 TEST_F(BtrcWriterTest, gapOfEightBlocksIsABareHeader) {
   begin();
-  constexpr int kRecordsOfABlock = 340;  // of 24 bytes, behind a head of 32 or totals of 28
+  constexpr int kRecordsOfABlock = 340;  // of 24 bytes, after a head of 32 or totals of 28
   for (int count = 0; count < 8 * kRecordsOfABlock + 1; ++count) {
     writer_.WriteMessage(frame(0));
   }

@@ -28,7 +28,7 @@ SessionMessage message(std::uint32_t id, std::uint8_t flags, std::uint8_t source
   entry.flags = flags;
   entry.source = source;
   entry.data = {1, 6, 3, 4, 5, 6, 7, 8};
-  return {entry, 1500.25};
+  return {entry, RealMilliseconds(1500.25)};
 }
 
 template <class Target, class Map>
@@ -53,18 +53,18 @@ CsvMessage toCsv(const SessionMessage& source) {
 TEST(SessionMapping, copiesAFrame) {
   const SessionMessage source = message(0x123, 0, 0x23);
   const BrixMessage trc = toTrc(source);
-  EXPECT_EQ(trc.timeOffset, 1500.25);
+  EXPECT_EQ(trc.timeOffset, RealMilliseconds(1500.25));
   EXPECT_EQ(trc.kind, MessageKind::DT);
   EXPECT_EQ(trc.reserved, -1);
   EXPECT_EQ(trc.comment, "");
   EXPECT_TRUE(trc.columnBased);
   const AscMessage asc = toAsc(source);
-  EXPECT_EQ(asc.time, 1.50025);
+  EXPECT_EQ(asc.time, RealSeconds(1.50025));
   EXPECT_EQ(asc.flags, 0U);
   EXPECT_EQ(asc.frameClass, AscFrameClass::Classic);
   EXPECT_EQ(asc.lineKind, AscLineKind::StandardFrame);
   const CsvMessage csv = toCsv(source);
-  EXPECT_EQ(csv.time, 1500.25);
+  EXPECT_EQ(csv.time, RealMilliseconds(1500.25));
   EXPECT_EQ(csv.kind, MessageKind::DT);
   EXPECT_EQ(csv.reserved, CsvMessage::kNoReserved);
   EXPECT_FALSE(csv.wideRow);

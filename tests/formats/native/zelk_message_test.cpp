@@ -23,7 +23,9 @@ Bytes bytesOf(std::string_view text) {
 ZelkBinaryMessage read(const std::string& record, std::int8_t exponent = -6) {
   const Bytes bytes = bytesOf(record);
   const auto type = static_cast<RecordType>(bytes[2] | bytes[3] << 8);
-  return {type, bytes, exponent};
+  ZelkBinaryMessage message;
+  message.readRecord(type, bytes, TimeScale(exponent));
+  return message;
 }
 
 TEST(ZelkMessage, isEmptyAtFirst) {
@@ -35,7 +37,6 @@ TEST(ZelkMessage, isEmptyAtFirst) {
   EXPECT_EQ(message.bus, 1U);
   EXPECT_FALSE(message.valid);
   EXPECT_EQ(message.GetRecordType(), RecordType::Invalid);
-  EXPECT_EQ(message.record(), nullptr);
   EXPECT_EQ(message.getParsingBytesString(), "");
 }
 
@@ -53,9 +54,8 @@ TEST(ZelkMessage, takesAReceivedFrame) {
   EXPECT_EQ(message.length, 2U);
   EXPECT_EQ(message.data, (Bytes{0xAA, 0xBB, 0, 0})) << "all that the record holds, padding included";
   EXPECT_EQ(message.bus, 3U) << "counted from 0";
-  EXPECT_EQ(message.timestamp, 5000U);
+  EXPECT_EQ(message.timestamp, UnsignedMicroseconds(5000U));
   EXPECT_EQ(message.commentary, "");
-  EXPECT_EQ(message.record(), nullptr);
 }
 
 TEST(ZelkMessage, takesASentFrame) {
@@ -68,7 +68,7 @@ TEST(ZelkMessage, takesASentFrame) {
   EXPECT_FALSE(message.extended);
   EXPECT_EQ(message.length, 8U);
   EXPECT_EQ(message.data, bytesOf("12345678"));
-  EXPECT_EQ(message.timestamp, 7000U);
+  EXPECT_EQ(message.timestamp, UnsignedMicroseconds(7000U));
 }
 
 TEST(ZelkMessage, takesRemoteFramesWithoutData) {
@@ -148,7 +148,7 @@ TEST(ZelkMessage, takesErrorCounters) {
     EXPECT_EQ(message.length, 2U);
     EXPECT_EQ(message.data, (Bytes{7, 96}));
     EXPECT_EQ(message.bus, 2U);
-    EXPECT_EQ(message.timestamp, 9U);
+    EXPECT_EQ(message.timestamp, UnsignedMicroseconds(9U));
   }
 }
 
@@ -224,7 +224,7 @@ TEST(ZelkMessage, recordsThatAreNoFramesBecomeACommentary) {
     EXPECT_FALSE(message.valid);
     EXPECT_FALSE(message.getValid());
     EXPECT_EQ(message.bus, test.bus);
-    EXPECT_EQ(message.timestamp, 0U) << "not kept";
+    EXPECT_EQ(message.timestamp, UnsignedMicroseconds(0U)) << "not kept";
   }
 }
 
@@ -253,7 +253,8 @@ TEST(ZelkMessage, otherRecordsHaveNoContent) {
 }
 
 TEST(ZelkMessage, recordThatSaysItIsOfAnotherTypeIsNotValid) {
-  const ZelkBinaryMessage message(RecordType::CanTxMsg, bytesOf(plainFrame(9)), -6);
+  ZelkBinaryMessage message;
+  message.readRecord(RecordType::CanTxMsg, bytesOf(plainFrame(9)), TimeScale());
   EXPECT_FALSE(message.valid);
   EXPECT_EQ(message.id, 0xFFFFFFFF);
   EXPECT_EQ(message.commentary, "");
@@ -322,7 +323,8 @@ TEST(ZelkMessage, timesAreScaledToMicroseconds) {
                {14, kTime * 7766279631452241920U},  // 10 to the 20th, modulo 2 to the 64th
                {127, 0}};
   for (const auto& test : cases) {
-    EXPECT_EQ(read(plainFrame(kTime), static_cast<std::int8_t>(test.exponent)).timestamp, test.microseconds)
+    EXPECT_EQ(read(plainFrame(kTime), static_cast<std::int8_t>(test.exponent)).timestamp,
+              UnsignedMicroseconds(test.microseconds))
         << test.exponent;
   }
 }
@@ -348,13 +350,13 @@ TEST(ZelkMessage, tellsWhetherItFitsATrcVersion) {
 TEST(ZelkMessage, recordThatWasReadHasNoTimeToAdjust) {
   ZelkBinaryMessage message = read(plainFrame(9));
   try {
-    message.AdjustTimestamp(5);
+    message.AdjustTimestamp(UnsignedMicroseconds(5));
     FAIL() << "no failure";
   } catch (const ConverterProcessingException& failure) {
     EXPECT_STREQ(failure.what(), "Failed to adjust timestamp of parsing record 1: it was not made from a message");
   }
   ZelkBinaryMessage text = read(record(0x8002, "text"));
-  EXPECT_NO_THROW(text.AdjustTimestamp(5));
+  EXPECT_NO_THROW(text.AdjustTimestamp(UnsignedMicroseconds(5)));
 }
 
 }  // namespace

@@ -23,17 +23,17 @@ TEST(TrcHeaderKeys, findsTheFileVersion) {
   } cases[] = {
       {"key", {";$FILEVERSION=1.1"}, 1.1},
       {"key inside a line", {"; see $FILEVERSION=2.1 there"}, 2.1},
-      {"behind one that does not fit", {";$FILEVERSION=x $FILEVERSION=1.3"}, 1.3},
+      {"after one that does not fit", {";$FILEVERSION=x $FILEVERSION=1.3"}, 1.3},
       {"the first of two", {";$FILEVERSION=2.0", ";$FILEVERSION=2.1"}, 2.0},
       {"a version that is not known", {";$FILEVERSION=3.1"}, 3.1},
       {"several digits", {";$FILEVERSION=12.34;"}, 12.34},
       {"no point", {";$FILEVERSION=2"}, 0.0},
-      {"nothing behind the point", {";$FILEVERSION=2."}, 0.0},
+      {"nothing after the point", {";$FILEVERSION=2."}, 0.0},
       {"another case", {";$fileversion=2.0"}, 0.0},
       {"the mark of an old program", {";  made by BRIX Scope"}, 1.0},
       {"the mark of an old network", {";  BRIX-Net: can1"}, 1.0},
       {"a network without a name is no mark", {";  BRIX-Net: "}, 0.0},
-      {"a network behind two blanks is no mark", {";  BRIX-Net:  can1"}, 0.0},
+      {"a network after two blanks is no mark", {";  BRIX-Net:  can1"}, 0.0},
       {"the key before the mark", {";  BRIX Scope", ";$FILEVERSION=1.2"}, 1.2},
       {"neither", {";  a comment", ""}, 0.0},
   };
@@ -54,22 +54,22 @@ TEST(TrcHeaderKeys, findsTheStartTime) {
       // 26 July 2021 is day 44403 since 1899-12-30.
       {"text", {";   Start time: 26.07.2021 06:00:00.0"}, 44403.25},
       {"text with milliseconds", {";   Start time: 26.07.2021 00:00:00.500"}, 44403.0 + 0.5 / 86400.0},
-      // The last point ends the seconds, and what is behind it counts as milliseconds.
+      // The last point ends the seconds, and what follows it counts as milliseconds.
       {"text with microseconds", {";   Start time: 26.07.2021 00:00:00.721.500"}, 44403.0 + 0.5 / 86400.0},
-      // One character behind the colon is dropped even where it is a digit: day 6 is left of day 26.
+      // One character after the colon is dropped even if it is a digit: day 26 becomes day 6.
       {"text without a blank", {";   Start time:26.07.2021 06:00:00.0"}, 44383.25},
       {"no text", {";   Start time: yesterday"}, 0.0},
       {"nothing", {";"}, 0.0},
   };
   for (const auto& test : cases) {
-    EXPECT_DOUBLE_EQ(keysOf(test.lines).startTime(), test.start) << test.name;
+    EXPECT_DOUBLE_EQ(keysOf(test.lines).startDays(), test.start) << test.name;
   }
 }
 
 // A date that can't be read at all counts as second 0, which is day 25569.
 TEST(TrcHeaderKeys, countsADateThatFitsButCannotBeReadAsSecondZero) {
-  EXPECT_DOUBLE_EQ(keysOf({";  Start time: 26.07.2021 00:00:00"}).startTime(), 25569.0);
-  EXPECT_DOUBLE_EQ(keysOf({";  Start time: 45.13.2021 06:00:00.0"}).startTime(), 25569.0);
+  EXPECT_DOUBLE_EQ(keysOf({";  Start time: 26.07.2021 00:00:00"}).startDays(), 25569.0);
+  EXPECT_DOUBLE_EQ(keysOf({";  Start time: 45.13.2021 06:00:00.0"}).startDays(), 25569.0);
 }
 
 TEST(TrcHeaderKeys, findsTheColumns) {

@@ -32,7 +32,7 @@ TEST(TrcInfo, countsCrLfAsTwoBytes) {
   EXPECT_EQ(info.lineBreakSize(), 2);
 }
 
-// The mixture is no trace's, but losing a line over it would be.
+// No real trace is mixed like this, but losing a line over it would be wrong.
 TEST(TrcInfo, findsTheEndOfAHeaderWithBothLineEnds) {
   const test::TempFolder folder;
   const std::string header = ";$FILEVERSION=1.1\r\n;\n;\n;\r\n";

@@ -26,7 +26,7 @@ BrixMessage mapped(std::string_view line, double version = 7.0) {
 
 TEST(TrcMapping, copiesWhatBothKnow) {
   const BrixMessage message = mapped("1.5 3 123x Tx d 2 0A B0");
-  EXPECT_EQ(message.timeOffset, 1500.0);
+  EXPECT_EQ(message.timeOffset, RealMilliseconds(1500.0));
   EXPECT_EQ(message.bus, 3U);
   EXPECT_EQ(message.type, MessageType::Tx);
   EXPECT_EQ(message.kind, MessageKind::DT);
@@ -116,7 +116,7 @@ TEST(TrcMapping, knowsNoKindOfAnUnknownType) {
 
 TEST(TrcMapping, copiesWhatAnMdfMessageKnows) {
   MdfCanMessage source;
-  source.time = 1234567.5;
+  source.time = RealMicroseconds(1234567.5);
   source.bus = 3;
   source.id = 0x1ABCDEF0;
   source.extended = true;
@@ -130,7 +130,7 @@ TEST(TrcMapping, copiesWhatAnMdfMessageKnows) {
   message.comment = "of an earlier message";
   message.reserved = 5;
   mapToTrc(source, message);
-  EXPECT_EQ(message.timeOffset, 1234.5675);
+  EXPECT_EQ(message.timeOffset, RealMilliseconds(1234.5675));
   EXPECT_EQ(message.bus, 3U);
   EXPECT_EQ(message.id, 0x1ABCDEF0U);
   EXPECT_TRUE(message.extended);
@@ -193,7 +193,7 @@ ZelkBinaryMessage zelkMessage() {
   ZelkBinaryMessage source;
   source.recordType = RecordType::CanRxMsg;
   source.valid = true;
-  source.timestamp = 1500250;
+  source.timestamp = UnsignedMicroseconds(1500250);
   source.bus = 2;
   source.id = 0x123;
   source.extended = true;
@@ -216,7 +216,7 @@ BrixMessage mapped(const ZelkBinaryMessage& source) {
 
 TEST(TrcMapping, takesABinaryMessage) {
   const BrixMessage message = mapped(zelkMessage());
-  EXPECT_EQ(message.timeOffset, 1500.25);
+  EXPECT_EQ(message.timeOffset, RealMilliseconds(1500.25));
   EXPECT_EQ(message.bus, 3U);
   EXPECT_EQ(message.type, MessageType::Rx);
   EXPECT_EQ(message.kind, MessageKind::DT);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "platform/thread.hpp"
 #include "util/failures.hpp"
 
@@ -16,7 +17,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 BrixMessage parsed(std::string_view line, double version, TrcColumnSet columns = 0) {
   BrixMessage message;
-  message.parseLine(line, version, columns);
+  message.parseLine(line, findTrcVersion(version), columns);
   return message;
 }
 
@@ -49,7 +50,7 @@ void expectFrame(const Case& test) {
   SCOPED_TRACE(test.name);
   const BrixMessage message = parsed(test.line, test.version, test.columns);
   EXPECT_TRUE(message.valid);
-  EXPECT_EQ(message.timeOffset, test.expected.time);
+  EXPECT_EQ(message.timeOffset, RealMilliseconds(test.expected.time));
   EXPECT_EQ(message.bus, test.expected.bus);
   EXPECT_EQ(message.type, test.expected.type);
   EXPECT_EQ(message.kind, test.expected.kind);
@@ -127,7 +128,7 @@ TEST(TrcParser, readsLinesOfVersion10) {
         .length = 4,
         .data = {0, 0, 0, 8},
         .comment = "BUSHEAVY"}},
-      {"the last word behind the data is the comment", "1) 10.5 0123 2 0A B0 two words", 1.0, 0, {.comment = "words"}},
+      {"the last word after the data is the comment", "1) 10.5 0123 2 0A B0 two words", 1.0, 0, {.comment = "words"}},
   };
   for (const Case& test : cases) {
     expectFrame(test);
@@ -200,7 +201,7 @@ TEST(TrcParser, readsLinesOfVersion12) {
 }
 
 TEST(TrcParser, cutsALengthOf12To8) {
-  expectFrame({"the rest of the bytes is behind the data",
+  expectFrame({"the rest of the bytes is after the data",
                "1) 10.5 1 Rx 0123 12 01 02 03 04 05 06 07 08 09 0A 0B 0C",
                1.2,
                0,
@@ -236,7 +237,7 @@ TEST(TrcParser, readsLinesOfVersion13) {
        1.3,
        0,
        {.bus = 7, .id = 0xFFFFFFFF, .extended = true}},
-      {"words behind the data are passed over", "1) 10.5 7 Rx 0123 - 2 0A B0 words", 1.3, 0, {.bus = 7}},
+      {"words after the data are skipped", "1) 10.5 7 Rx 0123 - 2 0A B0 words", 1.3, 0, {.bus = 7}},
   };
   for (const Case& test : cases) {
     expectFrame(test);
@@ -261,12 +262,12 @@ TEST(TrcParser, readsLinesOfVersion20) {
        2.0,
        kTrcColumns20,
        {.bus = 0, .kind = MessageKind::RR, .length = 8, .data = {}, .remote = true}},
-      {"error counters right behind the direction",
+      {"error counters right after the direction",
        "1 10.5 EC          Rx    0A B0",
        2.0,
        kTrcColumns20,
        {.bus = 0, .type = MessageType::Error, .kind = MessageKind::EC, .id = 0}},
-      {"error behind three columns",
+      {"error after three columns",
        "1 10.5 ER - Tx 5 01 02 03 04 05",
        2.0,
        kTrcColumns20,
@@ -366,7 +367,7 @@ TEST(TrcParser, readsEveryDlcOfEveryFdKind) {
 TEST(TrcParser, readsLinesOfVersion30) {
   const Case cases[] = {
       {"data", "1 10.5 DT 3 123 Rx - - - - - - 2 0A B0", 3.0, kTrcColumns30, {.bus = 3}},
-      {"what stands in the CAN XL columns of other frames is passed over",
+      {"the CAN XL columns of other frames are skipped",
        "1 10.5 DT 3 123 Rx - zz 1 2 3 4 2 0A B0",
        3.0,
        kTrcColumns30,
@@ -384,7 +385,7 @@ TEST(TrcParser, readsLinesOfVersion30) {
        3.0,
        kTrcColumns30,
        {.bus = 3, .type = MessageType::Unknown, .kind = MessageKind::XL}},
-      {"error counters behind all columns",
+      {"error counters after all columns",
        "1 10.5 EC 3 - Rx - - - - - - 2 0A B0",
        3.0,
        kTrcColumns30,
@@ -451,7 +452,7 @@ TEST(TrcParser, raisesNothingForABadLine) {
   EXPECT_EQ(lastErrorText(platform::currentThreadId()), before);
 }
 
-TEST(TrcParser, keepsTheBusOfALineThatIsBadBehindIt) {
+TEST(TrcParser, keepsTheBusOfALineThatIsBadAfterIt) {
   EXPECT_EQ(parsed("1 10.5 DT 3 0123 Rx - 2 0A", 2.1, kTrcColumns21).bus, 3U);
 }
 
@@ -462,9 +463,9 @@ TEST(TrcParser, readsNoLineOfAnUnknownVersion) {
 }
 
 TEST(TrcParser, readsTimesAsTheStandardConversionDoes) {
-  EXPECT_EQ(parsed("1) 12.5x 0123 0", 1.0).timeOffset, 12.5);
-  EXPECT_EQ(parsed("1) 1e3 0123 0", 1.0).timeOffset, 1000.0);
-  EXPECT_EQ(parsed("1) -3 0123 0", 1.0).timeOffset, -3.0);
+  EXPECT_EQ(parsed("1) 12.5x 0123 0", 1.0).timeOffset, RealMilliseconds(12.5));
+  EXPECT_EQ(parsed("1) 1e3 0123 0", 1.0).timeOffset, RealMilliseconds(1000.0));
+  EXPECT_EQ(parsed("1) -3 0123 0", 1.0).timeOffset, RealMilliseconds(-3.0));
 }
 
 TEST(TrcMessage, freshMessageHoldsItsDefaults) {

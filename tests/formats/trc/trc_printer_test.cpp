@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "formats/trc/trc_message.hpp"
+#include "formats/trc/trc_version.hpp"
 
 namespace xlatr {
 namespace {
@@ -13,7 +14,7 @@ namespace {
 BrixMessage frame() {
   BrixMessage message;
   message.valid = true;
-  message.timeOffset = 1234.5678;
+  message.timeOffset = RealMilliseconds(1234.5678);
   message.bus = 3;
   message.type = MessageType::Rx;
   message.kind = MessageKind::DT;
@@ -90,7 +91,7 @@ BrixMessage xl() {
 
 std::string text(const BrixMessage& message, double version, TrcColumnSet columns) {
   TextBuffer out;
-  message.appendText(out, version, 42, columns);
+  message.appendText(out, findTrcVersion(version), 42, columns);
   return std::string(out.view());
 }
 
@@ -176,16 +177,16 @@ TEST(TrcPrinter, usesTheMessagesOwnColumnsWhenThereAreNoOthers) {
 
 TEST(TrcPrinter, roundsTheTimeBeforeItIsPrinted) {
   BrixMessage message = frame();
-  message.timeOffset = 123.45;
+  message.timeOffset = RealMilliseconds(123.45);
   EXPECT_EQ(text(message, 1.1, 0), "    42)       123.5  Rx         01A3  2  0A B0");
   EXPECT_EQ(text(message, 1.2, 0), "    42)      123.450  3  Rx         01A3  2  0A B0");
 }
 
 TEST(TrcPrinter, truncatesTheTimeOf10) {
   BrixMessage message = frame();
-  message.timeOffset = 9.999;
+  message.timeOffset = RealMilliseconds(9.999);
   EXPECT_EQ(text(message, 1.0, 0), "    42)         9      01A3  2  0A B0");
-  message.timeOffset = -0.5;
+  message.timeOffset = RealMilliseconds(-0.5);
   EXPECT_EQ(text(message, 1.0, 0), "    42)         0      01A3  2  0A B0");
 }
 
@@ -215,11 +216,11 @@ TEST(TrcPrinter, printsNothingForAMessageThatIsNotValidOrAnUnknownVersion) {
 
 TEST(TrcPrinter, printsTimesOfAnySize) {
   BrixMessage message = frame();
-  message.timeOffset = 1e300;
+  message.timeOffset = RealMilliseconds(1e300);
   EXPECT_NE(text(message, 2.1, kTrcColumns21).find(".000 DT "), std::string::npos);
-  message.timeOffset = -1.5;
+  message.timeOffset = RealMilliseconds(-1.5);
   EXPECT_EQ(text(message, 2.1, kTrcColumns21), "     42        -1.500 DT 3      01A3 Rx -  2    0A B0");
-  message.timeOffset = std::numeric_limits<double>::quiet_NaN();
+  message.timeOffset = RealMilliseconds(std::numeric_limits<double>::quiet_NaN());
   EXPECT_EQ(text(message, 2.1, kTrcColumns21), "     42           nan DT 3      01A3 Rx -  2    0A B0");
   EXPECT_EQ(text(message, 1.0, 0), "    42)       nan      01A3  2  0A B0");
 }

@@ -12,6 +12,7 @@
 #include "formats/asc/asc_message.hpp"
 #include "formats/trc/trc_header.hpp"
 #include "formats/trc/trc_info.hpp"
+#include "formats/trc/trc_version.hpp"
 #include "support/temp_folder.hpp"
 #include "support/writer_stubs.hpp"
 
@@ -24,7 +25,7 @@ using test::StubInfo;
 
 BrixMessage frame() {
   BrixMessage message;
-  message.parseLine("1) 10.5 3 Rx 0123 1 AA", 1.2, 0);
+  message.parseLine("1) 10.5 3 Rx 0123 1 AA", findTrcVersion(1.2), 0);
   return message;
 }
 
@@ -87,7 +88,7 @@ TEST_F(TrcWriterTest, givesANumberToAMappedMessageWithoutText) {
             "     3)       10.500  3  Rx         0123  1  AA\r\n");
 }
 
-TEST_F(TrcWriterTest, putsASemicolonInFrontOfACommentThatHasNone) {
+TEST_F(TrcWriterTest, putsASemicolonBeforeACommentThatHasNone) {
   TrcWriter writer(folder_.file("x.trc"), false, 1.2);
   writer.setActive(true);
   writer.WriteComment("text");
@@ -112,12 +113,12 @@ TEST_F(TrcWriterTest, writesNothingOfAVersionThatItDoesNotKnow) {
 }
 
 TEST_F(TrcWriterTest, writesTheHeaderThatTheVersionPrintsAs) {
-  EXPECT_EQ(trcHeaderVersion(1.0), TrcVersion::V1_0);
-  EXPECT_EQ(trcHeaderVersion(2.1), TrcVersion::V2_1);
-  EXPECT_EQ(trcHeaderVersion(2.08), TrcVersion::V2_1);
-  EXPECT_EQ(trcHeaderVersion(2.96), TrcVersion::V3_0);
+  EXPECT_EQ(findTrcHeaderVersion(1.0), findTrcVersion(1.0));
+  EXPECT_EQ(findTrcHeaderVersion(2.1), findTrcVersion(2.1));
+  EXPECT_EQ(findTrcHeaderVersion(2.08), findTrcVersion(2.1));
+  EXPECT_EQ(findTrcHeaderVersion(2.96), findTrcVersion(3.0));
   for (const double unknown : {0.0, 1.4, 2.2, 3.1, -1.0, 1e300}) {
-    EXPECT_EQ(trcHeaderVersion(unknown), std::nullopt) << unknown;
+    EXPECT_EQ(findTrcHeaderVersion(unknown), nullptr) << unknown;
   }
 }
 
@@ -133,7 +134,7 @@ TEST_F(TrcWriterTest, printsWithTheMessagesColumnsWhenItWroteNoHeader) {
   TrcWriter writer(folder_.file("x.trc"), false, 2.1);
   writer.setActive(true);
   BrixMessage message;
-  message.parseLine("10.5 DT 3 0123 Rx 1 AA", 2.1, trc_column::kBus | trc_column::kDirection);
+  message.parseLine("10.5 DT 3 0123 Rx 1 AA", findTrcVersion(2.1), trc_column::kBus | trc_column::kDirection);
   writer.WriteMessage(message);
   writer.setActive(false);
   EXPECT_EQ(folder_.read("x.trc"), "       10.500 DT 3  Rx 1    AA\r\n");
@@ -176,15 +177,15 @@ TEST_F(TrcWriterTest, listsTheBusesOfALoggersFileByItsExactExtension) {
 }
 
 TEST_F(TrcWriterTest, writesTheHeaderOfALoggersFileByteForByte) {
-  const std::filesystem::path golden = XLATR_GOLDEN_DIR "/trc";
+  const std::filesystem::path golden = XLATR_GOLDEN_DIR "/trc-trc/header";
   const std::filesystem::path before = std::filesystem::current_path();
-  std::filesystem::current_path(folder_.path());  // so that the header names the target as it stands in the golden file
+  std::filesystem::current_path(folder_.path());  // so that the header names the target as the golden file does
   for (const std::string version : {"1.3", "2.0", "2.1", "3.0"}) {
     TrcWriter writer("out.trc", true, std::stod(version));
     writer.setActive(true);
     writer.WriteHeader(StubInfo("logger.btr", true, 43525.6041724653));
     writer.setActive(false);
-    std::ifstream expected(golden / ("header-" + version + "-btr.trc"), std::ios::binary);
+    std::ifstream expected(golden / ("to-" + version) / "of-a-logger.trc", std::ios::binary);
     ASSERT_TRUE(expected) << version;
     EXPECT_EQ(folder_.read("out.trc"), std::string(std::istreambuf_iterator<char>(expected), {})) << version;
   }

@@ -11,7 +11,7 @@
 #include "support/blf_builder.hpp"
 #include "tools/blf2csv/table.hpp"
 
-// How objects lie in containers, and containers in the file, sound and damaged.
+// Objects in containers, and containers in the file, whole and damaged.
 namespace blf2csv {
 namespace {
 
@@ -107,20 +107,20 @@ TEST(Blf2CsvContainers, paddingOfUpToThreeBytesIsNothing) {
   }
 }
 
-TEST(Blf2CsvContainers, strayBytesArePassedOverAndTold) {
+TEST(Blf2CsvContainers, strayBytesAreSkippedAndReported) {
   expectRows(file(stored(frames(1) + std::string(4, '\0') + frames(1, 2))), {1, 2}, {{Remark::StrayBytes, 1}});
   expectRows(file(stored("x" + frames(1) + "LOB" + frames(1, 2) + "LOBJLOBJ")), {1, 2}, {{Remark::StrayBytes, 3}});
   expectRows(file("junk" + stored(frames(1)) + "junk, LOBJ and junk" + stored(frames(1, 2)) + "LOBJ"), {1, 2},
              {{Remark::StrayFileBytes, 3}});
   EXPECT_EQ(convertLog(file(stored(frames(1) + "junk" + frames(1, 2)))).remarks.lines(),
-            std::vector<std::string>{"1 stretches of bytes between objects that belong to none, passed over, the first "
-                                     "at offset 48 of the content"});
+            std::vector<std::string>{"stretches of bytes between objects that belong to none, skipped: 1, the first at "
+                                     "offset 48 of the content"});
   EXPECT_EQ(convertLog(file("junk" + stored(frames(1)))).remarks.lines(),
-            std::vector<std::string>{"1 stretches of bytes between containers that belong to none, passed over, the "
-                                     "first at offset 144"});
+            std::vector<std::string>{"stretches of bytes between containers that belong to none, skipped: 1, the first "
+                                     "at offset 144"});
 }
 
-TEST(Blf2CsvContainers, anObjectThatIsTooSmallForItsSizeFieldIsNoHeader) {
+TEST(Blf2CsvContainers, anObjectTooSmallForItsSizeFieldIsNotAnObject) {
   for (const auto& [headerSize, size] : std::vector<std::pair<unsigned, unsigned>>{
            {32, 0}, {32, 31}, {31, 48}, {16, 48}, {0, 48}, {0, 0}, {65535, 48}, {32, 0xFFFFFFFF}, {32, 1U << 25}}) {
     SCOPED_TRACE(std::to_string(headerSize) + " of " + std::to_string(size));
@@ -169,7 +169,7 @@ TEST(Blf2CsvContainers, aCutStoredContainerGivesWhatIsThere) {
 TEST(Blf2CsvContainers, aBrokenContainerLeavesAHole) {
   std::string packed = deflated(frames(60, 1000));
   packed[packed.size() / 2] = static_cast<char>(packed[packed.size() / 2] ^ 0x55);
-  // The object that was open in front of the hole does not go on behind it.
+  // The object that was open before the hole does not go on after it.
   const std::string open = frames(1, 5);
   const std::string log = file(stored(frames(1) + open.substr(0, 40)) + containerOf(2, "no zlib stream", 480) +
                                stored(open.substr(40) + frames(1, 2)));
@@ -187,7 +187,7 @@ TEST(Blf2CsvContainers, aStreamThatEndsEarlyIsBroken) {
   expectRows(log, {1, 2, 3, 9}, {{Remark::BrokenContainer, 1}});
 }
 
-TEST(Blf2CsvContainers, whatLiesBehindAStreamIsLookedThrough) {
+TEST(Blf2CsvContainers, whatFollowsAStreamIsSearched) {
   // A container whose size takes in the next one.
   const std::string next = stored(frames(1, 2));
   std::string first = zipped(frames(1));
@@ -196,7 +196,7 @@ TEST(Blf2CsvContainers, whatLiesBehindAStreamIsLookedThrough) {
   expectRows(file(first + next), {1, 2});
 }
 
-TEST(Blf2CsvContainers, statedContentSizesAreNotBelieved) {
+TEST(Blf2CsvContainers, statedContentSizesAreNotReliedOn) {
   const std::string packed = deflated(frames(2));
   for (const std::uint32_t stated : {0U, 1U, 95U, 97U, 0xFFFFFFFFU}) {
     SCOPED_TRACE(stated);
@@ -206,12 +206,12 @@ TEST(Blf2CsvContainers, statedContentSizesAreNotBelieved) {
     SCOPED_TRACE(stated);
     expectRows(file(containerOf(0, frames(2), stated)), {1, 2}, {{Remark::WrongContentSize, 1}});
   }
-  // Where the size of the container is the wrong one of the two, the next container is not lost.
+  // If the size of the container is the wrong one of the two, the next container is not lost.
   const std::string both = frames(2) + stored(frames(1, 3));
   expectRows(file(containerOf(0, both, 96)), {1, 2, 3}, {{Remark::WrongContentSize, 1}});
 }
 
-TEST(Blf2CsvContainers, unknownMethodsArePassedOver) {
+TEST(Blf2CsvContainers, unknownMethodsAreSkipped) {
   for (const std::uint16_t method : std::initializer_list<std::uint16_t>{1, 3, 65535}) {
     SCOPED_TRACE(method);
     const std::string unknown = containerOf(method, frames(3), 144);
@@ -219,11 +219,11 @@ TEST(Blf2CsvContainers, unknownMethodsArePassedOver) {
   }
 }
 
-TEST(Blf2CsvContainers, aContainerInAContainerIsPassedOver) {
+TEST(Blf2CsvContainers, aContainerInAContainerIsSkipped) {
   expectRows(file(stored(frames(1) + zipped(frames(1, 5)) + frames(1, 2))), {1, 2}, {{Remark::NestedContainer, 1}});
 }
 
-TEST(Blf2CsvContainers, aContainerWithoutRoomForItsHeaderIsNone) {
+TEST(Blf2CsvContainers, aContainerWithoutRoomForItsHeaderIsNotAContainer) {
   for (const unsigned size : {16U, 31U}) {
     const std::string bad = Bytes().text("LOBJ").u16(16).u16(1).u32(size).u32(10).zeros(16).str();
     expectRows(file(bad + stored(frames(1))), {1}, {{Remark::StrayFileBytes, 1}});
@@ -256,7 +256,7 @@ TEST(Blf2CsvContainers, manyFramesAcrossManyContainers) {
   EXPECT_EQ(convertLog(file(containers)).rows(), rows);
 }
 
-TEST(Blf2CsvFile, whatIsNoLogIsRefused) {
+TEST(Blf2CsvFile, whatIsNotALogIsRefused) {
   const std::string log = file(stored(frames(1)));
   for (const std::string& bytes :
        {std::string(), std::string("LOGG"), log.substr(0, 143), "x" + log.substr(1), std::string(1000, '\0')}) {
@@ -268,7 +268,7 @@ TEST(Blf2CsvFile, objectsBeginWhereTheHeaderSays) {
   std::string log = file(Bytes().leftovers(16).str() + stored(frames(1)));
   log.replace(4, 4, Bytes().u32(160).str());
   expectRows(log, {1});
-  // Not in front of the end of the known fields, and beyond the end of the file there is nothing.
+  // Not before the end of the known fields; and beyond the end of the file there is nothing.
   log = file(stored(frames(1)));
   log.replace(4, 4, Bytes().u32(0).str());
   expectRows(log, {1});
@@ -276,7 +276,7 @@ TEST(Blf2CsvFile, objectsBeginWhereTheHeaderSays) {
   expectRows(log, {});
 }
 
-TEST(Blf2CsvFile, objectsAreCountedWhereTheHeaderDoesNot) {
+TEST(Blf2CsvFile, objectsAreCountedIfTheHeaderDoesNot) {
   const xlatr::test::TempFolder folder;
   EXPECT_EQ(countObjects(folder.write("a.blf", file({.objects = 77}, stored(frames(3))))), 77);
   EXPECT_EQ(countObjects(folder.write("b.blf", file({.objects = 0}, stored(frames(3) + object({.type = 92}, ""))))), 3);

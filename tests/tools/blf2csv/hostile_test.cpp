@@ -54,7 +54,7 @@ void expectEnd(const std::string& log) {
   try {
     expectTable(convertLog(log));
   } catch (const std::runtime_error&) {
-    // It is no log any more, and says so.
+    // It is not a log any more, and the program says so.
     EXPECT_TRUE(log.size() < 144 || !log.starts_with("LOGG"));
   }
 }
@@ -93,7 +93,7 @@ TEST(Blf2CsvHostile, eachWordExtreme) {
 
 // A gigabyte of zeros in a megabyte: what is beyond the largest content is cut off.
 TEST(Blf2CsvHostile, aBombIsCutOff) {
-  // A deflate stream that repeats is made by hand: the same packed block of zeros over and over.
+  // Made by hand, a deflate stream that repeats the same packed block of zeros over and over.
   constexpr std::size_t kBlock = std::size_t{1} << 20;
   z_stream stream{};
   ASSERT_EQ(::deflateInit(&stream, Z_BEST_COMPRESSION), Z_OK);
@@ -114,8 +114,8 @@ TEST(Blf2CsvHostile, aBombIsCutOff) {
   EXPECT_EQ(converted.remarks.times(Remark::BrokenContainer), 1U);
 }
 
-// Signatures at every fourth byte, each with a size that can't be or that reaches beyond the end: looking through them
-// takes no more time than their number.
+// Signatures at every fourth byte, each with a size that is impossible or reaches beyond the end: searching them takes
+// time in proportion to their number.
 TEST(Blf2CsvHostile, manyFalseHeadersTakeLittleTime) {
   const auto start = std::chrono::steady_clock::now();
   for (const std::uint32_t size : {0U, 15U, 5'000'000U, 16U << 20, 0xFFFFFFFFU}) {

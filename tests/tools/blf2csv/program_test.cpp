@@ -19,7 +19,7 @@
 #include "tools/program.hpp"
 #include "tracegen/generator.hpp"
 
-// The program as the library runs it: command lines, exit codes, what it leaves behind.
+// The program as the library runs it: command lines, exit codes, what it leaves.
 namespace blf2csv {
 namespace {
 
@@ -100,7 +100,7 @@ const std::string& largeLog() {
   return path;
 }
 
-TEST(Blf2CsvProgram, answersQueries) {
+TEST(Blf2CsvProgram, repliesToQueries) {
   const Workspace here;
   here.write("a.blf", smallLog());
   struct Case {
@@ -118,7 +118,7 @@ TEST(Blf2CsvProgram, answersQueries) {
   }
 }
 
-TEST(Blf2CsvProgram, answersMinusOneAboutWhatIsNoLog) {
+TEST(Blf2CsvProgram, returnsMinusOneForWhatIsNotALog) {
   const Workspace here;
   here.write("text.blf", "this is text");
   for (const char* const query : {"-GetFileVersion", "-GetObjectsCount"}) {
@@ -162,15 +162,16 @@ TEST(Blf2CsvProgram, replacesAnOldTable) {
   EXPECT_EQ(here.read("a.csv"), std::string(kHead) + kRow);
 }
 
-TEST(Blf2CsvProgram, tellsWhatItPassedOver) {
+TEST(Blf2CsvProgram, saysWhatItSkipped) {
   const Workspace here;
   here.write("a.blf", file(stored(classicFrame({.dlc = 2}) + "junk" + object({.type = 92}, ""))));
-  const Ended run = here.run({"a.blf", "a.csv", blockName("TELLS")});
+  const Ended run = here.run({"a.blf", "a.csv", blockName("SAYS")});
   EXPECT_EQ(run.exitCode, 0);
-  EXPECT_EQ(run.errors,
-            "BLF2CSV: a.blf: 1 stretches of bytes between objects that belong to none, passed over, the first at "
-            "offset 48 of the content\n"
-            "BLF2CSV: a.blf: 1 objects of types without a row passed over: 1 of type 92\n");
+  EXPECT_EQ(
+      run.errors,
+      "BLF2CSV: a.blf: stretches of bytes between objects that belong to none, skipped: 1, the first at offset 48 "
+      "of the content\n"
+      "BLF2CSV: a.blf: objects of types without a row, skipped: 1 (1 of type 92)\n");
   EXPECT_EQ(here.read("a.csv"), std::string(kHead) + kRow);
 }
 
@@ -184,7 +185,7 @@ TEST(Blf2CsvProgram, failsWithOneLineAndWithoutTable) {
     const char* message;
   };
   for (const Case& failing :
-       {Case{{"text.blf", "t.csv"}, "text.blf: is no BLF log"},
+       {Case{{"text.blf", "t.csv"}, "text.blf: is not a BLF log"},
         Case{{"missing.blf", "t.csv"}, "missing.blf: cannot open"}, Case{{".", "t.csv"}, ".: cannot open"},
         Case{{"a.blf", "no/folder/t.csv"}, "no/folder/t.csv: cannot create"},
         Case{{"a.blf", "a.blf"}, "a.blf: is the log itself"},
@@ -208,11 +209,11 @@ TEST(Blf2CsvProgram, failsWhenTheDiskIsFull) {
   const Ended run = here.run({"a.blf", "full.csv", blockName("FULL")});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_THAT(run.errors, HasSubstr("full.csv: cannot write"));
-  // Only a file that it made is removed.
+  // It removes only a file that it created.
   EXPECT_THAT(here.names(), ElementsAre("a.blf", "full.csv"));
 }
 
-TEST(Blf2CsvProgram, showsItsUseForOtherArguments) {
+TEST(Blf2CsvProgram, showsItsUsageForOtherArguments) {
   const Workspace here;
   for (const std::vector<std::string>& arguments : {std::vector<std::string>{},
                                                     {"-GetApiVersion", "x"},
@@ -232,7 +233,7 @@ TEST(Blf2CsvProgram, runsWithoutSharedMemory) {
   EXPECT_EQ(here.read("a.csv"), std::string(kHead) + kRow);
 }
 
-TEST(Blf2CsvProgram, tellsItsProgressUpToTheEnd) {
+TEST(Blf2CsvProgram, reportsItsProgressUpToTheEnd) {
   const Workspace here;
   const std::string name = blockName("PROGRESS");
   Watcher watcher(name);
@@ -298,8 +299,8 @@ TEST(Blf2CsvProgram, anInterruptIsAStop) {
   }
 }
 
-// Whoever holds the lock for ever holds the conversion up once, for the limit of an access, and not at each of its
-// steps, of which even a small log takes several.
+// A process that holds the lock for ever delays the conversion once, for the limit of an access, and not at each step;
+// even a small log takes several.
 TEST(Blf2CsvProgram, aDeadWatcherDoesNotHoldItUpForLong) {
   const Workspace here;
   const std::string name = blockName("DEAD");

@@ -7,8 +7,8 @@
 #include "support/blf_builder.hpp"
 #include "tools/blf2csv/table.hpp"
 
-// The row of every object type, from bodies in which each field has bytes of its own and what has no column is
-// leftovers.
+// The row of every object type, from bodies in which each field has different bytes and everything without a column is
+// filled with leftovers.
 namespace blf2csv {
 namespace {
 
@@ -24,7 +24,7 @@ struct Case {
   std::string name;
   std::uint32_t type;
   std::string body;
-  std::string cells;  // behind the comment: Id;Channel;Flags;FlagsExt;Ecc;CanFdFLags;Dir;Crc;ObjectVersion;...
+  std::string cells;  // after the comment: Id;Channel;Flags;FlagsExt;Ecc;CanFdFLags;Dir;Crc;ObjectVersion;...
   std::string comment = "-";
 
   [[nodiscard]] std::string row(const std::string& timestamp) const {
@@ -201,7 +201,7 @@ TEST(Blf2CsvRows, theLongHeaderChangesNothing) {
   }
 }
 
-// A body that lacks a byte of what its type needs is a row that only says so, and nothing of the next object gets into
+// A body that is a byte too short for its type gives a row that only says so, and nothing of the next object gets into
 // it.
 TEST(Blf2CsvRows, aShortBodyIsAnInvalidRow) {
   struct Short {
@@ -271,7 +271,7 @@ TEST(Blf2CsvRows, noFrameHasMoreDataThanItsKindCan) {
   }
 }
 
-TEST(Blf2CsvRows, timesAreHandedOnAsTheyStand) {
+TEST(Blf2CsvRows, timesAreHandedOnUnchanged) {
   const auto frame = [](std::uint64_t timestamp, std::uint32_t flags) {
     return object({.type = 21, .timestamp = timestamp, .flags = flags}, std::string(8, '\0'));
   };
@@ -285,7 +285,7 @@ TEST(Blf2CsvRows, timesAreHandedOnAsTheyStand) {
   EXPECT_EQ(converted.remarks.times(Remark::UnknownTimeUnit), 2U);
 }
 
-TEST(Blf2CsvRows, otherTypesArePassedOverAndCounted) {
+TEST(Blf2CsvRows, otherTypesAreSkippedAndCounted) {
   std::string content;
   for (const std::uint32_t type : {5U, 92U, 92U, 130U, 0U, 0xFFFFFFFFU, 13U, 59U, 115U, 92U}) {
     content += object({.type = type}, std::string(type % 7, 'x'));
@@ -295,8 +295,8 @@ TEST(Blf2CsvRows, otherTypesArePassedOverAndCounted) {
   EXPECT_EQ(converted.rows(), "1;21;0;2;1;-;0;0;0;0;0;0;0;0;0;0;0\n");
   ASSERT_EQ(converted.remarks.lines().size(), 1U);
   EXPECT_EQ(converted.remarks.lines().front(),
-            "9 objects of types without a row passed over: 1 of type 0, 1 of type 5, 1 of type 13, 1 of type 59, "
-            "3 of type 92, 1 of type 130, 1 of type 4294967295");
+            "objects of types without a row, skipped: 9 (1 of type 0, 1 of type 5, 1 of type 13, 1 of type 59, "
+            "3 of type 92, 1 of type 130, 1 of type 4294967295)");
 }
 
 TEST(Blf2CsvRows, manyTypesTakeLittleMemory) {
@@ -306,7 +306,7 @@ TEST(Blf2CsvRows, manyTypesTakeLittleMemory) {
   }
   const Remarks remarks = convertLog(file(stored(content))).remarks;
   EXPECT_EQ(remarks.passedOver(), 2000U);
-  EXPECT_TRUE(remarks.lines().front().ends_with("1 of type 1199, 1800 of further types"));
+  EXPECT_TRUE(remarks.lines().front().ends_with("1 of type 1199, 1800 of other types)"));
 }
 
 TEST(Blf2CsvHead, theDateIsThatOfTheLog) {

@@ -16,8 +16,8 @@
 #include "tools/blf2csv/table.hpp"
 #include "tracegen/generator.hpp"
 
-// What others read in the same logs: the program tshark, and the lists beside the recorded logs, which lie outside of
-// the tree. Both share no code with the converter.
+// What others read from the same logs: the program tshark, and the lists beside the recorded logs, which are outside
+// the tree. Neither shares code with the converter.
 namespace blf2csv {
 namespace {
 
@@ -109,7 +109,7 @@ class SecondOpinionOfTshark : public testing::Test {
     }
   }
 
-  // Holds each frame of the log, which begins at the date of the builder or of the generator, against the program's.
+  // Compares each frame of the log, which begins at the date of the builder or of the generator, with the program's.
   void expectSameFrames(const std::string& log, std::uint64_t startMs) {
     const std::string path = folder_.write("log.blf", log);
     const std::string output = folder_.file("fields");

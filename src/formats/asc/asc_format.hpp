@@ -1,0 +1,10 @@
+// ASC logs as a format of conversions.
+#pragma once
+
+#include "io/format.hpp"
+
+namespace xlatr {
+
+extern const FormatDescriptor kAscFormat;
+
+}  // namespace xlatr

@@ -1,0 +1,10 @@
+// CSV tables as a format of conversions.
+#pragma once
+
+#include "io/format.hpp"
+
+namespace xlatr {
+
+extern const FormatDescriptor kCsvFormat;
+
+}  // namespace xlatr

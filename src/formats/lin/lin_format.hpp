@@ -1,0 +1,10 @@
+// LIN traces as a format of conversions.
+#pragma once
+
+#include "io/format.hpp"
+
+namespace xlatr {
+
+extern const FormatDescriptor kLinFormat;
+
+}  // namespace xlatr

@@ -1,0 +1,18 @@
+// What zlib squeezed, and what was turned around before that so that it squeezes better.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace xlatr {
+
+// Inflates one whole stream. One that does not end, or gives another number of bytes than `out` has, raises
+// kInflateFailure.
+void inflateInto(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> out);
+
+// Columns to rows: `in` holds the first bytes of all rows, then all second bytes, and so on. `width` is the bytes of a
+// row; `in` and `out` are a whole number of rows of the same size.
+void transpose(std::span<const std::uint8_t> in, std::size_t width, std::span<std::uint8_t> out);
+
+}  // namespace xlatr

@@ -1,0 +1,86 @@
+#include "formats/native/btr_format.hpp"
+
+#include <array>
+#include <utility>
+#include <vector>
+
+#include "formats/native/btr_info.hpp"
+#include "formats/native/btr_session_reader.hpp"
+#include "formats/native/btr_session_writer.hpp"
+#include "io/format_makers.hpp"
+
+namespace xlatr {
+namespace {
+
+class BtrSource final : public TraceSource {
+ public:
+  BtrSource(std::shared_ptr<const BtrInfo> file, std::size_t session)
+      : file_(std::move(file)), reader_(file_->GetSession(session)) {
+    sector_.reserve(DataSector::kEntries);
+  }
+
+  [[nodiscard]] const ITraceInfo& info() const override { return *file_; }
+  [[nodiscard]] ITraceReader& reader() override { return reader_; }
+
+  // The information object is the whole file's, and its start is that of the first session.
+  void writeHeader(ITraceWriter& writer) override {
+    writer.WriteHeader_2(*file_, reader_.session().description.dateAndTime.toDateTime().toOleDateFractionFirst());
+  }
+
+  [[nodiscard]] Read readNext() override {
+    if (++current_ < sector_.size()) {
+      return Read::Message;
+    }
+    current_ = 0;
+    if (!reader_.readSector(sector_)) {
+      return Read::End;
+    }
+    return sector_.empty() ? Read::Nothing : Read::Message;
+  }
+
+  // The logger has five buses, and what it recorded is written whether it makes sense or not.
+  [[nodiscard]] bool warnsOfHighBuses() const override { return false; }
+  [[nodiscard]] std::optional<std::uint32_t> bus() const override { return sector_[current_].entry.getSource() + 1U; }
+  [[nodiscard]] Verdict judge() const override { return Verdict::Write; }
+  void write(ITraceWriter& writer) override { writer.WriteMessage(sector_[current_]); }
+
+ private:
+  const std::shared_ptr<const BtrInfo> file_;
+  BtrSessionReader reader_;
+  std::vector<SessionMessage> sector_;  // the frames of the sector at hand
+  std::size_t current_ = 0;
+};
+
+// Each session is a source, and all of them may be read at the same time. They share the file's information object,
+// which does not change.
+std::vector<FormatSource> makeSessionSources(const TraceFileInfo& file, const SessionSelection& sessions) {
+  const auto info = std::make_shared<const BtrInfo>(file);
+  std::vector<FormatSource> sources;
+  for (std::size_t place = 0; place < info->getSessionsCount(); ++place) {
+    if (sessions.contains(place)) {
+      sources.push_back({std::make_unique<BtrSource>(info, place), info->GetSession(place).index});
+    }
+  }
+  return sources;
+}
+
+constexpr std::array kVersions = {1.0, 2.0, 3.0};
+constexpr std::array<TraceFormat, 3> kTargets = {XLATR_FORMAT_TRC, XLATR_FORMAT_ASC, XLATR_FORMAT_CSV};
+
+}  // namespace
+
+constinit const FormatDescriptor kBtrFormat = {
+    .format = XLATR_FORMAT_BTR,
+    .extension = ".btr",
+    .shortName = "BRIX-Bridge",
+    .description = "BRIX-Bridge Pro - Binary trace file",
+    .currentVersion = 3.0,
+    .lowestVersion = 1.0,
+    .supportedVersions = kVersions,
+    .allowedTargets = kTargets,
+    .sessionMarker = "_S",
+    .makeSources = makeSessionSources,
+    .makeWriter = makePlainWriter<BtrSessionWriter>,
+};
+
+}  // namespace xlatr

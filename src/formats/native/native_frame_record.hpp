@@ -1,0 +1,153 @@
+// The records of frames: a header, and for all but remote frames the data.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "formats/native/native_record.hpp"
+#include "messages/can_dlc.hpp"
+
+namespace xlatr {
+
+namespace frame_flag {
+inline constexpr std::uint16_t kRemote = 0x0001;
+inline constexpr std::uint16_t kExtended = 0x0002;
+inline constexpr std::uint16_t kFd = 0x0010;
+inline constexpr std::uint16_t kBrs = 0x0020;
+inline constexpr std::uint16_t kEsi = 0x0040;
+inline constexpr std::uint16_t kAll = kRemote | kExtended | kFd | kBrs | kEsi;
+}  // namespace frame_flag
+
+// What the type of a frame's record says.
+struct FrameKind {
+  RecordType type;
+  bool isSent;
+  bool isRemote;
+  bool isFd;
+  std::size_t mostBytes;  // that are taken from the data of a frame when its record is made
+};
+
+inline constexpr std::array kFrameKinds = {
+    FrameKind{RecordType::CanRxMsg, false, false, false, 8},
+    FrameKind{RecordType::CanRxRtrMsg, false, true, false, 0},
+    FrameKind{RecordType::CanRxFdMsg, false, false, true, 64},
+    FrameKind{RecordType::CanTxMsg, true, false, false, 8},
+    FrameKind{RecordType::CanTxRtrMsg, true, true, false, 0},
+    FrameKind{RecordType::CanTxFdMsg, true, false, true, 64},
+};
+
+// The type is that of a frame; the codes of frames are the first ones, without a gap.
+[[nodiscard]] constexpr const FrameKind& frameKindOf(RecordType type) {
+  return kFrameKinds[static_cast<std::size_t>(type) - static_cast<std::size_t>(RecordType::CanRxMsg)];
+}
+static_assert(std::ranges::all_of(kFrameKinds, [](const FrameKind& kind) { return &frameKindOf(kind.type) == &kind; }));
+
+// What a frame is, in the tail of its header.
+struct Internal_DataFrameInfo {
+  Internal_DataFrameInfo() = default;
+  // Of the DLC the low four bits are kept, of the flags only the known ones.
+  Internal_DataFrameInfo(std::uint8_t frameBus, std::uint8_t frameDlc, std::uint16_t frameFlags, std::uint32_t frameId)
+      : bus(frameBus), dlc(frameDlc & 0x0FU), flags(frameFlags & frame_flag::kAll), id(frameId) {}
+
+  std::uint8_t bus = 0;     // counted from 0
+  std::uint8_t dlc = 0;     // a code; see dlcCode
+  std::uint16_t flags = 0;  // frame_flag
+  std::uint32_t id = 0;
+
+  // A record that was read may have more bits in the field than a code has.
+  [[nodiscard]] std::uint8_t dlcCode() const { return dlc & 0x0FU; }
+
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "bus", &Internal_DataFrameInfo::bus},
+        Field{1, "dlc", &Internal_DataFrameInfo::dlc},
+        Field{2, "flags", &Internal_DataFrameInfo::flags},
+        Field{4, "id", &Internal_DataFrameInfo::id},
+    };
+  }
+};
+
+// The header of received frames.
+struct Internal_ReceivedDataFrameHeader {
+  Internal_ReceivedDataFrameHeader() = default;
+  // The size leaves room for the data bytes of the DLC. It does so for a remote frame as well, which has none.
+  Internal_ReceivedDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t receivedAt)
+      : header(roundedUpToFour(kFixedSize + kDlcLengths[frame.dlcCode()]), type), timestamp(receivedAt), info(frame) {}
+
+  static constexpr std::size_t kFixedSize = 20;
+
+  Native_RecordHeader header;
+  std::uint64_t timestamp = 0;
+  Internal_DataFrameInfo info;
+
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "header", &Internal_ReceivedDataFrameHeader::header},
+        Field{4, "timestamp", &Internal_ReceivedDataFrameHeader::timestamp},
+        Field{12, "info", &Internal_ReceivedDataFrameHeader::info},
+    };
+  }
+};
+
+// The header of sent frames.
+struct Internal_SentDataFrameHeader {
+  Internal_SentDataFrameHeader() = default;
+  // The size leaves room for as many bytes as the DLC is as a number: the 64 bytes of code 15 lose all but 16. Readers
+  // of these files count on it. A remote frame has none.
+  Internal_SentDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t requestedAt,
+                               std::uint64_t sentAt)
+      : header(roundedUpToFour(kFixedSize + (frameKindOf(type).isRemote ? 0U : frame.dlcCode())), type),
+        timestamp(requestedAt),
+        timestampSent(sentAt),
+        info(frame) {}
+
+  static constexpr std::size_t kFixedSize = 28;
+
+  Native_RecordHeader header;
+  std::uint64_t timestamp = 0;
+  std::uint64_t timestampSent = 0;  // the same as `timestamp` in what is written; not looked at when read
+  Internal_DataFrameInfo info;
+
+  static constexpr auto fields() {
+    return FieldList{
+        Field{0, "header", &Internal_SentDataFrameHeader::header},
+        Field{4, "timestamp", &Internal_SentDataFrameHeader::timestamp},
+        Field{12, "timestampSent", &Internal_SentDataFrameHeader::timestampSent},
+        Field{20, "info", &Internal_SentDataFrameHeader::info},
+    };
+  }
+};
+
+static_assert(kLayoutSize<Internal_ReceivedDataFrameHeader> == Internal_ReceivedDataFrameHeader::kFixedSize);
+static_assert(kLayoutSize<Internal_SentDataFrameHeader> == Internal_SentDataFrameHeader::kFixedSize);
+
+// The data area of the frame record whose header was read from the start of `bytes`, padding included: as many bytes as
+// the record's size says, whatever the DLC says. Nothing when the size is below that of the header or the
+// bytes end earlier.
+template <class FrameHeader>
+[[nodiscard]] std::optional<std::span<const std::uint8_t>> dataOfFrame(std::span<const std::uint8_t> bytes,
+                                                                       const FrameHeader& frame) {
+  const std::size_t size = frame.header.size;
+  if (size < FrameHeader::kFixedSize || bytes.size() < size) {
+    return std::nullopt;
+  }
+  return bytes.first(size).subspan(FrameHeader::kFixedSize);
+}
+
+// Adds the record of a frame. The data area is what the size in the header leaves room for: the first bytes of `data`,
+// and zeros. That of a remote frame is not written, whatever its size says.
+template <class FrameHeader>
+void appendFrame(Bytes& out, const FrameHeader& frame, std::span<const std::uint8_t> data) {
+  appendFields(out, frame);
+  const FrameKind& kind = frameKindOf(frame.header.type);
+  if (!kind.isRemote) {
+    const std::size_t room = frame.header.size - FrameHeader::kFixedSize;
+    std::copy_n(data.begin(), std::min({room, kind.mostBytes, data.size()}), growBytes(out, room));
+  }
+}
+
+}  // namespace xlatr
