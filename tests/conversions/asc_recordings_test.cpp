@@ -75,6 +75,13 @@ std::vector<Frame> readFrameList(const std::string& name) {
   return frames;
 }
 
+// "(seconds.microseconds)". asc2log, which adds the time of day to a trace whose date it can't read, leaves 1000000
+// microseconds as they are instead of carrying them.
+double secondsOf(const std::string& word) {
+  const std::vector<std::string> parts = split(std::string_view(word).substr(1, word.size() - 2), '.');
+  return toNumber<double>(parts.at(0)) + toNumber<double>(parts.at(1)) / 1e6;
+}
+
 // Lines of the program's own form: "(seconds) can0 123#data R", with "##" and a digit of flags for CAN FD.
 std::vector<Frame> readProgramLog(const fs::path& path) {
   std::vector<Frame> frames;
@@ -83,7 +90,7 @@ std::vector<Frame> readProgramLog(const fs::path& path) {
     const std::size_t hash = words.at(2).find('#');
     const std::string id = words.at(2).substr(0, hash);
     const std::string rest = words.at(2).substr(hash + 1);
-    Frame frame{.seconds = toNumber<double>(std::string_view(words.at(0)).substr(1)),
+    Frame frame{.seconds = secondsOf(words.at(0)),
                 .bus = toNumber<int>(std::string_view(words.at(1)).substr(3)) + 1,
                 .id = id,
                 .kind = "DT",
