@@ -16,6 +16,7 @@ set(XLATR_PUBLIC_API_SOURCES
   ${XLATR_PUBLIC_API_DIR}/export_lists.py
   ${XLATR_PUBLIC_API_DIR}/frozen_list.py
   ${XLATR_PUBLIC_API_DIR}/object_calls.py
+  ${XLATR_PUBLIC_API_DIR}/object_families.py
   ${XLATR_PUBLIC_API_DIR}/prototypes.py
 )
 
@@ -39,3 +40,18 @@ function(xlatr_object_calls file)
     COMMENT "Making the calls of all exported functions"
     VERBATIM)
 endfunction()
+
+# The header that has each exported family as a type, for what includes tests/support/object_families.hpp and links
+# xlatr_families.
+set(families_directory ${PROJECT_BINARY_DIR}/families)
+file(MAKE_DIRECTORY ${families_directory})
+add_custom_command(
+  OUTPUT ${families_directory}/object_family_types.hpp
+  COMMAND ${XLATR_PUBLIC_API} families --output ${families_directory}/object_family_types.hpp ${XLATR_PUBLIC_HEADERS}
+  DEPENDS ${XLATR_PUBLIC_HEADERS} ${XLATR_PUBLIC_API_SOURCES}
+  COMMENT "Making the types of all exported families"
+  VERBATIM)
+add_custom_target(xlatr_object_families DEPENDS ${families_directory}/object_family_types.hpp)
+add_library(xlatr_families INTERFACE)
+target_include_directories(xlatr_families INTERFACE ${families_directory})
+add_dependencies(xlatr_families xlatr_object_families)

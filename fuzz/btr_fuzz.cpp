@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <ios>
-#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -20,14 +19,13 @@ using fuzz::require;
 
 using xlatr::test::AscWriterType;
 using xlatr::test::CsvWriterType;
-using xlatr::test::Destructor;
 using xlatr::test::Owned;
 using xlatr::test::TrcWriterType;
 
-using Info = std::unique_ptr<BtrInfo, Destructor<BtrInfo_Destruct>>;
-using Entry = std::unique_ptr<BtrSessionEntry, Destructor<BtrSessionEntry_Destruct>>;
-using Reader = std::unique_ptr<BtrSessionReader, Destructor<BtrSessionReader_Destruct>>;
-using Message = std::unique_ptr<SessionMessage, Destructor<SessionMessage_Destruct>>;
+using Info = Owned<xlatr::test::BtrInfoType>;
+using Entry = Owned<xlatr::test::BtrSessionEntryType>;
+using Reader = Owned<xlatr::test::BtrSessionReaderType>;
+using Message = Owned<xlatr::test::SessionMessageType>;
 
 struct Sector {
   bool read = false;
@@ -60,7 +58,7 @@ Sector nextSector(BtrSessionReader* reader) {
 template <typename Writer>
 void convertSession(const BtrInfo* info, const BtrSessionEntry* entry, const std::string& target) {
   const Reader reader(BtrSessionReader_Construct(entry, true));
-  const Owned<Writer> writer(Writer::construct(target.c_str(), true, Writer::kVersion));
+  const Owned<Writer> writer(Writer::construct(target.c_str(), true, xlatr::test::kFileKindOf<Writer>.version));
   Writer::setActive(writer.get(), true);
   const SessionDateTime* const start = SessionDescriptor_getDateAndTime(BtrSessionEntry_getDescription(entry));
   Writer::writeHeader2(writer.get(), reinterpret_cast<const ITraceInfo*>(info), SessionDateTime_toDouble(start));

@@ -46,7 +46,7 @@ std::uint64_t rewrite(const std::string& source, const std::string& target, doub
   }
   const xlatr::test::Owned<Writer> writer(Writer::construct(target.c_str(), true, version));
   Writer::setActive(writer.get(), true);
-  Writer::writeHeader(writer.get(), Info::asTraceInfo(info.get()));
+  Writer::writeHeader(writer.get(), xlatr::test::asTraceInfo(info.get()));
   std::uint64_t count = 0;
   for (auto message = readNext<Reader>(reader.get()); message; message = readNext<Reader>(reader.get())) {
     ++count;

@@ -8,7 +8,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
 
-from public_api import export_lists, frozen_list, object_calls
+from public_api import export_lists, frozen_list, object_calls, object_families
 from public_api.prototypes import HeaderError, Prototype, read_headers
 
 
@@ -23,6 +23,11 @@ def _write_lists(functions: list[Prototype], arguments: argparse.Namespace) -> N
 def _write_calls(functions: list[Prototype], arguments: argparse.Namespace) -> None:
     output: Path = arguments.output
     output.write_text(object_calls.render(functions), encoding="ascii")
+
+
+def _write_families(functions: list[Prototype], arguments: argparse.Namespace) -> None:
+    output: Path = arguments.output
+    output.write_text(object_families.render(functions), encoding="ascii")
 
 
 def _freeze(functions: list[Prototype], arguments: argparse.Namespace) -> None:
@@ -49,11 +54,15 @@ def _parser() -> argparse.ArgumentParser:
     calls.add_argument("--output", required=True, type=Path, help="the C++ header to write")
     calls.set_defaults(run=_write_calls)
 
+    families = commands.add_parser("families", help="the families as types, for tests that drive all of them")
+    families.add_argument("--output", required=True, type=Path, help="the C++ header to write")
+    families.set_defaults(run=_write_families)
+
     freeze = commands.add_parser("freeze", help="adds what is not frozen yet to the list of the frozen ABI")
     freeze.add_argument("--list", required=True, type=Path, help="the list")
     freeze.set_defaults(run=_freeze)
 
-    for command in (lists, calls, freeze):
+    for command in (lists, calls, families, freeze):
         command.add_argument("headers", nargs="+", type=Path, metavar="HEADER")
     return parser
 

@@ -42,7 +42,7 @@ class WriterFamily : public testing::Test {
   using Writer = Owned<Family>;
 
   Writer make(bool overrideExistingFile = false) const {
-    return Writer(Family::construct(target_.c_str(), overrideExistingFile, Family::kVersion));
+    return Writer(Family::construct(target_.c_str(), overrideExistingFile, kFileKindOf<Family>.version));
   }
   Writer makeActive() const {
     Writer writer = make();
@@ -84,8 +84,8 @@ TYPED_TEST(WriterFamily, startsAsItWasConstructed) {
   const auto writer = this->make(true);
   EXPECT_EQ(this->targetPathOf(writer), this->target_);
   EXPECT_EQ(this->sourcePathOf(writer), "");
-  EXPECT_EQ(TypeParam::getTargetVersion(writer.get()), TypeParam::kVersion);
-  EXPECT_EQ(TypeParam::getTargetFormat(writer.get()), TypeParam::kFormat);
+  EXPECT_EQ(TypeParam::getTargetVersion(writer.get()), kFileKindOf<TypeParam>.version);
+  EXPECT_EQ(TypeParam::getTargetFormat(writer.get()), kFileKindOf<TypeParam>.format);
   EXPECT_TRUE(TypeParam::getOverrideExistingFile(writer.get()));
   EXPECT_EQ(TypeParam::getOwnerBus(writer.get()), -1);
   EXPECT_FALSE(TypeParam::getActive(writer.get()));
@@ -116,11 +116,11 @@ TYPED_TEST(WriterFamily, givesItsPropertiesToANewWriter) {
   const Owned<TypeParam> fresh(TypeParam::createNew(writer.get()));
   EXPECT_FALSE(TypeParam::getActive(fresh.get()));
   EXPECT_EQ(this->targetPathOf(fresh), this->target_);
-  EXPECT_EQ(TypeParam::getTargetVersion(fresh.get()), TypeParam::kVersion);
+  EXPECT_EQ(TypeParam::getTargetVersion(fresh.get()), kFileKindOf<TypeParam>.version);
   EXPECT_TRUE(TypeParam::getOverrideExistingFile(fresh.get()));
   EXPECT_EQ(TypeParam::getOwnerBus(fresh.get()), 5);
   // Only a writer of binary traces takes over the source path.
-  EXPECT_EQ(this->sourcePathOf(fresh), TypeParam::kFormat == XLATR_FORMAT_BTRC ? "source" : "");
+  EXPECT_EQ(this->sourcePathOf(fresh), kFileKindOf<TypeParam>.format == XLATR_FORMAT_BTRC ? "source" : "");
 }
 
 TYPED_TEST(WriterFamily, freezesItsPropertiesWhileItIsActive) {
@@ -133,7 +133,7 @@ TYPED_TEST(WriterFamily, freezesItsPropertiesWhileItIsActive) {
   TypeParam::setSourcePath(writer.get(), "source");  // not frozen
 
   EXPECT_EQ(this->targetPathOf(writer), this->target_);
-  EXPECT_EQ(TypeParam::getTargetVersion(writer.get()), TypeParam::kVersion);
+  EXPECT_EQ(TypeParam::getTargetVersion(writer.get()), kFileKindOf<TypeParam>.version);
   EXPECT_FALSE(TypeParam::getOverrideExistingFile(writer.get()));
   EXPECT_EQ(TypeParam::getOwnerBus(writer.get()), -1);
   EXPECT_EQ(this->sourcePathOf(writer), "source");
@@ -148,7 +148,7 @@ TYPED_TEST(WriterFamily, writesNothingBeforeItIsActive) {
   const auto writer = this->make();
   const std::string path = this->folder_.write("x.trc", ";$FILEVERSION=1.2\n1) 10.5 3 Rx 0123 1 AA\n");
   const Owned<TrcInfoType> info(TrcInfo_Construct_2(path.c_str()));
-  const auto* const source = TrcInfoType::asTraceInfo(info.get());
+  const auto* const source = asTraceInfo(info.get());
   EXPECT_EQ(failureTextOf<ConverterGenericException>([&] { TypeParam::writeHeader(writer.get(), source); }),
             kNotActive);
   EXPECT_EQ(failureTextOf<ConverterGenericException>([&] { TypeParam::writeHeader2(writer.get(), source, 44403.25); }),
@@ -165,9 +165,9 @@ TYPED_TEST(WriterFamily, writesNothingBeforeItIsActive) {
   ASSERT_TRUE(TrcReader_setActive(reader.get(), true));
   ASSERT_TRUE(TrcReader_ReadNextMessage(reader.get(), &message));
   const Owned<MessageCanType> owner(message);
-  EXPECT_EQ(failureTextOf<ConverterGenericException>(
-                [&] { TypeParam::writeMessage(writer.get(), MessageCanType::asMessage(message)); }),
-            kNotActive);
+  EXPECT_EQ(
+      failureTextOf<ConverterGenericException>([&] { TypeParam::writeMessage(writer.get(), asMessage(message)); }),
+      kNotActive);
   EXPECT_FALSE(std::filesystem::exists(this->target_));
 }
 
@@ -309,18 +309,18 @@ TYPED_TEST(ReaderFamily, informationTellsOfTheFile) {
 TYPED_TEST(ReaderFamily, informationTellsOfItsFormatWithoutAnObject) {
   using Info = typename TypeParam::InfoType;
   char extension[16];
-  BaseTraceInfo_GetTraceExtension(Info::kFormat, extension, sizeof extension);
+  BaseTraceInfo_GetTraceExtension(kFileKindOf<TypeParam>.format, extension, sizeof extension);
   EXPECT_EQ(textOf(Info::getExtensionSize(), Info::getExtension), extension);
   char description[64];
-  BaseTraceInfo_GetTraceFormatDescription(Info::kFormat, description, sizeof description);
+  BaseTraceInfo_GetTraceFormatDescription(kFileKindOf<TypeParam>.format, description, sizeof description);
   EXPECT_EQ(textOf(Info::getFormatDescriptionSize(), Info::getFormatDescription), description);
-  EXPECT_EQ(Info::getCurrentVersion(), BaseTraceInfo_GetTraceCurrentVersion(Info::kFormat));
+  EXPECT_EQ(Info::getCurrentVersion(), BaseTraceInfo_GetTraceCurrentVersion(kFileKindOf<TypeParam>.format));
 
   TraceFormat targets = 0;
   for (std::uint32_t index = 0; index < Info::getAllowedConvertionsSize(); ++index) {
     targets |= Info::getAllowedConvertions()[index];
   }
-  EXPECT_EQ(targets, xlatr_get_formats_convertible_from(Info::kFormat));
+  EXPECT_EQ(targets, xlatr_get_formats_convertible_from(kFileKindOf<TypeParam>.format));
   ASSERT_GT(Info::getSupportedVersionsSize(), 0U);
   EXPECT_GE(Info::getSupportedVersions()[0], 0.0);
 }

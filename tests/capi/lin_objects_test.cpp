@@ -60,14 +60,14 @@ TEST_F(LinObjectsTest, writeNoMessageOfALinTrace) {
   const Owned<MessageLinType> frame(next);
   const Owned<KorlWriterType> writer(KorlWriter_Construct(folder_.file("y.ltrc").c_str(), false, 1.2));
   KorlWriter_setActive(writer.get(), true);
-  EXPECT_EQ(processingFailureOf([&] { KorlWriter_WriteMessage(writer.get(), MessageLinType::asMessage(frame.get())); }),
+  EXPECT_EQ(processingFailureOf([&] { KorlWriter_WriteMessage(writer.get(), asMessage(frame.get())); }),
             "Object cannot be casted to any supported message trace");
 }
 
 TEST_F(LinObjectsTest, writeAHeaderAndComments) {
   Owned<KorlWriterType> writer(KorlWriter_Construct(folder_.file("y.ltrc").c_str(), false, 1.1));
   KorlWriter_setActive(writer.get(), true);
-  KorlWriter_WriteHeader(writer.get(), KorlInfoType::asTraceInfo(info_.get()));
+  KorlWriter_WriteHeader(writer.get(), asTraceInfo(info_.get()));
   KorlWriter_WriteComment(writer.get(), "a comment");
   writer.reset();
   const std::string written = folder_.read("y.ltrc");

@@ -96,7 +96,7 @@ TEST_F(MdfObjectsTest, giveFramesToATrcWriter) {
   MdfCanMessage* message = nullptr;
   while (MdfReader_ReadNextMessage(reader.get(), &message)) {
     const Owned<MdfCanMessageType> owner(message);
-    TrcWriter_WriteMessage(writer.get(), MdfCanMessageType::asMessage(message));
+    TrcWriter_WriteMessage(writer.get(), asMessage(message));
   }
   TrcWriter_setActive(writer.get(), false);
   EXPECT_EQ(folder_.read("x.trc"),
@@ -121,8 +121,8 @@ TEST_F(MdfObjectsTest, writeInAllFourLayouts) {
       MdfWriter_setZipped(original.get(), zipped);
       const Owned<MdfWriterType> writer(MdfWriter_CreateNew(original.get()));
       MdfWriter_setActive(writer.get(), true);
-      MdfWriter_WriteHeader(writer.get(), TrcInfoType::asTraceInfo(info.get()));
-      MdfWriter_WriteMessage(writer.get(), MessageCanType::asMessage(message));
+      MdfWriter_WriteHeader(writer.get(), asTraceInfo(info.get()));
+      MdfWriter_WriteMessage(writer.get(), asMessage(message));
       MdfWriter_setActive(writer.get(), false);
 
       const Mf4Report report = checkMf4(folder_.read("y.mf4"));

@@ -9,7 +9,7 @@ from pathlib import Path
 
 sys.path.insert(0, sys.argv.pop(1))
 
-from public_api import export_lists, frozen_list, object_calls
+from public_api import export_lists, frozen_list, object_calls, object_families
 from public_api.prototypes import HeaderError, Prototype, read_headers
 
 # Around what a case declares.
@@ -269,6 +269,35 @@ XLATR_API void MessageCan_Destruct(MessageCan* message);
         after = object_calls.call_numbers(["call_a", "call_b", "call_c", "call_d"])
         self.assertEqual(before, {name: after[name] for name in before})
         self.assertEqual(len(set(after.values())), 4)
+
+
+class ObjectFamilies(unittest.TestCase):
+    def test_gathers_the_functions_of_a_family(self) -> None:
+        made = object_families.render(
+            read(
+                "XLATR_API TrcInfo* TrcInfo_Construct_2(const char* path);\n"
+                "XLATR_API bool TrcInfo_getValid(const TrcInfo* info);\n"
+                "XLATR_API void xlatr_free(void);\n"
+            )
+        )
+        self.assertIn(
+            "struct TrcInfoType {\n"
+            '  static constexpr const char* kName = "TrcInfo";\n'
+            "  using Object = TrcInfo;\n"
+            "  static TrcInfo* construct2(const char* path) { return TrcInfo_Construct_2(path); }\n"
+            "  static bool getValid(const TrcInfo* info) { return TrcInfo_getValid(info); }\n"
+            "};\n",
+            made,
+        )
+        self.assertNotIn("xlatr_free", made)
+
+    def test_knows_what_a_reader_reads(self) -> None:
+        made = object_families.render(read(ObjectCalls.reader))
+        self.assertIn("  using InfoType = struct TrcInfoType;\n  using MessageType = struct MessageCanType;\n", made)
+
+    def test_refuses_two_functions_for_a_member(self) -> None:
+        with self.assertRaisesRegex(HeaderError, "the same member as TrcInfo_GetPath: getPath"):
+            object_families.render(read("XLATR_API bool TrcInfo_GetPath(void);\nXLATR_API bool TrcInfo_getPath(void);"))
 
 
 if __name__ == "__main__":

@@ -13,7 +13,12 @@ namespace xlatr::conversions {
 namespace {
 
 namespace fs = std::filesystem;
-using test::Destructor;
+using test::CsvWriterType;
+using test::MessageCanType;
+using test::Owned;
+using test::TrcInfoType;
+using test::TrcReaderType;
+using test::TrcWriterType;
 
 std::string identifier(std::string version) {
   version[1] = '_';
@@ -26,9 +31,8 @@ class TrcHeader : public testing::TestWithParam<std::string> {};
 TEST_P(TrcHeader, isTheGoldenHeader) {
   const WorkingDirectory directory;
   fs::copy_file(goldenDirectory() / "trc-trc/header/header-source.trc", "header-source.trc");
-  const std::unique_ptr<TrcInfo, Destructor<TrcInfo_Destruct>> info(TrcInfo_Construct_2("header-source.trc"));
-  const std::unique_ptr<TrcWriter, Destructor<TrcWriter_Destruct>> writer(
-      TrcWriter_Construct("out.trc", false, trcVersion(GetParam()).number));
+  const Owned<TrcInfoType> info(TrcInfo_Construct_2("header-source.trc"));
+  const Owned<TrcWriterType> writer(TrcWriter_Construct("out.trc", false, trcVersion(GetParam()).number));
 
   TrcWriter_setActive(writer.get(), true);
   TrcWriter_WriteHeader(writer.get(), reinterpret_cast<const ITraceInfo*>(info.get()));
@@ -49,16 +53,16 @@ TEST_P(CsvTableOfObjects, isTheGoldenFile) {
   const std::string source = "source-" + GetParam() + ".trc";
   const WorkingDirectory directory;
   fs::copy_file(goldenTrcSource(GetParam()), source);
-  const std::unique_ptr<TrcInfo, Destructor<TrcInfo_Destruct>> info(TrcInfo_Construct_2(source.c_str()));
-  const std::unique_ptr<TrcReader, Destructor<TrcReader_Destruct>> reader(TrcReader_Construct(info.get()));
-  const std::unique_ptr<CsvWriter, Destructor<CsvWriter_Destruct>> writer(CsvWriter_Construct("out.csv", false, 1.0));
+  const Owned<TrcInfoType> info(TrcInfo_Construct_2(source.c_str()));
+  const Owned<TrcReaderType> reader(TrcReader_Construct(info.get()));
+  const Owned<CsvWriterType> writer(CsvWriter_Construct("out.csv", false, 1.0));
   CsvWriter_setSeparator(writer.get(), " | ");
   CsvWriter_setActive(writer.get(), true);
   CsvWriter_WriteHeader(writer.get(), reinterpret_cast<const ITraceInfo*>(info.get()));
   ASSERT_TRUE(TrcReader_setActive(reader.get(), true));
   MessageCan* next = nullptr;
   while (TrcReader_ReadNextMessage(reader.get(), &next)) {
-    const std::unique_ptr<MessageCan, Destructor<MessageCan_Destruct>> message(next);
+    const Owned<MessageCanType> message(next);
     if (MessageCan_getValid(next)) {
       CsvWriter_WriteMessage(writer.get(), reinterpret_cast<const IMessage*>(next));
       continue;

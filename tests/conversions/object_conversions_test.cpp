@@ -36,7 +36,7 @@ void carry(const MessageCan* message, typename Writer::Object* writer, const Tar
   const bool fits = target.format == XLATR_FORMAT_TRC ? MessageCan_ValidateForTargetVersion(message, target.version)
                                                       : MessageCan_getValid(message);
   if (fits) {
-    Writer::writeMessage(writer, MessageCanType::asMessage(message));
+    Writer::writeMessage(writer, asMessage(message));
   } else if (const std::string text = readText(message, MessageCan_getParsingTextSize, MessageCan_getParsingText);
              !text.empty()) {
     Writer::writeComment(writer, text.c_str());
@@ -46,7 +46,7 @@ void carry(const MessageCan* message, typename Writer::Object* writer, const Tar
 template <typename Writer>
 void carry(const MessageAsc* message, typename Writer::Object* writer, const Target&) {
   if (MessageAsc_getValid(message)) {
-    Writer::writeMessage(writer, MessageAscType::asMessage(message));
+    Writer::writeMessage(writer, asMessage(message));
   } else {
     const std::string text = readText(message, MessageAsc_getParsingTextSize, MessageAsc_getParsingText);
     Writer::writeComment(writer, text.c_str());
@@ -56,7 +56,7 @@ void carry(const MessageAsc* message, typename Writer::Object* writer, const Tar
 template <typename Writer>
 void carry(const MessageLin* message, typename Writer::Object* writer, const Target&) {
   if (MessageLin_getValid(message)) {
-    Writer::writeMessage(writer, MessageLinType::asMessage(message));
+    Writer::writeMessage(writer, asMessage(message));
   } else {
     const std::string text = readText(message, MessageLin_getParsingTextSize, MessageLin_getParsingText);
     Writer::writeComment(writer, text.c_str());
@@ -69,7 +69,7 @@ void carry(const MessageBinaryFD* message, typename Writer::Object* writer, cons
     return;
   }
   if (target.format != XLATR_FORMAT_TRC || MessageBinaryFD_ValidateForTargetVersion(message, target.version)) {
-    Writer::writeMessage(writer, MessageBinaryFDType::asMessage(message));
+    Writer::writeMessage(writer, asMessage(message));
   }
   const std::string text = readText(message, MessageBinaryFD_getCommentarySize, MessageBinaryFD_getCommentary);
   if (!text.empty()) {
@@ -80,7 +80,7 @@ void carry(const MessageBinaryFD* message, typename Writer::Object* writer, cons
 template <typename Writer>
 void carry(const MdfCanMessage* message, typename Writer::Object* writer, const Target&) {
   if (MdfCanMessage_getValid(message)) {
-    Writer::writeMessage(writer, MdfCanMessageType::asMessage(message));
+    Writer::writeMessage(writer, asMessage(message));
   }
 }
 
@@ -101,7 +101,7 @@ void convertByObjects(const std::string& source, const std::string& targetPath, 
   const Owned<Writer> writer(Writer::construct(targetPath.c_str(), true, target.version));
   Writer::setSourcePath(writer.get(), source.c_str());
   Writer::setActive(writer.get(), true);
-  Writer::writeHeader(writer.get(), Info::asTraceInfo(Reader::getTrace(reader.get())));
+  Writer::writeHeader(writer.get(), asTraceInfo(Reader::getTrace(reader.get())));
   ASSERT_TRUE(Reader::setActive(reader.get(), true));
   typename Reader::MessageType::Object* message = nullptr;
   while (Reader::readNextMessage(reader.get(), &message)) {
@@ -172,8 +172,8 @@ class ObjectConversions : public testing::Test {
 
   template <typename Reader, typename Writer>
   void expectTheSameFile(const char* sourceExtension, const char* targetExtension, double version) const {
-    const Target target{Writer::kFormat, version};
-    const std::string source = sourceOf(Reader::InfoType::kFormat, sourceExtension);
+    const Target target{kFileKindOf<Writer>.format, version};
+    const std::string source = sourceOf(kFileKindOf<Reader>.format, sourceExtension);
     const std::string name = "target" + std::string(targetExtension);
     const std::string expected = convertWhole(source, name, target);
     std::filesystem::remove(folder_.file(name));
@@ -183,7 +183,7 @@ class ObjectConversions : public testing::Test {
 
   template <typename Writer>
   void expectTheSameSession(const char* targetExtension, double version) const {
-    const Target target{Writer::kFormat, version};
+    const Target target{kFileKindOf<Writer>.format, version};
     const std::string source = sourceOf(XLATR_FORMAT_BTR, ".btr");
     const std::string extension = targetExtension;
     const std::string expected = convertWhole(source, "target" + extension, target);

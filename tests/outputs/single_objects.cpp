@@ -141,7 +141,7 @@ void read(Report& report, const std::string& source, Sink& sink) {
     report.fact("convertible", std::int64_t{MdfReader_ValidateFile(reader.get(), reason.data(), reason.size())});
     report.fact("reason", std::string_view(reason.data()));
   }
-  sink.begin(Info::asTraceInfo(info.get()), std::nullopt);
+  sink.begin(asTraceInfo(info.get()), std::nullopt);
   MessageReport messages(report);
   report.call("reading", [&] {
     report.fact("active", std::int64_t{Reader::setActive(reader.get(), true)});
@@ -157,13 +157,12 @@ void read(Report& report, const std::string& source, Sink& sink) {
 }
 
 void readBlf(Report& report, const std::string& source, Sink& sink) {
-  const std::unique_ptr<TraceFileInfo, Destructor<TraceFileInfo_Destruct>> file(
-      TraceFileInfo_Construct(source.c_str()));
-  const std::unique_ptr<BlfInfo, Destructor<BlfInfo_Destruct>> info(BlfInfo_Construct(file.get()));
+  const Owned<TraceFileInfoType> file(TraceFileInfo_Construct(source.c_str()));
+  const Owned<BlfInfoType> info(BlfInfo_Construct(file.get()));
   report.fact("valid", std::int64_t{BlfInfo_getValid(info.get())});
   report.fact("version", BlfInfo_GetVersion(info.get()));
   report.fact("current version", BlfInfo_GetCurrentVersion());
-  const std::unique_ptr<BlfReader, Destructor<BlfReader_Destruct>> reader(BlfReader_Construct(info.get(), ""));
+  const Owned<BlfReaderType> reader(BlfReader_Construct(info.get(), ""));
   MessageReport messages(report);
   sink.begin(reinterpret_cast<const ITraceInfo*>(info.get()), std::nullopt);
   report.call("reading", [&] {
@@ -176,7 +175,7 @@ void readBlf(Report& report, const std::string& source, Sink& sink) {
     report.fact("start", BlfReader_getCSVInfoStartTime(reader.get()));
     BlfMessage* message = nullptr;
     while (BlfReader_ReadNextMessage(reader.get(), &message)) {
-      const std::unique_ptr<BlfMessage, Destructor<BlfMessage_Destruct>> owned(message);
+      const Owned<BlfMessageType> owned(message);
       messages.add(answersOf(message));
       handOver(sink, message);
     }
@@ -194,8 +193,7 @@ void readSession(Report& report, const BtrSessionEntry* entry, Sink& sink) {
                              std::to_string(SessionLocation_getSector(BtrSessionEntry_getStart(entry))) + " to " +
                              std::to_string(SessionLocation_getPosition(BtrSessionEntry_getEnd(entry))));
   report.fact("start", SessionDateTime_toDouble(date));
-  const std::unique_ptr<BtrSessionReader, Destructor<BtrSessionReader_Destruct>> reader(
-      BtrSessionReader_Construct(entry, true));
+  const Owned<BtrSessionReaderType> reader(BtrSessionReader_Construct(entry, true));
   MessageReport messages(report);
   report.call("reading", [&] {
     for (bool more = true; more;) {
@@ -204,7 +202,7 @@ void readSession(Report& report, const BtrSessionEntry* entry, Sink& sink) {
       std::uint32_t size = 0;
       const auto take = [&] {
         for (std::uint32_t index = 0; index < count; ++index) {
-          const std::unique_ptr<SessionMessage, Destructor<SessionMessage_Destruct>> owned(sector[index]);
+          const Owned<SessionMessageType> owned(sector[index]);
           messages.add(answersOf(sector[index]));
           handOver(sink, sector[index]);
         }
@@ -224,15 +222,14 @@ void readSession(Report& report, const BtrSessionEntry* entry, Sink& sink) {
 }
 
 void readBtr(Report& report, const std::string& source, Sink& sink) {
-  const std::unique_ptr<BtrInfo, Destructor<BtrInfo_Destruct>> info(BtrInfo_Construct(source.c_str()));
+  const Owned<BtrInfoType> info(BtrInfo_Construct(source.c_str()));
   report.fact("valid", std::int64_t{BtrInfo_GetValid(info.get())});
   report.fact("version", BtrInfo_GetVersion(info.get()));
   // A file whose first date is none starts now.
   constexpr double kStartDays = 45000.25;
   sink.begin(reinterpret_cast<const ITraceInfo*>(info.get()), kStartDays);
   for (std::uint32_t index = 0; index < BtrInfo_getSessionsCount(info.get()); ++index) {
-    const std::unique_ptr<BtrSessionEntry, Destructor<BtrSessionEntry_Destruct>> entry(
-        BtrInfo_GetSession(info.get(), index));
+    const Owned<BtrSessionEntryType> entry(BtrInfo_GetSession(info.get(), index));
     readSession(report, entry.get(), sink);
   }
 }
@@ -312,13 +309,13 @@ void reportObjects(Report& report, const std::string& source) {
       report.begin("objects/reading");
       NoSink unused;
       from.read(report, source, unused);
-      writeEveryVersion<TrcWriterType, TrcInfoFormat>(report, from, source, "out.trc");
-      writeEveryVersion<AscWriterType, AscInfoFormat>(report, from, source, "out.asc");
-      writeEveryVersion<KorlWriterType, KorlInfoFormat>(report, from, source, "out.ltrc");
-      writeEveryVersion<CsvWriterType, CsvInfoFormat>(report, from, source, "out.csv");
-      writeEveryVersion<BtrcWriterType, BtrcInfoFormat>(report, from, source, "out.btrc");
-      writeEveryVersion<BtrWriterType, BtrInfoFormat>(report, from, source, "out.btr");
-      writeEveryVersion<MdfWriterType, MdfInfoFormat>(report, from, source, "out.mf4");
+      writeEveryVersion<TrcWriterType, TrcInfoType>(report, from, source, "out.trc");
+      writeEveryVersion<AscWriterType, AscInfoType>(report, from, source, "out.asc");
+      writeEveryVersion<KorlWriterType, KorlInfoType>(report, from, source, "out.ltrc");
+      writeEveryVersion<CsvWriterType, CsvInfoType>(report, from, source, "out.csv");
+      writeEveryVersion<BtrcWriterType, BtrcInfoType>(report, from, source, "out.btrc");
+      writeEveryVersion<BtrWriterType, BtrInfoType>(report, from, source, "out.btr");
+      writeEveryVersion<MdfWriterType, MdfInfoType>(report, from, source, "out.mf4");
     }
   }
 }

@@ -26,14 +26,14 @@ struct Target {
 };
 
 constexpr std::array kTargets = {
-    Target{XLATR_FORMAT_TRC, "out.trc", versionsOf<xlatr::test::TrcInfoFormat>},
-    Target{XLATR_FORMAT_BTR, "out.btr", versionsOf<xlatr::test::BtrInfoFormat>},
-    Target{XLATR_FORMAT_ASC, "out.asc", versionsOf<xlatr::test::AscInfoFormat>},
-    Target{XLATR_FORMAT_LIN, "out.ltrc", versionsOf<xlatr::test::KorlInfoFormat>},
-    Target{XLATR_FORMAT_CSV, "out.csv", versionsOf<xlatr::test::CsvInfoFormat>},
-    Target{XLATR_FORMAT_BTRC, "out.btrc", versionsOf<xlatr::test::BtrcInfoFormat>},
-    Target{XLATR_FORMAT_MF4, "out.mf4", versionsOf<xlatr::test::MdfInfoFormat>},
-    Target{XLATR_FORMAT_BLF, "out.blf", versionsOf<xlatr::test::BlfInfoFormat>},
+    Target{XLATR_FORMAT_TRC, "out.trc", versionsOf<xlatr::test::TrcInfoType>},
+    Target{XLATR_FORMAT_BTR, "out.btr", versionsOf<xlatr::test::BtrInfoType>},
+    Target{XLATR_FORMAT_ASC, "out.asc", versionsOf<xlatr::test::AscInfoType>},
+    Target{XLATR_FORMAT_LIN, "out.ltrc", versionsOf<xlatr::test::KorlInfoType>},
+    Target{XLATR_FORMAT_CSV, "out.csv", versionsOf<xlatr::test::CsvInfoType>},
+    Target{XLATR_FORMAT_BTRC, "out.btrc", versionsOf<xlatr::test::BtrcInfoType>},
+    Target{XLATR_FORMAT_MF4, "out.mf4", versionsOf<xlatr::test::MdfInfoType>},
+    Target{XLATR_FORMAT_BLF, "out.blf", versionsOf<xlatr::test::BlfInfoType>},
 };
 
 // The sessions of a file end in any order, and the files and texts come in that order. What is left to compare of a
