@@ -58,7 +58,7 @@ bool TraceReaderText::readLine(std::string_view& line) {
   return true;
 }
 
-bool TraceReaderText::readLineBehindComments(std::string_view& line) {
+bool TraceReaderText::readLineAfterComments(std::string_view& line) {
   do {
     if (!readLine(line)) {
       return false;

@@ -70,7 +70,7 @@ class TraceReaderText : public TraceReader {
   // view is valid until the next call.
   [[nodiscard]] bool readLine(std::string_view& line);
   // The same, passing over the lines that begin with ";".
-  [[nodiscard]] bool readLineBehindComments(std::string_view& line);
+  [[nodiscard]] bool readLineAfterComments(std::string_view& line);
 
  private:
   std::optional<LineInput> input_;

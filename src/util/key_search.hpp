@@ -13,7 +13,7 @@ namespace xlatr {
 // Looks for `key` and passes the text after it to `match`, one occurrence after the other, until that returns
 // something.
 template <class Match>
-auto searchBehind(std::string_view line, std::string_view key, Match match) -> decltype(match(line)) {
+auto searchAfter(std::string_view line, std::string_view key, Match match) -> decltype(match(line)) {
   for (auto at = line.find(key); at != std::string_view::npos; at = line.find(key, at + 1)) {
     if (auto found = match(line.substr(at + key.size()))) {
       return found;

@@ -65,9 +65,9 @@ BlfTable::BlfTable(Sink sink) : sink_(std::move(sink)), block_(std::make_unique_
 void BlfTable::addHead(const FileHeader& header) {
   makeRoom(kLongestHead);
   Pen pen(block_.get() + used_);
-  const auto field = [&](DateField name, std::size_t digits, std::string_view behind) {
+  const auto field = [&](DateField name, std::size_t digits, std::string_view end) {
     pen.filled(header.startTime[static_cast<std::size_t>(name)], digits);
-    pen.put(behind);
+    pen.put(end);
   };
   // This line also tells the reader which kind of table it has before it, so it is written without a date too.
   pen.put("$BLFSTARTTIME=");

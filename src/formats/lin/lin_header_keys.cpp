@@ -39,13 +39,13 @@ std::optional<std::string> matchDate(std::string_view text) {
 
 void LinHeaderKeys::look(std::string_view line) {
   if (!fileVersion_) {
-    fileVersion_ = searchBehind(line, "$FILEVERSION=", matchPointNumber);
+    fileVersion_ = searchAfter(line, "$FILEVERSION=", matchPointNumber);
   }
   if (!startNumber_) {
-    startNumber_ = searchBehind(line, "$STARTTIME=", matchPointNumber);
+    startNumber_ = searchAfter(line, "$STARTTIME=", matchPointNumber);
   }
   if (!startText_) {
-    startText_ = searchBehind(line, "Start time:", matchDate);
+    startText_ = searchAfter(line, "Start time:", matchDate);
   }
 }
 

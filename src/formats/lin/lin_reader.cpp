@@ -14,7 +14,7 @@ std::unique_ptr<KorlMessage> KorlReader::ReadNextMessage() {
 
 bool KorlReader::readInto(KorlMessage& message) {
   std::string_view line;
-  if (!readLineBehindComments(line)) {
+  if (!readLineAfterComments(line)) {
     return false;
   }
   message.reset();

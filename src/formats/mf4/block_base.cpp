@@ -18,7 +18,7 @@ constexpr std::array kWrittenTypes = {BlockTypeId::HD, BlockTypeId::FH, BlockTyp
 
 std::vector<std::uint64_t> readLinks(BlockStream& stream, std::uint64_t position, std::uint64_t count) {
   const std::uint64_t begin = position + kHeaderSectionSize;
-  if (count > stream.bytesBehind(begin) / kLinkSize) {
+  if (count > stream.bytesAfter(begin) / kLinkSize) {
     throwProcessingFailure(kShortLinkSection);
   }
   Bytes bytes(static_cast<std::size_t>(count * kLinkSize));
@@ -87,7 +87,7 @@ Bytes BlockBase::readBytes(std::uint64_t position, std::uint64_t count) const {
   if (stream_ == nullptr || count == 0) {
     return {};
   }
-  if (count > stream_->bytesBehind(position)) {
+  if (count > stream_->bytesAfter(position)) {
     throwProcessingFailure(kShortBytes);
   }
   Bytes bytes(static_cast<std::size_t>(count));
@@ -145,8 +145,8 @@ void placeTree(BlockList& list, std::uint64_t& nextFree) {
 
 void placeChildren(BlockBase& block, std::uint64_t& nextFree) {
   for (const TreeChild& child : block.children()) {
-    std::uint64_t behindTree = nextFree;
-    placeTree(*child.list, child.outsideTree ? behindTree : nextFree);
+    std::uint64_t afterTree = nextFree;
+    placeTree(*child.list, child.outsideTree ? afterTree : nextFree);
     block.setLink(child.link, child.list->firstPosition());
   }
 }

@@ -11,7 +11,7 @@ namespace {
 constexpr std::uint64_t kMostBytesOfOne = 1032;
 
 void requireBytes(const BlockStream& stream, std::uint64_t position, std::uint64_t count) {
-  if (count > stream.bytesBehind(position)) {
+  if (count > stream.bytesAfter(position)) {
     throwProcessingFailure(kShortBytes);
   }
 }

@@ -22,7 +22,7 @@ BlockStream::BlockStream(const std::string& path)
 BlockStream::BlockStream(std::vector<std::uint8_t> bytes) : size_(bytes.size()), window_(std::move(bytes)) {}
 
 bool BlockStream::read(std::uint64_t position, std::span<std::uint8_t> bytes) {
-  if (bytes.size() > bytesBehind(position)) {
+  if (bytes.size() > bytesAfter(position)) {
     return false;
   }
   countRead(bytes.size());
@@ -57,7 +57,7 @@ bool BlockStream::readAround(std::uint64_t position, std::uint64_t count) {
   }
   const bool goesOn = position >= windowPosition_ && position <= windowPosition_ + window_.size();
   const std::uint64_t wanted = goesOn ? kWindowSize : std::max(count, kWindowSizeAfterJump);
-  window_.resize(static_cast<std::size_t>(std::min(wanted, bytesBehind(position))));
+  window_.resize(static_cast<std::size_t>(std::min(wanted, bytesAfter(position))));
   windowPosition_ = position;
   if (readFile(position, window_)) {
     return true;

@@ -32,7 +32,7 @@ class BlockStream {
 
   [[nodiscard]] std::uint64_t size() const { return size_; }
   // Bytes from `position` to the end of the file; 0 for a position after it.
-  [[nodiscard]] std::uint64_t bytesBehind(std::uint64_t position) const {
+  [[nodiscard]] std::uint64_t bytesAfter(std::uint64_t position) const {
     return position < size_ ? size_ - position : 0;
   }
 

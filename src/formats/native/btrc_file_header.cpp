@@ -90,7 +90,7 @@ void BtrcFileHeader::readCalibration() {
   }
   try {
     startDateTime = dateOf(timeCalibration);
-    systemTime = UnsignedMicroseconds(timeCalibration.systemTime);
+    systemTime = UnsignedMicroseconds(timeCalibration.systemTimeTicks);
     firstFramePosition = kInfoSize + kCalibrationSize;
   } catch (const ConverterParsingException&) {
     errorOnRtc = true;

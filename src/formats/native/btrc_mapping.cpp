@@ -44,7 +44,7 @@ void makeStatus(ZelkBinaryMessage& message) {
     }
   }
   Native_RecordCanStatus record;
-  record.timestamp = message.timestamp.count();
+  record.timestampTicks = message.timestamp.count();
   record.bus = static_cast<std::uint8_t>(message.bus);
   for (const StatusFlag& known : kStatusFlags) {
     const bool set = (status & static_cast<std::uint32_t>(known.status)) != 0;
@@ -55,7 +55,7 @@ void makeStatus(ZelkBinaryMessage& message) {
 
 void makeErrorCounters(ZelkBinaryMessage& message) {
   Native_RecordCanError record;
-  record.timestamp = message.timestamp.count();
+  record.timestampTicks = message.timestamp.count();
   record.bus = static_cast<std::uint8_t>(message.bus);
   record.flags = message.direction == MessageDirection::Tx ? error_flag::kCounters
                                                            : error_flag::kCounters | error_flag::kDirection;
@@ -80,7 +80,7 @@ void makeError(ZelkBinaryMessage& message) {
     std::copy_n(data.begin(), rest.size(), rest.begin());
   }
   Native_RecordCanError record;
-  record.timestamp = message.timestamp.count();
+  record.timestampTicks = message.timestamp.count();
   record.bus = static_cast<std::uint8_t>(message.bus);
   record.flags = static_cast<std::uint8_t>(flagsOfErrorId(errorType) | (rest[0] != 0 ? error_flag::kDirection : 0));
   record.errorPosition = rest[1];

@@ -23,7 +23,7 @@ UnsignedMicroseconds systemTimeOf(const DateTime& date) {
 
 Native_RecordTimeCalibration calibrationOf(const DateTime& date, UnsignedMicroseconds systemTime) {
   Native_RecordTimeCalibration record;
-  record.systemTime = systemTime.count();
+  record.systemTimeTicks = systemTime.count();
   record.year = static_cast<std::uint16_t>(date.year);
   record.month = static_cast<std::uint8_t>(date.month);
   record.day = static_cast<std::uint8_t>(date.day);
@@ -158,7 +158,7 @@ void BtrcWriter::fillBlock() {
 void BtrcWriter::writeCounter(UnsignedMicroseconds timestamp) {
   scratch_.clear();
   Native_RecordCounter record;
-  record.timestamp = timestamp.count();
+  record.timestampTicks = timestamp.count();
   record.totalRecords = totalRecords_;
   record.totalMessages = totalMessages_;
   appendFields(scratch_, record);

@@ -76,18 +76,20 @@ struct Internal_ReceivedDataFrameHeader {
   Internal_ReceivedDataFrameHeader() = default;
   // The size leaves room for the data bytes of the DLC. It does so for a remote frame as well, which has none.
   Internal_ReceivedDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t receivedAt)
-      : header(roundedUpToFour(kFixedSize + kDlcLengths[frame.dlcCode()]), type), timestamp(receivedAt), info(frame) {}
+      : header(roundedUpToFour(kFixedSize + kDlcLengths[frame.dlcCode()]), type),
+        timestampTicks(receivedAt),
+        info(frame) {}
 
   static constexpr std::size_t kFixedSize = 20;
 
   Native_RecordHeader header;
-  std::uint64_t timestamp = 0;
+  std::uint64_t timestampTicks = 0;
   Internal_DataFrameInfo info;
 
   static constexpr auto fields() {
     return FieldList{
         Field{0, "header", &Internal_ReceivedDataFrameHeader::header},
-        Field{4, "timestamp", &Internal_ReceivedDataFrameHeader::timestamp},
+        Field{4, "timestamp", &Internal_ReceivedDataFrameHeader::timestampTicks},
         Field{12, "info", &Internal_ReceivedDataFrameHeader::info},
     };
   }
@@ -101,22 +103,22 @@ struct Internal_SentDataFrameHeader {
   Internal_SentDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t requestedAt,
                                std::uint64_t sentAt)
       : header(roundedUpToFour(kFixedSize + (frameKindOf(type).isRemote ? 0U : frame.dlcCode())), type),
-        timestamp(requestedAt),
-        timestampSent(sentAt),
+        timestampTicks(requestedAt),
+        timestampSentTicks(sentAt),
         info(frame) {}
 
   static constexpr std::size_t kFixedSize = 28;
 
   Native_RecordHeader header;
-  std::uint64_t timestamp = 0;
-  std::uint64_t timestampSent = 0;  // the same as `timestamp` in what is written; not looked at when read
+  std::uint64_t timestampTicks = 0;
+  std::uint64_t timestampSentTicks = 0;  // the same as `timestampTicks` in what is written; not looked at when read
   Internal_DataFrameInfo info;
 
   static constexpr auto fields() {
     return FieldList{
         Field{0, "header", &Internal_SentDataFrameHeader::header},
-        Field{4, "timestamp", &Internal_SentDataFrameHeader::timestamp},
-        Field{12, "timestampSent", &Internal_SentDataFrameHeader::timestampSent},
+        Field{4, "timestamp", &Internal_SentDataFrameHeader::timestampTicks},
+        Field{12, "timestampSent", &Internal_SentDataFrameHeader::timestampSentTicks},
         Field{20, "info", &Internal_SentDataFrameHeader::info},
     };
   }

@@ -70,7 +70,7 @@ inline constexpr unsigned kClassShift = 4;
 // An error frame, or the error counters of a bus.
 struct Native_RecordCanError {
   Native_RecordHeader header{20, RecordType::CanError};
-  std::uint64_t timestamp = 0;
+  std::uint64_t timestampTicks = 0;
   std::uint8_t bus = 0;    // counted from 0
   std::uint8_t flags = 0;  // bit 7 the direction, bits 4 to 6 the class of the error; class 4 is a change of counters
   std::uint8_t errorPosition = 0;
@@ -81,7 +81,7 @@ struct Native_RecordCanError {
   static constexpr auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCanError::header},
-        Field{4, "timestamp", &Native_RecordCanError::timestamp},
+        Field{4, "timestamp", &Native_RecordCanError::timestampTicks},
         Field{12, "bus", &Native_RecordCanError::bus},
         Field{13, "flags", &Native_RecordCanError::flags},
         Field{14, "errorPosition", &Native_RecordCanError::errorPosition},
@@ -104,7 +104,7 @@ inline constexpr std::array kStatusFlags = {StatusFlag{0x80, WarningErrors::BusO
 
 struct Native_RecordCanStatus {
   Native_RecordHeader header{16, RecordType::CanStatus};
-  std::uint64_t timestamp = 0;
+  std::uint64_t timestampTicks = 0;
   std::uint8_t bus = 0;    // counted from 0
   std::uint8_t flags = 0;  // bit 7 bus off, bit 6 warning, bit 5 passive
   std::uint16_t reserved = 0;
@@ -112,7 +112,7 @@ struct Native_RecordCanStatus {
   static constexpr auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCanStatus::header},
-        Field{4, "timestamp", &Native_RecordCanStatus::timestamp},
+        Field{4, "timestamp", &Native_RecordCanStatus::timestampTicks},
         Field{12, "bus", &Native_RecordCanStatus::bus},
         Field{13, "flags", &Native_RecordCanStatus::flags},
         Field{14, "reserved", &Native_RecordCanStatus::reserved},
@@ -122,7 +122,7 @@ struct Native_RecordCanStatus {
 
 struct Native_RecordCanBusLoad {
   Native_RecordHeader header{16, RecordType::CanBusLoad};
-  std::uint64_t timestamp = 0;
+  std::uint64_t timestampTicks = 0;
   std::uint8_t bus = 0;   // counted from 0
   std::uint8_t load = 0;  // per cent
   std::uint16_t reserved = 0;
@@ -130,7 +130,7 @@ struct Native_RecordCanBusLoad {
   static constexpr auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCanBusLoad::header},
-        Field{4, "timestamp", &Native_RecordCanBusLoad::timestamp},
+        Field{4, "timestamp", &Native_RecordCanBusLoad::timestampTicks},
         Field{12, "bus", &Native_RecordCanBusLoad::bus},
         Field{13, "load", &Native_RecordCanBusLoad::load},
         Field{14, "reserved", &Native_RecordCanBusLoad::reserved},
@@ -201,7 +201,7 @@ struct Native_RecordCanBitrateFd {
 // Lost frames. Both overrun records have these fields.
 struct Native_RecordCanOverrun {
   Native_RecordHeader header{20, RecordType::CanOverrun};
-  std::uint64_t timestamp = 0;
+  std::uint64_t timestampTicks = 0;
   std::uint8_t bus = 0;  // counted from 0
   std::array<std::uint8_t, 3> reserved{};
   std::uint32_t overruns = 0;
@@ -209,7 +209,7 @@ struct Native_RecordCanOverrun {
   static constexpr auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCanOverrun::header},
-        Field{4, "timestamp", &Native_RecordCanOverrun::timestamp},
+        Field{4, "timestamp", &Native_RecordCanOverrun::timestampTicks},
         Field{12, "bus", &Native_RecordCanOverrun::bus},
         Field{13, "reserved", &Native_RecordCanOverrun::reserved},
         Field{16, "overruns", &Native_RecordCanOverrun::overruns},
@@ -239,8 +239,8 @@ struct Native_RecordInfo {
 // The start of a trace by the calendar, in local time.
 struct Native_RecordTimeCalibration {
   Native_RecordHeader header{24, RecordType::TimeCalibration};
-  std::uint64_t systemTime = 0;  // the timestamp at that moment
-  std::uint16_t year = 1970;     // in full
+  std::uint64_t systemTimeTicks = 0;  // the time stamp at that moment
+  std::uint16_t year = 1970;          // in full
   std::uint8_t month = 1;
   std::uint8_t day = 1;
   std::uint8_t hour = 0;
@@ -252,7 +252,7 @@ struct Native_RecordTimeCalibration {
   static constexpr auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordTimeCalibration::header},
-        Field{4, "systemTime", &Native_RecordTimeCalibration::systemTime},
+        Field{4, "systemTime", &Native_RecordTimeCalibration::systemTimeTicks},
         Field{12, "year", &Native_RecordTimeCalibration::year},
         Field{14, "month", &Native_RecordTimeCalibration::month},
         Field{15, "day", &Native_RecordTimeCalibration::day},
@@ -268,14 +268,14 @@ struct Native_RecordTimeCalibration {
 // What was written before it.
 struct Native_RecordCounter {
   Native_RecordHeader header{28, RecordType::Counter};
-  std::uint64_t timestamp = 0;
+  std::uint64_t timestampTicks = 0;
   std::uint64_t totalRecords = 0;
   std::uint64_t totalMessages = 0;
 
   static constexpr auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCounter::header},
-        Field{4, "timestamp", &Native_RecordCounter::timestamp},
+        Field{4, "timestamp", &Native_RecordCounter::timestampTicks},
         Field{12, "totalRecords", &Native_RecordCounter::totalRecords},
         Field{20, "totalMessages", &Native_RecordCounter::totalMessages},
     };

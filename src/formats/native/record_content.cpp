@@ -58,7 +58,7 @@ bool readFrame(ZelkBinaryMessage& message, const TimeScale& timeScale) {
   }
   const std::uint8_t dlc = frame.info.dlcCode();
   message.remote = kind.isRemote;
-  message.timestamp = timeScale.toMicroseconds(frame.timestamp);
+  message.timestamp = timeScale.toMicroseconds(frame.timestampTicks);
   message.bus = frame.info.bus;
   message.id = frame.info.id;
   message.extended = (frame.info.flags & frame_flag::kExtended) != 0;
@@ -104,7 +104,7 @@ bool readError(ZelkBinaryMessage& message, const TimeScale& timeScale) {
     message.data = {static_cast<std::uint8_t>(directionBit), record.errorPosition, record.rxErrorCounter,
                     record.txErrorCounter};
   }
-  takeBusEvent(message, timeScale.toMicroseconds(record.timestamp), record.bus);
+  takeBusEvent(message, timeScale.toMicroseconds(record.timestampTicks), record.bus);
   return true;
 }
 
@@ -121,7 +121,7 @@ bool readStatus(ZelkBinaryMessage& message, const TimeScale& timeScale) {
   message.kind = MessageKind::ST;
   message.extended = true;
   message.data = {0, static_cast<std::uint8_t>(status >> 16), 0, static_cast<std::uint8_t>(status)};
-  takeBusEvent(message, timeScale.toMicroseconds(record.timestamp), record.bus);
+  takeBusEvent(message, timeScale.toMicroseconds(record.timestampTicks), record.bus);
   return true;
 }
 
@@ -132,7 +132,7 @@ bool readComment(ZelkBinaryMessage& message, const TimeScale& /*timeScale*/) {
 }
 
 std::string textOfBusLoad(const Native_RecordCanBusLoad& record, const TimeScale& timeScale) {
-  return joined("Bus-Load information (", shownTime(timeScale.toMicroseconds(record.timestamp)),
+  return joined("Bus-Load information (", shownTime(timeScale.toMicroseconds(record.timestampTicks)),
                 ") --> Bus: ", shownBus(record.bus), " - Load: ", record.load, " %");
 }
 
@@ -153,12 +153,12 @@ std::string textOfBitrateFd(const Native_RecordCanBitrateFd& record, const TimeS
 }
 
 std::string textOfOverrun(const Native_RecordCanOverrun& record, const TimeScale& timeScale) {
-  return joined("Overrun notification (", shownTime(timeScale.toMicroseconds(record.timestamp)),
+  return joined("Overrun notification (", shownTime(timeScale.toMicroseconds(record.timestampTicks)),
                 ") --> Bus: ", shownBus(record.bus), " - Overruns: ", record.overruns);
 }
 
 std::string textOfCriticalOverrun(const Native_RecordCanOverrun& record, const TimeScale& timeScale) {
-  return joined("Critical overrun notification from FPGA (", shownTime(timeScale.toMicroseconds(record.timestamp)),
+  return joined("Critical overrun notification from FPGA (", shownTime(timeScale.toMicroseconds(record.timestampTicks)),
                 ") --> Bus: ", shownBus(record.bus));
 }
 
@@ -242,13 +242,13 @@ void readContent(ZelkBinaryMessage& message, const TimeScale& timeScale) {
 }
 
 void moveTimes(RecordType type, std::span<std::uint8_t> record, std::uint64_t delta) {
-  constexpr std::size_t kTime = layoutOffset<&Internal_ReceivedDataFrameHeader::timestamp>();
-  static_assert(kTime == layoutOffset<&Internal_SentDataFrameHeader::timestamp>());
-  static_assert(kTime == layoutOffset<&Native_RecordCanError::timestamp>());
-  static_assert(kTime == layoutOffset<&Native_RecordCanStatus::timestamp>());
+  constexpr std::size_t kTime = layoutOffset<&Internal_ReceivedDataFrameHeader::timestampTicks>();
+  static_assert(kTime == layoutOffset<&Internal_SentDataFrameHeader::timestampTicks>());
+  static_assert(kTime == layoutOffset<&Native_RecordCanError::timestampTicks>());
+  static_assert(kTime == layoutOffset<&Native_RecordCanStatus::timestampTicks>());
   addTo(record.data() + kTime, delta);
   if (type >= RecordType::CanTxMsg && type <= RecordType::CanTxFdMsg) {
-    addTo(record.data() + layoutOffset<&Internal_SentDataFrameHeader::timestampSent>(), delta);
+    addTo(record.data() + layoutOffset<&Internal_SentDataFrameHeader::timestampSentTicks>(), delta);
   }
 }
 

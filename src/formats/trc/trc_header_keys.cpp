@@ -60,31 +60,31 @@ std::optional<std::string> matchName(std::string_view text) {
 }
 
 bool hasOldStyleMark(std::string_view line) {
-  const auto behindNet = [](std::string_view text) {
+  const auto afterNet = [](std::string_view text) {
     const bool matches = text.size() > 1 && isSpaceCharacter(text[0]) && isWordCharacter(text[1]);
     return matches ? std::optional(true) : std::nullopt;
   };
-  return searchBehind(line, "BRIX-Net:", behindNet).has_value() || line.find("BRIX Scope") != std::string_view::npos;
+  return searchAfter(line, "BRIX-Net:", afterNet).has_value() || line.find("BRIX Scope") != std::string_view::npos;
 }
 
 }  // namespace
 
 void TrcHeaderKeys::look(std::string_view line) {
   if (!fileVersion_) {
-    fileVersion_ = searchBehind(line, "$FILEVERSION=", matchPointNumber);
+    fileVersion_ = searchAfter(line, "$FILEVERSION=", matchPointNumber);
   }
   hasOldStyleMark_ = hasOldStyleMark_ || hasOldStyleMark(line);
   if (!startNumber_) {
-    startNumber_ = searchBehind(line, "$STARTTIME=", matchPointNumber);
+    startNumber_ = searchAfter(line, "$STARTTIME=", matchPointNumber);
   }
   if (!startText_) {
-    startText_ = searchBehind(line, "Start time:", matchDate);
+    startText_ = searchAfter(line, "Start time:", matchDate);
   }
   if (!columnSet_) {
-    columnSet_ = searchBehind(line, "$COLUMNS=", matchColumns);
+    columnSet_ = searchAfter(line, "$COLUMNS=", matchColumns);
   }
   if (!networkName_) {
-    networkName_ = searchBehind(line, "BRIX-Net:", matchName);
+    networkName_ = searchAfter(line, "BRIX-Net:", matchName);
   }
 }
 

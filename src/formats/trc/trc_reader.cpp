@@ -16,7 +16,7 @@ std::unique_ptr<BrixMessage> TrcReader::ReadNextMessage() {
 
 bool TrcReader::readInto(BrixMessage& message) {
   std::string_view line;
-  if (!readLineBehindComments(line)) {
+  if (!readLineAfterComments(line)) {
     return false;
   }
   message.reset();

@@ -25,7 +25,7 @@ using test::real;
 using test::textBytes;
 
 // How reading fails when the data of a group end before its next record.
-std::string failureBehindTheDataOf(std::uint64_t group) {
+std::string failureAfterTheDataOf(std::uint64_t group) {
   std::ostringstream text;
   text << "Index is out of range for next cycle for Channel Group 0x" << std::hex << group;
   return text.str();
@@ -494,14 +494,14 @@ TEST_F(MdfReaderTest, cycleCountBeyondTheDataFails) {
   MdfFileBuilder file;
   const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = 0xFFFFFFFFFFFFFFFF});
   file.setFirstDataGroup(file.dataGroup(group, file.data(join({MdfFileBuilder::record(0), ByteList(23)}))));
-  EXPECT_EQ(failureOf<ConverterGenericException>(file), failureBehindTheDataOf(group));
+  EXPECT_EQ(failureOf<ConverterGenericException>(file), failureAfterTheDataOf(group));
 }
 
 TEST_F(MdfReaderTest, aDataGroupWithoutADataLinkHasNoBytes) {
   MdfFileBuilder file;
   const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = 1});
   file.setFirstDataGroup(file.dataGroup(group, 0));
-  EXPECT_EQ(failureOf<ConverterGenericException>(file), failureBehindTheDataOf(group));
+  EXPECT_EQ(failureOf<ConverterGenericException>(file), failureAfterTheDataOf(group));
 }
 
 TEST_F(MdfReaderTest, aRecordOfNoBytesWithCyclesLeftFails) {

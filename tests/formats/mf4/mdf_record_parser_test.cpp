@@ -345,7 +345,7 @@ TEST(MdfRecordParserTest, theTopBitOfAnIdentifierAndIdeCountInTheOrderOfTheirCha
       {"both say so", {"ID", "IDE"}, kMarked, 1, true},
       {"IDE alone says so", {"ID", "IDE"}, 0x123, 1, true},
       {"neither says so", {"ID", "IDE"}, 0x123, 0, false},
-      {"the top bit behind IDE", {"IDE", "ID"}, kMarked, 0, true},
+      {"the top bit after IDE", {"IDE", "ID"}, kMarked, 0, true},
       {"an identifier without the top bit leaves IDE", {"IDE", "ID"}, 0x123, 1, true},
   };
   for (const auto& each : cases) {
@@ -447,7 +447,7 @@ TEST(MdfRecordParserTest, readsIntegersOfAnyPlaceAndSize) {
       {"no bits big-endian", 1, 0, 40, 0, 0},
       {"65 bits", 0, 0, 32, 65, std::nullopt},
       {"the last byte", 0, 0, 39, 8, 0xF0},
-      {"behind the record", 0, 0, 40, 8, std::nullopt},
+      {"past the record", 0, 0, 40, 8, std::nullopt},
       {"across the end", 0, 0, 39, 9, std::nullopt},
       {"text", 6, 0, 32, 8, std::nullopt},
       {"a huge offset", 0, 0, 0xFFFFFFFF, 64, std::nullopt},

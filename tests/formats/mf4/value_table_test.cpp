@@ -77,8 +77,8 @@ TEST(ValueTableTest, givesTheFirstAndTheLastValueOutside) {
 }
 
 TEST(ValueTableTest, goesThroughTheValuesToo) {
-  EXPECT_EQ(lookUp({0, 5, 2, 8, 6, 1}, 5), 2) << "the key behind a value that equals the input";
-  EXPECT_EQ(lookUp({4, 1, 2, 9, 20, 3}, 5), 2) << "the key behind the lower of two values";
+  EXPECT_EQ(lookUp({0, 5, 2, 8, 6, 1}, 5), 2) << "the key after a value that equals the input";
+  EXPECT_EQ(lookUp({4, 1, 2, 9, 20, 3}, 5), 2) << "the key after the lower of two values";
 }
 
 TEST(ValueTableTest, givesWhatAWalkWouldWhateverTheOrder) {

@@ -206,7 +206,7 @@ TEST_F(BtrcWriterTest, textsAreRecordsAndCounted) {
   writer_.WriteComment("");
   EXPECT_EQ(written(),
             filled(filled(file) + counter(0, records_, records_) + record(0x8002, "hello   ") + record(0x8002, "")))
-      << "the totals that a text comes behind have no time";
+      << "the totals that a text comes after have no time";
 }
 
 TEST_F(BtrcWriterTest, totalsCountTextsAsMessages) {

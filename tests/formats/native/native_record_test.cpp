@@ -236,7 +236,7 @@ TEST(NativeRecord, infoIdentifiesTheFile) {
 
 TEST(NativeRecord, timeCalibrationIsACalendarDate) {
   Native_RecordTimeCalibration record;
-  record.systemTime = kTime;
+  record.systemTimeTicks = kTime;
   record.year = 2026;
   record.month = 11;
   record.day = 21;
@@ -254,7 +254,7 @@ TEST(NativeRecord, counterHoldsTheTotals) {
   const Bytes image =
       Bytes{0x1C, 0x00, 0x01, 0x80} + kReceivedHead + Bytes{5, 1, 0, 0, 0, 0, 0, 0} + Bytes{4, 0, 0, 0, 0, 0, 0, 1};
   Native_RecordCounter record;
-  record.timestamp = kTime;
+  record.timestampTicks = kTime;
   record.totalRecords = 0x105;
   record.totalMessages = 0x0100000000000004;
   EXPECT_EQ(bytesOfRecord(record), image);
@@ -288,7 +288,7 @@ TEST(NativeRecord, textLongerThanARecordIsCut) {
 
 TEST(NativeRecord, errorHasPositionAndCounters) {
   Native_RecordCanError record;
-  record.timestamp = kTime;
+  record.timestampTicks = kTime;
   record.bus = 3;
   record.flags = 0xC0;
   record.errorPosition = 0x0B;
@@ -301,7 +301,7 @@ TEST(NativeRecord, errorHasPositionAndCounters) {
 
 TEST(NativeRecord, statusHasFlags) {
   Native_RecordCanStatus record;
-  record.timestamp = kTime;
+  record.timestampTicks = kTime;
   record.bus = 2;
   record.flags = 0xE0;
   const Bytes image = Bytes{0x10, 0x00, 0x08, 0x00} + kReceivedHead + Bytes{2, 0xE0, 0, 0};
@@ -313,7 +313,7 @@ TEST(NativeRecord, busLoadIsPerCent) {
   const Bytes image = Bytes{0x10, 0x00, 0x09, 0x00} + kReceivedHead + Bytes{2, 55, 0xAA, 0xBB};
   expectRoundTrip<Native_RecordCanBusLoad>(image);
   const auto record = recordOf<Native_RecordCanBusLoad>(image);
-  EXPECT_EQ(record.timestamp, kTime);
+  EXPECT_EQ(record.timestampTicks, kTime);
   EXPECT_EQ(record.bus, 2);
   EXPECT_EQ(record.load, 55);
   EXPECT_EQ(bytesOfRecord(Native_RecordCanBusLoad()), (Bytes{0x10, 0, 9, 0} + Bytes(12)));
@@ -374,15 +374,15 @@ TEST(NativeRecord, movingMovesEveryTimeOfARecord) {
   constexpr std::uint64_t kLast = std::numeric_limits<std::uint64_t>::max();
   const Internal_DataFrameInfo info(0, 0, 0, 1);
   for (const RecordType type : {RecordType::CanRxMsg, RecordType::CanRxRtrMsg, RecordType::CanRxFdMsg}) {
-    EXPECT_EQ(movedBy(5, Received(type, info, kLast)).timestamp, 4U) << "modulo 2^64";
+    EXPECT_EQ(movedBy(5, Received(type, info, kLast)).timestampTicks, 4U) << "modulo 2^64";
   }
   for (const RecordType type : {RecordType::CanTxMsg, RecordType::CanTxRtrMsg, RecordType::CanTxFdMsg}) {
     const Sent moved = movedBy(5, Sent(type, info, kLast, 100));
-    EXPECT_EQ(moved.timestamp, 4U) << "modulo 2^64";
-    EXPECT_EQ(moved.timestampSent, 105U);
+    EXPECT_EQ(moved.timestampTicks, 4U) << "modulo 2^64";
+    EXPECT_EQ(moved.timestampSentTicks, 105U);
   }
-  EXPECT_EQ(movedBy(7, Native_RecordCanError()).timestamp, 7U);
-  EXPECT_EQ(movedBy(7, Native_RecordCanStatus()).timestamp, 7U);
+  EXPECT_EQ(movedBy(7, Native_RecordCanError()).timestampTicks, 7U);
+  EXPECT_EQ(movedBy(7, Native_RecordCanStatus()).timestampTicks, 7U);
 }
 
 }  // namespace

@@ -99,7 +99,7 @@ TEST(Blf2CsvContainers, objectsOutsideOfContainersCount) {
 TEST(Blf2CsvContainers, paddingOfUpToThreeBytesIsNothing) {
   for (std::size_t size = 0; size < 5; ++size) {
     for (std::size_t padding = 0; padding <= 3; ++padding) {
-      SCOPED_TRACE(std::to_string(size) + " bytes, " + std::to_string(padding) + " behind them");
+      SCOPED_TRACE(std::to_string(size) + " bytes, " + std::to_string(padding) + " after them");
       const std::string odd = object({.type = 92}, std::string(size, 'x'), padding);
       expectRows(file(stored(odd + frames(1))), {1});
       expectRows(file(zipped(frames(1) + odd)), {1});
