@@ -7,7 +7,7 @@ function(xlatr_target name)
                                            C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
                                          $<$<COMPILE_LANGUAGE:CXX>:-Wmissing-declarations>
-                                         $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
+                                         $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety -Wreserved-identifier>)
   # Times are the same on every processor: none fuses a product with a sum, which rounds once instead of twice.
   target_compile_options(${name} PRIVATE -ffp-contract=off)
   # GCC 12 takes "text" + std::string for a copy onto itself, where it inlines it (GCC bug 105651).
@@ -26,21 +26,31 @@ function(xlatr_target name)
                                            -fno-sanitize-recover=all)
     target_link_options(${name} PRIVATE -fsanitize=${XLATR_SANITIZE})
   endif()
-  if(XLATR_COVERAGE AND folder MATCHES "^(src|tools)(/|$)")
-    xlatr_count_lines(${name})
+  if(XLATR_COVERAGE AND folder MATCHES "^(src|tools|tests|fuzz)(/|$)")
+    xlatr_count_lines(${name} ${folder})
   endif()
   xlatr_unite(${name} ${folder})
 endfunction()
 
-# Only code that users get counts its lines. Threads count too, so the counters are atomic.
-function(xlatr_count_lines name)
-  target_compile_options(${name} PRIVATE --coverage -fprofile-update=atomic)
-  target_link_options(${name} PRIVATE --coverage)
-  # A program of the tests that links counting objects needs the counters' runtime.
-  get_target_property(type ${name} TYPE)
-  if(type STREQUAL "STATIC_LIBRARY")
-    target_link_options(${name} INTERFACE --coverage)
+# What runs is counted. A process adds its counts to those in the build folder when it ends, wherever it runs; %m, which
+# follows from its code, keeps programs apart. Only code that users get is looked at afterwards: the tests count too since
+# an inline function may be theirs when they are linked.
+function(xlatr_count_lines name folder)
+  set(counting "-fprofile-instr-generate=${PROJECT_BINARY_DIR}/counts/%m.profraw")
+  target_compile_options(${name} PRIVATE ${counting})
+  target_link_options(${name} PRIVATE ${counting})
+  if(folder MATCHES "^(src|tools)(/|$)")
+    target_compile_options(${name} PRIVATE -fcoverage-mapping)
   endif()
+endfunction()
+
+# The environment of a test. %m alone would be the same for programs that link the same code of the library.
+function(xlatr_test_environment test)
+  set(environment "TZ=UTC")
+  if(XLATR_COVERAGE)
+    list(APPEND environment "LLVM_PROFILE_FILE=${PROJECT_BINARY_DIR}/counts/${test}-%m.profraw")
+  endif()
+  set_tests_properties(${test} PROPERTIES ENVIRONMENT "${environment}")
 endfunction()
 
 # Compiles the files of a folder as one, which reads their headers once. XLATR_UNITY names what is united; elsewhere each

@@ -8,7 +8,7 @@
 //     std::uint16_t count = 0;
 //     std::vector<double> values;
 //
-//     static constexpr auto fields() {
+//     static consteval auto fields() {
 //       return FieldList{
 //           Field{0, "kind", &Example::kind},
 //           Reserved{2, 2},

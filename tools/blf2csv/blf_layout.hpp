@@ -23,7 +23,7 @@ struct FileHead {
   std::uint32_t objectCount = 0;             // without containers
   std::array<std::uint16_t, 8> startTime{};  // by DateField
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "signature", &FileHead::signature},      Field{4, "size", &FileHead::size},
@@ -43,7 +43,7 @@ struct BaseHeader {
   std::uint32_t size = 0;        // header and body
   std::uint32_t type = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "signature", &BaseHeader::signature},
@@ -62,7 +62,7 @@ struct ObjectHeader {
   std::uint16_t version = 0;
   std::uint64_t timestamp = 0;  // since the start of the log
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "base", &ObjectHeader::base},        Field{16, "flags", &ObjectHeader::flags},         Reserved{20, 2},
@@ -81,7 +81,7 @@ struct ContainerHeader {
   std::uint16_t method = 0;
   std::uint32_t contentSize = 0;  // bytes once inflated
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "base", &ContainerHeader::base},

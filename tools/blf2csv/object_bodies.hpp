@@ -17,7 +17,7 @@ using DataBytes = std::array<std::uint8_t, 8>;
 struct BusEvent {
   std::uint16_t channel = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "channel", &BusEvent::channel},
@@ -29,7 +29,7 @@ struct BusEvent {
 struct TimedBusEvent {
   std::uint16_t channel = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Reserved{0, 12},
@@ -46,7 +46,7 @@ struct CanFrame {
   std::uint32_t id = 0;
   DataBytes data{};
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFrame::channel}, Field{2, "flags", &CanFrame::flags}, Field{3, "dlc", &CanFrame::dlc},
@@ -64,7 +64,7 @@ struct CanFdFrame {
   std::uint8_t canFdFlags = 0;
   std::uint8_t length = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFdFrame::channel},
@@ -88,7 +88,7 @@ struct CanFdFrame64 {
   std::uint32_t flags = 0;
   std::uint8_t dir = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFdFrame64::channel}, Field{1, "dlc", &CanFdFrame64::dlc},
@@ -109,7 +109,7 @@ struct CanErrorFrame {
   std::uint32_t id = 0;
   std::uint16_t flagsExt = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanErrorFrame::channel},
@@ -135,7 +135,7 @@ struct CanFdErrorFrame64 {
   std::uint16_t flagsExt = 0;
   std::uint32_t id = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFdErrorFrame64::channel},
@@ -160,7 +160,7 @@ struct LinFrame {
   std::uint16_t crc = 0;
   std::uint8_t dir = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "channel", &LinFrame::channel},
@@ -179,7 +179,7 @@ struct LinHeader {
   std::uint16_t channel = 0;
   std::uint8_t id = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Field{0, "channel", &LinHeader::channel},
@@ -198,7 +198,7 @@ struct TimedLinFrame {
   std::uint16_t crc = 0;
   std::uint8_t dir = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Reserved{0, 12},
@@ -221,7 +221,7 @@ struct TimedLinHeader {
   std::uint8_t id = 0;
   std::uint8_t checksumModel = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     using namespace xlatr;
     return FieldList{
         Reserved{0, 12},  Field{12, "channel", &TimedLinHeader::channel},

@@ -34,7 +34,7 @@ struct HeaderSection {
   [[nodiscard]] static BlockTypeId typeOf(const HeaderSection& section);
   static void setType(HeaderSection& section, BlockTypeId type);
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "id", &HeaderSection::blockId},
         Reserved{4, 4},

@@ -31,7 +31,7 @@ struct ChannelArrayBlockData {
   std::uint32_t caInvalBitPosBase = 0;
   std::vector<std::uint64_t> dimensionSizes;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "caType", &ChannelArrayBlockData::caType},
         Field{1, "caStorage", &ChannelArrayBlockData::caStorage},
@@ -101,7 +101,7 @@ struct ChannelBlockData {
   double cnLimitExtMin = 0.0;
   double cnLimitExtMax = 0.0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "cnType", &ChannelBlockData::cnType},
         Field{1, "cnSyncType", &ChannelBlockData::cnSyncType},

@@ -28,7 +28,7 @@ struct ChannelConversionBlockData {
   double ccPhyRangeMax = 0.0;
   std::vector<double> ccVal;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "ccType", &ChannelConversionBlockData::ccType},
         Field{1, "ccPrecision", &ChannelConversionBlockData::ccPrecision},

@@ -69,7 +69,7 @@ struct DataZippedBlockData {
   std::uint64_t dzOrgDataLength = 0;                // bytes before compression
   std::uint64_t dzDataLength = 0;                   // bytes after compression
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "dzOrgBlockType", &DataZippedBlockData::dzOrgBlockType},
         Field{2, "dzZipType", &DataZippedBlockData::dzZipType},
@@ -142,7 +142,7 @@ struct DataListBlockData : DataListFields<std::uint8_t> {
   static constexpr BlockTypeId kType = BlockTypeId::DL;
   static constexpr std::size_t kLinkCount = 1;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return fieldsAfter(Field{0, "dlFlags", &DataListBlockData::flags}, Reserved{1, 3},
                        Field{4, "dlCount", &DataListBlockData::count});
   }
@@ -152,7 +152,7 @@ struct ListDataBlockData : DataListFields<std::uint32_t> {
   static constexpr BlockTypeId kType = BlockTypeId::LD;
   static constexpr std::size_t kLinkCount = 1;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return fieldsAfter(Field{0, "ldFlags", &ListDataBlockData::flags}, Field{4, "ldCount", &ListDataBlockData::count});
   }
 };
@@ -167,7 +167,7 @@ struct HeaderListBlockData {
   std::uint16_t hlFlags = 0;
   std::uint8_t hlZipType = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "hlFlags", &HeaderListBlockData::hlFlags},
         Field{2, "hlZipType", &HeaderListBlockData::hlZipType},

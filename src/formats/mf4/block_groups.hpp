@@ -31,7 +31,7 @@ struct ChannelGroupBlockData {
   std::uint32_t cgDataBytes = 0;      // of a record, without record id
   std::uint32_t cgInvalBytes = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "cgRecordId", &ChannelGroupBlockData::cgRecordId},
         Field{8, "cgCycleCount", &ChannelGroupBlockData::cgCycleCount},
@@ -84,7 +84,7 @@ struct DataGroupBlockData {
 
   std::uint8_t dgRecIdSize = 0;  // bytes of the record id before each record: 0, 1, 2, 4 or 8
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "dgRecIdSize", &DataGroupBlockData::dgRecIdSize},
         Reserved{1, 7},

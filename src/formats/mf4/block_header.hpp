@@ -25,7 +25,7 @@ struct FileIdentificationBlock {
   [[nodiscard]] static FileIdentificationBlock forVersion(double version);
 
   // Nothing is compared here: an idFile of another format is the reader's matter.
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "idFile", &FileIdentificationBlock::idFile},
         Field{8, "idVersion", &FileIdentificationBlock::idVersion},
@@ -53,7 +53,7 @@ struct FileHistoryBlockData {
   std::int16_t fhDstOffsetMin = 0;
   std::uint8_t fhTimeFlags = kTimeIsLocal;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "fhTimeNs", &FileHistoryBlockData::fhTimeNs},
         Field{8, "fhTzOffsetMin", &FileHistoryBlockData::fhTzOffsetMin},
@@ -91,7 +91,7 @@ struct HeaderBlockData {
   double hdStartAngleRad = 0.0;
   double hdStartDistanceM = 0.0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "hdStartTimeNs", &HeaderBlockData::hdStartTimeNs},
         Field{8, "hdTzOffsetMin", &HeaderBlockData::hdTzOffsetMin},

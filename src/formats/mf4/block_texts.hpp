@@ -18,7 +18,7 @@ struct TextBlockData {
 
   Bytes text;
 
-  static constexpr auto fields() { return FieldList{Rest{"text", &TextBlockData::text}}; }
+  static consteval auto fields() { return FieldList{Rest{"text", &TextBlockData::text}}; }
 };
 
 using TextBlock = DescribedBlock<TextBlockData<BlockTypeId::TX>>;
@@ -49,7 +49,7 @@ struct SourceInformationBlockData {
   std::uint8_t siBusType = kBusIsCan;
   std::uint8_t siFlags = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "siType", &SourceInformationBlockData::siType},
         Field{1, "siBusType", &SourceInformationBlockData::siBusType},

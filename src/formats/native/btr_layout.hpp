@@ -22,7 +22,7 @@ using SectorImage = std::array<std::uint8_t, kBtrSectorSize>;
 struct SessionLocation {
   static constexpr std::uint8_t kComputed = 0xFF;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "sector", &SessionLocation::sector},
         Field{4, "position", &SessionLocation::position},
@@ -45,7 +45,7 @@ struct SessionLocation {
 struct SessionDateTime {
   static constexpr std::uint8_t kNoWeekday = 0xFF;  // of a date that does not exist
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "hundredths", &SessionDateTime::hundredths}, Field{1, "second", &SessionDateTime::second},
         Field{2, "minute", &SessionDateTime::minute},         Field{3, "hour", &SessionDateTime::hour},
@@ -86,7 +86,7 @@ struct SessionDateTime {
 
 // A session's line in a directory.
 struct SessionDescriptor {
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "version", &SessionDescriptor::version},
         Field{1, "unused", &SessionDescriptor::unused},
@@ -121,7 +121,7 @@ struct MsgEntry {
   static constexpr std::uint8_t kError = 0x10;  // an error or a status frame
   static constexpr std::uint8_t kLoggerSource = 0xF;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "id", &MsgEntry::id},         Field{4, "flags", &MsgEntry::flags},
         Field{5, "source", &MsgEntry::source}, Field{6, "unused", &MsgEntry::unused},
@@ -154,7 +154,7 @@ struct MsgEntry {
 struct DataSector {
   static constexpr std::size_t kEntries = 25;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "stamp", &DataSector::stamp},
         Field{4, "entries", &DataSector::entries},

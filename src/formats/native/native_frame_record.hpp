@@ -61,7 +61,7 @@ struct Internal_DataFrameInfo {
   // A record that was read may have more bits in the field than a code has.
   [[nodiscard]] std::uint8_t dlcCode() const { return dlc & 0x0FU; }
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "bus", &Internal_DataFrameInfo::bus},
         Field{1, "dlc", &Internal_DataFrameInfo::dlc},
@@ -86,7 +86,7 @@ struct Internal_ReceivedDataFrameHeader {
   std::uint64_t timestampTicks = 0;
   Internal_DataFrameInfo info;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Internal_ReceivedDataFrameHeader::header},
         Field{4, "timestamp", &Internal_ReceivedDataFrameHeader::timestampTicks},
@@ -114,7 +114,7 @@ struct Internal_SentDataFrameHeader {
   std::uint64_t timestampSentTicks = 0;  // the same as `timestampTicks` in what is written; not looked at when read
   Internal_DataFrameInfo info;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Internal_SentDataFrameHeader::header},
         Field{4, "timestamp", &Internal_SentDataFrameHeader::timestampTicks},

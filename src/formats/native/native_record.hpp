@@ -45,7 +45,7 @@ struct Native_RecordHeader {
   std::uint16_t size = 0;  // bytes of the whole record, header included
   RecordType type = RecordType::Invalid;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "size", &Native_RecordHeader::size},
         Field{2, "type", &Native_RecordHeader::type},
@@ -78,7 +78,7 @@ struct Native_RecordCanError {
   std::uint8_t rxErrorCounter = 0;
   std::array<std::uint8_t, 3> reserved{};
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCanError::header},
         Field{4, "timestamp", &Native_RecordCanError::timestampTicks},
@@ -109,7 +109,7 @@ struct Native_RecordCanStatus {
   std::uint8_t flags = 0;  // bit 7 bus off, bit 6 warning, bit 5 passive
   std::uint16_t reserved = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCanStatus::header},
         Field{4, "timestamp", &Native_RecordCanStatus::timestampTicks},
@@ -127,7 +127,7 @@ struct Native_RecordCanBusLoad {
   std::uint8_t load = 0;  // per cent
   std::uint16_t reserved = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCanBusLoad::header},
         Field{4, "timestamp", &Native_RecordCanBusLoad::timestampTicks},
@@ -148,7 +148,7 @@ struct Native_RecordCanBitrate {
   std::uint8_t sjw = 0;
   std::uint32_t frequency = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCanBitrate::header},
         Field{4, "bus", &Native_RecordCanBitrate::bus},
@@ -178,7 +178,7 @@ struct Native_RecordCanBitrateFd {
   std::uint16_t reserved2 = 0;
   std::uint32_t frequency = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCanBitrateFd::header},
         Field{4, "bus", &Native_RecordCanBitrateFd::bus},
@@ -206,7 +206,7 @@ struct Native_RecordCanOverrun {
   std::array<std::uint8_t, 3> reserved{};
   std::uint32_t overruns = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCanOverrun::header},
         Field{4, "timestamp", &Native_RecordCanOverrun::timestampTicks},
@@ -226,7 +226,7 @@ struct Native_RecordInfo {
   std::uint8_t version = 0;
   std::int8_t timeScalingExponent = 0;  // a unit of time is ten to this power seconds
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordInfo::header},
         Field{4, "blockSize", &Native_RecordInfo::blockSize},
@@ -249,7 +249,7 @@ struct Native_RecordTimeCalibration {
   std::uint8_t reserved = 0;
   std::uint32_t microseconds = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordTimeCalibration::header},
         Field{4, "systemTime", &Native_RecordTimeCalibration::systemTimeTicks},
@@ -272,7 +272,7 @@ struct Native_RecordCounter {
   std::uint64_t totalRecords = 0;
   std::uint64_t totalMessages = 0;
 
-  static constexpr auto fields() {
+  static consteval auto fields() {
     return FieldList{
         Field{0, "header", &Native_RecordCounter::header},
         Field{4, "timestamp", &Native_RecordCounter::timestampTicks},
