@@ -23,7 +23,7 @@ auto searchAfter(std::string_view line, std::string_view key, Match match) -> de
 }
 
 // The number at the start of the text if it is digits, a point and digits, as versions and start times are written.
-inline std::optional<double> matchPointNumber(std::string_view text) {
+inline std::optional<std::string_view> matchPointNumberText(std::string_view text) {
   const std::size_t whole = countLeading(text, isDecimalDigit);
   if (whole == 0 || whole == text.size() || text[whole] != '.') {
     return std::nullopt;
@@ -32,7 +32,13 @@ inline std::optional<double> matchPointNumber(std::string_view text) {
   if (fraction == 0) {
     return std::nullopt;
   }
-  return parseRealPrefix(text.substr(0, whole + 1 + fraction)).value;
+  return text.substr(0, whole + 1 + fraction);
+}
+
+// The same as a number.
+inline std::optional<double> matchPointNumber(std::string_view text) {
+  const auto number = matchPointNumberText(text);
+  return number ? std::optional(parseRealPrefix(*number).value) : std::nullopt;
 }
 
 }  // namespace xlatr
