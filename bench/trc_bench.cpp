@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "formats/trc/trc_frames.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_reader.hpp"
 #include "formats/trc/trc_version.hpp"
@@ -89,29 +90,58 @@ void printLines(benchmark::State& state) {
 }
 BENCHMARK(printLines)->DenseRange(0, std::size(kSamples) - 1);
 
+// A generated file of half a million messages, removed at the end.
+class SampleFile {
+ public:
+  SampleFile()
+      : path_(std::filesystem::temp_directory_path() /
+              ("xlatr_bench_" + std::to_string(std::random_device()()) + ".trc")) {
+    tracegen::RecordingOptions options;
+    options.traffic.makePlain();
+    options.maxMessages = 500000;
+    tracegen::generateFile(options, path_.string());
+  }
+  ~SampleFile() { std::filesystem::remove(path_); }
+  SampleFile(const SampleFile&) = delete;
+  SampleFile& operator=(const SampleFile&) = delete;
+
+  [[nodiscard]] std::string path() const { return path_.string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
 // A whole file as a conversion reads it, into the same message again and again.
 void readFile(benchmark::State& state) {
-  const auto path =
-      std::filesystem::temp_directory_path() / ("xlatr_bench_" + std::to_string(std::random_device()()) + ".trc");
-  tracegen::RecordingOptions options;
-  options.traffic.makePlain();
-  options.maxMessages = 500000;
-  tracegen::generateFile(options, path.string());
-  {
-    xlatr::TrcReader reader{xlatr::TrcInfo(xlatr::TraceFileInfo(path.string()))};
-    BrixMessage message;
-    std::int64_t count = 0;
-    for ([[maybe_unused]] auto step : state) {
-      reader.setActive(true);
-      while (reader.readInto(message)) {
-        benchmark::DoNotOptimize(message.valid);
-        ++count;
-      }
+  const SampleFile file;
+  xlatr::TrcReader reader{xlatr::TrcInfo(xlatr::TraceFileInfo(file.path()))};
+  BrixMessage message;
+  std::int64_t count = 0;
+  for ([[maybe_unused]] auto step : state) {
+    reader.setActive(true);
+    while (reader.readInto(message)) {
+      benchmark::DoNotOptimize(message.valid);
+      ++count;
     }
-    state.SetItemsProcessed(count);
   }
-  std::filesystem::remove(path);
+  state.SetItemsProcessed(count);
 }
 BENCHMARK(readFile)->Unit(benchmark::kMillisecond);
+
+// The same on the complete way.
+void readFrames(benchmark::State& state) {
+  const SampleFile file;
+  xlatr::FrameBatch batch;
+  xlatr::Account account;
+  for ([[maybe_unused]] auto step : state) {
+    const auto source = xlatr::openTrcFrames(file.path());
+    while (source->read(batch, account)) {
+      benchmark::DoNotOptimize(batch.times().data());
+      batch.clear();
+    }
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(account.read()));
+}
+BENCHMARK(readFrames)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -42,7 +42,7 @@ void LinHeaderKeys::look(std::string_view line) {
     fileVersion_ = searchAfter(line, "$FILEVERSION=", matchPointNumber);
   }
   if (!startNumber_) {
-    startNumber_ = searchAfter(line, "$STARTTIME=", matchPointNumber);
+    startNumber_ = searchAfter(line, "$STARTTIME=", matchPointNumberText);
   }
   if (!startText_) {
     startText_ = searchAfter(line, "Start time:", matchDate);
@@ -51,7 +51,7 @@ void LinHeaderKeys::look(std::string_view line) {
 
 double LinHeaderKeys::startDays() const {
   if (startNumber_) {
-    return *startNumber_;
+    return parseRealPrefix(*startNumber_).value;
   }
   return startText_ ? DateTime::parseGermanNoFraction(*startText_).toOleDate() : 0.0;
 }

@@ -19,10 +19,13 @@ class LinHeaderKeys {
   // Days since 1899-12-30; 0.0 if the header states no start. A number has precedence over a date. Raises a
   // ConverterParsingException for a date whose fields are out of range.
   [[nodiscard]] double startDays() const;
+  // The same as the header has it: a number of days, and a date.
+  [[nodiscard]] const std::optional<std::string>& startNumber() const { return startNumber_; }
+  [[nodiscard]] const std::optional<std::string>& startText() const { return startText_; }
 
  private:
   std::optional<double> fileVersion_;
-  std::optional<double> startNumber_;
+  std::optional<std::string> startNumber_;
   std::optional<std::string> startText_;
 };
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "io/quirk.hpp"
 #include "messages/message.hpp"
 #include "util/text_buffer.hpp"
 #include "util/time_units.hpp"
@@ -17,9 +18,9 @@ class KorlMessage final : public Message {
   // Makes the message as new, but keeps the storage of its text and data.
   void reset();
 
-  // Reads a line, after a reset. A line that can't be understood, such as that of a bus event, leaves the message not
-  // valid, with what was read so far and the line as its parsing text; nothing is raised for it.
-  void parseLine(std::string_view line);
+  // Reads a line, after a reset. A line that can't be understood, such as that of a bus event on the compatible way,
+  // leaves the message not valid, with what was read so far and the line as its parsing text; nothing is raised for it.
+  void parseLine(std::string_view line, Way way = Way::compatible());
 
   // Appends the line of a file of this version, without line end; nothing if the message is not valid. A bus event is a
   // comment below version 1.2, which has none.

@@ -3,6 +3,7 @@
 
 #include "formats/lin/lin_message.hpp"
 #include "util/numbers.hpp"
+#include "util/text.hpp"
 #include "util/token_cursor.hpp"
 
 namespace xlatr {
@@ -10,12 +11,18 @@ namespace {
 
 using LinTokens = TokenCursor<' '>;
 
-// Takes a token off the line and passes it to one of the enumerations' try forms.
+bool isDashes(std::string_view token) {
+  return !token.empty() && token.find_first_not_of('-') == std::string_view::npos;
+}
+
+// Takes a token off the line and passes it to one of the enumerations' try forms. Dashes stand for a word that the
+// writer did not know.
 template <class Enum>
-bool takeWord(LinTokens& tokens, std::optional<Enum> (*parse)(std::string_view) noexcept, Enum& field) {
-  const auto value = parse(tokens.take());
+bool takeWord(LinTokens& tokens, std::optional<Enum> (*parse)(std::string_view) noexcept, Way way, Enum& field) {
+  const std::string_view token = tokens.take();
+  const auto value = parse(token);
   field = value.value_or(field);
-  return value.has_value();
+  return value.has_value() || (!way.has(Quirk::LinNoneRefused) && isDashes(token));
 }
 
 // An empty text is a number for the strict parsers, but a missing token is not.
@@ -24,13 +31,20 @@ bool takeNumber(LinTokens& tokens, std::uint32_t& field, int base) {
 }
 
 // Frames with errors print "--" for each of their bytes.
-bool takeData(LinTokens& tokens, KorlMessage& message) {
+bool takeData(LinTokens& tokens, Way way, KorlMessage& message) {
+  bool hidden = false;
   for (std::uint32_t left = message.length; left > 0; --left) {
     std::uint8_t byte = 0;
-    if (tokens.takeHexPairs({&byte, 1}) == 0 && tokens.take() != "--") {
-      return false;
+    if (tokens.takeHexPairs({&byte, 1}) == 0) {
+      if (tokens.take() != "--") {
+        return false;
+      }
+      hidden = true;
     }
     message.data.push_back(byte);
+  }
+  if (hidden && !way.has(Quirk::LinHiddenBytesAreZero)) {
+    message.data.clear();
   }
   return true;
 }
@@ -58,11 +72,37 @@ bool takeTimestamp(LinTokens& tokens, KorlMessage& message) {
   return true;
 }
 
-bool parse(LinTokens tokens, KorlMessage& message) {
+// Dashes in the columns of a frame around the event's text.
+bool takeEvent(LinTokens tokens, KorlMessage& message) {
+  for (const std::string_view dashes : {"---", "--", "-"}) {
+    if (tokens.take() != dashes) {
+      return false;
+    }
+  }
+  std::string_view text = trimmed(tokens.rest(), " ");
+  for (const std::string_view end : {" --", " --"}) {
+    if (text.ends_with(end)) {
+      text = trimmed(text.substr(0, text.size() - end.size()), " ");
+    }
+  }
+  message.busEvent = true;
+  message.length = static_cast<std::uint32_t>(text.size());
+  message.data.assign(text.begin(), text.end());
+  return true;
+}
+
+bool parse(LinTokens tokens, Way way, KorlMessage& message) {
   tokens.take();  // the line number
-  if (!takeTimestamp(tokens, message) || !takeWord(tokens, tryDirectionTypeFromText, message.direction) ||
-      !takeNumber(tokens, message.id, 16) || !takeNumber(tokens, message.length, 10) || !takeData(tokens, message) ||
-      !takeNumber(tokens, message.checksum, 16) || !takeWord(tokens, tryChecksumTypeFromText, message.checksumType)) {
+  if (!takeTimestamp(tokens, message)) {
+    return false;
+  }
+  if (!way.has(Quirk::LinEventsRefused) && takeEvent(tokens, message)) {
+    return true;
+  }
+  if (!takeWord(tokens, tryDirectionTypeFromText, way, message.direction) || !takeNumber(tokens, message.id, 16) ||
+      !takeNumber(tokens, message.length, 10) || !takeData(tokens, way, message) ||
+      !takeNumber(tokens, message.checksum, 16) ||
+      !takeWord(tokens, tryChecksumTypeFromText, way, message.checksumType)) {
     return false;
   }
   const std::string_view last = tokens.take();
@@ -72,9 +112,9 @@ bool parse(LinTokens tokens, KorlMessage& message) {
 
 }  // namespace
 
-void KorlMessage::parseLine(std::string_view line) {
+void KorlMessage::parseLine(std::string_view line, Way way) {
   parsingText.assign(line);
-  valid = parse(LinTokens(parsingText), *this);
+  valid = parse(LinTokens(parsingText), way, *this);
 }
 
 }  // namespace xlatr

@@ -75,7 +75,7 @@ void TrcHeaderKeys::look(std::string_view line) {
   }
   hasOldStyleMark_ = hasOldStyleMark_ || hasOldStyleMark(line);
   if (!startNumber_) {
-    startNumber_ = searchAfter(line, "$STARTTIME=", matchPointNumber);
+    startNumber_ = searchAfter(line, "$STARTTIME=", matchPointNumberText);
   }
   if (!startText_) {
     startText_ = searchAfter(line, "Start time:", matchDate);
@@ -94,7 +94,7 @@ double TrcHeaderKeys::fileVersion() const {
 
 double TrcHeaderKeys::startDays() const {
   if (startNumber_) {
-    return *startNumber_;
+    return parseRealPrefix(*startNumber_).value;
   }
   if (!startText_) {
     return 0.0;

@@ -21,6 +21,9 @@ class TrcHeaderKeys {
   // Days since 1899-12-30; 0.0 when the header states no start. Raises a ConverterParsingException for a date whose
   // fields are out of range.
   [[nodiscard]] double startDays() const;
+  // The same as the header has it: a number of days, and a date with one character before it.
+  [[nodiscard]] const std::optional<std::string>& startNumber() const { return startNumber_; }
+  [[nodiscard]] const std::optional<std::string>& startText() const { return startText_; }
   // The columns that $COLUMNS lists; 0 without the key.
   [[nodiscard]] TrcColumnSet columnSet() const { return columnSet_.value_or(0); }
   [[nodiscard]] std::string networkName() const { return networkName_.value_or(std::string()); }
@@ -28,7 +31,7 @@ class TrcHeaderKeys {
  private:
   std::optional<double> fileVersion_;
   bool hasOldStyleMark_ = false;
-  std::optional<double> startNumber_;
+  std::optional<std::string> startNumber_;
   std::optional<std::string> startText_;
   std::optional<TrcColumnSet> columnSet_;
   std::optional<std::string> networkName_;

@@ -27,7 +27,8 @@ void skipNumber(TrcTokens& tokens) {
 }
 
 bool parseTime(TrcTokens& tokens, BrixMessage& message) {
-  const RealPrefix time = parseRealPrefix(tokens.take());
+  tokens.remains.time = tokens.take();
+  const RealPrefix time = parseRealPrefix(tokens.remains.time);
   message.timeOffset = RealMilliseconds(time.value);
   return time.consumed > 0;
 }
@@ -288,6 +289,7 @@ bool parseColumns(TrcTokens& tokens, XlColumns xlColumns, BrixMessage& message) 
     return false;
   } else if (!parseBus(tokens, message)) {
     message.bus = kUnnumberedBus;
+    tokens.remains.unnumberedBus = true;
   }
   bool understood = true;
   switch (message.kind) {
@@ -350,12 +352,13 @@ bool parseTrc30(TrcTokens& tokens, BrixMessage& message) {
   return parseColumns(tokens, XlColumns::MayBe, message);
 }
 
-void parseTrcLine(std::string_view line, const TrcVersion& version, BrixMessage& message) {
+TrcLineRemains parseTrcLine(std::string_view line, const TrcVersion& version, BrixMessage& message) {
   TrcTokens tokens(line);
   message.valid = version.parse(tokens, message);
   if (message.valid) {
     nameStatus(message);
   }
+  return tokens.remains;
 }
 
 }  // namespace xlatr

@@ -10,7 +10,17 @@ namespace xlatr {
 class BrixMessage;
 struct TrcVersion;
 
-using TrcTokens = TokenCursor<' '>;
+// What a line says beyond its message. The text is a part of the line.
+struct TrcLineRemains {
+  std::string_view time;       // in milliseconds, with all of its digits
+  bool unnumberedBus = false;  // its bus column holds no number
+};
+
+struct TrcTokens : TokenCursor<' '> {
+  using TokenCursor::TokenCursor;
+
+  TrcLineRemains remains;
+};
 
 // Fills a message from the tokens of a line; false at the first token that is missing or can't be understood.
 using TrcLineParser = bool (*)(TrcTokens& tokens, BrixMessage& message);
@@ -24,6 +34,6 @@ bool parseTrc30(TrcTokens& tokens, BrixMessage& message);
 
 // Fills `message`, which is fresh except for its column set and parsing text, from the line of a file of this version,
 // and sets its valid flag if the line was understood. Raises nothing and keeps no reference to `line`.
-void parseTrcLine(std::string_view line, const TrcVersion& version, BrixMessage& message);
+TrcLineRemains parseTrcLine(std::string_view line, const TrcVersion& version, BrixMessage& message);
 
 }  // namespace xlatr

@@ -10,9 +10,9 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-KorlMessage parsed(const std::string& line) {
+KorlMessage parsed(const std::string& line, Way way = Way::compatible()) {
   KorlMessage message;
-  message.parseLine(line);
+  message.parseLine(line, way);
   EXPECT_EQ(message.parsingText, line);
   return message;
 }
@@ -136,6 +136,36 @@ TEST(LinParser, keepsWhatItReadOfALineThatBreaksOff) {
   EXPECT_EQ(message.timestamp, UnsignedMicroseconds(77U));
   EXPECT_EQ(message.id, 0x1FU);
   EXPECT_EQ(message.data, (Bytes{1, 2}));
+}
+
+TEST(LinParser, refusesBusEventsOnTheCompatibleWay) {
+  const std::string line = "     3)             2500   ---   --  -  Bus Sleep                --  --";
+  EXPECT_FALSE(parsed(line).valid);
+  const KorlMessage message = parsed(line, Way::complete());
+  EXPECT_TRUE(message.valid);
+  EXPECT_TRUE(message.busEvent);
+  EXPECT_EQ(message.timestamp, UnsignedMicroseconds(2500U));
+  EXPECT_EQ(std::string(message.data.begin(), message.data.end()), "Bus Sleep");
+}
+
+TEST(LinParser, refusesDashesOnTheCompatibleWay) {
+  for (const std::string line : {"5) 1000 --- 2A 2 01 02 7C CL", "5) 1000 Pub 2A 2 01 02 7C --"}) {
+    EXPECT_FALSE(parsed(line).valid) << line;
+    EXPECT_TRUE(parsed(line, Way::complete()).valid) << line;
+  }
+  const KorlMessage message = parsed("5) 1000 --- 2A 2 01 02 7C --", Way::complete());
+  EXPECT_EQ(message.direction, DirectionType::Unknown);
+  EXPECT_EQ(message.checksumType, ChecksumType::Unknown);
+  EXPECT_EQ(message.data, (Bytes{1, 2}));
+  EXPECT_FALSE(parsed("5) 1000 none 2A 2 01 02 7C CL", Way::complete()).valid);
+  EXPECT_FALSE(parsed("5) 1000", Way::complete()).valid);
+}
+
+TEST(LinParser, readsHiddenBytesAsZeroOnTheCompatibleWay) {
+  const std::string line = "5) 1000 Sub 15 2 -- -- 00 EH CK/TO";
+  EXPECT_EQ(parsed(line).data, (Bytes{0, 0}));
+  EXPECT_EQ(parsed(line, Way::complete()).data, Bytes());
+  EXPECT_EQ(parsed(line, Way::complete()).length, 2U);
 }
 
 }  // namespace

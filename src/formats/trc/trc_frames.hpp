@@ -1,0 +1,19 @@
+// TRC on the complete way.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+
+#include "frames/frame_capacity.hpp"
+#include "frames/frame_stream.hpp"
+
+namespace xlatr {
+
+// What each version can hold, in the order of the versions.
+[[nodiscard]] std::span<const FrameCapacity> trcCapacities();
+
+// The frames of a file, comments and lines that can't be understood among them.
+[[nodiscard]] std::unique_ptr<FrameSource> openTrcFrames(const std::string& path);
+
+}  // namespace xlatr

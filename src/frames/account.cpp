@@ -1,0 +1,86 @@
+#include "frames/account.hpp"
+
+#include <algorithm>
+
+#include "util/enum_order.hpp"
+
+namespace xlatr {
+namespace {
+
+constexpr std::array<RemarkInfo, kRemarkCount> kRemarks = {{
+    {Remark::LineNotUnderstood, RemarkClass::Damage, "line_not_understood", "the line can't be understood"},
+    {Remark::RecordNotUnderstood, RemarkClass::Damage, "record_not_understood", "the record can't be understood"},
+    {Remark::SourceCut, RemarkClass::Damage, "source_cut", "the source ends in the middle of it"},
+    {Remark::TextCut, RemarkClass::Damage, "text_cut", "the text is longer than a million bytes"},
+    {Remark::BusGuessed, RemarkClass::Guess, "bus_guessed", "the source names no bus"},
+    {Remark::LengthGuessed, RemarkClass::Guess, "length_guessed", "the source states no length"},
+    {Remark::KindNotHeld, RemarkClass::NotHeld, "kind_not_held", "the target has no such kind of frame"},
+    {Remark::FdNotHeld, RemarkClass::NotHeld, "fd_not_held", "the target has no CAN FD frames"},
+    {Remark::XlNotHeld, RemarkClass::NotHeld, "xl_not_held", "the target has no CAN XL frames"},
+    {Remark::LengthNotHeld, RemarkClass::NotHeld, "length_not_held", "the target has no frames of this length"},
+    {Remark::IdentifierNotHeld, RemarkClass::NotHeld, "identifier_not_held", "the target has no such identifiers"},
+    {Remark::BusNotHeld, RemarkClass::NotHeld, "bus_not_held", "the target has no such bus"},
+    {Remark::TimeNotHeld, RemarkClass::NotHeld, "time_not_held", "the target has no such times"},
+    {Remark::DirectionLost, RemarkClass::Reduced, "direction_lost", "the target keeps no direction"},
+    {Remark::DlcLost, RemarkClass::Reduced, "dlc_lost", "the target keeps no DLC of such a frame"},
+    {Remark::BitsLost, RemarkClass::Reduced, "bits_lost", "the target keeps neither BRS nor ESI"},
+    {Remark::DetailLost, RemarkClass::Reduced, "detail_lost", "the target keeps no such details"},
+    {Remark::TextLost, RemarkClass::Reduced, "text_lost", "the target keeps no such text"},
+    {Remark::TimeRounded, RemarkClass::Reduced, "time_rounded", "the target's times are coarser"},
+}};
+static_assert(standsInOrder(kRemarks, &RemarkInfo::remark));
+
+void count(Account::Count& counted, std::uint64_t frames, std::uint64_t place) {
+  if (counted.frames == 0) {
+    counted.first = place;
+  }
+  counted.frames += frames;
+}
+
+}  // namespace
+
+const std::array<RemarkInfo, kRemarkCount>& remarkTable() {
+  return kRemarks;
+}
+
+const RemarkInfo& infoOf(Remark remark) {
+  return kRemarks.at(static_cast<std::size_t>(remark));
+}
+
+void Account::addCommented(Remark reason, std::uint64_t place) {
+  ++commented_;
+  count(commentedBy_[index(reason)], 1, place);
+}
+
+void Account::addDropped(Remark reason, std::uint64_t place) {
+  ++dropped_;
+  count(droppedBy_[index(reason)], 1, place);
+}
+
+void Account::note(Remark remark, std::uint64_t place) {
+  count(notedBy_[index(remark)], 1, place);
+}
+
+bool Account::complete() const {
+  const auto isNone = [](const Count& counted) { return counted.frames == 0; };
+  return commented_ == 0 && dropped_ == 0 && std::ranges::all_of(notedBy_, isNone);
+}
+
+void Account::add(const Account& other) {
+  read_ += other.read_;
+  written_ += other.written_;
+  commented_ += other.commented_;
+  dropped_ += other.dropped_;
+  const auto addCounts = [](Counts& counts, const Counts& more) {
+    for (std::size_t at = 0; at < counts.size(); ++at) {
+      if (more[at].frames != 0) {
+        count(counts[at], more[at].frames, more[at].first);
+      }
+    }
+  };
+  addCounts(commentedBy_, other.commentedBy_);
+  addCounts(droppedBy_, other.droppedBy_);
+  addCounts(notedBy_, other.notedBy_);
+}
+
+}  // namespace xlatr

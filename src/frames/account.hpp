@@ -1,0 +1,104 @@
+// What became of the frames: how many were read and written, and what happened to the others.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace xlatr {
+
+// What can happen to a frame on its way, or to a piece of a source that should have been one.
+enum class Remark : std::uint8_t {
+  // Damage in the source. What is left of it is a comment, which counts as read.
+  LineNotUnderstood,
+  RecordNotUnderstood,
+  SourceCut,  // the source ends in the middle of a line, a record or a block
+  TextCut,    // a text of more bytes than any trace is meant to have
+
+  // Decided without being told.
+  BusGuessed,
+  LengthGuessed,
+
+  // What a target can't hold: a comment stands for the frame there, or nothing.
+  KindNotHeld,
+  FdNotHeld,
+  XlNotHeld,
+  LengthNotHeld,
+  IdentifierNotHeld,
+  BusNotHeld,
+  TimeNotHeld,
+
+  // The frame is there, but for this.
+  DirectionLost,
+  DlcLost,
+  BitsLost,    // BRS or ESI
+  DetailLost,  // an attribute
+  TextLost,
+  TimeRounded,
+};
+inline constexpr std::size_t kRemarkCount = 19;
+
+// How a remark counts.
+enum class RemarkClass : std::uint8_t { Damage, Guess, NotHeld, Reduced };
+
+struct RemarkInfo {
+  Remark remark;
+  RemarkClass kind;
+  std::string_view name;  // as shown to users and in JSON: "kind_not_held"
+  std::string_view text;  // a sentence's end: "the target has no such kind of frame"
+};
+
+// In the order of the enumeration.
+[[nodiscard]] const std::array<RemarkInfo, kRemarkCount>& remarkTable();
+[[nodiscard]] const RemarkInfo& infoOf(Remark remark);
+
+// Adds up: every frame that was read was written, as itself or as a comment, or was dropped, each with a reason. Places
+// are those of `Frame::place`.
+class Account {
+ public:
+  struct Count {
+    std::uint64_t frames = 0;
+    std::uint64_t first = 0;  // the place of the first of them
+
+    bool operator==(const Count&) const = default;
+  };
+
+  void addRead(std::uint64_t frames) { read_ += frames; }
+  // Frames that stand in the target, reduced or not.
+  void addWritten(std::uint64_t frames) { written_ += frames; }
+  // One frame that the target can't hold, and for which a comment stands there.
+  void addCommented(Remark reason, std::uint64_t place);
+  // One frame that is not in the target at all.
+  void addDropped(Remark reason, std::uint64_t place);
+  // Anything else that is to be told; changes none of the sums.
+  void note(Remark remark, std::uint64_t place);
+
+  [[nodiscard]] std::uint64_t read() const { return read_; }
+  [[nodiscard]] std::uint64_t written() const { return written_ + commented_; }
+  [[nodiscard]] std::uint64_t commented() const { return commented_; }
+  [[nodiscard]] std::uint64_t dropped() const { return dropped_; }
+  [[nodiscard]] const Count& commented(Remark reason) const { return commentedBy_[index(reason)]; }
+  [[nodiscard]] const Count& dropped(Remark reason) const { return droppedBy_[index(reason)]; }
+  [[nodiscard]] const Count& noted(Remark remark) const { return notedBy_[index(remark)]; }
+  // Whether everything came over as it was.
+  [[nodiscard]] bool complete() const;
+
+  // Adds another account, of a stream that came after this one.
+  void add(const Account& other);
+
+ private:
+  using Counts = std::array<Count, kRemarkCount>;
+
+  [[nodiscard]] static constexpr std::size_t index(Remark remark) { return static_cast<std::size_t>(remark); }
+
+  std::uint64_t read_ = 0;
+  std::uint64_t written_ = 0;
+  std::uint64_t commented_ = 0;
+  std::uint64_t dropped_ = 0;
+  Counts commentedBy_;
+  Counts droppedBy_;
+  Counts notedBy_;
+};
+
+}  // namespace xlatr

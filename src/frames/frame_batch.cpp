@@ -1,0 +1,118 @@
+#include "frames/frame_batch.hpp"
+
+#include <bit>
+
+namespace xlatr {
+
+FrameBatch::FrameBatch() {
+  times_.reserve(kCapacity);
+  kinds_.reserve(kCapacity);
+  buses_.reserve(kCapacity);
+  ids_.reserve(kCapacity);
+  flags_.reserve(kCapacity);
+  dlcs_.reserve(kCapacity);
+  places_.reserve(kCapacity);
+  dataOffsets_.reserve(kCapacity + 1);
+  textOffsets_.reserve(kCapacity + 1);
+  clear();
+}
+
+void FrameBatch::clear() {
+  times_.clear();
+  kinds_.clear();
+  buses_.clear();
+  ids_.clear();
+  flags_.clear();
+  dlcs_.clear();
+  dataOffsets_.assign(1, 0);
+  data_.clear();
+  textOffsets_.assign(1, 0);
+  text_.clear();
+  textValidity_.clear();
+  places_.clear();
+  for (std::uint32_t left = attributes_; left != 0; left &= left - 1) {
+    AttributeColumn& column = attributeColumns_[static_cast<std::size_t>(std::countr_zero(left))];
+    column.values.clear();
+    column.validity.clear();
+  }
+  attributes_ = 0;
+}
+
+void FrameBatch::append(const Frame& frame) {
+  textValidity_.append(size(), frame.text.has_value());
+  if (attributes_ != 0 || !frame.attributes.empty()) {
+    appendAttributes(frame.attributes);
+  }
+  times_.push_back(frame.timeNs);
+  kinds_.push_back(static_cast<std::uint8_t>(frame.kind));
+  buses_.push_back(frame.bus);
+  ids_.push_back(frame.id);
+  flags_.push_back(frame.flags);
+  dlcs_.push_back(frame.dlc);
+  places_.push_back(frame.place);
+  data_.insert(data_.end(), frame.data.begin(), frame.data.end());
+  dataOffsets_.push_back(static_cast<std::int32_t>(data_.size()));
+  if (frame.text) {
+    text_.insert(text_.end(), frame.text->begin(), frame.text->end());
+  }
+  textOffsets_.push_back(static_cast<std::int32_t>(text_.size()));
+}
+
+void FrameBatch::AttributeColumn::fillTo(std::size_t rows) {
+  while (values.size() < rows) {
+    validity.append(values.size(), false);
+    values.push_back(0);
+  }
+}
+
+// A column exists from the first row on that has the attribute; rows before it lack it.
+void FrameBatch::appendAttributes(const FrameAttributes& attributes) {
+  const std::size_t row = size();
+  attributes_ |= attributes.present();
+  for (std::uint32_t left = attributes_; left != 0; left &= left - 1) {
+    const auto attribute = static_cast<FrameAttribute>(std::countr_zero(left));
+    AttributeColumn& column = attributeColumns_[static_cast<std::size_t>(attribute)];
+    column.fillTo(row);
+    const std::optional<std::uint32_t> value = attributes.get(attribute);
+    column.validity.append(row, value.has_value());
+    column.values.push_back(value.value_or(0));
+  }
+}
+
+Frame FrameBatch::at(std::size_t row) const {
+  const auto slice = [row](const ColumnBuffer<std::int32_t>& offsets, auto bytes) {
+    const auto begin = static_cast<std::size_t>(offsets[row]);
+    return bytes.subspan(begin, static_cast<std::size_t>(offsets[row + 1]) - begin);
+  };
+  Frame frame;
+  frame.timeNs = times_[row];
+  frame.kind = static_cast<FrameKind>(kinds_[row]);
+  frame.bus = buses_[row];
+  frame.id = ids_[row];
+  frame.flags = flags_[row];
+  frame.dlc = dlcs_[row];
+  frame.place = places_[row];
+  frame.data = slice(dataOffsets_, std::span<const std::uint8_t>(data_));
+  if (textValidity_.at(row)) {
+    const auto characters = slice(textOffsets_, std::span<const char>(text_));
+    frame.text = std::string_view(characters.data(), characters.size());
+  }
+  for (std::uint32_t left = attributes_; left != 0; left &= left - 1) {
+    const auto attribute = static_cast<FrameAttribute>(std::countr_zero(left));
+    const AttributeColumn& column = attributeColumns_[static_cast<std::size_t>(attribute)];
+    if (column.validity.at(row)) {
+      frame.attributes.set(attribute, column.values[row]);
+    }
+  }
+  return frame;
+}
+
+std::span<const std::uint32_t> FrameBatch::attribute(FrameAttribute attribute) const {
+  return attributeColumns_[static_cast<std::size_t>(attribute)].values;
+}
+
+std::span<const std::uint8_t> FrameBatch::attributeValidity(FrameAttribute attribute) const {
+  return attributeColumns_[static_cast<std::size_t>(attribute)].validity.bytes();
+}
+
+}  // namespace xlatr

@@ -1,0 +1,113 @@
+// Frames as columns.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "frames/frame.hpp"
+#include "util/aligned_allocator.hpp"
+
+namespace xlatr {
+
+// The memory of a column. Starts at an address that Arrow's readers like best.
+template <typename Value>
+using ColumnBuffer = std::vector<Value, AlignedAllocator<Value, 64>>;
+
+// One bit a row, the lowest bit of a byte first (Arrow columnar format, "Validity bitmaps").
+class RowBits {
+ public:
+  [[nodiscard]] bool at(std::size_t row) const { return (bytes_[row / 8] >> row % 8 & 1U) != 0; }
+  void append(std::size_t row, bool value) {
+    if (row % 8 == 0) {
+      bytes_.push_back(0);
+    }
+    bytes_.back() = static_cast<std::uint8_t>(bytes_.back() | unsigned{value} << row % 8);
+  }
+  void clear() { bytes_.clear(); }
+  [[nodiscard]] std::span<const std::uint8_t> bytes() const { return bytes_; }
+
+ private:
+  ColumnBuffer<std::uint8_t> bytes_;
+};
+
+// Up to kCapacity frames, laid out as Arrow lays out arrays (Arrow columnar format 1.x): a column of each field of
+// `Frame`. Data and text are bytes with 32-bit offsets, of which there is one more than rows. A batch is used again and
+// again: clearing keeps its memory, so that a reader that fills it allocates nothing after the first rounds. One thread
+// at a time.
+class FrameBatch {
+ public:
+  static constexpr std::size_t kCapacity = 16384;
+  // A batch is full when it has this many bytes of data and text too, so that frames of any size can't make it large.
+  static constexpr std::size_t kByteCapacity = std::size_t{4} << 20;
+  // Sources cut longer texts, so that the offsets of a batch never come near their limit.
+  static constexpr std::size_t kLongestText = 1'000'000;
+
+  FrameBatch();
+
+  // Removes the frames.
+  void clear();
+  [[nodiscard]] std::size_t size() const { return times_.size(); }
+  [[nodiscard]] bool empty() const { return times_.empty(); }
+  [[nodiscard]] bool full() const { return size() >= kCapacity || data_.size() + text_.size() >= kByteCapacity; }
+
+  // Copies the frame to the end. Whoever fills a batch stops when it is full.
+  void append(const Frame& frame);
+
+  // The frame of a row. Its data and text stay until the batch changes.
+  [[nodiscard]] Frame at(std::size_t row) const;
+
+  // The columns.
+  [[nodiscard]] std::span<const std::int64_t> times() const { return times_; }  // nanoseconds
+  [[nodiscard]] std::span<const std::uint8_t> kinds() const { return kinds_; }  // FrameKind
+  [[nodiscard]] std::span<const std::uint16_t> buses() const { return buses_; }
+  [[nodiscard]] std::span<const std::uint32_t> ids() const { return ids_; }
+  [[nodiscard]] std::span<const std::uint16_t> flags() const { return flags_; }
+  [[nodiscard]] std::span<const std::uint16_t> dlcs() const { return dlcs_; }
+  [[nodiscard]] std::span<const std::int32_t> dataOffsets() const { return dataOffsets_; }
+  [[nodiscard]] std::span<const std::uint8_t> data() const { return data_; }
+  [[nodiscard]] std::span<const std::int32_t> textOffsets() const { return textOffsets_; }
+  [[nodiscard]] std::string_view text() const { return {text_.data(), text_.size()}; }
+  [[nodiscard]] std::span<const std::uint8_t> textValidity() const { return textValidity_.bytes(); }
+
+  [[nodiscard]] std::span<const std::uint64_t> places() const { return places_; }
+
+  // The attributes that a frame of this batch has, one bit each.
+  [[nodiscard]] std::uint32_t attributes() const { return attributes_; }
+  // The values of such an attribute, 0 where a row lacks it, and which rows have it.
+  [[nodiscard]] std::span<const std::uint32_t> attribute(FrameAttribute attribute) const;
+  [[nodiscard]] std::span<const std::uint8_t> attributeValidity(FrameAttribute attribute) const;
+
+ private:
+  struct AttributeColumn {
+    ColumnBuffer<std::uint32_t> values;
+    RowBits validity;
+
+    // Makes it `rows` long; the new ones lack the attribute.
+    void fillTo(std::size_t rows);
+  };
+
+  void appendAttributes(const FrameAttributes& attributes);
+
+  ColumnBuffer<std::int64_t> times_;
+  ColumnBuffer<std::uint8_t> kinds_;
+  ColumnBuffer<std::uint16_t> buses_;
+  ColumnBuffer<std::uint32_t> ids_;
+  ColumnBuffer<std::uint16_t> flags_;
+  ColumnBuffer<std::uint16_t> dlcs_;
+  ColumnBuffer<std::int32_t> dataOffsets_;
+  ColumnBuffer<std::uint8_t> data_;
+  ColumnBuffer<std::int32_t> textOffsets_;
+  ColumnBuffer<char> text_;
+  RowBits textValidity_;
+  ColumnBuffer<std::uint64_t> places_;
+  std::uint32_t attributes_ = 0;
+  std::array<AttributeColumn, kFrameAttributeCount> attributeColumns_;
+};
+
+}  // namespace xlatr

@@ -1,0 +1,55 @@
+// Where frames come from and where they go.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "frames/account.hpp"
+#include "frames/frame_batch.hpp"
+#include "xlatr/xlatr.h"
+
+namespace xlatr {
+
+// When a trace started. Most formats state the wall clock of a place that they don't name.
+struct TraceStart {
+  std::int64_t sinceEpochNs = 0;        // since 1970-01-01 00:00:00, on the clock that the file means
+  std::optional<int> zoneMinutes = {};  // what that clock is ahead of UTC, where the file says so
+
+  bool operator==(const TraceStart&) const = default;
+};
+
+// What Frame::place counts.
+enum class PlaceUnit : std::uint8_t { Line, Record };
+
+// What a stream says before its first frame.
+struct StreamHead {
+  TraceFormat format = XLATR_FORMAT_NONE;
+  double version = 0.0;
+  std::string producer = {};
+  std::optional<TraceStart> start = {};
+  std::optional<std::uint64_t> frames = {};  // where the file states their number
+  PlaceUnit places = PlaceUnit::Line;
+};
+
+// One trace that is read. Made for a file of its format; raises std::ios_base::failure when the system refuses, from
+// its construction on. Nothing that a file holds raises: what can't be understood is a comment, with a remark. One
+// thread at a time.
+class FrameSource {
+ public:
+  virtual ~FrameSource() = default;
+
+  [[nodiscard]] virtual const StreamHead& head() const = 0;
+  // Fills an empty batch until it is full or the trace ends, and counts what it read. False, with an empty batch, at
+  // the end.
+  [[nodiscard]] virtual bool read(FrameBatch& batch, Account& account) = 0;
+  // How much of the file was read, in bytes.
+  [[nodiscard]] virtual std::uint64_t bytesRead() const = 0;
+
+ protected:
+  FrameSource() = default;
+  FrameSource(const FrameSource&) = delete;
+  FrameSource& operator=(const FrameSource&) = delete;
+};
+
+}  // namespace xlatr

@@ -1,0 +1,101 @@
+// Frames of a text trace: what all formats share whose lines are frames, comments that begin with ";", or neither.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "frames/frame_stream.hpp"
+#include "io/line_input.hpp"
+#include "util/utf8.hpp"
+
+namespace xlatr {
+
+// `Lines` knows the lines of one format:
+// - `bool isHeader(std::string_view line)`: whether the line belongs to the header; it then takes note of it. The first
+//   line that does not ends the header and is a line like those after it.
+// - `void takeHead(StreamHead& head)`: tells what the header said.
+// - `bool understand(std::string_view line, Frame& frame)`: whether the line is a frame, which it then fills. What the
+//   frame refers to stays until the next call.
+// A template, so that reading a line calls no virtual function.
+template <class Lines>
+class TextFrameSource final : public FrameSource {
+ public:
+  explicit TextFrameSource(const std::string& path) : input_(path) {
+    std::string_view line;
+    while (input_.next(line)) {
+      ++line_;
+      if (!lines_.isHeader(line)) {
+        firstLine_.emplace(line);
+        break;
+      }
+    }
+    lines_.takeHead(head_);
+  }
+
+  [[nodiscard]] const StreamHead& head() const override { return head_; }
+  [[nodiscard]] std::uint64_t bytesRead() const override { return input_.position(); }
+
+  [[nodiscard]] bool read(FrameBatch& batch, Account& account) override {
+    if (firstLine_) {
+      append(*firstLine_, batch, account);
+      firstLine_.reset();
+    }
+    std::string_view line;
+    while (!batch.full() && input_.next(line)) {
+      ++line_;
+      append(line, batch, account);
+    }
+    account.addRead(batch.size());
+    return !batch.empty();
+  }
+
+ private:
+  // Blank lines say nothing.
+  void append(std::string_view line, FrameBatch& batch, Account& account) {
+    if (line.empty()) {
+      return;
+    }
+    Frame frame;
+    if (line.front() == ';') {
+      makeComment(line.substr(1), frame);
+    } else if (!lines_.understand(line, frame)) {
+      makeComment(line, frame);
+      account.note(Remark::LineNotUnderstood, line_);
+    }
+    timeNs_ = frame.timeNs;
+    frame.place = line_;
+    if (frame.text) {
+      frame.text = usableText(*frame.text, account);
+    }
+    batch.append(frame);
+  }
+
+  // A comment has no time of its own: it belongs to what stands before it.
+  void makeComment(std::string_view text, Frame& frame) const {
+    frame = {};
+    frame.kind = FrameKind::Comment;
+    frame.timeNs = timeNs_;
+    frame.text = text;
+  }
+
+  std::string_view usableText(std::string_view bytes, Account& account) {
+    const std::string_view text = asUtf8(bytes, converted_);
+    if (text.size() <= FrameBatch::kLongestText) {
+      return text;
+    }
+    account.note(Remark::TextCut, line_);
+    return text.substr(0, utf8Boundary(text, FrameBatch::kLongestText));
+  }
+
+  LineInput input_;
+  Lines lines_;
+  StreamHead head_;
+  std::optional<std::string> firstLine_;  // after the header
+  std::uint64_t line_ = 0;                // the last one that was read, counted from 1
+  std::int64_t timeNs_ = 0;               // of the last frame
+  std::string converted_;
+};
+
+}  // namespace xlatr

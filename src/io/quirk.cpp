@@ -1,0 +1,27 @@
+#include "io/quirk.hpp"
+
+#include "util/enum_order.hpp"
+
+namespace xlatr {
+namespace {
+
+constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
+    {Quirk::LinEventsRefused, XLATR_FORMAT_LIN, "lin_events_refused",
+     "the line of a bus event, such as `Bus Sleep`, is no frame and becomes a comment",
+     "it is an event of the bus, with its time and text", "LinParser.refusesBusEventsOnTheCompatibleWay"},
+    {Quirk::LinNoneRefused, XLATR_FORMAT_LIN, "lin_none_refused",
+     "a frame with dashes in place of its direction or its checksum type is no frame, though such lines are written",
+     "the frame has no direction, or no checksum type", "LinParser.refusesDashesOnTheCompatibleWay"},
+    {Quirk::LinHiddenBytesAreZero, XLATR_FORMAT_LIN, "lin_hidden_bytes_are_zero",
+     "bytes that the line shows as dashes are read as 0", "the frame has its length and no data",
+     "LinParser.readsHiddenBytesAsZeroOnTheCompatibleWay"},
+}};
+static_assert(standsInOrder(kQuirks, &QuirkInfo::quirk));
+
+}  // namespace
+
+std::span<const QuirkInfo, kQuirkCount> quirkTable() {
+  return kQuirks;
+}
+
+}  // namespace xlatr

@@ -1,0 +1,49 @@
+// What the compatible way does to the harm of data, by name. Callers rely on it to the byte, so it stays there; on the
+// complete way all of it is off. A parser or a printer asks for a quirk at the one place where it matters.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "xlatr/xlatr.h"
+
+namespace xlatr {
+
+enum class Quirk : std::uint8_t {
+  LinEventsRefused,
+  LinNoneRefused,
+  LinHiddenBytesAreZero,
+};
+inline constexpr std::size_t kQuirkCount = 3;
+
+struct QuirkInfo {
+  Quirk quirk;
+  TraceFormat format;
+  std::string_view name;     // "lin_events_refused"
+  std::string_view what;     // what happens with it
+  std::string_view instead;  // what happens without it
+  std::string_view test;     // the test that holds it
+};
+
+// In the order of the enumeration. docs/quirks.md is this table.
+[[nodiscard]] std::span<const QuirkInfo, kQuirkCount> quirkTable();
+
+// Which quirks are on.
+class Way {
+ public:
+  // All of them, or none.
+  [[nodiscard]] static constexpr Way compatible() { return Way((1U << kQuirkCount) - 1); }
+  [[nodiscard]] static constexpr Way complete() { return Way(0); }
+
+  [[nodiscard]] constexpr bool has(Quirk quirk) const { return (quirks_ >> static_cast<unsigned>(quirk) & 1U) != 0; }
+
+ private:
+  explicit constexpr Way(std::uint32_t quirks) : quirks_(quirks) {}
+
+  std::uint32_t quirks_;
+};
+
+}  // namespace xlatr

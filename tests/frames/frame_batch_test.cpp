@@ -1,0 +1,146 @@
+#include "frames/frame_batch.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace xlatr {
+namespace {
+
+constexpr std::array<std::uint8_t, 3> kBytes = {0x12, 0x34, 0xFF};
+
+Frame dataFrame() {
+  Frame frame;
+  frame.timeNs = -5;
+  frame.bus = 2;
+  frame.flags = frame_flag::kExtended | frame_flag::kReceived;
+  frame.dlc = 3;
+  frame.id = 0x1ABCDEF0;
+  frame.data = kBytes;
+  frame.place = 17;
+  return frame;
+}
+
+Frame eventFrame() {
+  Frame frame;
+  frame.timeNs = 1'000'000'007;
+  frame.kind = FrameKind::Event;
+  frame.text = "begin";
+  return frame;
+}
+
+Frame errorFrame() {
+  Frame frame;
+  frame.kind = FrameKind::Error;
+  frame.attributes.set(FrameAttribute::ErrorType, 0);
+  frame.attributes.set(FrameAttribute::TxErrors, 128);
+  return frame;
+}
+
+TEST(FrameBatch, handsOutWhatItWasGiven) {
+  const std::array frames = {dataFrame(), eventFrame(), errorFrame(), dataFrame()};
+  FrameBatch batch;
+  for (const Frame& frame : frames) {
+    batch.append(frame);
+  }
+  ASSERT_EQ(batch.size(), frames.size());
+  for (std::size_t row = 0; row < frames.size(); ++row) {
+    EXPECT_TRUE(sameFrame(batch.at(row), frames[row])) << row;
+    EXPECT_EQ(batch.at(row).place, frames[row].place) << row;
+  }
+}
+
+TEST(FrameBatch, tellsAnEmptyTextFromNone) {
+  FrameBatch batch;
+  Frame frame;
+  batch.append(frame);
+  frame.text = "";
+  batch.append(frame);
+  EXPECT_EQ(batch.at(0).text, std::nullopt);
+  EXPECT_EQ(batch.at(1).text, "");
+}
+
+TEST(FrameBatch, isLaidOutAsArrowLaysOutArrays) {
+  FrameBatch batch;
+  batch.append(dataFrame());
+  batch.append(eventFrame());
+  batch.append(dataFrame());
+  EXPECT_EQ(std::vector(batch.dataOffsets().begin(), batch.dataOffsets().end()),
+            (std::vector<std::int32_t>{0, 3, 3, 6}));
+  EXPECT_EQ(std::vector(batch.textOffsets().begin(), batch.textOffsets().end()),
+            (std::vector<std::int32_t>{0, 0, 5, 5}));
+  EXPECT_EQ(batch.text(), "begin");
+  EXPECT_EQ(std::vector(batch.textValidity().begin(), batch.textValidity().end()), std::vector<std::uint8_t>{0b010});
+  EXPECT_EQ(std::vector(batch.times().begin(), batch.times().end()),
+            (std::vector<std::int64_t>{-5, 1'000'000'007, -5}));
+  for (const void* const column :
+       {static_cast<const void*>(batch.times().data()), static_cast<const void*>(batch.data().data()),
+        static_cast<const void*>(batch.textValidity().data())}) {
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(column) % 64, 0U);
+  }
+}
+
+TEST(FrameBatch, hasAColumnForEachAttributeThatOccurs) {
+  FrameBatch batch;
+  for (int row = 0; row < 9; ++row) {
+    batch.append(dataFrame());
+  }
+  EXPECT_EQ(batch.attributes(), 0U);
+  batch.append(errorFrame());
+  batch.append(dataFrame());
+  EXPECT_EQ(batch.attributes(), 1U << static_cast<unsigned>(FrameAttribute::ErrorType) |
+                                    1U << static_cast<unsigned>(FrameAttribute::TxErrors));
+  const auto values = batch.attribute(FrameAttribute::TxErrors);
+  ASSERT_EQ(values.size(), 11U);
+  EXPECT_EQ(values[9], 128U);
+  EXPECT_EQ(values[10], 0U);
+  const auto validity = batch.attributeValidity(FrameAttribute::TxErrors);
+  EXPECT_EQ(std::vector(validity.begin(), validity.end()), (std::vector<std::uint8_t>{0, 0b010}));
+  EXPECT_EQ(batch.at(9).attributes.get(FrameAttribute::ErrorType), 0U);
+  EXPECT_EQ(batch.at(10).attributes.get(FrameAttribute::ErrorType), std::nullopt);
+}
+
+TEST(FrameBatch, isLikeNewAfterClearing) {
+  FrameBatch batch;
+  batch.append(errorFrame());
+  batch.append(eventFrame());
+  batch.clear();
+  EXPECT_TRUE(batch.empty());
+  EXPECT_EQ(batch.attributes(), 0U);
+  EXPECT_EQ(batch.dataOffsets().size(), 1U);
+  batch.append(dataFrame());
+  batch.append(errorFrame());
+  EXPECT_TRUE(sameFrame(batch.at(0), dataFrame()));
+  EXPECT_TRUE(sameFrame(batch.at(1), errorFrame()));
+}
+
+TEST(FrameBatch, isFullByRowsOrByBytes) {
+  FrameBatch batch;
+  while (!batch.full()) {
+    batch.append(dataFrame());
+  }
+  EXPECT_EQ(batch.size(), FrameBatch::kCapacity);
+
+  batch.clear();
+  const std::string text(FrameBatch::kLongestText, 'x');
+  Frame frame = eventFrame();
+  frame.text = text;
+  while (!batch.full()) {
+    batch.append(frame);
+  }
+  EXPECT_EQ(batch.size(), 5U);
+}
+
+TEST(Frames, haveNames) {
+  EXPECT_EQ(frameKindName(FrameKind::Data), "data");
+  EXPECT_EQ(frameKindName(FrameKind::LinEvent), "lin_event");
+  EXPECT_EQ(frameKindName(FrameKind::Comment), "comment");
+  EXPECT_EQ(frameAttributeName(FrameAttribute::ErrorType), "error_type");
+  EXPECT_EQ(frameAttributeName(FrameAttribute::RecordType), "record_type");
+}
+
+}  // namespace
+}  // namespace xlatr
