@@ -23,6 +23,16 @@ std::string_view frameAttributeName(FrameAttribute attribute) {
   return kAttributeNames.at(static_cast<std::size_t>(attribute));
 }
 
+bool FrameAttributes::operator==(const FrameAttributes& other) const {
+  for (std::size_t at = 0; at < kFrameAttributeCount; ++at) {
+    const auto attribute = static_cast<FrameAttribute>(at);
+    if (get(attribute) != other.get(attribute)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 FrameAttributes FrameAttributes::only(std::uint32_t bits) const {
   FrameAttributes kept;
   for (std::size_t at = 0; at < kFrameAttributeCount; ++at) {

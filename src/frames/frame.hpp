@@ -83,13 +83,15 @@ class FrameAttributes {
     present_ |= 1U << index(attribute);
     values_[index(attribute)] = value;
   }
+  void clear() { present_ = 0; }
 
   // One bit an attribute.
   [[nodiscard]] std::uint32_t present() const { return present_; }
   // Without those that are not in the mask of bits.
   [[nodiscard]] FrameAttributes only(std::uint32_t bits) const;
 
-  bool operator==(const FrameAttributes&) const = default;
+  // Whether both have the same attributes with the same values.
+  bool operator==(const FrameAttributes& other) const;
 
  private:
   [[nodiscard]] static constexpr std::size_t index(FrameAttribute attribute) {
@@ -97,7 +99,7 @@ class FrameAttributes {
   }
 
   std::uint32_t present_ = 0;
-  std::array<std::uint32_t, kFrameAttributeCount> values_{};  // 0 for what is absent, so that equal ones compare equal
+  std::array<std::uint32_t, kFrameAttributeCount> values_{};  // anything where the bit is not set
 };
 
 // One frame. Data and text belong to whoever hands the frame out, who says how long they stay.
@@ -113,9 +115,23 @@ struct Frame {
   FrameAttributes attributes = {};
   std::uint64_t place = 0;  // in the source, counted from 1: the line of a text, the record of a binary trace
 
+  // Makes it like a new one, in less time than a new one takes.
+  void reset() {
+    timeNs = 0;
+    kind = FrameKind::Data;
+    bus = 0;
+    flags = 0;
+    dlc = 0;
+    id = 0;
+    data = {};
+    text.reset();
+    attributes.clear();
+    place = 0;
+  }
+
   [[nodiscard]] bool has(std::uint16_t mask) const { return (flags & mask) != 0; }
   void set(std::uint16_t mask) { flags = static_cast<std::uint16_t>(flags | mask); }
-  void reset(std::uint16_t mask) { flags = static_cast<std::uint16_t>(flags & ~mask); }
+  void unset(std::uint16_t mask) { flags = static_cast<std::uint16_t>(flags & ~mask); }
 };
 
 // Whether the frames are the same in every field but their places.

@@ -1,35 +1,26 @@
 #include "frames/frame_batch.hpp"
 
 #include <bit>
+#include <stdexcept>
 
 namespace xlatr {
 
-FrameBatch::FrameBatch() {
-  times_.reserve(kCapacity);
-  kinds_.reserve(kCapacity);
-  buses_.reserve(kCapacity);
-  ids_.reserve(kCapacity);
-  flags_.reserve(kCapacity);
-  dlcs_.reserve(kCapacity);
-  places_.reserve(kCapacity);
-  dataOffsets_.reserve(kCapacity + 1);
-  textOffsets_.reserve(kCapacity + 1);
-  clear();
-}
+FrameBatch::FrameBatch()
+    : times_(kCapacity),
+      kinds_(kCapacity),
+      buses_(kCapacity),
+      ids_(kCapacity),
+      flags_(kCapacity),
+      dlcs_(kCapacity),
+      dataOffsets_(kCapacity + 1),
+      textOffsets_(kCapacity + 1),
+      places_(kCapacity) {}
 
 void FrameBatch::clear() {
-  times_.clear();
-  kinds_.clear();
-  buses_.clear();
-  ids_.clear();
-  flags_.clear();
-  dlcs_.clear();
-  dataOffsets_.assign(1, 0);
+  size_ = 0;
   data_.clear();
-  textOffsets_.assign(1, 0);
   text_.clear();
   textValidity_.clear();
-  places_.clear();
   for (std::uint32_t left = attributes_; left != 0; left &= left - 1) {
     AttributeColumn& column = attributeColumns_[static_cast<std::size_t>(std::countr_zero(left))];
     column.values.clear();
@@ -39,23 +30,28 @@ void FrameBatch::clear() {
 }
 
 void FrameBatch::append(const Frame& frame) {
-  textValidity_.append(size(), frame.text.has_value());
+  const std::size_t row = size_;
+  if (row == kCapacity) {
+    throw std::length_error("The batch is full");
+  }
+  textValidity_.append(row, frame.text.has_value());
   if (attributes_ != 0 || !frame.attributes.empty()) {
     appendAttributes(frame.attributes);
   }
-  times_.push_back(frame.timeNs);
-  kinds_.push_back(static_cast<std::uint8_t>(frame.kind));
-  buses_.push_back(frame.bus);
-  ids_.push_back(frame.id);
-  flags_.push_back(frame.flags);
-  dlcs_.push_back(frame.dlc);
-  places_.push_back(frame.place);
   data_.insert(data_.end(), frame.data.begin(), frame.data.end());
-  dataOffsets_.push_back(static_cast<std::int32_t>(data_.size()));
   if (frame.text) {
     text_.insert(text_.end(), frame.text->begin(), frame.text->end());
   }
-  textOffsets_.push_back(static_cast<std::int32_t>(text_.size()));
+  times_[row] = frame.timeNs;
+  kinds_[row] = static_cast<std::uint8_t>(frame.kind);
+  buses_[row] = frame.bus;
+  ids_[row] = frame.id;
+  flags_[row] = frame.flags;
+  dlcs_[row] = frame.dlc;
+  places_[row] = frame.place;
+  dataOffsets_[row + 1] = static_cast<std::int32_t>(data_.size());
+  textOffsets_[row + 1] = static_cast<std::int32_t>(text_.size());
+  size_ = row + 1;
 }
 
 void FrameBatch::AttributeColumn::fillTo(std::size_t rows) {

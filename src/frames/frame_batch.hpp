@@ -52,30 +52,31 @@ class FrameBatch {
 
   // Removes the frames.
   void clear();
-  [[nodiscard]] std::size_t size() const { return times_.size(); }
-  [[nodiscard]] bool empty() const { return times_.empty(); }
+  [[nodiscard]] std::size_t size() const { return size_; }
+  [[nodiscard]] bool empty() const { return size_ == 0; }
   [[nodiscard]] bool full() const { return size() >= kCapacity || data_.size() + text_.size() >= kByteCapacity; }
 
-  // Copies the frame to the end. Whoever fills a batch stops when it is full.
+  // Copies the frame to the end. Whoever fills a batch stops when it is full; a frame that has no row any more raises
+  // std::length_error.
   void append(const Frame& frame);
 
   // The frame of a row. Its data and text stay until the batch changes.
   [[nodiscard]] Frame at(std::size_t row) const;
 
   // The columns.
-  [[nodiscard]] std::span<const std::int64_t> times() const { return times_; }  // nanoseconds
-  [[nodiscard]] std::span<const std::uint8_t> kinds() const { return kinds_; }  // FrameKind
-  [[nodiscard]] std::span<const std::uint16_t> buses() const { return buses_; }
-  [[nodiscard]] std::span<const std::uint32_t> ids() const { return ids_; }
-  [[nodiscard]] std::span<const std::uint16_t> flags() const { return flags_; }
-  [[nodiscard]] std::span<const std::uint16_t> dlcs() const { return dlcs_; }
-  [[nodiscard]] std::span<const std::int32_t> dataOffsets() const { return dataOffsets_; }
+  [[nodiscard]] std::span<const std::int64_t> times() const { return std::span(times_).first(size_); }  // nanoseconds
+  [[nodiscard]] std::span<const std::uint8_t> kinds() const { return std::span(kinds_).first(size_); }  // FrameKind
+  [[nodiscard]] std::span<const std::uint16_t> buses() const { return std::span(buses_).first(size_); }
+  [[nodiscard]] std::span<const std::uint32_t> ids() const { return std::span(ids_).first(size_); }
+  [[nodiscard]] std::span<const std::uint16_t> flags() const { return std::span(flags_).first(size_); }
+  [[nodiscard]] std::span<const std::uint16_t> dlcs() const { return std::span(dlcs_).first(size_); }
+  [[nodiscard]] std::span<const std::int32_t> dataOffsets() const { return std::span(dataOffsets_).first(size_ + 1); }
   [[nodiscard]] std::span<const std::uint8_t> data() const { return data_; }
-  [[nodiscard]] std::span<const std::int32_t> textOffsets() const { return textOffsets_; }
+  [[nodiscard]] std::span<const std::int32_t> textOffsets() const { return std::span(textOffsets_).first(size_ + 1); }
   [[nodiscard]] std::string_view text() const { return {text_.data(), text_.size()}; }
   [[nodiscard]] std::span<const std::uint8_t> textValidity() const { return textValidity_.bytes(); }
 
-  [[nodiscard]] std::span<const std::uint64_t> places() const { return places_; }
+  [[nodiscard]] std::span<const std::uint64_t> places() const { return std::span(places_).first(size_); }
 
   // The attributes that a frame of this batch has, one bit each.
   [[nodiscard]] std::uint32_t attributes() const { return attributes_; }
@@ -94,6 +95,8 @@ class FrameBatch {
 
   void appendAttributes(const FrameAttributes& attributes);
 
+  // The columns of fixed width have kCapacity rows from the beginning, of which `size_` are in use.
+  std::size_t size_ = 0;
   ColumnBuffer<std::int64_t> times_;
   ColumnBuffer<std::uint8_t> kinds_;
   ColumnBuffer<std::uint16_t> buses_;
@@ -101,11 +104,11 @@ class FrameBatch {
   ColumnBuffer<std::uint16_t> flags_;
   ColumnBuffer<std::uint16_t> dlcs_;
   ColumnBuffer<std::int32_t> dataOffsets_;
-  ColumnBuffer<std::uint8_t> data_;
   ColumnBuffer<std::int32_t> textOffsets_;
+  ColumnBuffer<std::uint64_t> places_;
+  ColumnBuffer<std::uint8_t> data_;
   ColumnBuffer<char> text_;
   RowBits textValidity_;
-  ColumnBuffer<std::uint64_t> places_;
   std::uint32_t attributes_ = 0;
   std::array<AttributeColumn, kFrameAttributeCount> attributeColumns_;
 };

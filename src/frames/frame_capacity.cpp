@@ -47,7 +47,7 @@ Frame reducedTo(const FrameCapacity& capacity, const Frame& frame, Account& acco
   Frame reduced = frame;
   const auto lose = [&](bool held, std::uint16_t flags, Remark remark) {
     if (!held && reduced.has(flags)) {
-      reduced.reset(flags);
+      reduced.unset(flags);
       account.note(remark, frame.place);
     }
   };

@@ -57,27 +57,27 @@ class TextFrameSource final : public FrameSource {
     if (line.empty()) {
       return;
     }
-    Frame frame;
+    frame_.reset();
     if (line.front() == ';') {
-      makeComment(line.substr(1), frame);
-    } else if (!lines_.understand(line, frame)) {
-      makeComment(line, frame);
+      makeComment(line.substr(1));
+    } else if (!lines_.understand(line, frame_)) {
+      frame_.reset();
+      makeComment(line);
       account.note(Remark::LineNotUnderstood, line_);
     }
-    timeNs_ = frame.timeNs;
-    frame.place = line_;
-    if (frame.text) {
-      frame.text = usableText(*frame.text, account);
+    timeNs_ = frame_.timeNs;
+    frame_.place = line_;
+    if (frame_.text) {
+      frame_.text = usableText(*frame_.text, account);
     }
-    batch.append(frame);
+    batch.append(frame_);
   }
 
   // A comment has no time of its own: it belongs to what stands before it.
-  void makeComment(std::string_view text, Frame& frame) const {
-    frame = {};
-    frame.kind = FrameKind::Comment;
-    frame.timeNs = timeNs_;
-    frame.text = text;
+  void makeComment(std::string_view text) {
+    frame_.kind = FrameKind::Comment;
+    frame_.timeNs = timeNs_;
+    frame_.text = text;
   }
 
   std::string_view usableText(std::string_view bytes, Account& account) {
@@ -95,6 +95,7 @@ class TextFrameSource final : public FrameSource {
   std::optional<std::string> firstLine_;  // after the header
   std::uint64_t line_ = 0;                // the last one that was read, counted from 1
   std::int64_t timeNs_ = 0;               // of the last frame
+  Frame frame_;
   std::string converted_;
 };
 

@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace xlatr {
@@ -70,5 +71,15 @@ struct RealPrefix {
 // or zero with the sign. Without a number the result is 0.0 with 0 consumed. The value is correctly rounded; never
 // throws.
 [[nodiscard]] RealPrefix parseRealPrefix(std::string_view text) noexcept;
+
+// The digits of a plain decimal number without its point, and how many of them stand after that.
+struct PlainDecimal {
+  std::uint64_t digits = 0;
+  std::size_t decimals = 0;
+};
+
+// The same. Fills `plain` too if the number has neither a sign nor an exponent and its digits are exact in a double;
+// otherwise leaves it empty.
+[[nodiscard]] RealPrefix parseRealPrefix(std::string_view text, std::optional<PlainDecimal>& plain) noexcept;
 
 }  // namespace xlatr

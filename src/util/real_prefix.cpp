@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <system_error>
 
@@ -26,7 +27,7 @@ constexpr bool kDivisionRoundsOnce = FLT_EVAL_METHOD == 0;
 
 // Plain decimals of ordinary length, such as the times of messages: exact without further work, and in two thirds of
 // the time that from_chars takes. Consumes nothing for any other form of number, which is then read in full.
-RealPrefix readPlainDecimal(std::string_view text) {
+RealPrefix readPlainDecimal(std::string_view text, std::optional<PlainDecimal>* plain = nullptr) {
   std::uint64_t mantissa = 0;
   std::size_t at = 0;
   const auto readDigits = [&] {
@@ -48,6 +49,9 @@ RealPrefix readPlainDecimal(std::string_view text) {
   const char next = at < text.size() ? toUpperAscii(text[at]) : '\0';
   if (!kDivisionRoundsOnce || digits == 0 || !exact || next == 'E' || next == 'X') {
     return {};
+  }
+  if (plain != nullptr) {
+    *plain = PlainDecimal{mantissa, decimals};
   }
   return {static_cast<double>(mantissa) / kExactPowers[decimals], at};
 }
@@ -131,6 +135,12 @@ RealPrefix readMagnitude(std::string_view text) {
 }
 
 }  // namespace
+
+RealPrefix parseRealPrefix(std::string_view text, std::optional<PlainDecimal>& plain) noexcept {
+  plain.reset();
+  const RealPrefix number = readPlainDecimal(text, &plain);
+  return number.consumed != 0 ? number : parseRealPrefix(text);
+}
 
 RealPrefix parseRealPrefix(std::string_view text) noexcept {
   std::size_t start = countLeading(text, isSpaceCharacter);

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -123,6 +124,8 @@ TEST(FrameBatch, isFullByRowsOrByBytes) {
     batch.append(dataFrame());
   }
   EXPECT_EQ(batch.size(), FrameBatch::kCapacity);
+  EXPECT_THROW(batch.append(dataFrame()), std::length_error);
+  EXPECT_EQ(batch.dataOffsets().back(), static_cast<std::int32_t>(FrameBatch::kCapacity * kBytes.size()));
 
   batch.clear();
   const std::string text(FrameBatch::kLongestText, 'x');

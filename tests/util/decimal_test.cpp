@@ -66,5 +66,28 @@ TEST(ScaledDecimal, refusesWhatItCannotHold) {
   EXPECT_EQ(scaledDecimal("9223372036854776", 3), std::nullopt);
 }
 
+TEST(ScaledDecimal, doesTheSameWithDigits) {
+  for (const std::string_view text : {"0", "12.5", "1.4", "1.5", "0.0005", "1.00049", "9007199254740991",
+                                      "123456789.0123456", "0.9999999", "000.1"}) {
+    for (const unsigned exponent : {0U, 3U, 6U, 18U}) {
+      std::optional<PlainDecimal> plain;
+      EXPECT_EQ(parseRealPrefix(text, plain).consumed, text.size());
+      ASSERT_TRUE(plain.has_value()) << text;
+      EXPECT_EQ(scaledDecimal(*plain, exponent), scaledDecimal(text, exponent)) << text << ", " << exponent;
+    }
+  }
+  EXPECT_EQ(scaledDecimal(PlainDecimal{5, 30}, 3), 0);
+  EXPECT_EQ(scaledDecimal(PlainDecimal{0, 0}, 40), 0);
+  EXPECT_EQ(scaledDecimal(PlainDecimal{1, 0}, 40), std::nullopt);
+}
+
+TEST(ScaledDecimal, getsNoDigitsOfOtherNumbers) {
+  for (const std::string_view text : {"", "x", "-1", "+1", " 1", "1e3", "0x1", "9007199254740992", "inf"}) {
+    std::optional<PlainDecimal> plain = PlainDecimal{7, 7};
+    EXPECT_EQ(parseRealPrefix(text, plain).value, parseRealPrefix(text).value) << text;
+    EXPECT_FALSE(plain.has_value()) << text;
+  }
+}
+
 }  // namespace
 }  // namespace xlatr

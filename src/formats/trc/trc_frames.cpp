@@ -219,16 +219,20 @@ void takeMessage(const BrixMessage& message, Frame& frame) {
   }
 }
 
-// The time of a line in nanoseconds. A text that is no plain decimal number, such as one with an exponent, is as exact
-// as the real number that it was read as.
-std::optional<std::int64_t> timeOf(std::string_view text, RealMilliseconds time) {
+// The time of a line in nanoseconds. A text that is no decimal number, such as one with an exponent, is as exact as the
+// real number that it was read as.
+std::optional<std::int64_t> timeOf(const TrcLineRemains& remains, RealMilliseconds time) {
   constexpr unsigned kNanosecondsOfMillisecond = 6;  // as a power of ten
-  const auto exact = scaledDecimal(text, kNanosecondsOfMillisecond);
-  const double rounded = std::round(RealNanoseconds(time).count());
-  if (!(std::abs(rounded) <= static_cast<double>(kFarthestNs))) {
-    return std::nullopt;
+  auto exact = remains.timeDigits ? scaledDecimal(*remains.timeDigits, kNanosecondsOfMillisecond)
+                                  : scaledDecimal(remains.time, kNanosecondsOfMillisecond);
+  if (!exact) {
+    const double rounded = std::round(RealNanoseconds(time).count());
+    if (!(std::abs(rounded) <= static_cast<double>(kFarthestNs))) {
+      return std::nullopt;
+    }
+    exact = static_cast<std::int64_t>(rounded);
   }
-  return exact.value_or(static_cast<std::int64_t>(rounded));
+  return *exact >= -kFarthestNs && *exact <= kFarthestNs ? exact : std::nullopt;
 }
 
 // The lines of a TRC file, for TextFrameSource.
@@ -259,7 +263,7 @@ class TrcLines {
     message_.reset();
     message_.columnSet = columns_;
     const TrcLineRemains remains = parseTrcLine(line, *version_, message_);
-    const auto time = timeOf(remains.time, message_.timeOffset);
+    const auto time = timeOf(remains, message_.timeOffset);
     const bool named = version_->busColumn && !remains.unnumberedBus;
     if (!message_.valid || !time || (named && message_.bus > kHighestBus) || message_.length > kLongestXl) {
       return false;
@@ -268,7 +272,7 @@ class TrcLines {
     frame.bus = named ? static_cast<std::uint16_t>(message_.bus) : std::uint16_t{0};
     takeMessage(message_, frame);
     if (!capacityOf(*version_).direction) {
-      frame.reset(frame_flag::kReceived | frame_flag::kTransmitted);
+      frame.unset(frame_flag::kReceived | frame_flag::kTransmitted);
     }
     return true;
   }

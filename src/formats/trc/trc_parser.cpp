@@ -28,7 +28,7 @@ void skipNumber(TrcTokens& tokens) {
 
 bool parseTime(TrcTokens& tokens, BrixMessage& message) {
   tokens.remains.time = tokens.take();
-  const RealPrefix time = parseRealPrefix(tokens.remains.time);
+  const RealPrefix time = parseRealPrefix(tokens.remains.time, tokens.remains.timeDigits);
   message.timeOffset = RealMilliseconds(time.value);
   return time.consumed > 0;
 }

@@ -1,8 +1,10 @@
 // Reading one TRC line.
 #pragma once
 
+#include <optional>
 #include <string_view>
 
+#include "util/numbers.hpp"
 #include "util/token_cursor.hpp"
 
 namespace xlatr {
@@ -10,10 +12,11 @@ namespace xlatr {
 class BrixMessage;
 struct TrcVersion;
 
-// What a line says beyond its message. The text is a part of the line.
+// What a line says beyond its message.
 struct TrcLineRemains {
-  std::string_view time;       // in milliseconds, with all of its digits
-  bool unnumberedBus = false;  // its bus column holds no number
+  std::string_view time;                   // in milliseconds, with all of its digits; a part of the line
+  std::optional<PlainDecimal> timeDigits;  // the same, if it is a plain number
+  bool unnumberedBus = false;              // its bus column holds no number
 };
 
 struct TrcTokens : TokenCursor<' '> {
