@@ -14,9 +14,11 @@
 
 namespace xlatr {
 
+class FrameSource;
 class ITraceWriter;
 class TraceFileInfo;
 class TraceSource;
+struct FrameCapacity;
 
 // The options of a conversion that only some writers know.
 struct WriterSettings {
@@ -72,6 +74,11 @@ struct FormatDescriptor {
   std::vector<FormatSource> (*makeSources)(const TraceFileInfo& file, const SessionSelection& sessions) = nullptr;
   // Null for a format that no conversion writes.
   std::unique_ptr<ITraceWriter> (*makeWriter)(const WriterSettings& settings) = nullptr;
+
+  // The complete way: what the files of each supported version can hold, and the frames of a file. Null for a format
+  // that the complete way does not know.
+  std::span<const FrameCapacity> (*frameCapacities)() = nullptr;
+  std::unique_ptr<FrameSource> (*openFrames)(const std::string& path) = nullptr;
 
   [[nodiscard]] bool isSplitTarget(double version) const { return splitsByBus != nullptr && splitsByBus(version); }
 };

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "formats/lin/lin_frames.hpp"
 #include "formats/lin/lin_reader.hpp"
 #include "io/format_makers.hpp"
 
@@ -47,6 +48,8 @@ constinit const FormatDescriptor kLinFormat = {
     .supportedVersions = kVersions,
     .allowedTargets = kTargets,
     .makeSources = makeOneSource<LinSource>,
+    .frameCapacities = linCapacities,
+    .openFrames = openLinFrames,
 };
 
 }  // namespace xlatr

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "formats/trc/trc_frames.hpp"
 #include "formats/trc/trc_reader.hpp"
 #include "formats/trc/trc_version.hpp"
 #include "formats/trc/trc_writer.hpp"
@@ -59,6 +60,8 @@ constinit const FormatDescriptor kTrcFormat = {
     .busLimit = BusLimit{16, "Only BRIX trace files with bus numbers from 1 to 16 are supported"},
     .makeSources = makeOneSource<TrcSource>,
     .makeWriter = makePlainWriter<TrcWriter>,
+    .frameCapacities = trcCapacities,
+    .openFrames = openTrcFrames,
 };
 
 }  // namespace xlatr

@@ -1,0 +1,49 @@
+// What the formats' descriptors say of the complete way.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "frames/frame_capacity.hpp"
+#include "frames/frame_stream.hpp"
+#include "io/format.hpp"
+#include "support/temp_folder.hpp"
+
+namespace xlatr {
+namespace {
+
+TEST(FrameRegistry, hasACapacityForEachSupportedVersion) {
+  for (const FormatDescriptor* const format : formatRegistry()) {
+    if (format->frameCapacities == nullptr) {
+      continue;
+    }
+    std::vector<double> versions;
+    for (const FrameCapacity& capacity : format->frameCapacities()) {
+      versions.push_back(capacity.version);
+      EXPECT_GT(capacity.resolutionNs, 0) << format->extension;
+      EXPECT_GE(capacity.earliestNs, -kFarthestNs) << format->extension;
+      EXPECT_LE(capacity.latestNs, kFarthestNs) << format->extension;
+      EXPECT_EQ(capacity.holds(FrameKind::Comment), capacity.comments) << format->extension;
+    }
+    EXPECT_EQ(versions, std::vector<double>(format->supportedVersions.begin(), format->supportedVersions.end()))
+        << format->extension;
+  }
+}
+
+TEST(FrameRegistry, opensAnEmptyFileOfEachFormat) {
+  const test::TempFolder folder;
+  for (const FormatDescriptor* const format : formatRegistry()) {
+    if (format->openFrames == nullptr) {
+      continue;
+    }
+    const auto source = format->openFrames(folder.write("empty" + std::string(format->extension), ""));
+    FrameBatch batch;
+    Account account;
+    EXPECT_FALSE(source->read(batch, account)) << format->extension;
+    EXPECT_EQ(source->head().format, format->format);
+    EXPECT_TRUE(account.complete());
+  }
+}
+
+}  // namespace
+}  // namespace xlatr
