@@ -4,8 +4,9 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 #include "formats/trc/trc_header_keys.hpp"
 #include "formats/trc/trc_message.hpp"
@@ -17,7 +18,6 @@
 #include "messages/fd_kind.hpp"
 #include "util/decimal.hpp"
 #include "util/start_time.hpp"
-#include "util/text.hpp"
 
 namespace xlatr {
 namespace {
