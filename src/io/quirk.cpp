@@ -13,7 +13,8 @@ constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
      "a frame with dashes in place of its direction or its checksum type is no frame, though such lines are written",
      "the frame has no direction, or no checksum type", "LinParser.refusesDashesOnTheCompatibleWay"},
     {Quirk::LinHiddenBytesAreZero, XLATR_FORMAT_LIN, "lin_hidden_bytes_are_zero",
-     "bytes that the line shows as dashes are read as 0", "the frame has its length and no data",
+     "bytes that the line shows as dashes are read as 0",
+     "the frame has its length and no data; a line that hides only some of its bytes is a comment",
      "LinParser.readsHiddenBytesAsZeroOnTheCompatibleWay"},
 }};
 static_assert(standsInOrder(kQuirks, &QuirkInfo::quirk));

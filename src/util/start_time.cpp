@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 
 #include "util/decimal.hpp"
 #include "util/text.hpp"
@@ -61,8 +62,12 @@ std::optional<std::int64_t> startOfDays(std::string_view days) {
   }
   const std::int64_t rest = *units % kUnits * kNanosecondsPerUnits;
   const std::int64_t half = rest < 0 ? -kUnits / 2 : kUnits / 2;
-  return *units / kUnits * kNanosecondsPerUnits + (rest + half) / kUnits +
-         Nanoseconds(kNullDate.time_since_epoch()).count();
+  const std::int64_t sinceNullDate = *units / kUnits * kNanosecondsPerUnits + (rest + half) / kUnits;
+  constexpr std::int64_t kNullDateNs = Nanoseconds(kNullDate.time_since_epoch()).count();
+  if (sinceNullDate < std::numeric_limits<std::int64_t>::min() - kNullDateNs) {
+    return std::nullopt;
+  }
+  return sinceNullDate + kNullDateNs;
 }
 
 std::optional<StartText> startOfDottedText(std::string_view text) {
@@ -79,10 +84,14 @@ std::optional<StartText> startOfDottedText(std::string_view text) {
   const auto [day, month, year, hour, minute, second] = values;
   constexpr std::int64_t kLastYear = 2200;  // nanoseconds since 1970 reach to 2262
   constexpr std::int64_t kFirstYear = 1700;
+  // The calendar keeps a day and a month in a byte each, into which larger numbers would wrap.
+  if (day > 31 || month > 12 || year < kFirstYear || year > kLastYear || hour > 23 || minute > 59 || second > 60) {
+    return std::nullopt;
+  }
   const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(year)),
                                          std::chrono::month(static_cast<unsigned>(month)),
                                          std::chrono::day(static_cast<unsigned>(day))};
-  if (year < kFirstYear || year > kLastYear || !date.ok() || hour > 23 || minute > 59 || second > 60) {
+  if (!date.ok()) {
     return std::nullopt;
   }
   StartText start{Nanoseconds(std::chrono::sys_days(date).time_since_epoch()).count() +

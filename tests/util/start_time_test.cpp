@@ -29,6 +29,7 @@ TEST(StartOfDays, refusesWhatIsNoDay) {
   EXPECT_EQ(startOfDays(""), std::nullopt);
   EXPECT_EQ(startOfDays("yesterday"), std::nullopt);
   EXPECT_EQ(startOfDays("1000000"), std::nullopt);
+  EXPECT_EQ(startOfDays("-92000"), std::nullopt) << "before what nanoseconds since 1970 reach";
 }
 
 TEST(StartOfDottedText, readsEachForm) {
@@ -47,9 +48,10 @@ TEST(StartOfDottedText, carriesIntoTheSecond) {
 
 TEST(StartOfDottedText, refusesOtherForms) {
   for (const char* const text :
-       {"", "26.07.2021", "26.07.2021 08:00", "26/07/2021 08:00:00", "32.07.2021 08:00:00", "30.02.2021 08:00:00",
-        "00.07.2021 08:00:00", "26.13.2021 08:00:00", "26.07.2021 24:00:00", "26.07.2021 08:60:00",
-        "26.07.2021 08:00:61", "26.07.9999 08:00:00", "26.07.1500 08:00:00", "26.07.20211234567 08:00:00"}) {
+       {"", "26.07.2021", "26.07.2021 08:00", "26/07/2021 08:00:00", "32.07.2021 08:00:00", "282.07.2021 08:00:00",
+        "26.263.2021 08:00:00", "30.02.2021 08:00:00", "00.07.2021 08:00:00", "26.13.2021 08:00:00",
+        "26.07.2021 24:00:00", "26.07.2021 08:60:00", "26.07.2021 08:00:61", "26.07.9999 08:00:00",
+        "26.07.1500 08:00:00", "26.07.20211234567 08:00:00"}) {
     EXPECT_EQ(startOfDottedText(text), std::nullopt) << text;
   }
 }

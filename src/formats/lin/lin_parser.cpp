@@ -32,21 +32,22 @@ bool takeNumber(LinTokens& tokens, std::uint32_t& field, int base) {
 
 // Frames with errors print "--" for each of their bytes.
 bool takeData(LinTokens& tokens, Way way, KorlMessage& message) {
-  bool hidden = false;
+  std::uint32_t hidden = 0;
   for (std::uint32_t left = message.length; left > 0; --left) {
     std::uint8_t byte = 0;
     if (tokens.takeHexPairs({&byte, 1}) == 0) {
       if (tokens.take() != "--") {
         return false;
       }
-      hidden = true;
+      ++hidden;
     }
     message.data.push_back(byte);
   }
-  if (hidden && !way.has(Quirk::LinHiddenBytesAreZero)) {
-    message.data.clear();
+  if (hidden == 0 || way.has(Quirk::LinHiddenBytesAreZero)) {
+    return true;
   }
-  return true;
+  message.data.clear();
+  return hidden == message.length;
 }
 
 // Codes joined by slashes, such as "CK/TO". An empty code between slashes is refused.
@@ -80,9 +81,11 @@ bool takeEvent(LinTokens tokens, KorlMessage& message) {
     }
   }
   std::string_view text = trimmed(tokens.rest(), " ");
-  for (const std::string_view end : {" --", " --"}) {
-    if (text.ends_with(end)) {
-      text = trimmed(text.substr(0, text.size() - end.size()), " ");
+  // An empty text leaves nothing before the dashes of the checksum and its type.
+  constexpr std::string_view kDashes = "--";
+  for (int column = 0; column < 2; ++column) {
+    if (text == kDashes || text.ends_with(" --")) {
+      text = trimmed(text.substr(0, text.size() - kDashes.size()), " ");
     }
   }
   message.busEvent = true;

@@ -217,6 +217,10 @@ void takeMessage(const BrixMessage& message, Frame& frame) {
     default:
       takeFrame(message, frame);
   }
+  // The versions with fixed columns may have a word after the bytes of any line.
+  if (!message.columnBased && message.kind != MessageKind::ST && !message.comment.empty()) {
+    frame.text = message.comment;
+  }
 }
 
 // The time of a line in nanoseconds. A text that is no decimal number, such as one with an exponent, is as exact as the

@@ -148,6 +148,18 @@ TEST(LinParser, refusesBusEventsOnTheCompatibleWay) {
   EXPECT_EQ(std::string(message.data.begin(), message.data.end()), "Bus Sleep");
 }
 
+TEST(LinParser, readsEventsOfAnyText) {
+  const auto textOf = [](const std::string& line) {
+    const KorlMessage message = parsed(line, Way::complete());
+    EXPECT_TRUE(message.busEvent) << line;
+    return std::string(message.data.begin(), message.data.end());
+  };
+  EXPECT_EQ(textOf("3) 2500 --- -- -                           --  --"), "");
+  EXPECT_EQ(textOf("3) 2500 --- -- - Wake-up -- now --  --"), "Wake-up -- now");
+  EXPECT_EQ(textOf("3) 2500 --- -- - Sleep"), "Sleep");
+  EXPECT_EQ(textOf("3) 2500 --- -- -"), "");
+}
+
 TEST(LinParser, refusesDashesOnTheCompatibleWay) {
   for (const std::string line : {"5) 1000 --- 2A 2 01 02 7C CL", "5) 1000 Pub 2A 2 01 02 7C --"}) {
     EXPECT_FALSE(parsed(line).valid) << line;
@@ -166,6 +178,9 @@ TEST(LinParser, readsHiddenBytesAsZeroOnTheCompatibleWay) {
   EXPECT_EQ(parsed(line).data, (Bytes{0, 0}));
   EXPECT_EQ(parsed(line, Way::complete()).data, Bytes());
   EXPECT_EQ(parsed(line, Way::complete()).length, 2U);
+  const std::string mixed = "5) 1000 Sub 15 2 01 -- 00 EH CK";
+  EXPECT_EQ(parsed(mixed).data, (Bytes{1, 0}));
+  EXPECT_FALSE(parsed(mixed, Way::complete()).valid) << "neither a zero that is not there nor the 01 lost";
 }
 
 }  // namespace

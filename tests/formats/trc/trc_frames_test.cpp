@@ -55,6 +55,12 @@ TEST_F(TrcFrames, ofVersion11HaveDirectionsAndErrors) {
   EXPECT_TRUE(account_.complete());
 }
 
+TEST_F(TrcFrames, keepTheWordAfterTheBytes) {
+  EXPECT_EQ(readVersion("1.1", "1)  10.1  Rx  0123  1  01  noise\n2)  20.2  Error  0004  4  01 19 60 08 late\n"),
+            (Texts{"10100000 data 0 123 Rx dlc1 [01] \"noise\"",
+                   "20200000 error 0 0 Rx \"late\" error_type=2 error_position=25 tx_errors=8 rx_errors=96"}));
+}
+
 TEST_F(TrcFrames, ofVersions12And13HaveBuses) {
   EXPECT_EQ(readVersion("1.2", "1)  1.001  2  Rx  0123  1  07\n"), (Texts{"1001000 data 2 123 Rx dlc1 [07]"}));
   EXPECT_EQ(
