@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::int64_t kMicrosecond = 1'000;
 
-constexpr FrameCapacity row(double version, FrameKindSet kinds) {
+consteval FrameCapacity row(double version, FrameKindSet kinds) {
   FrameCapacity capacity;
   capacity.version = version;
   capacity.kinds = kinds;

@@ -42,7 +42,7 @@ constexpr std::uint16_t kLongestFd = 64;
 constexpr std::uint32_t kLongestXl = 2048;
 
 // What the rows have in common: everything but times comes back, and comments are lines of their own.
-constexpr FrameCapacity row(double version, FrameKindSet kinds, std::uint32_t attributes, std::int64_t resolutionNs) {
+consteval FrameCapacity row(double version, FrameKindSet kinds, std::uint32_t attributes, std::int64_t resolutionNs) {
   FrameCapacity capacity;
   capacity.version = version;
   capacity.kinds = kinds;
@@ -55,19 +55,19 @@ constexpr FrameCapacity row(double version, FrameKindSet kinds, std::uint32_t at
   return capacity;
 }
 
-constexpr FrameCapacity withBuses(FrameCapacity capacity) {
+consteval FrameCapacity withBuses(FrameCapacity capacity) {
   capacity.highestBus = kHighestBus;
   return capacity;
 }
 
-constexpr FrameCapacity withFd(FrameCapacity capacity) {
+consteval FrameCapacity withFd(FrameCapacity capacity) {
   capacity.fd = true;
   capacity.bitsOfFd = true;
   capacity.longestData = kLongestFd;
   return capacity;
 }
 
-constexpr FrameCapacity withXl(FrameCapacity capacity) {
+consteval FrameCapacity withXl(FrameCapacity capacity) {
   capacity.xl = true;
   return capacity;
 }
