@@ -19,6 +19,8 @@ enum class Remark : std::uint8_t {
   // Decided without being told.
   BusGuessed,
   LengthGuessed,
+  DirectionGuessed,
+  DetailGuessed,
 
   // What a target can't hold: a comment stands for the frame there, or nothing.
   KindNotHeld,
@@ -28,16 +30,19 @@ enum class Remark : std::uint8_t {
   IdentifierNotHeld,
   BusNotHeld,
   TimeNotHeld,
+  DetailNotHeld,
+  TextNotHeld,  // of a frame that says what it is in words
 
   // The frame is there, but for this.
   DirectionLost,
+  BusLost,
   DlcLost,
   BitsLost,    // BRS or ESI
   DetailLost,  // an attribute
   TextLost,
   TimeRounded,
 };
-inline constexpr std::size_t kRemarkCount = 19;
+inline constexpr std::size_t kRemarkCount = 24;
 
 // How a remark counts.
 enum class RemarkClass : std::uint8_t { Damage, Guess, NotHeld, Reduced };

@@ -13,7 +13,43 @@ constexpr std::array<std::string_view, kFrameAttributeCount> kAttributeNames = {
     "sdt",           "acceptance_field", "rrs",        "sec",       "checksum",  "checksum_model", "lin_errors",
     "lin_direction", "reserved",         "record_type"};
 
+constexpr std::array kFlagNames = {
+    FrameFlagName{frame_flag::kExtended, "extended"},
+    FrameFlagName{frame_flag::kReceived, "received"},
+    FrameFlagName{frame_flag::kTransmitted, "transmitted"},
+    FrameFlagName{frame_flag::kFd, "fd"},
+    FrameFlagName{frame_flag::kBrs, "brs"},
+    FrameFlagName{frame_flag::kEsi, "esi"},
+    FrameFlagName{frame_flag::kXl, "xl"},
+    FrameFlagName{frame_flag::kDlcKnown, "dlc_known"},
+    FrameFlagName{frame_flag::kEnhancedChecksum, "enhanced_checksum"},
+};
+
+// The value that has this name in a table of names in the order of an enumeration.
+template <typename Value, std::size_t kCount>
+std::optional<Value> valueOfName(const std::array<std::string_view, kCount>& names, std::string_view name) {
+  const auto* const found = std::ranges::find(names, name);
+  return found == names.end() ? std::nullopt : std::optional(static_cast<Value>(found - names.begin()));
+}
+
 }  // namespace
+
+std::span<const FrameFlagName> frameFlagNames() {
+  return kFlagNames;
+}
+
+std::optional<std::uint16_t> frameFlagOfName(std::string_view name) {
+  const auto* const found = std::ranges::find(kFlagNames, name, &FrameFlagName::name);
+  return found == kFlagNames.end() ? std::nullopt : std::optional(found->flag);
+}
+
+std::optional<FrameKind> frameKindOfName(std::string_view name) {
+  return valueOfName<FrameKind>(kKindNames, name);
+}
+
+std::optional<FrameAttribute> frameAttributeOfName(std::string_view name) {
+  return valueOfName<FrameAttribute>(kAttributeNames, name);
+}
 
 std::string_view frameKindName(FrameKind kind) {
   return kKindNames.at(static_cast<std::size_t>(kind));

@@ -27,11 +27,10 @@ inline constexpr std::size_t kFrameKindCount = 10;
 // As shown to users: "data", "lin_event".
 [[nodiscard]] std::string_view frameKindName(FrameKind kind);
 
-// The kinds that a format or a selection has, a bit each.
-using FrameKindSet = std::uint16_t;
-[[nodiscard]] constexpr FrameKindSet kindBit(FrameKind kind) {
-  return static_cast<FrameKindSet>(1U << static_cast<unsigned>(kind));
-}
+[[nodiscard]] std::optional<FrameKind> frameKindOfName(std::string_view name);
+
+// 285 years: every rounding of such a time fits into 64 bits. No frame is farther from the start of its trace.
+inline constexpr std::int64_t kFarthestNs = 9'000'000'000'000'000'000;
 
 // Properties of a frame. A frame without kReceived and kTransmitted has no known direction.
 namespace frame_flag {
@@ -45,6 +44,14 @@ inline constexpr std::uint16_t kXl = 0x0040;                // CAN XL
 inline constexpr std::uint16_t kDlcKnown = 0x0080;          // of a remote frame: the source states its DLC
 inline constexpr std::uint16_t kEnhancedChecksum = 0x0100;  // of a LIN frame: the identifier is part of the checksum
 }  // namespace frame_flag
+
+// As shown to users: "extended", "brs".
+struct FrameFlagName {
+  std::uint16_t flag;
+  std::string_view name;
+};
+[[nodiscard]] std::span<const FrameFlagName> frameFlagNames();
+[[nodiscard]] std::optional<std::uint16_t> frameFlagOfName(std::string_view name);
 
 // What few formats have. Each is a number that a frame has or lacks.
 enum class FrameAttribute : std::uint8_t {
@@ -70,6 +77,7 @@ inline constexpr std::size_t kFrameAttributeCount = 17;
 
 // As shown to users, in columns and JSON: "error_type", "tx_errors".
 [[nodiscard]] std::string_view frameAttributeName(FrameAttribute attribute);
+[[nodiscard]] std::optional<FrameAttribute> frameAttributeOfName(std::string_view name);
 
 // The attributes of a frame.
 class FrameAttributes {

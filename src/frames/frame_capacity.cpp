@@ -1,13 +1,110 @@
 #include "frames/frame_capacity.hpp"
 
+#include <bit>
+#include <string_view>
+
+#include "messages/can_dlc.hpp"
+
 namespace xlatr {
 namespace {
 
 constexpr std::uint16_t kDirection = frame_flag::kReceived | frame_flag::kTransmitted;
 constexpr std::uint16_t kBits = frame_flag::kBrs | frame_flag::kEsi;
 
+// The flags that mean something for a kind of frame, besides its direction.
+constexpr std::uint16_t flagsOf(FrameKind kind) {
+  switch (kind) {
+    case FrameKind::Data:
+      return frame_flag::kExtended | frame_flag::kFd | frame_flag::kXl | kBits;
+    case FrameKind::Remote:
+      return frame_flag::kExtended | frame_flag::kDlcKnown;
+    case FrameKind::Lin:
+      return frame_flag::kEnhancedChecksum;
+    default:
+      return 0;
+  }
+}
+
 bool hasIdentifier(FrameKind kind) {
-  return kind == FrameKind::Data || kind == FrameKind::Remote;
+  return kind == FrameKind::Data || kind == FrameKind::Remote || kind == FrameKind::Lin;
+}
+
+bool hasPayload(FrameKind kind) {
+  return kind == FrameKind::Data || kind == FrameKind::Lin;
+}
+
+bool saysItInWords(FrameKind kind) {
+  return kind == FrameKind::Status || kind == FrameKind::LinEvent || kind == FrameKind::Event ||
+         kind == FrameKind::Comment;
+}
+
+std::uint32_t highestIdentifier(const Frame& frame) {
+  constexpr std::uint32_t kHighestBase = 0x7FF;
+  constexpr std::uint32_t kHighestExtended = 0x1FFFFFFF;
+  constexpr std::uint32_t kHighestLin = 0x3F;
+  if (frame.kind == FrameKind::Lin) {
+    return kHighestLin;
+  }
+  return frame.has(frame_flag::kExtended) ? kHighestExtended : kHighestBase;
+}
+
+// Whether there are frames of so many bytes, and files of the version have them.
+bool holdsLength(const FrameCapacity& capacity, const Frame& frame) {
+  constexpr std::size_t kLongestClassic = 8;
+  constexpr std::size_t kLongestXl = kMaxXlDlc + 1;
+  const std::size_t length = frame.data.size();
+  if (frame.kind == FrameKind::Remote) {
+    return length == 0;
+  }
+  if (frame.has(frame_flag::kXl)) {
+    return length > 0 && length <= kLongestXl;
+  }
+  if (frame.kind == FrameKind::Lin || !frame.has(frame_flag::kFd)) {
+    return length <= kLongestClassic;
+  }
+  return length <= capacity.longestData &&
+         dlcToLength(lengthToDlc(static_cast<std::uint32_t>(length))) == static_cast<std::uint32_t>(length);
+}
+
+// The DLC of a data or LIN frame, which follows from its length; but eight bytes of a classic frame have several.
+std::uint16_t dlcOf(const Frame& frame) {
+  constexpr std::uint16_t kClassic = 8;
+  const auto length = static_cast<std::uint32_t>(frame.data.size());
+  if (frame.has(frame_flag::kXl)) {
+    return static_cast<std::uint16_t>(lengthToXlDlc(length));
+  }
+  const bool several = frame.kind == FrameKind::Data && !frame.has(frame_flag::kFd) && length == kClassic;
+  if (several && frame.dlc > kClassic && frame.dlc < kDlcLengths.size()) {
+    return frame.dlc;
+  }
+  return static_cast<std::uint16_t>(lengthToDlc(length));
+}
+
+// Bytes that are no payload, or an identifier where there is none.
+bool saysMoreThan(const KindCapacity& kind, const Frame& frame) {
+  return (!hasIdentifier(frame.kind) && frame.id != 0) ||
+         (!hasPayload(frame.kind) && !kind.bytes && !frame.data.empty());
+}
+
+bool holdsText(TextCapacity capacity, std::string_view text) {
+  const auto lacks = [text](std::string_view characters) {
+    return text.find_first_of(characters) == std::string_view::npos;
+  };
+  constexpr std::string_view kSpaces = " \t\n\v\f\r";
+  switch (capacity) {
+    case TextCapacity::Word:
+      return !text.empty() && lacks(kSpaces);
+    case TextCapacity::Words:
+      return !text.empty() && lacks(kSpaces.substr(1)) && text.front() != ' ' && text.back() != ' ' &&
+             text.find("  ") == std::string_view::npos;
+    case TextCapacity::Line:
+      return lacks("\n\r");
+    case TextCapacity::Any:
+      return true;
+    case TextCapacity::None:
+      break;
+  }
+  return false;
 }
 
 std::int64_t rounded(std::int64_t time, std::int64_t resolution) {
@@ -19,22 +116,147 @@ std::int64_t rounded(std::int64_t time, std::int64_t resolution) {
   return -rest >= resolution + rest ? whole - resolution : whole;
 }
 
+// One frame that loses what a file can't hold.
+class Reduction {
+ public:
+  Reduction(const FrameCapacity& capacity, const Frame& frame, Account& account)
+      : capacity_(capacity), kind_(capacity.of(frame.kind)), frame_(frame), account_(account) {}
+
+  Frame result() {
+    reduceFlags();
+    reduceDlc();
+    reduceText();
+    reduceAttributes();
+    if (!capacity_.namesBuses() || !kind_.bus) {
+      noteIf(frame_.bus != 0, Remark::BusLost);
+      frame_.bus = 0;
+    }
+    const std::int64_t time = frame_.timeNs;
+    frame_.timeNs = rounded(time, capacity_.resolutionNs);
+    noteIf(frame_.timeNs != time, Remark::TimeRounded);
+    return frame_;
+  }
+
+ private:
+  void noteIf(bool lost, Remark remark) {
+    if (lost) {
+      account_.note(remark, frame_.place);
+    }
+  }
+
+  void lose(std::uint16_t flags, Remark remark) {
+    noteIf(frame_.has(flags), remark);
+    frame_.unset(flags);
+  }
+
+  void reduceFlags() {
+    frame_.flags = static_cast<std::uint16_t>(frame_.flags & (flagsOf(frame_.kind) | kDirection));
+    if (!frame_.has(frame_flag::kFd)) {
+      frame_.unset(kBits);
+    }
+    if (!capacity_.bitsOfFd) {
+      lose(kBits, Remark::BitsLost);
+    }
+    if (!capacity_.enhancedChecksum) {
+      lose(frame_flag::kEnhancedChecksum, Remark::DetailLost);
+    }
+    if (!kind_.direction) {
+      lose(kDirection, Remark::DirectionLost);
+    } else if (kind_.needsDirection && !frame_.has(kDirection)) {
+      frame_.set(frame_flag::kReceived);
+      account_.note(Remark::DirectionGuessed, frame_.place);
+    }
+  }
+
+  void reduceDlc() {
+    const std::uint16_t dlc = frame_.dlc;
+    if (frame_.kind == FrameKind::Remote) {
+      reduceRemoteDlc();
+      return;
+    }
+    frame_.dlc = hasPayload(frame_.kind) ? dlcOf(frame_) : std::uint16_t{0};
+    constexpr std::uint16_t kLongest = 8;
+    if (frame_.kind == FrameKind::Data && !frame_.has(frame_flag::kFd | frame_flag::kXl) && !capacity_.longDlc &&
+        frame_.dlc > kLongest) {
+      frame_.dlc = kLongest;
+    }
+    noteIf(frame_.dlc != dlc, Remark::DlcLost);
+  }
+
+  void reduceRemoteDlc() {
+    if (!capacity_.remoteDlc) {
+      lose(frame_flag::kDlcKnown, Remark::DlcLost);
+    } else if (capacity_.needsRemoteDlc && !frame_.has(frame_flag::kDlcKnown)) {
+      frame_.set(frame_flag::kDlcKnown);
+      frame_.dlc = 0;
+      account_.note(Remark::LengthGuessed, frame_.place);
+    }
+    constexpr std::uint16_t kLongest = 8;
+    const std::uint16_t dlc = frame_.dlc;
+    if (!frame_.has(frame_flag::kDlcKnown)) {
+      frame_.dlc = 0;
+    } else if (dlc > kLongest && (!capacity_.longRemoteDlc || dlc >= kDlcLengths.size())) {
+      frame_.dlc = kLongest;
+      account_.note(Remark::DlcLost, frame_.place);
+    }
+  }
+
+  void reduceText() {
+    if (frame_.text && !holdsText(kind_.text, *frame_.text)) {
+      frame_.text.reset();
+      account_.note(Remark::TextLost, frame_.place);
+    }
+  }
+
+  void reduceAttributes() {
+    const std::uint32_t present = frame_.attributes.present();
+    if ((present & ~kind_.attributes) != 0) {
+      frame_.attributes = frame_.attributes.only(kind_.attributes);
+      account_.note(Remark::DetailLost, frame_.place);
+    }
+    const std::uint32_t missing = kind_.filled & ~present;
+    noteIf(missing != 0, Remark::DetailGuessed);
+    for (std::uint32_t left = missing; left != 0; left &= left - 1) {
+      const auto attribute = static_cast<FrameAttribute>(std::countr_zero(left));
+      frame_.attributes.set(attribute, filledAttribute(attribute));
+    }
+  }
+
+  const FrameCapacity& capacity_;
+  const KindCapacity& kind_;
+  Frame frame_;
+  Account& account_;
+};
+
 }  // namespace
 
 std::optional<Remark> whyNotHeld(const FrameCapacity& capacity, const Frame& frame) {
-  if (!capacity.holds(frame.kind)) {
+  const KindCapacity& kind = capacity.of(frame.kind);
+  if (!kind.held) {
     return Remark::KindNotHeld;
   }
-  if (frame.has(frame_flag::kXl) && !capacity.xl) {
+  if (frame.kind == FrameKind::Data && frame.has(frame_flag::kXl) && !capacity.xl) {
     return Remark::XlNotHeld;
   }
-  if (frame.has(frame_flag::kFd) && !capacity.fd) {
+  if (frame.kind == FrameKind::Data && frame.has(frame_flag::kFd) && !capacity.fd) {
     return Remark::FdNotHeld;
   }
-  if (hasIdentifier(frame.kind) && !frame.has(frame_flag::kXl) && frame.data.size() > capacity.longestData) {
+  if (hasIdentifier(frame.kind) && !holdsLength(capacity, frame)) {
     return Remark::LengthNotHeld;
   }
-  if (capacity.namesBuses() && (frame.bus < capacity.lowestBus || frame.bus > capacity.highestBus)) {
+  if (hasIdentifier(frame.kind) && frame.id > highestIdentifier(frame)) {
+    return Remark::IdentifierNotHeld;
+  }
+  if (frame.kind == FrameKind::Comment) {
+    return std::nullopt;
+  }
+  if (frame.text && saysItInWords(frame.kind) && !holdsText(kind.text, *frame.text)) {
+    return Remark::TextNotHeld;
+  }
+  if ((frame.attributes.present() & kind.needed) != kind.needed || saysMoreThan(kind, frame)) {
+    return Remark::DetailNotHeld;
+  }
+  if (capacity.namesBuses() && kind.bus && (frame.bus < capacity.lowestBus || frame.bus > capacity.highestBus)) {
     return Remark::BusNotHeld;
   }
   if (frame.timeNs < capacity.earliestNs || frame.timeNs > capacity.latestNs) {
@@ -44,31 +266,7 @@ std::optional<Remark> whyNotHeld(const FrameCapacity& capacity, const Frame& fra
 }
 
 Frame reducedTo(const FrameCapacity& capacity, const Frame& frame, Account& account) {
-  Frame reduced = frame;
-  const auto lose = [&](bool held, std::uint16_t flags, Remark remark) {
-    if (!held && reduced.has(flags)) {
-      reduced.unset(flags);
-      account.note(remark, frame.place);
-    }
-  };
-  lose(capacity.direction, kDirection, Remark::DirectionLost);
-  lose(capacity.bitsOfFd, kBits, Remark::BitsLost);
-  if (frame.kind == FrameKind::Remote && !capacity.remoteDlc) {
-    lose(false, frame_flag::kDlcKnown, Remark::DlcLost);
-    reduced.dlc = 0;
-  }
-  if (!capacity.namesBuses()) {
-    reduced.bus = 0;
-  }
-  if (const std::uint32_t lost = frame.attributes.present() & ~capacity.attributes; lost != 0) {
-    reduced.attributes = frame.attributes.only(capacity.attributes);
-    account.note(Remark::DetailLost, frame.place);
-  }
-  reduced.timeNs = rounded(frame.timeNs, capacity.resolutionNs);
-  if (reduced.timeNs != frame.timeNs) {
-    account.note(Remark::TimeRounded, frame.place);
-  }
-  return reduced;
+  return Reduction(capacity, frame, account).result();
 }
 
 }  // namespace xlatr

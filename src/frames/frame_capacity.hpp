@@ -1,36 +1,60 @@
 // What the files of a format and version can hold.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
 
 #include "frames/account.hpp"
 #include "frames/frame.hpp"
+#include "messages/error_type.hpp"
 
 namespace xlatr {
 
-// 285 years: every rounding of such a time fits into 64 bits.
-inline constexpr std::int64_t kFarthestNs = 9'000'000'000'000'000'000;
+// The texts that can stand in a line of a version.
+enum class TextCapacity : std::uint8_t {
+  None,
+  Word,   // without blanks
+  Words,  // words with one blank between each two
+  Line,   // without line ends
+  Any,
+};
+
+// What a version keeps of the frames of a kind, besides time and, for those with a payload, identifier and bytes.
+struct KindCapacity {
+  bool held = false;
+  bool direction = false;
+  bool needsDirection = false;  // a frame without one is taken as received
+  bool bus = true;              // if the files name buses at all
+  TextCapacity text = TextCapacity::None;
+  bool bytes = false;            // those of a kind that has no payload
+  std::uint32_t attributes = 0;  // one bit for each that comes back
+  std::uint32_t needed = 0;      // those of them without which there is no such line
+  std::uint32_t filled = 0;      // those of them that a frame gets which lacks them, as filledAttribute() says
+};
 
 // One row: a version of a format. Sinks, documents and tests read it; what it doesn't say is held, a version can't
 // hold.
 struct FrameCapacity {
   double version = 0.0;
-  FrameKindSet kinds = 0;
+  std::array<KindCapacity, kFrameKindCount> kinds = {};
   bool comments = false;  // what can't stand in the file becomes a comment
 
   // Of data and remote frames.
   bool fd = false;
   bool bitsOfFd = false;  // BRS and ESI
   bool xl = false;
-  std::uint16_t longestData = 8;
+  std::uint16_t longestData = 8;  // of what is not CAN XL
+  bool longDlc = false;           // the DLCs 9 to 15 of classic data frames, which have 8 bytes
   bool remoteDlc = false;
-  bool direction = false;
+  bool longRemoteDlc = false;     // 9 to 15 too
+  bool needsRemoteDlc = false;    // a remote frame without one is taken to have DLC 0
+  bool enhancedChecksum = false;  // of LIN frames
 
   std::uint16_t lowestBus = 0;  // both 0: the files name no bus
   std::uint16_t highestBus = 0;
-  std::uint32_t attributes = 0;  // one bit for each that comes back
 
   std::int64_t resolutionNs = 1;
   std::int64_t earliestNs = -kFarthestNs;
@@ -38,14 +62,21 @@ struct FrameCapacity {
   std::int64_t startResolutionNs = 1;
   bool zone = false;  // the start says in which zone it is
 
-  [[nodiscard]] bool holds(FrameKind kind) const { return (kinds & kindBit(kind)) != 0; }
-  [[nodiscard]] bool namesBuses() const { return highestBus != 0; }
+  [[nodiscard]] constexpr KindCapacity& of(FrameKind kind) { return kinds[static_cast<std::size_t>(kind)]; }
+  [[nodiscard]] constexpr const KindCapacity& of(FrameKind kind) const { return kinds[static_cast<std::size_t>(kind)]; }
+  [[nodiscard]] constexpr bool holds(FrameKind kind) const { return of(kind).held; }
+  [[nodiscard]] constexpr bool namesBuses() const { return highestBus != 0; }
 };
 
 // The bits of attributes, for a table.
 template <typename... Attributes>
 [[nodiscard]] consteval std::uint32_t attributeBits(Attributes... attributes) {
   return (0U | ... | (1U << static_cast<unsigned>(attributes)));
+}
+
+// What stands where a line must have an attribute that the frame lacks: an error of some other type, otherwise 0.
+[[nodiscard]] constexpr std::uint32_t filledAttribute(FrameAttribute attribute) {
+  return attribute == FrameAttribute::ErrorType ? kOtherError : 0;
 }
 
 // Why a frame can't stand in such a file; nothing if it can, reduced or not.

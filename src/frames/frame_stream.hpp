@@ -1,4 +1,4 @@
-// Where frames come from and where they go.
+// Where frames come from.
 #pragma once
 
 #include <cstdint>
@@ -24,6 +24,7 @@ enum class PlaceUnit : std::uint8_t { Line, Record };
 
 // What a stream says before its first frame.
 struct StreamHead {
+  std::string path = {};  // empty for what is no file
   TraceFormat format = XLATR_FORMAT_NONE;
   double version = 0.0;
   std::string producer = {};

@@ -1,4 +1,4 @@
-// Frames of a text trace: what all formats share whose lines are frames, comments that begin with ";", or neither.
+// Frames of a text trace: what all formats share whose lines are frames, comments, or neither.
 #pragma once
 
 #include <cstdint>
@@ -6,13 +6,20 @@
 #include <string>
 #include <string_view>
 
+#include "frames/frame_comment.hpp"
 #include "frames/frame_stream.hpp"
 #include "io/line_input.hpp"
 #include "util/utf8.hpp"
 
 namespace xlatr {
 
+// The comments of most formats.
+struct SemicolonComments {
+  static constexpr std::string_view kCommentMark = ";";
+};
+
 // `Lines` knows the lines of one format:
+// - `kCommentMark`: what a comment begins with.
 // - `bool isHeader(std::string_view line)`: whether the line belongs to the header; it then takes note of it. The first
 //   line that does not ends the header and is a line like those after it.
 // - `void takeHead(StreamHead& head)`: tells what the header said.
@@ -26,11 +33,12 @@ class TextFrameSource final : public FrameSource {
     std::string_view line;
     while (input_.next(line)) {
       ++line_;
-      if (!lines_.isHeader(line)) {
+      if (isFrameComment(line) || !lines_.isHeader(line)) {
         firstLine_.emplace(line);
         break;
       }
     }
+    head_.path = path;
     lines_.takeHead(head_);
   }
 
@@ -58,8 +66,8 @@ class TextFrameSource final : public FrameSource {
       return;
     }
     frame_.reset();
-    if (line.front() == ';') {
-      makeComment(line.substr(1));
+    if (line.starts_with(Lines::kCommentMark)) {
+      takeComment(line.substr(Lines::kCommentMark.size()));
     } else if (!lines_.understand(line, frame_)) {
       frame_.reset();
       makeComment(line);
@@ -71,6 +79,20 @@ class TextFrameSource final : public FrameSource {
       frame_.text = usableText(*frame_.text, account);
     }
     batch.append(frame_);
+  }
+
+  // Whether the line stands for a frame. Such a line is no header's, though it looks like one.
+  [[nodiscard]] static bool isFrameComment(std::string_view line) {
+    return line.starts_with(Lines::kCommentMark) && !isPlainComment(line.substr(Lines::kCommentMark.size()));
+  }
+
+  void takeComment(std::string_view text) {
+    if (!frameComments_.read(text, frame_)) {
+      frame_.reset();
+      makeComment(text);
+    } else if (frame_.kind == FrameKind::Comment) {
+      frame_.timeNs = timeNs_;
+    }
   }
 
   // A comment has no time of its own: it belongs to what stands before it.
@@ -96,6 +118,7 @@ class TextFrameSource final : public FrameSource {
   std::uint64_t line_ = 0;                // the last one that was read, counted from 1
   std::int64_t timeNs_ = 0;               // of the last frame
   Frame frame_;
+  FrameCommentReader frameComments_;
   std::string converted_;
 };
 

@@ -14,11 +14,14 @@
 
 namespace xlatr {
 
+class FrameSink;
 class FrameSource;
 class ITraceWriter;
 class TraceFileInfo;
 class TraceSource;
 struct FrameCapacity;
+struct SinkSettings;
+struct StreamHead;
 
 // The options of a conversion that only some writers know.
 struct WriterSettings {
@@ -75,10 +78,12 @@ struct FormatDescriptor {
   // Null for a format that no conversion writes.
   std::unique_ptr<ITraceWriter> (*makeWriter)(const WriterSettings& settings) = nullptr;
 
-  // The complete way: what the files of each supported version can hold, and the frames of a file. Null for a format
-  // that the complete way does not know.
+  // The complete way: what the files of each version that it writes can hold, the frames of a file, and a file of
+  // frames. Null for what a format does not have.
   std::span<const FrameCapacity> (*frameCapacities)() = nullptr;
   std::unique_ptr<FrameSource> (*openFrames)(const std::string& path) = nullptr;
+  std::unique_ptr<FrameSink> (*createFrames)(const std::string& path, const StreamHead& head,
+                                             const SinkSettings& settings) = nullptr;
 
   [[nodiscard]] bool isSplitTarget(double version) const { return splitsByBus != nullptr && splitsByBus(version); }
 };

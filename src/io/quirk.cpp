@@ -6,6 +6,9 @@ namespace xlatr {
 namespace {
 
 constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
+    {Quirk::TrcBus255IsNone, XLATR_FORMAT_TRC, "trc_bus_255_is_none",
+     "bus 255 is written as `-`, which is what a line without a bus number was read as",
+     "bus 255 is written as a number, and `-` where there is no bus", "TrcPrinter.writesBus255AsADash"},
     {Quirk::LinEventsRefused, XLATR_FORMAT_LIN, "lin_events_refused",
      "the line of a bus event, such as `Bus Sleep`, is no frame and becomes a comment",
      "it is an event of the bus, with its time and text", "LinParser.refusesBusEventsOnTheCompatibleWay"},

@@ -13,11 +13,12 @@
 namespace xlatr {
 
 enum class Quirk : std::uint8_t {
+  TrcBus255IsNone,
   LinEventsRefused,
   LinNoneRefused,
   LinHiddenBytesAreZero,
 };
-inline constexpr std::size_t kQuirkCount = 3;
+inline constexpr std::size_t kQuirkCount = 4;
 
 struct QuirkInfo {
   Quirk quirk;

@@ -113,6 +113,17 @@ void appendFixed(TextBuffer& out, double value, int decimals) {
   out.append(formatFixed(value, decimals));
 }
 
+void appendUnitsFixed(TextBuffer& out, std::int64_t units, int decimals, std::size_t width) {
+  if (units >= 0) {
+    appendUnits(out, static_cast<std::uint64_t>(units), decimals, width);
+    return;
+  }
+  TextBuffer digits;
+  digits.append('-');
+  appendUnits(digits, 0 - static_cast<std::uint64_t>(units), decimals, 0);
+  out.appendRight(digits.view(), width);
+}
+
 void appendDecimal(TextBuffer& out, std::uint64_t value) {
   char* const begin = out.reserve(kMostDigits);
   out.extendTo(std::to_chars(begin, begin + kMostDigits, value).ptr);

@@ -25,6 +25,10 @@ void appendFixed(TextBuffer& out, double value, int decimals);
 // notation, right-aligned in `width` columns. At most 9 decimals.
 void appendRoundedFixed(TextBuffer& out, double value, int decimals, std::size_t width);
 
+// A number of units of the last decimal place in fixed notation, exact, right-aligned in `width` columns: 1234 with
+// three decimals is 1.234. At most 9 decimals.
+void appendUnitsFixed(TextBuffer& out, std::int64_t units, int decimals, std::size_t width);
+
 // Decimal digits; the padded forms fill up with blanks to `width` columns.
 void appendDecimal(TextBuffer& out, std::uint64_t value);
 void appendDecimalRight(TextBuffer& out, std::uint64_t value, std::size_t width);

@@ -119,4 +119,33 @@ std::optional<std::int64_t> startOf(std::optional<std::string_view> days, std::o
   return finer && std::abs(text->sinceEpochNs - *number) <= kLastOfFifteenDigits ? text->sinceEpochNs : number;
 }
 
+double daysOfStart(std::int64_t sinceEpochNs) {
+  using Days = std::chrono::duration<double, std::chrono::days::period>;
+  // Whole days apart from the rest, so that both are as exact as a double can be.
+  const Nanoseconds sinceEpoch(sinceEpochNs);
+  const auto whole = std::chrono::floor<std::chrono::days>(sinceEpoch);
+  return Days(whole - kNullDate.time_since_epoch()).count() + Days(sinceEpoch - whole).count();
+}
+
+DateTime dateTimeOfStart(std::int64_t sinceEpochNs) {
+  using std::chrono::microseconds;
+  const microseconds sinceEpoch = std::chrono::round<microseconds>(Nanoseconds(sinceEpochNs));
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
+  const auto days = std::chrono::floor<std::chrono::days>(seconds);
+  const std::chrono::year_month_day date{std::chrono::sys_days(days)};
+  const std::chrono::hh_mm_ss<std::chrono::seconds> clock(seconds - days);
+  DateTime start = emptyDateTime();
+  start.seconds = seconds.count();
+  start.year = static_cast<int>(date.year());
+  start.month = static_cast<std::int32_t>(static_cast<unsigned>(date.month()));
+  start.day = static_cast<std::int32_t>(static_cast<unsigned>(date.day()));
+  start.hour = static_cast<std::int32_t>(clock.hours().count());
+  start.minute = static_cast<std::int32_t>(clock.minutes().count());
+  start.second = static_cast<std::int32_t>(clock.seconds().count());
+  const microseconds fraction = sinceEpoch - seconds;
+  start.millisecond = static_cast<std::int32_t>(fraction.count() / 1'000);
+  start.microsecond = static_cast<std::int32_t>(fraction.count() % 1'000);
+  return start;
+}
+
 }  // namespace xlatr

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string_view>
 
+#include "util/date_time.hpp"
+
 namespace xlatr {
 
 // From a decimal number of days since 1899-12-30. Nothing for what is no such number, or is farther than 64 bits reach.
@@ -27,5 +29,12 @@ struct StartText {
 // less exactly than a text which has them; where the two are farther apart than that, the number counts.
 [[nodiscard]] std::optional<std::int64_t> startOf(std::optional<std::string_view> days,
                                                   std::optional<std::string_view> dottedText);
+
+// Days since 1899-12-30, as headers state them.
+[[nodiscard]] double daysOfStart(std::int64_t sinceEpochNs);
+
+// The date and the time of day, to the microsecond, with seconds and fields of the same clock. Rounded to the
+// nearest one, so that nothing is 1000 of anything.
+[[nodiscard]] DateTime dateTimeOfStart(std::int64_t sinceEpochNs);
 
 }  // namespace xlatr

@@ -14,23 +14,29 @@ namespace {
 
 constexpr std::int64_t kMicrosecond = 1'000;
 
-consteval FrameCapacity row(double version, FrameKindSet kinds) {
+consteval FrameCapacity row(double version) {
   FrameCapacity capacity;
   capacity.version = version;
-  capacity.kinds = kinds;
+  capacity.of(FrameKind::Lin) = {.held = true,
+                                 .direction = true,
+                                 .attributes = attributeBits(FrameAttribute::Checksum, FrameAttribute::ChecksumModel,
+                                                             FrameAttribute::LinErrors, FrameAttribute::LinDirection),
+                                 .filled = attributeBits(FrameAttribute::Checksum)};
+  capacity.of(FrameKind::Comment) = {.held = true, .bus = false, .text = TextCapacity::Any};
   capacity.comments = true;
-  capacity.direction = true;
-  capacity.attributes = attributeBits(FrameAttribute::Checksum, FrameAttribute::ChecksumModel,
-                                      FrameAttribute::LinErrors, FrameAttribute::LinDirection);
+  capacity.enhancedChecksum = true;
   capacity.resolutionNs = kMicrosecond;
   capacity.earliestNs = 0;
   capacity.startResolutionNs = version == 1.0 ? 1'000'000 * kMicrosecond : kMicrosecond;
   return capacity;
 }
 
-constexpr FrameKindSet kFrames = kindBit(FrameKind::Lin) | kindBit(FrameKind::Comment);
-constexpr std::array kCapacities = {row(1.0, kFrames), row(1.1, kFrames),
-                                    row(1.2, kFrames | kindBit(FrameKind::LinEvent))};
+consteval FrameCapacity withEvents(FrameCapacity capacity) {
+  capacity.of(FrameKind::LinEvent) = {.held = true, .text = TextCapacity::Words};
+  return capacity;
+}
+
+constexpr std::array kCapacities = {row(1.0), row(1.1), withEvents(row(1.2))};
 
 void takeFlags(const KorlMessage& message, Frame& frame) {
   frame.set(message.checksumType == ChecksumType::Enhanced ? frame_flag::kEnhancedChecksum : std::uint16_t{0});
@@ -65,7 +71,7 @@ void takeMessage(const KorlMessage& message, Frame& frame) {
 }
 
 // The lines of a LIN trace, for TextFrameSource.
-class LinLines {
+class LinLines : public SemicolonComments {
  public:
   [[nodiscard]] bool isHeader(std::string_view line) {
     if (line.empty() || line.front() != ';') {

@@ -62,6 +62,7 @@ constinit const FormatDescriptor kTrcFormat = {
     .makeWriter = makePlainWriter<TrcWriter>,
     .frameCapacities = trcCapacities,
     .openFrames = openTrcFrames,
+    .createFrames = createTrcFrames,
 };
 
 }  // namespace xlatr

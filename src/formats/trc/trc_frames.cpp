@@ -1,57 +1,80 @@
 #include "formats/trc/trc_frames.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
 
+#include "formats/trc/trc_header.hpp"
 #include "formats/trc/trc_header_keys.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_parser.hpp"
+#include "formats/trc/trc_printer.hpp"
 #include "formats/trc/trc_version.hpp"
+#include "frames/text_frame_sink.hpp"
 #include "frames/text_frame_source.hpp"
 #include "messages/can_dlc.hpp"
 #include "messages/error_type.hpp"
 #include "messages/fd_kind.hpp"
 #include "util/decimal.hpp"
+#include "util/host.hpp"
+#include "util/render.hpp"
 #include "util/start_time.hpp"
 
 namespace xlatr {
 namespace {
-
-constexpr FrameKindSet kFixedColumnKinds =
-    kindBit(FrameKind::Data) | kindBit(FrameKind::Remote) | kindBit(FrameKind::Status) | kindBit(FrameKind::Comment);
-constexpr FrameKindSet kTypedKinds = kFixedColumnKinds | kindBit(FrameKind::Error) | kindBit(FrameKind::Counters);
-constexpr FrameKindSet kColumnBasedKinds = kTypedKinds | kindBit(FrameKind::Event);
-
-constexpr std::uint32_t kErrorAttributes =
-    attributeBits(FrameAttribute::ErrorType, FrameAttribute::ErrorPosition, FrameAttribute::TxErrors,
-                  FrameAttribute::RxErrors, FrameAttribute::BusState);
-constexpr std::uint32_t kReserved = attributeBits(FrameAttribute::Reserved);
-constexpr std::uint32_t kXlAttributes =
-    attributeBits(FrameAttribute::Vcid, FrameAttribute::Sdt, FrameAttribute::AcceptanceField, FrameAttribute::Rrs,
-                  FrameAttribute::Sec);
 
 constexpr std::int64_t kMicrosecond = 1'000;
 constexpr std::int64_t kMillisecond = 1'000'000;
 constexpr std::uint16_t kHighestBus = std::numeric_limits<std::uint16_t>::max();
 constexpr std::uint16_t kLongestFd = 64;
 constexpr std::uint32_t kLongestXl = 2048;
+constexpr int kNoReserved = -1;
 
-// What the rows have in common: everything but times comes back, and comments are lines of their own.
-consteval FrameCapacity row(double version, FrameKindSet kinds, std::uint32_t attributes, std::int64_t resolutionNs) {
+constexpr std::uint32_t kCounters = attributeBits(FrameAttribute::TxErrors, FrameAttribute::RxErrors);
+constexpr std::uint32_t kErrorBytes =
+    kCounters | attributeBits(FrameAttribute::ErrorType, FrameAttribute::ErrorPosition);
+constexpr std::uint32_t kReserved = attributeBits(FrameAttribute::Reserved);
+constexpr std::uint32_t kXlColumns =
+    attributeBits(FrameAttribute::Vcid, FrameAttribute::Sdt, FrameAttribute::AcceptanceField, FrameAttribute::Rrs,
+                  FrameAttribute::Sec);
+
+// What the rows have in common: frames and states of a bus, and comments as lines of their own.
+consteval FrameCapacity row(double version, std::int64_t resolutionNs) {
   FrameCapacity capacity;
   capacity.version = version;
-  capacity.kinds = kinds;
+  const bool direction = version != 1.0;
+  capacity.of(FrameKind::Data) = {.held = true, .direction = direction, .needsDirection = direction};
+  capacity.of(FrameKind::Remote) = capacity.of(FrameKind::Data);
+  const std::uint32_t state = attributeBits(FrameAttribute::BusState);
+  capacity.of(FrameKind::Status) = {.held = true, .attributes = state, .needed = state};
+  capacity.of(FrameKind::Comment) = {.held = true, .bus = false, .text = TextCapacity::Any};
   capacity.comments = true;
-  capacity.attributes = attributes;
   capacity.remoteDlc = true;
-  capacity.direction = version != 1.0;
+  capacity.needsRemoteDlc = true;
   capacity.resolutionNs = resolutionNs;
   capacity.startResolutionNs = version < 2.0 ? kMillisecond : kMicrosecond;
+  return capacity;
+}
+
+// A word after the bytes.
+consteval FrameCapacity withWords(FrameCapacity capacity, std::initializer_list<FrameKind> kinds) {
+  for (const FrameKind kind : kinds) {
+    capacity.of(kind).text = TextCapacity::Word;
+  }
+  return capacity;
+}
+
+consteval FrameCapacity withErrors(FrameCapacity capacity) {
+  // The direction is one of the bytes.
+  capacity.of(FrameKind::Error) = {
+      .held = true, .direction = true, .needsDirection = true, .attributes = kErrorBytes, .filled = kErrorBytes};
+  capacity.of(FrameKind::Counters) = {.held = true, .attributes = kCounters, .needed = kCounters};
   return capacity;
 }
 
@@ -60,26 +83,38 @@ consteval FrameCapacity withBuses(FrameCapacity capacity) {
   return capacity;
 }
 
+consteval FrameCapacity withReserved(FrameCapacity capacity) {
+  for (const FrameKind kind : {FrameKind::Data, FrameKind::Remote}) {
+    capacity.of(kind).attributes |= kReserved;
+  }
+  return capacity;
+}
+
+// The versions with a list of columns.
 consteval FrameCapacity withFd(FrameCapacity capacity) {
+  capacity.of(FrameKind::Event) = {.held = true, .text = TextCapacity::Words};
   capacity.fd = true;
   capacity.bitsOfFd = true;
   capacity.longestData = kLongestFd;
+  capacity.longRemoteDlc = true;
   return capacity;
 }
 
 consteval FrameCapacity withXl(FrameCapacity capacity) {
+  capacity.of(FrameKind::Data).attributes |= kXlColumns;
   capacity.xl = true;
   return capacity;
 }
 
 constexpr std::array kCapacities = {
-    row(1.0, kFixedColumnKinds, attributeBits(FrameAttribute::BusState), kMillisecond),
-    row(1.1, kTypedKinds, kErrorAttributes, 100 * kMicrosecond),
-    withBuses(row(1.2, kTypedKinds, kErrorAttributes, kMicrosecond)),
-    withBuses(row(1.3, kTypedKinds, kErrorAttributes | kReserved, kMicrosecond)),
-    withFd(row(2.0, kColumnBasedKinds, kErrorAttributes, kMicrosecond)),
-    withFd(withBuses(row(2.1, kColumnBasedKinds, kErrorAttributes | kReserved, kMicrosecond))),
-    withXl(withFd(withBuses(row(3.0, kColumnBasedKinds, kErrorAttributes | kReserved | kXlAttributes, kMicrosecond)))),
+    withWords(row(1.0, kMillisecond), {FrameKind::Status}),
+    withWords(withErrors(row(1.1, 100 * kMicrosecond)),
+              {FrameKind::Data, FrameKind::Status, FrameKind::Error, FrameKind::Counters}),
+    withBuses(withErrors(row(1.2, kMicrosecond))),
+    withReserved(withBuses(withErrors(row(1.3, kMicrosecond)))),
+    withFd(withErrors(row(2.0, kMicrosecond))),
+    withReserved(withFd(withBuses(withErrors(row(2.1, kMicrosecond))))),
+    withXl(withReserved(withFd(withBuses(withErrors(row(3.0, kMicrosecond)))))),
 };
 static_assert(kCapacities.size() == kTrcVersions.size());
 
@@ -125,7 +160,7 @@ void takeCounters(std::span<const std::uint8_t> bytes, Frame& frame) {
 }
 
 void takeErrorLine(const BrixMessage& message, Frame& frame) {
-  constexpr std::size_t kCounters = 2;
+  constexpr std::size_t kCounterBytes = 2;
   frame.kind = FrameKind::Error;
   const std::span<const std::uint8_t> bytes = message.data;
   if (message.columnBased) {
@@ -133,7 +168,7 @@ void takeErrorLine(const BrixMessage& message, Frame& frame) {
     return;
   }
   // Versions with fixed columns have one word for both.
-  if (message.id == 0 && bytes.size() == kCounters) {
+  if (message.id == 0 && bytes.size() == kCounterBytes) {
     takeCounters(bytes, frame);
   } else if (!takeError(message.id, bytes, frame)) {
     frame.id = message.id;
@@ -153,8 +188,10 @@ void takeStatus(const BrixMessage& message, Frame& frame) {
   const std::uint32_t state = std::uint32_t{data[0]} << 24 | std::uint32_t{data[1]} << 16 |
                               std::uint32_t{data[2]} << 8 | std::uint32_t{data[3]};
   frame.attributes.set(FrameAttribute::BusState, state);
-  // Words that say no more than the bits are no text of the source.
-  if (!message.comment.empty() && message.comment != warningErrorsToText(state)) {
+  // Words that say no more than the bits are no text of the source. A line has the last of several.
+  const std::string words = warningErrorsToText(state);
+  const std::string_view lastWord = std::string_view(words).substr(words.rfind(' ') + 1);
+  if (!message.comment.empty() && message.comment != words && message.comment != lastWord) {
     frame.text = message.comment;
   }
 }
@@ -198,7 +235,6 @@ void takeFrame(const BrixMessage& message, Frame& frame) {
 
 // What the frame refers to belongs to the message.
 void takeMessage(const BrixMessage& message, Frame& frame) {
-  takeDirection(message, frame);
   switch (message.kind) {
     case MessageKind::ST:
       takeStatus(message, frame);
@@ -211,10 +247,10 @@ void takeMessage(const BrixMessage& message, Frame& frame) {
       break;
     case MessageKind::EV:
       frame.kind = FrameKind::Event;
-      frame.flags = 0;
       frame.text = message.comment;
       break;
     default:
+      takeDirection(message, frame);
       takeFrame(message, frame);
   }
   // The versions with fixed columns may have a word after the bytes of any line.
@@ -240,7 +276,7 @@ std::optional<std::int64_t> timeOf(const TrcLineRemains& remains, RealMillisecon
 }
 
 // The lines of a TRC file, for TextFrameSource.
-class TrcLines {
+class TrcLines : public SemicolonComments {
  public:
   [[nodiscard]] bool isHeader(std::string_view line) {
     if (!line.empty() && line.front() != ';') {
@@ -275,7 +311,7 @@ class TrcLines {
     frame.timeNs = *time;
     frame.bus = named ? static_cast<std::uint16_t>(message_.bus) : std::uint16_t{0};
     takeMessage(message_, frame);
-    if (!capacityOf(*version_).direction) {
+    if (!capacityOf(*version_).of(frame.kind).direction) {
       frame.unset(frame_flag::kReceived | frame_flag::kTransmitted);
     }
     return true;
@@ -288,6 +324,155 @@ class TrcLines {
   BrixMessage message_;
 };
 
+// ---- from a frame to a line's message
+
+void giveCounters(const Frame& frame, BrixMessage& message) {
+  for (const FrameAttribute counter : {FrameAttribute::RxErrors, FrameAttribute::TxErrors}) {
+    message.data.push_back(static_cast<std::uint8_t>(frame.attributes.get(counter).value_or(0)));
+  }
+}
+
+// As takeErrorLine() reads it: the versions with columns have the type among the bytes.
+void giveError(const Frame& frame, BrixMessage& message) {
+  message.kind = MessageKind::ER;
+  message.type = MessageType::Error;
+  message.id = trcIdOfErrorType(frame.attributes.get(FrameAttribute::ErrorType).value_or(kOtherError) & kOtherError);
+  if (message.columnBased) {
+    message.data.push_back(static_cast<std::uint8_t>(message.id));
+  }
+  message.data.push_back(frame.has(frame_flag::kReceived) ? 1 : 0);
+  message.data.push_back(static_cast<std::uint8_t>(frame.attributes.get(FrameAttribute::ErrorPosition).value_or(0)));
+  giveCounters(frame, message);
+}
+
+void giveStatus(const Frame& frame, BrixMessage& message) {
+  const std::uint32_t state = frame.attributes.get(FrameAttribute::BusState).value_or(0);
+  message.kind = MessageKind::ST;
+  message.type = MessageType::Warng;
+  message.id = kNoIdentifier;
+  message.extended = true;
+  for (const unsigned shift : {24U, 16U, 8U, 0U}) {
+    message.data.push_back(static_cast<std::uint8_t>(state >> shift));
+  }
+  message.comment = frame.text ? std::string(*frame.text) : warningErrorsToText(state);
+}
+
+void giveXlFields(const FrameAttributes& attributes, CanXlFields& fields) {
+  const auto give = [&attributes](FrameAttribute attribute, auto& field) {
+    if (const auto value = attributes.get(attribute)) {
+      field = static_cast<typename std::remove_reference_t<decltype(field)>::value_type>(*value);
+    }
+  };
+  give(FrameAttribute::Vcid, fields.vcid);
+  give(FrameAttribute::Sdt, fields.sdt);
+  give(FrameAttribute::AcceptanceField, fields.acceptance);
+  give(FrameAttribute::Rrs, fields.rrs);
+  give(FrameAttribute::Sec, fields.sec);
+}
+
+// Data frames of all kinds, and remote ones.
+void giveFrame(const Frame& frame, BrixMessage& message) {
+  message.kind = MessageKind::DT;
+  message.id = frame.id;
+  message.extended = frame.has(frame_flag::kExtended);
+  message.direction = frame.has(frame_flag::kTransmitted) ? MessageDirection::Tx : MessageDirection::Rx;
+  message.type = frame.has(frame_flag::kTransmitted) ? MessageType::Tx : MessageType::Rx;
+  message.length = static_cast<std::uint32_t>(frame.data.size());
+  message.data.assign(frame.data.begin(), frame.data.end());
+  if (frame.kind == FrameKind::Remote) {
+    message.kind = MessageKind::RR;
+    message.remote = true;
+    message.length = dlcToLength(frame.dlc).value_or(0);
+  } else if (frame.has(frame_flag::kXl)) {
+    message.kind = MessageKind::XL;
+    giveXlFields(frame.attributes, message.xl);
+  } else if (frame.has(frame_flag::kFd)) {
+    message.kind = fdKind(frame.has(frame_flag::kBrs), frame.has(frame_flag::kEsi));
+  }
+  message.reserved = static_cast<std::int16_t>(
+      frame.attributes.get(FrameAttribute::Reserved).value_or(static_cast<std::uint32_t>(kNoReserved)));
+}
+
+// A message like a new one of the version's kind of lines, from a frame that the version can hold.
+void giveMessage(const Frame& frame, BrixMessage& message) {
+  message.bus = frame.bus;
+  message.direction = MessageDirection::Rx;
+  switch (frame.kind) {
+    case FrameKind::Status:
+      giveStatus(frame, message);
+      break;
+    case FrameKind::Counters:
+      message.kind = MessageKind::EC;
+      message.type = MessageType::Error;
+      message.id = 0;
+      giveCounters(frame, message);
+      break;
+    case FrameKind::Error:
+      giveError(frame, message);
+      break;
+    case FrameKind::Event:
+      message.kind = MessageKind::EV;
+      break;
+    default:
+      giveFrame(frame, message);
+  }
+  if (frame.kind != FrameKind::Data && frame.kind != FrameKind::Remote) {
+    message.length = static_cast<std::uint32_t>(message.data.size());
+  }
+  if (frame.kind != FrameKind::Status && frame.text) {
+    message.comment = *frame.text;
+  }
+}
+
+const TrcVersion& versionOf(const SinkSettings& settings) {
+  const TrcVersion* const version = findTrcVersion(settings.version);
+  return version != nullptr ? *version : kTrcVersions.back();
+}
+
+// The lines of a TRC file, for TextFrameSink.
+class TrcFrameLines : public SemicolonComments {
+ public:
+  TrcFrameLines(const std::string& path, const StreamHead& head, const SinkSettings& settings)
+      : version_(versionOf(settings)), path_(path), head_(head) {}
+
+  [[nodiscard]] const FrameCapacity& capacity() const { return capacityOf(version_); }
+
+  void appendHeader(TextBuffer& out) const {
+    constexpr int kStartNumberDigits = 15;
+    constexpr std::int64_t kNoStart = kNullDateSeconds * 1'000'000'000;
+    const std::int64_t start = head_.start ? head_.start->sinceEpochNs : kNoStart;
+    const DateTime date = dateTimeOfStart(start);
+    TrcHeaderValues values;
+    values.targetPath = path_;
+    values.sourcePath = head_.path;
+    values.startText = version_.microseconds ? date.toDottedTextMicro() : date.toDottedText();
+    values.startNumber = formatGeneral(daysOfStart(start), kStartNumberDigits);
+    values.hostVersion = getHostVersionText();
+    values.fromLogger = head_.format == XLATR_FORMAT_BTR;
+    for (const std::string& line : trcHeaderLines(version_, values)) {
+      out.append(line);
+      out.append(kLineEnd);
+    }
+  }
+
+  void appendFrame(TextBuffer& out, const Frame& frame) {
+    message_.reset();
+    message_.columnBased = version_.isColumnBased();
+    giveMessage(frame, message_);
+    appendTrcFrameLine(out, message_, frame.timeNs, version_, ++number_);
+    out.append(kLineEnd);
+  }
+
+  void appendEnd(TextBuffer& /*out*/) const {}
+
+ private:
+  const TrcVersion& version_;
+  std::string path_;
+  StreamHead head_;
+  BrixMessage message_;
+  std::uint64_t number_ = 0;
+};
+
 }  // namespace
 
 std::span<const FrameCapacity> trcCapacities() {
@@ -296,6 +481,11 @@ std::span<const FrameCapacity> trcCapacities() {
 
 std::unique_ptr<FrameSource> openTrcFrames(const std::string& path) {
   return std::make_unique<TextFrameSource<TrcLines>>(path);
+}
+
+std::unique_ptr<FrameSink> createTrcFrames(const std::string& path, const StreamHead& head,
+                                           const SinkSettings& settings) {
+  return std::make_unique<TextFrameSink<TrcFrameLines>>(path, head, settings);
 }
 
 }  // namespace xlatr

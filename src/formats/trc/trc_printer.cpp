@@ -6,6 +6,7 @@
 
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_version.hpp"
+#include "io/quirk.hpp"
 #include "messages/can_dlc.hpp"
 #include "util/render.hpp"
 
@@ -13,11 +14,17 @@ namespace xlatr {
 namespace {
 
 constexpr std::size_t kBaseIdDigits = 4;
-constexpr std::uint32_t kUnnumberedBus = 255;
+constexpr std::int64_t kNanosecondsPerMillisecond = 1'000'000;
+// The bus that a line shows as no number: one that a line without a number gave on the compatible way, where bus 255
+// itself is lost by it, and none on the complete way.
+constexpr std::uint32_t unnumberedBus(Way way) {
+  return way.has(Quirk::TrcBus255IsNone) ? 255 : 0;
+}
 
-TrcLine lineOf(const BrixMessage& message, const TrcVersion& version, std::uint64_t number, TrcColumnSet columns) {
+TrcLine lineOf(const BrixMessage& message, const TrcVersion& version, std::uint64_t number, TrcColumnSet columns,
+               Way way) {
   constexpr std::uint32_t kErrorBytes = 4;
-  TrcLine line{number, columns, message.id, message.length, message.data};
+  TrcLine line{number, columns, message.id, message.length, message.data, unnumberedBus(way), std::nullopt};
   // The column-based versions keep the kind of an error before its four bytes, the others as the identifier.
   if (message.kind == MessageKind::ER && !version.isColumnBased() && line.length > kErrorBytes && !line.data.empty()) {
     line.id = line.data.front();
@@ -43,9 +50,24 @@ void appendDataColumn(TextBuffer& out, const BrixMessage& message, const TrcLine
   }
 }
 
-void appendWholeMilliseconds(TextBuffer& out, RealMilliseconds time) {
+void appendWholeMilliseconds(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
   constexpr std::size_t kWidth = 7;
+  if (line.timeNs) {
+    appendUnitsFixed(out, *line.timeNs / kNanosecondsPerMillisecond, 0, kWidth);
+    return;
+  }
+  const RealMilliseconds time = message.timeOffset;
   out.appendRight(formatFixed(std::trunc(time.count()) + 0.0, 0), kWidth);  // + 0.0 turns -0 into 0
+}
+
+// Milliseconds with one or three decimals.
+void appendTime(TextBuffer& out, const BrixMessage& message, const TrcLine& line, int decimals, std::size_t width) {
+  if (!line.timeNs) {
+    appendRoundedFixed(out, message.timeOffset.count(), decimals, width);
+    return;
+  }
+  const std::int64_t unit = decimals == 1 ? kNanosecondsPerMillisecond / 10 : kNanosecondsPerMillisecond / 1'000;
+  appendUnitsFixed(out, *line.timeNs / unit, decimals, width);
 }
 
 void appendReserved(TextBuffer& out, const BrixMessage& message) {
@@ -68,7 +90,7 @@ void appendColumnsHead(TextBuffer& out, const BrixMessage& message, const TrcLin
     appendDecimalRight(out, line.number, 7);
     out.appendBlanks(1);
   }
-  appendRoundedFixed(out, message.timeOffset.count(), 3, 13);
+  appendTime(out, message, line, 3, 13);
   out.appendBlanks(1);
   out.append(messageKindToText(message.kind));
   out.appendBlanks(1);
@@ -116,7 +138,7 @@ struct ColumnForm {
 void appendColumns(TextBuffer& out, const BrixMessage& message, const TrcLine& line, const ColumnForm& form) {
   appendColumnsHead(out, message, line);
   if ((line.columns & trc_column::kBus) != 0) {
-    if (message.bus == kUnnumberedBus) {
+    if (message.bus == line.unnumberedBus) {
       out.append("- ");
     } else {
       appendDecimalLeft(out, message.bus, 2);
@@ -156,7 +178,7 @@ void appendColumns(TextBuffer& out, const BrixMessage& message, const TrcLine& l
 void printTrc10(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
   appendDecimalRight(out, line.number, 6);
   out.append(")   ");
-  appendWholeMilliseconds(out, message.timeOffset);
+  appendWholeMilliseconds(out, message, line);
   out.appendBlanks(2);
   appendTraceId(out, line.id, message.extended, kBaseIdDigits);
   out.appendBlanks(2);
@@ -172,7 +194,7 @@ void printTrc10(TextBuffer& out, const BrixMessage& message, const TrcLine& line
 void printTrc11(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
   appendDecimalRight(out, line.number, 6);
   out.append(")   ");
-  appendRoundedFixed(out, message.timeOffset.count(), 1, 9);
+  appendTime(out, message, line, 1, 9);
   out.appendBlanks(2);
   out.appendLeft(messageTypeToText(message.type), 5);
   out.appendBlanks(2);
@@ -190,7 +212,7 @@ void printTrc11(TextBuffer& out, const BrixMessage& message, const TrcLine& line
 void printTrc12(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
   appendDecimalRight(out, line.number, 6);
   out.append(")   ");
-  appendRoundedFixed(out, message.timeOffset.count(), 3, 10);
+  appendTime(out, message, line, 3, 10);
   out.appendBlanks(2);
   appendDecimalLeft(out, message.bus, 2);
   out.appendBlanks(1);
@@ -206,7 +228,7 @@ void printTrc12(TextBuffer& out, const BrixMessage& message, const TrcLine& line
 void printTrc13(TextBuffer& out, const BrixMessage& message, const TrcLine& line) {
   appendDecimalRight(out, line.number, 7);
   out.append(") ");
-  appendRoundedFixed(out, message.timeOffset.count(), 3, 12);
+  appendTime(out, message, line, 3, 12);
   out.appendBlanks(1);
   appendDecimalLeft(out, message.bus, 2);
   out.appendBlanks(1);
@@ -254,7 +276,14 @@ void printTrc30(TextBuffer& out, const BrixMessage& message, const TrcLine& line
 
 void appendTrcLine(TextBuffer& out, const BrixMessage& message, const TrcVersion& version, std::uint64_t number,
                    TrcColumnSet columns) {
-  version.print(out, message, lineOf(message, version, number, columns));
+  version.print(out, message, lineOf(message, version, number, columns, Way::compatible()));
+}
+
+void appendTrcFrameLine(TextBuffer& out, const BrixMessage& message, std::int64_t timeNs, const TrcVersion& version,
+                        std::uint64_t number) {
+  TrcLine line = lineOf(message, version, number, version.columns, Way::complete());
+  line.timeNs = timeNs;
+  version.print(out, message, line);
 }
 
 }  // namespace xlatr

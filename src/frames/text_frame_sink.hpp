@@ -1,0 +1,102 @@
+// Writing a text trace: what all formats share whose lines are frames or comments.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "frames/frame_comment.hpp"
+#include "frames/frame_sink.hpp"
+#include "frames/frame_stream.hpp"
+#include "io/buffered_output.hpp"
+#include "util/text_buffer.hpp"
+
+namespace xlatr {
+
+inline constexpr std::string_view kLineEnd = "\r\n";  // on every platform
+
+// `Lines` prints the lines of one format:
+// - `Lines(const std::string& path, const StreamHead& head, const SinkSettings& settings)`.
+// - `const FrameCapacity& capacity()`: what the files of its version can hold.
+// - `kCommentMark`: what a comment begins with.
+// - `void appendHeader(TextBuffer& out)`: appends the lines before the first frame, each with kLineEnd.
+// - `void appendFrame(TextBuffer& out, const Frame& frame)`: appends the line of a frame as reducedTo() made it, with
+//   kLineEnd. Never a comment.
+// - `void appendEnd(TextBuffer& out)`: appends the lines after the last frame.
+// A template, so that writing a line calls no virtual function.
+template <class Lines>
+class TextFrameSink final : public FrameSink {
+ public:
+  TextFrameSink(const std::string& path, const StreamHead& head, const SinkSettings& settings)
+      : lines_(path, head, settings) {
+    output_.open(path);
+    lines_.appendHeader(out_);
+  }
+
+  void write(const FrameBatch& batch, Account& account) override {
+    for (std::size_t row = 0; row < batch.size(); ++row) {
+      write(batch.at(row), account);
+      if (out_.size() >= kBlock) {
+        hand();
+      }
+    }
+    hand();
+  }
+
+  void close() override {
+    lines_.appendEnd(out_);
+    hand();
+    output_.close();
+  }
+
+ private:
+  static constexpr std::size_t kBlock = std::size_t{1} << 16;
+
+  void hand() {
+    output_.write(out_.view());
+    out_.clear();
+  }
+
+  void write(const Frame& frame, Account& account) {
+    const FrameCapacity& capacity = lines_.capacity();
+    if (const std::optional<Remark> reason = whyNotHeld(capacity, frame)) {
+      appendFrameLine(frame);
+      account.addCommented(*reason, frame.place);
+      return;
+    }
+    account.addWritten(1);
+    if (frame.kind == FrameKind::Comment) {
+      appendComment(frame);
+      return;
+    }
+    lines_.appendFrame(out_, reducedTo(capacity, frame, account));
+    inHeader_ = false;
+  }
+
+  // A plain comment right after the header would be taken for a line of it.
+  void appendComment(const Frame& frame) {
+    const std::string_view text = frame.text.value_or(std::string_view());
+    if (inHeader_ || !isPlainComment(text)) {
+      appendFrameLine(frame);
+      return;
+    }
+    out_.append(Lines::kCommentMark);
+    out_.append(text);
+    out_.append(kLineEnd);
+  }
+
+  void appendFrameLine(const Frame& frame) {
+    out_.append(Lines::kCommentMark);
+    appendFrameComment(out_, frame);
+    out_.append(kLineEnd);
+    inHeader_ = false;
+  }
+
+  Lines lines_;
+  BufferedOutput output_;
+  TextBuffer out_;
+  bool inHeader_ = true;
+};
+
+}  // namespace xlatr
