@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "messages/can_dlc.hpp"
+#include "messages/enumerations.hpp"
 
 namespace xlatr {
 namespace {
@@ -66,9 +67,13 @@ bool holdsLength(const FrameCapacity& capacity, const Frame& frame) {
          dlcToLength(lengthToDlc(static_cast<std::uint32_t>(length))) == static_cast<std::uint32_t>(length);
 }
 
-// The DLC of a data or LIN frame, which follows from its length; but eight bytes of a classic frame have several.
-std::uint16_t dlcOf(const Frame& frame) {
+// The DLC of a data or LIN frame, which follows from its length; but eight bytes of a classic frame have several, and
+// the bytes of a LIN frame may not be known.
+std::uint16_t dlcOf(const FrameCapacity& capacity, const Frame& frame) {
   constexpr std::uint16_t kClassic = 8;
+  if (frame.kind == FrameKind::Lin && frame.data.empty() && capacity.hiddenLinData && frame.dlc <= kClassic) {
+    return frame.dlc;
+  }
   const auto length = static_cast<std::uint32_t>(frame.data.size());
   if (frame.has(frame_flag::kXl)) {
     return static_cast<std::uint16_t>(lengthToXlDlc(length));
@@ -127,6 +132,7 @@ class Reduction {
     reduceDlc();
     reduceText();
     reduceAttributes();
+    settleChecksumModel();
     if (!capacity_.namesBuses() || !kind_.bus) {
       noteIf(frame_.bus != 0, Remark::BusLost);
       frame_.bus = 0;
@@ -151,6 +157,9 @@ class Reduction {
 
   void reduceFlags() {
     frame_.flags = static_cast<std::uint16_t>(frame_.flags & (flagsOf(frame_.kind) | kDirection));
+    if (frame_.has(frame_flag::kXl)) {
+      frame_.unset(frame_flag::kFd);
+    }
     if (!frame_.has(frame_flag::kFd)) {
       frame_.unset(kBits);
     }
@@ -159,6 +168,9 @@ class Reduction {
     }
     if (!capacity_.enhancedChecksum) {
       lose(frame_flag::kEnhancedChecksum, Remark::DetailLost);
+    }
+    if (frame_.has(frame_flag::kTransmitted)) {
+      frame_.unset(frame_flag::kReceived);
     }
     if (!kind_.direction) {
       lose(kDirection, Remark::DirectionLost);
@@ -174,7 +186,7 @@ class Reduction {
       reduceRemoteDlc();
       return;
     }
-    frame_.dlc = hasPayload(frame_.kind) ? dlcOf(frame_) : std::uint16_t{0};
+    frame_.dlc = hasPayload(frame_.kind) ? dlcOf(capacity_, frame_) : std::uint16_t{0};
     constexpr std::uint16_t kLongest = 8;
     if (frame_.kind == FrameKind::Data && !frame_.has(frame_flag::kFd | frame_flag::kXl) && !capacity_.longDlc &&
         frame_.dlc > kLongest) {
@@ -222,6 +234,22 @@ class Reduction {
     }
   }
 
+  // The flag and the attribute say the same.
+  void settleChecksumModel() {
+    constexpr auto kModel = FrameAttribute::ChecksumModel;
+    constexpr auto kEnhanced = static_cast<std::uint32_t>(ChecksumType::Enhanced);
+    if (frame_.kind != FrameKind::Lin || (kind_.attributes & attributeBits(kModel)) == 0) {
+      return;
+    }
+    if (!frame_.attributes.has(kModel) && frame_.has(frame_flag::kEnhancedChecksum)) {
+      frame_.attributes.set(kModel, kEnhanced);
+    }
+    frame_.unset(frame_flag::kEnhancedChecksum);
+    if (frame_.attributes.get(kModel) == kEnhanced) {
+      frame_.set(frame_flag::kEnhancedChecksum);
+    }
+  }
+
   const FrameCapacity& capacity_;
   const KindCapacity& kind_;
   Frame frame_;
@@ -238,7 +266,7 @@ std::optional<Remark> whyNotHeld(const FrameCapacity& capacity, const Frame& fra
   if (frame.kind == FrameKind::Data && frame.has(frame_flag::kXl) && !capacity.xl) {
     return Remark::XlNotHeld;
   }
-  if (frame.kind == FrameKind::Data && frame.has(frame_flag::kFd) && !capacity.fd) {
+  if (frame.kind == FrameKind::Data && frame.has(frame_flag::kFd) && !frame.has(frame_flag::kXl) && !capacity.fd) {
     return Remark::FdNotHeld;
   }
   if (hasIdentifier(frame.kind) && !holdsLength(capacity, frame)) {
@@ -253,7 +281,8 @@ std::optional<Remark> whyNotHeld(const FrameCapacity& capacity, const Frame& fra
   if (frame.text && saysItInWords(frame.kind) && !holdsText(kind.text, *frame.text)) {
     return Remark::TextNotHeld;
   }
-  if ((frame.attributes.present() & kind.needed) != kind.needed || saysMoreThan(kind, frame)) {
+  const bool hasNeeded = (frame.attributes.present() & kind.needed) == kind.needed;
+  if (!hasNeeded || saysMoreThan(kind, frame) || (capacity.hasRoomFor != nullptr && !capacity.hasRoomFor(frame))) {
     return Remark::DetailNotHeld;
   }
   if (capacity.namesBuses() && kind.bus && (frame.bus < capacity.lowestBus || frame.bus > capacity.highestBus)) {

@@ -1,11 +1,12 @@
 // What the files of a format and version can hold.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string_view>
+#include <span>
 
 #include "frames/account.hpp"
 #include "frames/frame.hpp"
@@ -52,6 +53,11 @@ struct FrameCapacity {
   bool longRemoteDlc = false;     // 9 to 15 too
   bool needsRemoteDlc = false;    // a remote frame without one is taken to have DLC 0
   bool enhancedChecksum = false;  // of LIN frames
+  bool hiddenLinData = false;     // LIN frames with a length and without bytes
+
+  // Whether there is room for all that the frame's attributes and text say, where that is more than the rows of kinds
+  // tell. Null if it is not.
+  bool (*hasRoomFor)(const Frame& frame) = nullptr;
 
   std::uint16_t lowestBus = 0;  // both 0: the files name no bus
   std::uint16_t highestBus = 0;
@@ -77,6 +83,12 @@ template <typename... Attributes>
 // What stands where a line must have an attribute that the frame lacks: an error of some other type, otherwise 0.
 [[nodiscard]] constexpr std::uint32_t filledAttribute(FrameAttribute attribute) {
   return attribute == FrameAttribute::ErrorType ? kOtherError : 0;
+}
+
+// The row of a version, or of the newest one for a version that there is not.
+[[nodiscard]] inline const FrameCapacity& capacityOfVersion(std::span<const FrameCapacity> rows, double version) {
+  const auto found = std::ranges::find(rows, version, &FrameCapacity::version);
+  return found == rows.end() ? rows.back() : *found;
 }
 
 // Why a frame can't stand in such a file; nothing if it can, reduced or not.

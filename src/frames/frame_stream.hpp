@@ -7,6 +7,7 @@
 
 #include "frames/account.hpp"
 #include "frames/frame_batch.hpp"
+#include "util/date_time.hpp"
 #include "xlatr/xlatr.h"
 
 namespace xlatr {
@@ -18,6 +19,13 @@ struct TraceStart {
 
   bool operator==(const TraceStart&) const = default;
 };
+
+// The start as headers state it that have a number of days for it: day zero of their scale, 1899-12-30, if there is
+// none.
+[[nodiscard]] inline std::int64_t startOrNone(const std::optional<TraceStart>& start) {
+  constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+  return start ? start->sinceEpochNs : kNullDateSeconds * kNanosecondsPerSecond;
+}
 
 // What Frame::place counts.
 enum class PlaceUnit : std::uint8_t { Line, Record };

@@ -77,13 +77,18 @@ class TextFrameSink final : public FrameSink {
   // A plain comment right after the header would be taken for a line of it.
   void appendComment(const Frame& frame) {
     const std::string_view text = frame.text.value_or(std::string_view());
-    if (inHeader_ || !isPlainComment(text)) {
+    if (inHeader_ || !isPlainComment(text) || saysMoreThanText(frame)) {
       appendFrameLine(frame);
       return;
     }
     out_.append(Lines::kCommentMark);
     out_.append(text);
     out_.append(kLineEnd);
+  }
+
+  [[nodiscard]] static bool saysMoreThanText(const Frame& frame) {
+    return !frame.text || frame.bus != 0 || frame.flags != 0 || frame.dlc != 0 || frame.id != 0 ||
+           !frame.data.empty() || !frame.attributes.empty();
   }
 
   void appendFrameLine(const Frame& frame) {

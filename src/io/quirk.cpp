@@ -19,6 +19,15 @@ constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
      "bytes that the line shows as dashes are read as 0",
      "the frame has its length and no data; a line that hides only some of its bytes is a comment",
      "LinParser.readsHiddenBytesAsZeroOnTheCompatibleWay"},
+    {Quirk::LinErrorHidesBytes, XLATR_FORMAT_LIN, "lin_error_hides_bytes",
+     "the bytes of a frame with an error are written as dashes", "they are written",
+     "LinPrinter.hidesBytesOfErrorsOnTheCompatibleWay"},
+    {Quirk::LinVBatShortNotShown, XLATR_FORMAT_LIN, "lin_vbat_short_not_shown",
+     "the error `VS` is described in the header and never written", "it is written",
+     "LinPrinter.showsNoVBatShortOnTheCompatibleWay"},
+    {Quirk::LinLongEventRunsOn, XLATR_FORMAT_LIN, "lin_long_event_runs_on",
+     "the text of a bus event of 25 characters or more is followed by the next column without a blank",
+     "a blank stands between them", "LinPrinter.runsLongEventsOnOnTheCompatibleWay"},
 }};
 static_assert(standsInOrder(kQuirks, &QuirkInfo::quirk));
 

@@ -17,8 +17,11 @@ enum class Quirk : std::uint8_t {
   LinEventsRefused,
   LinNoneRefused,
   LinHiddenBytesAreZero,
+  LinErrorHidesBytes,
+  LinVBatShortNotShown,
+  LinLongEventRunsOn,
 };
-inline constexpr std::size_t kQuirkCount = 4;
+inline constexpr std::size_t kQuirkCount = 7;
 
 struct QuirkInfo {
   Quirk quirk;

@@ -112,8 +112,10 @@ std::optional<std::int64_t> startOf(std::optional<std::string_view> days, std::o
   constexpr std::int64_t kLastOfFifteenDigits = 10'000;  // 1e-10 days, a little more
   const auto number = days ? startOfDays(*days) : std::nullopt;
   const auto text = dottedText ? startOfDottedText(*dottedText) : std::nullopt;
-  if (!number) {
-    return text ? std::optional(text->sinceEpochNs) : std::nullopt;
+  // Headers without a start have day zero of the scale.
+  constexpr std::int64_t kNullDateNs = Nanoseconds(kNullDate.time_since_epoch()).count();
+  if (!number || *number == kNullDateNs) {
+    return text && text->sinceEpochNs != kNullDateNs ? std::optional(text->sinceEpochNs) : std::nullopt;
   }
   const bool finer = text && text->resolutionNs < kLastOfFifteenDigits;
   return finer && std::abs(text->sinceEpochNs - *number) <= kLastOfFifteenDigits ? text->sinceEpochNs : number;

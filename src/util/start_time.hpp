@@ -26,7 +26,8 @@ struct StartText {
 [[nodiscard]] std::optional<StartText> startOfDottedText(std::string_view text);
 
 // What a header means that has both. The number of days has 15 digits in most headers, so that it says the microseconds
-// less exactly than a text which has them; where the two are farther apart than that, the number counts.
+// less exactly than a text which has them; where the two are farther apart than that, the number counts. Day zero,
+// 1899-12-30, is none, because headers without a start have it.
 [[nodiscard]] std::optional<std::int64_t> startOf(std::optional<std::string_view> days,
                                                   std::optional<std::string_view> dottedText);
 

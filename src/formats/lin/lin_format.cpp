@@ -50,6 +50,7 @@ constinit const FormatDescriptor kLinFormat = {
     .makeSources = makeOneSource<LinSource>,
     .frameCapacities = linCapacities,
     .openFrames = openLinFrames,
+    .createFrames = createLinFrames,
 };
 
 }  // namespace xlatr

@@ -2,10 +2,13 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
+#include "formats/lin/lin_header.hpp"
 #include "formats/lin/lin_header_keys.hpp"
 #include "formats/lin/lin_message.hpp"
+#include "frames/text_frame_sink.hpp"
 #include "frames/text_frame_source.hpp"
 #include "util/start_time.hpp"
 
@@ -13,6 +16,26 @@ namespace xlatr {
 namespace {
 
 constexpr std::int64_t kMicrosecond = 1'000;
+constexpr std::int64_t kStartNumber = 10 * kMicrosecond;  // of days with 15 digits
+
+// Whether a line shows all of it: a direction word says more than the flags and must not contradict them, the errors
+// are those that have codes, and an event's text must not look like the dashes after it.
+bool fitsLinLine(const Frame& frame) {
+  constexpr std::uint32_t kErrors = 0x1FF;
+  constexpr std::uint32_t kHighestByte = 0xFF;
+  constexpr auto kAutoLength = static_cast<std::uint32_t>(DirectionType::SubscriberAutoLength);
+  if (frame.kind == FrameKind::LinEvent) {
+    return frame.text && !frame.text->ends_with("--");
+  }
+  const FrameAttributes& attributes = frame.attributes;
+  const auto direction = attributes.get(FrameAttribute::LinDirection);
+  const auto model = attributes.get(FrameAttribute::ChecksumModel);
+  const auto errors = attributes.get(FrameAttribute::LinErrors);
+  return attributes.get(FrameAttribute::Checksum).value_or(0) <= kHighestByte &&
+         (!errors || (*errors != 0 && (*errors & ~kErrors) == 0)) &&
+         (!model || (*model != 0 && *model <= static_cast<std::uint32_t>(ChecksumType::Auto))) &&
+         (!direction || (*direction == kAutoLength && frame.has(frame_flag::kReceived)));
+}
 
 consteval FrameCapacity row(double version) {
   FrameCapacity capacity;
@@ -25,9 +48,11 @@ consteval FrameCapacity row(double version) {
   capacity.of(FrameKind::Comment) = {.held = true, .bus = false, .text = TextCapacity::Any};
   capacity.comments = true;
   capacity.enhancedChecksum = true;
+  capacity.hiddenLinData = true;
+  capacity.hasRoomFor = fitsLinLine;
   capacity.resolutionNs = kMicrosecond;
   capacity.earliestNs = 0;
-  capacity.startResolutionNs = version == 1.0 ? 1'000'000 * kMicrosecond : kMicrosecond;
+  capacity.startResolutionNs = version == 1.0 ? 1'000'000 * kMicrosecond : kStartNumber;
   return capacity;
 }
 
@@ -108,6 +133,70 @@ class LinLines : public SemicolonComments {
   KorlMessage message_;
 };
 
+// ---- from a frame to a line's message
+
+DirectionType directionOf(const Frame& frame) {
+  if (frame.attributes.has(FrameAttribute::LinDirection)) {
+    return DirectionType::SubscriberAutoLength;
+  }
+  if (frame.has(frame_flag::kTransmitted)) {
+    return DirectionType::Publisher;
+  }
+  return frame.has(frame_flag::kReceived) ? DirectionType::Subscriber : DirectionType::Unknown;
+}
+
+// A message like a new one, from a frame that a line can hold.
+void giveMessage(const Frame& frame, KorlMessage& message) {
+  message.valid = true;
+  message.timestamp = UnsignedMicroseconds(static_cast<std::uint64_t>(frame.timeNs / kMicrosecond));
+  message.busEvent = frame.kind == FrameKind::LinEvent;
+  if (message.busEvent) {
+    message.data.assign(frame.text->begin(), frame.text->end());
+    message.length = static_cast<std::uint32_t>(message.data.size());
+    return;
+  }
+  message.direction = directionOf(frame);
+  message.id = frame.id;
+  message.length = frame.dlc;
+  message.data.assign(frame.data.begin(), frame.data.end());
+  message.checksum = frame.attributes.get(FrameAttribute::Checksum).value_or(0);
+  message.checksumType = static_cast<ChecksumType>(frame.attributes.get(FrameAttribute::ChecksumModel).value_or(0));
+  message.errorFlags = frame.attributes.get(FrameAttribute::LinErrors).value_or(0);
+}
+
+// The lines of a LIN trace, for TextFrameSink.
+class LinFrameLines : public SemicolonComments {
+ public:
+  LinFrameLines(const std::string& /*path*/, const StreamHead& head, const SinkSettings& settings)
+      : capacity_(capacityOfVersion(kCapacities, settings.version)), head_(head) {}
+
+  [[nodiscard]] const FrameCapacity& capacity() const { return capacity_; }
+
+  void appendHeader(TextBuffer& out) const {
+    const std::int64_t start = startOrNone(head_.start);
+    for (const std::string& line :
+         linHeaderLines(capacity_.version, daysOfStart(start), dateTimeOfStart(start), head_.path)) {
+      out.append(line);
+      out.append(kLineEnd);
+    }
+  }
+
+  void appendFrame(TextBuffer& out, const Frame& frame) {
+    message_.reset();
+    giveMessage(frame, message_);
+    message_.appendText(out, capacity_.version, ++number_, Way::complete());
+    out.append(kLineEnd);
+  }
+
+  void appendEnd(TextBuffer& /*out*/) const {}
+
+ private:
+  const FrameCapacity& capacity_;
+  StreamHead head_;
+  KorlMessage message_;
+  std::uint64_t number_ = 0;
+};
+
 }  // namespace
 
 std::span<const FrameCapacity> linCapacities() {
@@ -116,6 +205,11 @@ std::span<const FrameCapacity> linCapacities() {
 
 std::unique_ptr<FrameSource> openLinFrames(const std::string& path) {
   return std::make_unique<TextFrameSource<LinLines>>(path);
+}
+
+std::unique_ptr<FrameSink> createLinFrames(const std::string& path, const StreamHead& head,
+                                           const SinkSettings& settings) {
+  return std::make_unique<TextFrameSink<LinFrameLines>>(path, head, settings);
 }
 
 }  // namespace xlatr

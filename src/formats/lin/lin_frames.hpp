@@ -6,6 +6,7 @@
 #include <string>
 
 #include "frames/frame_capacity.hpp"
+#include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
 
 namespace xlatr {
@@ -15,5 +16,9 @@ namespace xlatr {
 
 // The frames of a file, comments and lines that can't be understood among them.
 [[nodiscard]] std::unique_ptr<FrameSource> openLinFrames(const std::string& path);
+
+// A file of frames.
+[[nodiscard]] std::unique_ptr<FrameSink> createLinFrames(const std::string& path, const StreamHead& head,
+                                                         const SinkSettings& settings);
 
 }  // namespace xlatr

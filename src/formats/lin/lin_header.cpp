@@ -5,7 +5,6 @@
 #include <iterator>
 #include <string_view>
 
-#include "util/date_time.hpp"
 #include "util/render.hpp"
 
 namespace xlatr {
@@ -89,20 +88,20 @@ std::string columnLine(const ColumnLine& line, const Layout& layout) {
 
 }  // namespace
 
-std::vector<std::string> linHeaderLines(double targetVersion, double startDays, const std::string& sourcePath) {
+std::vector<std::string> linHeaderLines(double targetVersion, double startDays, const DateTime& startDate,
+                                        const std::string& sourcePath) {
   constexpr int kStartNumberDigits = 15;
   const auto* const layout = std::ranges::find(kLayouts, formatFixed(targetVersion, 1), &Layout::version);
   if (layout == kLayouts.end()) {
     return {};
   }
-  const DateTime start = DateTime::fromOleDate(startDays);
   std::vector<std::string> lines = {
       std::string(";$FILEVERSION=").append(layout->version),
       ";$STARTTIME=" + (layout->statesStart ? formatGeneral(startDays, kStartNumberDigits) : std::string("0")),
       ";",
       ";" + sourcePath,
       ";",
-      ";   Start time: " + (layout->statesStart ? start.toIsoLikeText() : start.toDottedTextSeconds()),
+      ";   Start time: " + (layout->statesStart ? startDate.toIsoLikeText() : startDate.toDottedTextSeconds()),
   };
   lines.insert(lines.end(), kDescription.begin(), kDescription.end());
   std::ranges::transform(kColumns, std::back_inserter(lines),

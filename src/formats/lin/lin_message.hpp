@@ -24,7 +24,7 @@ class KorlMessage final : public Message {
 
   // Appends the line of a file of this version, without line end; nothing if the message is not valid. A bus event is a
   // comment below version 1.2, which has none.
-  void appendText(TextBuffer& out, double version, std::uint64_t number) const;
+  void appendText(TextBuffer& out, double version, std::uint64_t number, Way way = Way::compatible()) const;
 
   DirectionType direction = DirectionType::Unknown;
   std::uint32_t checksum = 0;

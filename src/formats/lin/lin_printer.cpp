@@ -44,10 +44,13 @@ void appendByte(TextBuffer& out, std::uint32_t value) {
   out.append(hexPair(static_cast<std::uint8_t>(value)));
 }
 
-// Bytes that came with an error can't be trusted and are not shown.
-void appendData(TextBuffer& out, const KorlMessage& message) {
-  const auto count = std::min<std::size_t>(message.length, message.data.size());
-  if (message.errorFlags == 0) {
+// On the compatible way bytes that came with an error can't be trusted and are not shown; on the complete way those are
+// not shown that are not known.
+void appendData(TextBuffer& out, const KorlMessage& message, Way way) {
+  const bool compatible = way.has(Quirk::LinErrorHidesBytes);
+  const auto count = compatible || !message.data.empty() ? std::min<std::size_t>(message.length, message.data.size())
+                                                         : std::size_t{message.length};
+  if (compatible ? message.errorFlags == 0 : !message.data.empty()) {
     appendHexBytes(out, {message.data.data(), count});
     return;
   }
@@ -69,16 +72,20 @@ struct ErrorText {
   std::string_view text;
 };
 
-// The codes that a line can show, in their order.
+// The codes that a line can show, in their order. The last one stands in the header's list only on the compatible way.
 constexpr std::array kErrorTexts = {
     ErrorText{ErrorCode::Checksum, "CK"},           ErrorText{ErrorCode::GroundShort, "GS"},
     ErrorText{ErrorCode::InconsistentSynch, "IS"},  ErrorText{ErrorCode::ParityBit0, "P0"},
     ErrorText{ErrorCode::ParityBit1, "P1"},         ErrorText{ErrorCode::SlotDelay, "SD"},
     ErrorText{ErrorCode::SlaveNotResponding, "SR"}, ErrorText{ErrorCode::TimeOut, "TO"},
+    ErrorText{ErrorCode::VBatShort, "VS"},
 };
 
-void appendErrors(TextBuffer& out, std::uint32_t flags) {
+void appendErrors(TextBuffer& out, std::uint32_t flags, Way way) {
   std::string_view separator;
+  if (way.has(Quirk::LinVBatShortNotShown)) {
+    flags &= ~static_cast<std::uint32_t>(ErrorCode::VBatShort);
+  }
   for (const auto& [code, text] : kErrorTexts) {
     if ((flags & static_cast<std::uint32_t>(code)) != 0) {
       out.append(separator);
@@ -88,16 +95,17 @@ void appendErrors(TextBuffer& out, std::uint32_t flags) {
   }
 }
 
-void appendEvent(TextBuffer& out, const KorlMessage& message) {
+void appendEvent(TextBuffer& out, const KorlMessage& message, Way way) {
   constexpr std::size_t kTextColumns = 25;
   out.append("   ---   --  -  ");
   out.appendLeft({reinterpret_cast<const char*>(message.data.data()), message.data.size()}, kTextColumns);
+  out.appendBlanks(message.data.size() >= kTextColumns && !way.has(Quirk::LinLongEventRunsOn) ? 1 : 0);
   out.append("--  --");
 }
 
 }  // namespace
 
-void KorlMessage::appendText(TextBuffer& out, double version, std::uint64_t number) const {
+void KorlMessage::appendText(TextBuffer& out, double version, std::uint64_t number, Way way) const {
   constexpr double kFirstVersionWithEvents = 1.2;
   constexpr std::size_t kNumberColumns = 6;
   constexpr std::size_t kTimestampColumns = 7;
@@ -111,7 +119,7 @@ void KorlMessage::appendText(TextBuffer& out, double version, std::uint64_t numb
   out.append(")          ");
   appendDecimalRight(out, timestamp.count(), kTimestampColumns);
   if (busEvent) {
-    appendEvent(out, *this);
+    appendEvent(out, *this, way);
     return;
   }
   out.append(directionText(direction));
@@ -119,14 +127,14 @@ void KorlMessage::appendText(TextBuffer& out, double version, std::uint64_t numb
   out.append("  ");
   appendDecimal(out, length);
   out.append("  ");
-  appendData(out, *this);
+  appendData(out, *this, way);
   appendPadding(out, length);
   out.append("  ");
   appendByte(out, checksum);
   out.append("  ");
   out.append(checksumTypeText(checksumType));
   out.append("  ");
-  appendErrors(out, errorFlags);
+  appendErrors(out, errorFlags, way);
 }
 
 }  // namespace xlatr

@@ -5,6 +5,7 @@
 #include "formats/lin/lin_header.hpp"
 #include "formats/lin/lin_mapping.hpp"
 #include "messages/message_dispatch.hpp"
+#include "util/date_time.hpp"
 #include "util/failures.hpp"
 
 namespace xlatr {
@@ -33,7 +34,8 @@ void KorlWriter::open() {
 void KorlWriter::WriteHeader(const ITraceInfo& source) {
   requireActive();
   const double startDays = startDaysFrom(source);
-  for (const std::string& line : linHeaderLines(getTargetVersion(), startDays, source.getPath())) {
+  const DateTime startDate = DateTime::fromOleDate(startDays);
+  for (const std::string& line : linHeaderLines(getTargetVersion(), startDays, startDate, source.getPath())) {
     writeLine(line);
   }
 }

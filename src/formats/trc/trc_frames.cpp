@@ -25,6 +25,7 @@
 #include "util/host.hpp"
 #include "util/render.hpp"
 #include "util/start_time.hpp"
+#include "util/text.hpp"
 
 namespace xlatr {
 namespace {
@@ -44,6 +45,60 @@ constexpr std::uint32_t kXlColumns =
     attributeBits(FrameAttribute::Vcid, FrameAttribute::Sdt, FrameAttribute::AcceptanceField, FrameAttribute::Rrs,
                   FrameAttribute::Sec);
 
+// The words with which a line shows a state, and the last of them, which is what its reader takes for its text.
+struct StateWords {
+  explicit StateWords(std::uint32_t state) : all(warningErrorsToText(state)) {}
+
+  [[nodiscard]] bool have(std::string_view text) const {
+    return text == all || text == std::string_view(all).substr(all.rfind(' ') + 1);
+  }
+
+  std::string all;
+};
+
+// Lines of 1.0 have dashes where the words of a state are missing.
+bool isDashes(std::string_view text) {
+  return text.find_first_not_of('-') == std::string_view::npos;
+}
+
+// Whether the columns and bytes of a line have room for the attributes, and its text can't be taken for another part of
+// it.
+bool fitsTrcLine(const Frame& frame) {
+  struct Room {
+    FrameAttribute attribute;
+    std::uint32_t highest;
+  };
+  constexpr std::uint32_t kByte = 0xFF;
+  static constexpr std::array kRooms = {
+      Room{FrameAttribute::ErrorType, kOtherError},
+      Room{FrameAttribute::ErrorPosition, kByte},
+      Room{FrameAttribute::TxErrors, kByte},
+      Room{FrameAttribute::RxErrors, kByte},
+      Room{FrameAttribute::Vcid, kByte},
+      Room{FrameAttribute::Sdt, kByte},
+      Room{FrameAttribute::Rrs, kByte},
+      Room{FrameAttribute::Sec, kByte},
+      Room{FrameAttribute::Reserved, 0x7FFF},
+  };
+  const FrameAttributes& attributes = frame.attributes;
+  if (frame.text) {
+    if (frame.kind == FrameKind::Status) {
+      const auto state = attributes.get(FrameAttribute::BusState);
+      return !isDashes(*frame.text) && !StateWords(state.value_or(0)).have(*frame.text);
+    }
+    if (equalsIgnoreCase(*frame.text, "ERROR") || equalsIgnoreCase(*frame.text, "RTR")) {
+      return false;
+    }
+  }
+  if (attributes.empty()) {
+    return true;
+  }
+  const bool ofXl = (attributes.present() & kXlColumns) == 0 || frame.has(frame_flag::kXl);
+  return ofXl && std::ranges::all_of(kRooms, [&attributes](const Room& room) {
+           return attributes.get(room.attribute).value_or(0) <= room.highest;
+         });
+}
+
 // What the rows have in common: frames and states of a bus, and comments as lines of their own.
 consteval FrameCapacity row(double version, std::int64_t resolutionNs) {
   FrameCapacity capacity;
@@ -58,7 +113,10 @@ consteval FrameCapacity row(double version, std::int64_t resolutionNs) {
   capacity.remoteDlc = true;
   capacity.needsRemoteDlc = true;
   capacity.resolutionNs = resolutionNs;
-  capacity.startResolutionNs = version < 2.0 ? kMillisecond : kMicrosecond;
+  // 1.0 has no number of days.
+  constexpr std::int64_t kStartNumber = 10 * kMicrosecond;
+  capacity.startResolutionNs = version == 1.0 ? kMillisecond : version < 2.0 ? kStartNumber : kMicrosecond;
+  capacity.hasRoomFor = fitsTrcLine;
   return capacity;
 }
 
@@ -188,10 +246,8 @@ void takeStatus(const BrixMessage& message, Frame& frame) {
   const std::uint32_t state = std::uint32_t{data[0]} << 24 | std::uint32_t{data[1]} << 16 |
                               std::uint32_t{data[2]} << 8 | std::uint32_t{data[3]};
   frame.attributes.set(FrameAttribute::BusState, state);
-  // Words that say no more than the bits are no text of the source. A line has the last of several.
-  const std::string words = warningErrorsToText(state);
-  const std::string_view lastWord = std::string_view(words).substr(words.rfind(' ') + 1);
-  if (!message.comment.empty() && message.comment != words && message.comment != lastWord) {
+  // Words that say no more than the bits are no text of the source.
+  if (!isDashes(message.comment) && !StateWords(state).have(message.comment)) {
     frame.text = message.comment;
   }
 }
@@ -439,8 +495,7 @@ class TrcFrameLines : public SemicolonComments {
 
   void appendHeader(TextBuffer& out) const {
     constexpr int kStartNumberDigits = 15;
-    constexpr std::int64_t kNoStart = kNullDateSeconds * 1'000'000'000;
-    const std::int64_t start = head_.start ? head_.start->sinceEpochNs : kNoStart;
+    const std::int64_t start = startOrNone(head_.start);
     const DateTime date = dateTimeOfStart(start);
     TrcHeaderValues values;
     values.targetPath = path_;

@@ -8,10 +8,15 @@
 namespace xlatr {
 namespace {
 
-std::string printed(const KorlMessage& message, double version = 1.2, std::uint64_t number = 1) {
+std::string printed(const KorlMessage& message, double version = 1.2, std::uint64_t number = 1,
+                    Way way = Way::compatible()) {
   TextBuffer out;
-  message.appendText(out, version, number);
+  message.appendText(out, version, number, way);
   return std::string(out.view());
+}
+
+std::string printedWhole(const KorlMessage& message) {
+  return printed(message, 1.2, 1, Way::complete());
 }
 
 KorlMessage frame(std::uint32_t length) {
@@ -95,6 +100,28 @@ TEST(LinPrinter, printsNoMoreBytesThanThereAre) {
   KorlMessage message = frame(2);
   message.length = 8;
   EXPECT_EQ(printed(message), "     1)             1000   Pub   2A  8  A5 A5  7C  CL  ");
+}
+
+TEST(LinPrinter, hidesBytesOfErrorsOnTheCompatibleWay) {
+  KorlMessage message = frame(2);
+  message.errorFlags = 1;
+  EXPECT_EQ(printed(message), "     1)             1000   Pub   2A  2  -- --                   7C  CL  CK");
+  EXPECT_EQ(printedWhole(message), "     1)             1000   Pub   2A  2  A5 A5                   7C  CL  CK");
+  message.data.clear();
+  EXPECT_EQ(printedWhole(message), "     1)             1000   Pub   2A  2  -- --                   7C  CL  CK");
+}
+
+TEST(LinPrinter, showsNoVBatShortOnTheCompatibleWay) {
+  KorlMessage message = frame(2);
+  message.errorFlags = 0x101;
+  EXPECT_EQ(printed(message), "     1)             1000   Pub   2A  2  -- --                   7C  CL  CK");
+  EXPECT_EQ(printedWhole(message), "     1)             1000   Pub   2A  2  A5 A5                   7C  CL  CK/VS");
+}
+
+TEST(LinPrinter, runsLongEventsOnOnTheCompatibleWay) {
+  const KorlMessage message = event("a text of 25 characters..");
+  EXPECT_EQ(printed(message), "     1)               12   ---   --  -  a text of 25 characters..--  --");
+  EXPECT_EQ(printedWhole(message), "     1)               12   ---   --  -  a text of 25 characters.. --  --");
 }
 
 TEST(LinPrinter, aMessageThatIsNotValidHasNoText) {

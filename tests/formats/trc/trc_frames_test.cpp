@@ -51,7 +51,7 @@ TEST_F(TrcFrames, ofVersion11HaveDirectionsAndErrors) {
                         "5)  50.5  Error  0003  4  01 19 60 08\n"),
             (Texts{"10100000 data 0 123 Rx dlc2 [0102]", "20200000 data 0 123 Tx dlc1 [03]",
                    "30300000 error 0 0 Rx error_type=2 error_position=25 tx_errors=8 rx_errors=96",
-                   "40400000 counters 0 0 Rx tx_errors=8 rx_errors=96", "50500000 error 0 3 Rx [01196008]"}));
+                   "40400000 counters 0 0 tx_errors=8 rx_errors=96", "50500000 error 0 3 [01196008]"}));
   EXPECT_TRUE(account_.complete());
 }
 
@@ -71,7 +71,7 @@ TEST_F(TrcFrames, ofVersions12And13HaveBuses) {
                   "4)  4.004 1  Error 0001 - 4  00 05 00 00\n"
                   "5)  5.005 255 Rx 0123 - 0\n"),
       (Texts{"1001000 data 1 123 Rx dlc1 [07]", "2002000 remote 16 123 Tx known dlc2 reserved=10",
-             "3003000 counters 1 0 Rx tx_errors=8 rx_errors=96",
+             "3003000 counters 1 0 tx_errors=8 rx_errors=96",
              "4004000 error 1 0 Tx error_type=0 error_position=5 tx_errors=0 rx_errors=0", "5005000 data 255 123 Rx"}));
 }
 
@@ -84,7 +84,7 @@ TEST_F(TrcFrames, ofVersion20AreOnNoBus) {
                   "4  4.5 EC Rx 08 09\n"
                   "5  5.5 EV  two   words\n"),
       (Texts{"1500000 data 0 123 Rx dlc2 [0102]", "2500000 data 0 123 x Tx FD BRS dlc9 [000102030405060708090A0B]",
-             "3500000 status 0 0 Rx bus_state=4", "4500000 counters 0 0 Rx tx_errors=9 rx_errors=8",
+             "3500000 status 0 0 bus_state=4", "4500000 counters 0 0 tx_errors=9 rx_errors=8",
              "5500000 event 0 0 \"two words\""}));
 }
 
@@ -100,7 +100,7 @@ TEST_F(TrcFrames, ofVersion21HaveEveryKind) {
             (Texts{"1500000 data 1 123 Rx dlc2 [0102]", "2500000 data 3 123 Rx FD BRS ESI",
                    "3500000 data 0 123 Rx FD ESI dlc1 [FF] reserved=5", "4500000 remote 1 123 Rx known dlc9",
                    "5500000 error 2 0 Tx error_type=3 error_position=29 tx_errors=8 rx_errors=0",
-                   "6500000 error 2 0 Rx [05001D0008]", "7500000 status 1 0 Rx bus_state=262144"}));
+                   "6500000 error 2 0 [05001D0008]", "7500000 status 1 0 bus_state=262144"}));
 }
 
 TEST_F(TrcFrames, ofVersion30HaveXl) {
@@ -198,7 +198,7 @@ TEST(TrcCapacities, standInTheOrderOfTheVersions) {
   const auto capacities = trcCapacities();
   ASSERT_EQ(capacities.size(), 7U);
   EXPECT_EQ(capacities.front().version, 1.0);
-  EXPECT_FALSE(capacities.front().direction);
+  EXPECT_FALSE(capacities.front().of(FrameKind::Data).direction);
   EXPECT_FALSE(capacities.front().holds(FrameKind::Error));
   EXPECT_EQ(capacities[1].resolutionNs, 100'000);
   EXPECT_FALSE(capacities[3].fd);

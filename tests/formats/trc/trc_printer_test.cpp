@@ -169,6 +169,39 @@ TEST(TrcPrinter, printsABusWithoutNumberAsADash) {
   EXPECT_EQ(text(message, 2.1, kTrcColumns21), "     42      1234.568 DT -      01A3 Rx -  2    0A B0");
 }
 
+std::string frameText(const BrixMessage& message, std::int64_t timeNs, double version) {
+  TextBuffer out;
+  appendTrcFrameLine(out, message, timeNs, *findTrcVersion(version), 42);
+  return std::string(out.view());
+}
+
+TEST(TrcPrinter, writesBus255AsADash) {
+  BrixMessage message = frame();
+  message.bus = 255;
+  EXPECT_EQ(text(message, 2.1, kTrcColumns21), "     42      1234.568 DT -      01A3 Rx -  2    0A B0");
+  EXPECT_EQ(frameText(message, 1'234'568'000, 2.1), "     42      1234.568 DT 255     01A3 Rx -  2    0A B0");
+  message.bus = 0;
+  EXPECT_EQ(text(message, 2.1, kTrcColumns21), "     42      1234.568 DT 0      01A3 Rx -  2    0A B0");
+  EXPECT_EQ(frameText(message, 1'234'568'000, 2.1), "     42      1234.568 DT -      01A3 Rx -  2    0A B0");
+}
+
+TEST(TrcPrinter, printsEveryDigitOfAFramesTime) {
+  struct TimeCase {
+    std::int64_t timeNs;
+    double version;
+    const char* expected;
+  };
+  static constexpr TimeCase kCases[] = {
+      {-1'000, 1.2, "    42)       -0.001  3  Rx         01A3  2  0A B0"},
+      {9'007'199'254'740'993'000, 1.2, "    42)   9007199254740.993  3  Rx         01A3  2  0A B0"},
+      {7'776'000'000'000'100'000, 1.1, "    42)   7776000000000.1  Rx         01A3  2  0A B0"},
+      {1'841'000'000, 1.0, "    42)      1841      01A3  2  0A B0"},
+  };
+  for (const TimeCase& test : kCases) {
+    EXPECT_EQ(frameText(frame(), test.timeNs, test.version), test.expected);
+  }
+}
+
 TEST(TrcPrinter, usesTheMessagesOwnColumnsWhenThereAreNoOthers) {
   BrixMessage message = frame();
   message.columnSet = trc_column::kDirection | trc_column::kLength | trc_column::kData;
