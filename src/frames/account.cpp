@@ -8,6 +8,7 @@ namespace xlatr {
 namespace {
 
 constexpr std::array<RemarkInfo, kRemarkCount> kRemarks = {{
+    {Remark::NotSelected, RemarkClass::Selection, "not_selected", "it was not asked for"},
     {Remark::LineNotUnderstood, RemarkClass::Damage, "line_not_understood", "the line can't be understood"},
     {Remark::RecordNotUnderstood, RemarkClass::Damage, "record_not_understood", "the record can't be understood"},
     {Remark::SourceCut, RemarkClass::Damage, "source_cut", "the source ends in the middle of it"},
@@ -58,9 +59,9 @@ void Account::addCommented(Remark reason, std::uint64_t place) {
   count(commentedBy_[index(reason)], 1, place);
 }
 
-void Account::addDropped(Remark reason, std::uint64_t place) {
-  ++dropped_;
-  count(droppedBy_[index(reason)], 1, place);
+void Account::addDropped(Remark reason, std::uint64_t frames, std::uint64_t place) {
+  dropped_ += frames;
+  count(droppedBy_[index(reason)], frames, place);
 }
 
 void Account::note(Remark remark, std::uint64_t place) {
@@ -69,7 +70,7 @@ void Account::note(Remark remark, std::uint64_t place) {
 
 bool Account::complete() const {
   const auto isNone = [](const Count& counted) { return counted.frames == 0; };
-  return commented_ == 0 && dropped_ == 0 && std::ranges::all_of(notedBy_, isNone);
+  return commented_ == 0 && dropped_ == dropped(Remark::NotSelected).frames && std::ranges::all_of(notedBy_, isNone);
 }
 
 void Account::add(const Account& other) {

@@ -10,6 +10,8 @@ namespace xlatr {
 
 // What can happen to a frame on its way, or to a piece of a source that should have been one.
 enum class Remark : std::uint8_t {
+  NotSelected,  // nobody wants it
+
   // Damage in the source. What is left of it is a comment, which counts as read.
   LineNotUnderstood,
   RecordNotUnderstood,
@@ -42,10 +44,10 @@ enum class Remark : std::uint8_t {
   TextLost,
   TimeRounded,
 };
-inline constexpr std::size_t kRemarkCount = 24;
+inline constexpr std::size_t kRemarkCount = 25;
 
 // How a remark counts.
-enum class RemarkClass : std::uint8_t { Damage, Guess, NotHeld, Reduced };
+enum class RemarkClass : std::uint8_t { Selection, Damage, Guess, NotHeld, Reduced };
 
 struct RemarkInfo {
   Remark remark;
@@ -75,7 +77,9 @@ class Account {
   // One frame that the target can't hold, and for which a comment stands there.
   void addCommented(Remark reason, std::uint64_t place);
   // One frame that is not in the target at all.
-  void addDropped(Remark reason, std::uint64_t place);
+  void addDropped(Remark reason, std::uint64_t place) { addDropped(reason, 1, place); }
+  // Several, the first of them at this place.
+  void addDropped(Remark reason, std::uint64_t frames, std::uint64_t place);
   // Anything else that is to be told; changes none of the sums.
   void note(Remark remark, std::uint64_t place);
 
@@ -86,7 +90,7 @@ class Account {
   [[nodiscard]] const Count& commented(Remark reason) const { return commentedBy_[index(reason)]; }
   [[nodiscard]] const Count& dropped(Remark reason) const { return droppedBy_[index(reason)]; }
   [[nodiscard]] const Count& noted(Remark remark) const { return notedBy_[index(remark)]; }
-  // Whether everything came over as it was.
+  // Whether everything that was wanted came over as it was.
   [[nodiscard]] bool complete() const;
 
   // Adds another account, of a stream that came after this one.

@@ -32,6 +32,16 @@ inline constexpr std::size_t kFrameKindCount = 10;
 // 285 years: every rounding of such a time fits into 64 bits. No frame is farther from the start of its trace.
 inline constexpr std::int64_t kFarthestNs = 9'000'000'000'000'000'000;
 
+// The sum; times that go beyond kFarthestNs stay there.
+[[nodiscard]] constexpr std::int64_t shiftedTime(std::int64_t timeNs, std::int64_t byNs) {
+  // Halves can't overflow.
+  const std::int64_t half = timeNs / 2 + byNs / 2;
+  if (half >= kFarthestNs / 2 || half <= -(kFarthestNs / 2)) {
+    return half > 0 ? kFarthestNs : -kFarthestNs;
+  }
+  return timeNs + byNs;
+}
+
 // Properties of a frame. A frame without kReceived and kTransmitted has no known direction.
 namespace frame_flag {
 inline constexpr std::uint16_t kExtended = 0x0001;  // a 29-bit identifier (IDE)

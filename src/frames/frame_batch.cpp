@@ -1,5 +1,6 @@
 #include "frames/frame_batch.hpp"
 
+#include <algorithm>
 #include <bit>
 #include <stdexcept>
 
@@ -72,6 +73,89 @@ void FrameBatch::appendAttributes(const FrameAttributes& attributes) {
     const std::optional<std::uint32_t> value = attributes.get(attribute);
     column.validity.append(row, value.has_value());
     column.values.push_back(value.value_or(0));
+  }
+}
+
+void RowBits::shrink(std::size_t rows) {
+  constexpr std::size_t kBits = 8;
+  bytes_.resize((rows + kBits - 1) / kBits);
+  if (rows % kBits != 0) {
+    bytes_.back() = static_cast<std::uint8_t>(bytes_.back() & ((1U << rows % kBits) - 1));
+  }
+}
+
+namespace {
+
+// Moves the wanted values to the front.
+template <typename Values>
+void keepValues(Values& values, std::span<const std::uint8_t> wanted) {
+  std::size_t to = 0;
+  for (std::size_t row = 0; row < wanted.size(); ++row) {
+    values[to] = values[row];
+    to += wanted[row] != 0 ? 1U : 0U;
+  }
+}
+
+void keepBits(RowBits& bits, std::span<const std::uint8_t> wanted) {
+  std::size_t to = 0;
+  for (std::size_t row = 0; row < wanted.size(); ++row) {
+    if (wanted[row] != 0) {
+      bits.set(to, bits.at(row));
+      ++to;
+    }
+  }
+  bits.shrink(to);
+}
+
+// Moves the bytes of the wanted rows to the front, and their offsets with them.
+template <typename Bytes>
+void keepBytes(Bytes& bytes, ColumnBuffer<std::int32_t>& offsets, std::span<const std::uint8_t> wanted) {
+  std::size_t to = 0;
+  std::int32_t end = 0;
+  for (std::size_t row = 0; row < wanted.size(); ++row) {
+    if (wanted[row] == 0) {
+      continue;
+    }
+    const std::int32_t begin = offsets[row];
+    const std::int32_t length = offsets[row + 1] - begin;
+    std::copy_n(bytes.begin() + begin, length, bytes.begin() + end);
+    end += length;
+    offsets[++to] = end;
+  }
+  bytes.resize(static_cast<std::size_t>(end));
+}
+
+}  // namespace
+
+void FrameBatch::keep(std::span<const std::uint8_t> wanted) {
+  keepValues(times_, wanted);
+  keepValues(kinds_, wanted);
+  keepValues(buses_, wanted);
+  keepValues(ids_, wanted);
+  keepValues(flags_, wanted);
+  keepValues(dlcs_, wanted);
+  keepValues(places_, wanted);
+  keepBytes(data_, dataOffsets_, wanted);
+  keepBytes(text_, textOffsets_, wanted);
+  keepBits(textValidity_, wanted);
+  size_ -= static_cast<std::size_t>(std::ranges::count(wanted, std::uint8_t{0}));
+  for (std::uint32_t left = attributes_; left != 0; left &= left - 1) {
+    AttributeColumn& column = attributeColumns_[static_cast<std::size_t>(std::countr_zero(left))];
+    keepValues(column.values, wanted);
+    column.values.resize(size_);
+    keepBits(column.validity, wanted);
+  }
+}
+
+void FrameBatch::shiftTimes(std::int64_t byNs) {
+  for (std::int64_t& time : std::span(times_).first(size_)) {
+    time = shiftedTime(time, byNs);
+  }
+}
+
+void FrameBatch::mapBuses(std::span<const std::uint16_t> table) {
+  for (std::uint16_t& bus : std::span(buses_).first(size_)) {
+    bus = table[bus];
   }
 }
 

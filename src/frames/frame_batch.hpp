@@ -30,6 +30,12 @@ class RowBits {
     bytes_.back() = static_cast<std::uint8_t>(bytes_.back() | unsigned{value} << row % 8);
   }
   void clear() { bytes_.clear(); }
+  // Removes the rows from this one on.
+  void shrink(std::size_t rows);
+  void set(std::size_t row, bool value) {
+    const auto bit = static_cast<std::uint8_t>(1U << row % 8);
+    bytes_[row / 8] = static_cast<std::uint8_t>(value ? bytes_[row / 8] | bit : bytes_[row / 8] & ~bit);
+  }
   [[nodiscard]] std::span<const std::uint8_t> bytes() const { return bytes_; }
 
  private:
@@ -59,6 +65,14 @@ class FrameBatch {
   // Copies the frame to the end. Whoever fills a batch stops when it is full; a frame that has no row any more raises
   // std::length_error.
   void append(const Frame& frame);
+
+  // Keeps the rows that have something else than 0 here, in their order. As many as there are rows.
+  void keep(std::span<const std::uint8_t> wanted);
+
+  // Adds to all times; what goes beyond kFarthestNs stays there.
+  void shiftTimes(std::int64_t byNs);
+  // Gives each frame the bus that stands at the place of its own; the table is as long as there are buses, 65,536.
+  void mapBuses(std::span<const std::uint16_t> table);
 
   // The frame of a row. Its data and text stay until the batch changes.
   [[nodiscard]] Frame at(std::size_t row) const;

@@ -81,6 +81,8 @@ struct FormatDescriptor {
   // The complete way: what the files of each version that it writes can hold, the frames of a file, and a file of
   // frames. Null for what a format does not have.
   std::span<const FrameCapacity> (*frameCapacities)() = nullptr;
+  // Whether a file may be of the format, by its first 4 KiB.
+  bool (*recognises)(std::string_view start) = nullptr;
   std::unique_ptr<FrameSource> (*openFrames)(const std::string& path) = nullptr;
   std::unique_ptr<FrameSink> (*createFrames)(const std::string& path, const StreamHead& head,
                                              const SinkSettings& settings) = nullptr;

@@ -1,0 +1,79 @@
+// A whole conversion: sources, what is wanted of them, and a target, in one process and without a file in between.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "frames/account.hpp"
+#include "frames/frame_selection.hpp"
+#include "frames/frame_sink.hpp"
+#include "frames/frame_stream.hpp"
+#include "xlatr/xlatr.h"
+
+namespace xlatr {
+
+// What is changed of every frame, after the selection.
+struct FrameChanges {
+  std::int64_t shiftNs = 0;
+  bool rebase = false;  // the first frame that is wanted is the start of the target
+  std::vector<std::pair<std::uint16_t, std::uint16_t>> buses = {};  // from the first to the second
+  std::optional<int> zoneMinutes = {};                              // of sources that don't state one
+};
+
+// One file or another source of frames.
+struct JobSource {
+  std::string path;
+  TraceFormat format = XLATR_FORMAT_NONE;  // NONE: that of its content
+};
+
+struct JobSettings {
+  std::vector<JobSource> sources = {};  // at least one; several are merged by time
+  std::string target = {};
+  TraceFormat targetFormat = XLATR_FORMAT_NONE;  // NONE: that of the extension
+  bool replacesTarget = false;
+  SinkSettings sink = {};
+  FrameSelection selection = {};
+  FrameChanges changes = {};
+};
+
+struct JobProgress {
+  std::uint64_t bytesRead = 0;
+  std::uint64_t bytesTotal = 0;
+  std::uint64_t framesRead = 0;
+  double seconds = 0.0;  // since the start
+};
+
+// Called once for each batch, about every 16,000 frames. False cancels the job.
+using JobProgressFunction = std::function<bool(const JobProgress&)>;
+
+struct JobReport {
+  StreamHead head = {};  // of the source, or of all sources merged
+  Account account = {};
+  JobProgress progress = {};
+};
+
+// Changes a batch as told; remembers the time of the first frame.
+class FrameChanger {
+ public:
+  explicit FrameChanger(const FrameChanges& changes);
+
+  void change(FrameBatch& batch);
+  // The head of the target. With `rebase` it is known only after the first batch.
+  [[nodiscard]] StreamHead headOf(const StreamHead& source) const;
+
+ private:
+  FrameChanges changes_;
+  std::vector<std::uint16_t> buses_;  // for each bus its new one; empty if none changes
+  std::optional<std::int64_t> firstNs_;
+};
+
+// Runs to its end. Raises a FrameFailure or a std::ios_base::failure; the target is removed then, if it was created.
+// May run on several threads at once, each with its own target. `progress` may be empty.
+[[nodiscard]] JobReport runJob(const JobSettings& settings, const JobProgressFunction& progress = {});
+
+}  // namespace xlatr

@@ -1,0 +1,82 @@
+#include "frames/merged_frames.hpp"
+
+#include <algorithm>
+#include <functional>
+#include <numeric>
+#include <optional>
+#include <span>
+#include <utility>
+
+namespace xlatr {
+namespace {
+
+// Since 1970 on a clock that all starts have in common: UTC where the zone is known.
+std::int64_t commonClock(const TraceStart& start) {
+  constexpr std::int64_t kMinute = 60'000'000'000;
+  return shiftedTime(start.sinceEpochNs, -std::int64_t{start.zoneMinutes.value_or(0)} * kMinute);
+}
+
+}  // namespace
+
+MergedFrames::MergedFrames(std::vector<std::unique_ptr<FrameSource>> sources) : inputs_(sources.size()) {
+  for (std::size_t at = 0; at < sources.size(); ++at) {
+    inputs_[at].source = std::move(sources[at]);
+  }
+  const auto headOf = [](const Input& input) -> const StreamHead& { return input.source->head(); };
+  head_ = headOf(inputs_.front());
+  const bool allKnown =
+      std::ranges::all_of(inputs_, [&](const Input& input) { return headOf(input).start.has_value(); });
+  if (allKnown) {
+    const auto clockOf = [&](const Input& input) { return commonClock(*headOf(input).start); };
+    const auto earliest = std::ranges::min_element(inputs_, {}, clockOf);
+    for (Input& input : inputs_) {
+      input.offsetNs = shiftedTime(clockOf(input), -clockOf(*earliest));
+    }
+    head_.start = headOf(*earliest).start;
+  }
+  for (const Input& input : std::span(inputs_).subspan(1)) {
+    head_.frames =
+        head_.frames && headOf(input).frames ? std::optional(*head_.frames + *headOf(input).frames) : std::nullopt;
+  }
+}
+
+MergedFrames::Input* MergedFrames::next(Account& account) {
+  Input* first = nullptr;
+  std::int64_t firstNs = 0;
+  for (Input& input : inputs_) {
+    if (!input.ended && input.row == input.batch.size()) {
+      input.batch.clear();
+      input.row = 0;
+      input.ended = !input.source->read(input.batch, account);
+    }
+    if (input.ended) {
+      continue;
+    }
+    const std::int64_t timeNs = shiftedTime(input.batch.times()[input.row], input.offsetNs);
+    if (first == nullptr || timeNs < firstNs) {
+      first = &input;
+      firstNs = timeNs;
+    }
+  }
+  return first;
+}
+
+bool MergedFrames::read(FrameBatch& batch, Account& account) {
+  while (!batch.full()) {
+    Input* const input = next(account);
+    if (input == nullptr) {
+      break;
+    }
+    Frame frame = input->batch.at(input->row++);
+    frame.timeNs = shiftedTime(frame.timeNs, input->offsetNs);
+    batch.append(frame);
+  }
+  return !batch.empty();
+}
+
+std::uint64_t MergedFrames::bytesRead() const {
+  return std::transform_reduce(inputs_.begin(), inputs_.end(), std::uint64_t{0}, std::plus<>(),
+                               [](const Input& input) { return input.source->bytesRead(); });
+}
+
+}  // namespace xlatr

@@ -1,0 +1,132 @@
+#include "frames/trace_file.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <span>
+#include <string_view>
+
+#include "frames/frame_capacity.hpp"
+#include "frames/frame_failure.hpp"
+#include "platform/files.hpp"
+#include "util/paths.hpp"
+#include "util/render.hpp"
+
+namespace xlatr {
+namespace {
+
+constexpr std::size_t kStart = 4096;  // enough for the head of any text trace
+
+std::string startOfFile(const std::string& path) {
+  std::string start(kStart, '\0');
+  platform::File file = platform::File::openForReading(path);
+  start.resize(file.read(start));
+  return start;
+}
+
+// Other files that users take for traces.
+struct KnownFile {
+  std::string_view start;
+  std::string_view name;
+};
+constexpr std::array kKnownFiles = {
+    KnownFile{"\x1F\x8B", "a gzip archive: unpack it first"},
+    KnownFile{"PK\x03\x04", "a zip archive: unpack it first"},
+    KnownFile{"7z\xBC\xAF\x27\x1C", "a 7-Zip archive: unpack it first"},
+    KnownFile{"\xD4\xC3\xB2\xA1", "a packet capture"},
+    KnownFile{"\xA1\xB2\xC3\xD4", "a packet capture"},
+    KnownFile{"\x0A\x0D\x0D\x0A", "a packet capture"},
+    KnownFile{"%PDF", "a PDF document"},
+    KnownFile{"\x7F"
+              "ELF",
+              "a program"},
+    KnownFile{"MZ", "a program"},
+    KnownFile{"{", "JSON"},
+    KnownFile{"<", "XML or HTML"},
+};
+
+std::string_view looksOf(std::string_view start) {
+  const auto* const known =
+      std::ranges::find_if(kKnownFiles, [start](const KnownFile& file) { return start.starts_with(file.start); });
+  if (known != kKnownFiles.end()) {
+    return known->name;
+  }
+  const auto isText = [](char character) {
+    return static_cast<unsigned char>(character) >= ' ' || character == '\n' || character == '\r' || character == '\t';
+  };
+  return std::ranges::all_of(start, isText) ? "a text of another kind" : "a binary file of another kind";
+}
+
+void requireFile(const std::string& path) {
+  if (!platform::fileExists(path)) {
+    throw FrameFailure(FrameProblem::NotFound, path + ": there is no such file");
+  }
+}
+
+std::string versionText(double version) {
+  return formatFixed(version, 1);
+}
+
+std::string versionsOf(std::span<const FrameCapacity> capacities) {
+  std::string versions;
+  for (const FrameCapacity& capacity : capacities) {
+    versions += (versions.empty() ? "" : ", ") + versionText(capacity.version);
+  }
+  return versions;
+}
+
+}  // namespace
+
+const FormatDescriptor& formatOfFile(const std::string& path) {
+  requireFile(path);
+  const std::string start = startOfFile(path);
+  const FormatDescriptor& byName = formatOf(formatOfPath(path));
+  const auto recognises = [&start](const FormatDescriptor& format) {
+    return format.openFrames != nullptr && format.recognises != nullptr && format.recognises(start);
+  };
+  if (byName.openFrames != nullptr && (start.empty() || recognises(byName))) {
+    return byName;
+  }
+  const auto found = std::ranges::find_if(formatRegistry(), [&](const auto* format) { return recognises(*format); });
+  if (found != formatRegistry().end()) {
+    return **found;
+  }
+  if (start.empty()) {
+    throw FrameFailure(FrameProblem::NotATrace, path + ": the file is empty");
+  }
+  throw FrameFailure(FrameProblem::NotATrace,
+                     path + ": this is no trace, but looks like " + std::string(looksOf(start)));
+}
+
+std::unique_ptr<FrameSource> openTrace(const std::string& path, TraceFormat format) {
+  requireFile(path);
+  if (format == XLATR_FORMAT_NONE) {
+    return formatOfFile(path).openFrames(path);
+  }
+  const FormatDescriptor& known = formatOf(format);
+  if (known.openFrames == nullptr) {
+    throw FrameFailure(FrameProblem::BadArgument, path + ": there is no such format of traces");
+  }
+  return known.openFrames(path);
+}
+
+std::unique_ptr<FrameSink> createTrace(const std::string& path, TraceFormat format, const StreamHead& head,
+                                       const SinkSettings& settings) {
+  const FormatDescriptor& known = formatOf(format == XLATR_FORMAT_NONE ? formatOfPath(path) : format);
+  if (known.createFrames == nullptr) {
+    const std::string reason = known.format == XLATR_FORMAT_NONE
+                                   ? "the extension names no format: say which one to write"
+                                   : "files of the format " + std::string(known.extension) + " are not written";
+    throw FrameFailure(FrameProblem::NotWritten, path + ": " + reason);
+  }
+  const std::span<const FrameCapacity> capacities = known.frameCapacities();
+  if (settings.version != 0.0 &&
+      std::ranges::find(capacities, settings.version, &FrameCapacity::version) == capacities.end()) {
+    throw FrameFailure(FrameProblem::NotWritten, path + ": there is no version " + versionText(settings.version) +
+                                                     " of " + std::string(known.extension) + "; there are " +
+                                                     versionsOf(capacities));
+  }
+  return known.createFrames(path, head, settings);
+}
+
+}  // namespace xlatr

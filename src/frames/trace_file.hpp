@@ -1,0 +1,26 @@
+// Files whose format nobody has told yet.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "frames/frame_sink.hpp"
+#include "frames/frame_stream.hpp"
+#include "io/format.hpp"
+#include "xlatr/xlatr.h"
+
+namespace xlatr {
+
+// The format of a file by its first bytes; the extension only breaks ties, and decides for an empty file. Raises a
+// FrameFailure that says what the file looks like if it is none of ours.
+[[nodiscard]] const FormatDescriptor& formatOfFile(const std::string& path);
+
+// The frames of a file, in this format or in the one that it has. Raises a FrameFailure for a missing file too.
+[[nodiscard]] std::unique_ptr<FrameSource> openTrace(const std::string& path, TraceFormat format = XLATR_FORMAT_NONE);
+
+// A new trace of this format, or of the one that the path's extension names. Raises a FrameFailure for a format that is
+// not written and for a version that it doesn't have.
+[[nodiscard]] std::unique_ptr<FrameSink> createTrace(const std::string& path, TraceFormat format,
+                                                     const StreamHead& head, const SinkSettings& settings);
+
+}  // namespace xlatr
