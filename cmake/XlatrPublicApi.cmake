@@ -3,6 +3,7 @@ find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 set(XLATR_PUBLIC_HEADERS
   ${PROJECT_SOURCE_DIR}/include/xlatr/export.h
+  ${PROJECT_SOURCE_DIR}/include/xlatr/frames.h
   ${PROJECT_SOURCE_DIR}/include/xlatr/objects.h
   ${PROJECT_SOURCE_DIR}/include/xlatr/xlatr.h
 )

@@ -117,6 +117,8 @@ class _Header:
         for statement in self._statements:
             if statement[0].text == "typedef":
                 self._types.add(self._defined_type(statement))
+            elif statement[0].text == "struct":
+                self._types.add(f"struct {self._struct_name(statement)}")
 
     def prototypes(self) -> Iterator[Prototype]:
         for statement in self._statements:
@@ -182,7 +184,7 @@ class _Header:
             raise self._error(statement[0], f"no end of what begins with {statement[0].text}")
 
     def _check(self, statement: list[_Token]) -> None:
-        if statement[0].text not in (MARK, "typedef", "enum"):
+        if statement[0].text not in (MARK, "typedef", "enum", "struct"):
             raise self._error(statement[0], f"neither a type nor a function that begins with {MARK}")
         for token in statement[1:]:
             if token.text == MARK:
@@ -190,7 +192,20 @@ class _Header:
 
     # ---- from statements to prototypes
 
+    def _struct_name(self, statement: list[_Token]) -> str:
+        name = statement[1]
+        if not _IDENTIFIER.fullmatch(name.text) or statement[2].text not in ("{", ";"):
+            raise self._error(name, "a struct without a name, or more than a struct")
+        return name.text
+
     def _defined_type(self, statement: list[_Token]) -> str:
+        # A pointer to a function has its name inside: typedef int (*name)(int);
+        texts = [token.text for token in statement]
+        if texts[-2] == ")" and "{" not in texts:
+            opening = texts.index("(")
+            if texts[opening + 1] != "*" or texts[opening + 3] != ")":
+                raise self._error(statement[opening], "a type of functions; define one of pointers to them")
+            return texts[opening + 2]
         name = statement[-2]
         if not _IDENTIFIER.fullmatch(name.text) or name.text in _KEYWORDS or len(statement) < 4:
             raise self._error(name, "a type definition that does not end with a name")
@@ -247,6 +262,8 @@ class _Header:
         texts = [token.text for token in tokens]
         stars = texts.index("*") if "*" in texts else len(texts)
         base = [text for text in texts[:stars] if text != "const"]
+        if base[:1] == ["struct"]:
+            base = [" ".join(base)]
         if len(base) != 1 or base[0] not in self._types:
             raise self._error(name, f"{name.text} has no type that is known here: {' '.join(texts) or 'nothing'}")
         if any(text not in ("*", "const") for text in texts[stars:]):

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <limits>
-#include <numeric>
+#include <memory>
 #include <system_error>
+#include <utility>
 
 #include "frames/frame_failure.hpp"
 #include "frames/merged_frames.hpp"
@@ -97,67 +97,22 @@ class Clock {
 
 }  // namespace
 
-FrameChanger::FrameChanger(const FrameChanges& changes) : changes_(changes) {
-  if (changes_.buses.empty()) {
-    return;
-  }
-  buses_.resize(std::size_t{std::numeric_limits<std::uint16_t>::max()} + 1);
-  std::iota(buses_.begin(), buses_.end(), std::uint16_t{0});
-  for (const auto& [from, to] : changes_.buses) {
-    buses_[from] = to;
-  }
-}
-
-void FrameChanger::change(FrameBatch& batch) {
-  if (!firstNs_ && !batch.empty()) {
-    firstNs_ = batch.times().front();
-  }
-  if (const std::int64_t shift = changes_.shiftNs - (changes_.rebase ? firstNs_.value_or(0) : 0); shift != 0) {
-    batch.shiftTimes(shift);
-  }
-  if (!buses_.empty()) {
-    batch.mapBuses(buses_);
-  }
-}
-
-StreamHead FrameChanger::headOf(const StreamHead& source) const {
-  StreamHead head = source;
-  if (head.start && changes_.rebase) {
-    head.start->sinceEpochNs += firstNs_.value_or(0);
-  }
-  if (head.start && !head.start->zoneMinutes) {
-    head.start->zoneMinutes = changes_.zoneMinutes;
-  }
-  return head;
-}
-
 JobReport runJob(const JobSettings& settings, const JobProgressFunction& progress) {
   const Clock clock;
-  const std::unique_ptr<FrameSource> source = openSources(settings.sources);
   requireUsableTarget(settings);
-  FrameSelector selector(settings.selection);
-  FrameChanger changer(settings.changes);
+  WantedFrames source(openSources(settings.sources), settings.selection, settings.changes);
   TargetFile target(settings.target);
   JobReport report;
-  report.head = source->head();
+  report.head = source.head();
   for (const JobSource& from : settings.sources) {
     report.progress.bytesTotal += platform::fileSize(from.path);
   }
+  target.open(settings, report.head);
   FrameBatch batch;
-  bool more = true;
-  while (more) {
+  while (source.read(batch, report.account)) {
+    target.write(batch, report.account);
     batch.clear();
-    more = source->read(batch, report.account);
-    selector.select(batch, report.account);
-    changer.change(batch);
-    // The head of a rebased target needs the first frame.
-    if (!target.isOpen() && (!batch.empty() || !more)) {
-      target.open(settings, changer.headOf(source->head()));
-    }
-    if (!batch.empty()) {
-      target.write(batch, report.account);
-    }
-    report.progress.bytesRead = source->bytesRead();
+    report.progress.bytesRead = source.bytesRead();
     report.progress.framesRead = report.account.read();
     report.progress.seconds = clock.seconds();
     if (progress && !progress(report.progress)) {

@@ -3,27 +3,17 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
-#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "frames/account.hpp"
 #include "frames/frame_selection.hpp"
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
+#include "frames/wanted_frames.hpp"
 #include "xlatr/xlatr.h"
 
 namespace xlatr {
-
-// What is changed of every frame, after the selection.
-struct FrameChanges {
-  std::int64_t shiftNs = 0;
-  bool rebase = false;  // the first frame that is wanted is the start of the target
-  std::vector<std::pair<std::uint16_t, std::uint16_t>> buses = {};  // from the first to the second
-  std::optional<int> zoneMinutes = {};                              // of sources that don't state one
-};
 
 // One file or another source of frames.
 struct JobSource {
@@ -55,21 +45,6 @@ struct JobReport {
   StreamHead head = {};  // of the source, or of all sources merged
   Account account = {};
   JobProgress progress = {};
-};
-
-// Changes a batch as told; remembers the time of the first frame.
-class FrameChanger {
- public:
-  explicit FrameChanger(const FrameChanges& changes);
-
-  void change(FrameBatch& batch);
-  // The head of the target. With `rebase` it is known only after the first batch.
-  [[nodiscard]] StreamHead headOf(const StreamHead& source) const;
-
- private:
-  FrameChanges changes_;
-  std::vector<std::uint16_t> buses_;  // for each bus its new one; empty if none changes
-  std::optional<std::int64_t> firstNs_;
 };
 
 // Runs to its end. Raises a FrameFailure or a std::ios_base::failure; the target is removed then, if it was created.

@@ -50,7 +50,7 @@ class FrameSource {
 
   [[nodiscard]] virtual const StreamHead& head() const = 0;
   // Fills an empty batch until it is full or the trace ends, and counts what it read. False, with an empty batch, at
-  // the end.
+  // the end. A batch can be empty before the end too, if nothing in it is wanted.
   [[nodiscard]] virtual bool read(FrameBatch& batch, Account& account) = 0;
   // How much of the file was read, in bytes.
   [[nodiscard]] virtual std::uint64_t bytesRead() const = 0;

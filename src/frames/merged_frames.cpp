@@ -44,7 +44,7 @@ MergedFrames::Input* MergedFrames::next(Account& account) {
   Input* first = nullptr;
   std::int64_t firstNs = 0;
   for (Input& input : inputs_) {
-    if (!input.ended && input.row == input.batch.size()) {
+    while (!input.ended && input.row == input.batch.size()) {
       input.batch.clear();
       input.row = 0;
       input.ended = !input.source->read(input.batch, account);

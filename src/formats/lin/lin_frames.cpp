@@ -1,5 +1,6 @@
 #include "formats/lin/lin_frames.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -11,6 +12,7 @@
 #include "frames/text_frame_sink.hpp"
 #include "frames/text_frame_source.hpp"
 #include "util/start_time.hpp"
+#include "util/token_cursor.hpp"
 
 namespace xlatr {
 namespace {
@@ -201,6 +203,16 @@ class LinFrameLines : public SemicolonComments {
 
 std::span<const FrameCapacity> linCapacities() {
   return kCapacities;
+}
+
+bool looksLikeLin(std::string_view start) {
+  LinHeaderKeys keys;
+  TokenCursor<'\n', '\r'> lines(start);
+  while (lines.peek().starts_with(';')) {
+    keys.look(lines.take());
+  }
+  return std::ranges::find(kCapacities, keys.fileVersion(), &FrameCapacity::version) != kCapacities.end() &&
+         start.find("Checksum") != std::string_view::npos;
 }
 
 std::unique_ptr<FrameSource> openLinFrames(const std::string& path) {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
@@ -13,6 +14,9 @@ namespace xlatr {
 
 // What each version can hold, in the order of the versions.
 [[nodiscard]] std::span<const FrameCapacity> linCapacities();
+
+// Whether a file begins like a LIN trace: with a header of a version that there is, which tells of checksums.
+[[nodiscard]] bool looksLikeLin(std::string_view start);
 
 // The frames of a file, comments and lines that can't be understood among them.
 [[nodiscard]] std::unique_ptr<FrameSource> openLinFrames(const std::string& path);

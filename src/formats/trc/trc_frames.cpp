@@ -26,6 +26,7 @@
 #include "util/render.hpp"
 #include "util/start_time.hpp"
 #include "util/text.hpp"
+#include "util/token_cursor.hpp"
 
 namespace xlatr {
 namespace {
@@ -532,6 +533,15 @@ class TrcFrameLines : public SemicolonComments {
 
 std::span<const FrameCapacity> trcCapacities() {
   return kCapacities;
+}
+
+bool looksLikeTrc(std::string_view start) {
+  TrcHeaderKeys keys;
+  TokenCursor<'\n', '\r'> lines(start);
+  while (lines.peek().starts_with(';')) {
+    keys.look(lines.take());
+  }
+  return findTrcVersion(keys.fileVersion()) != nullptr && start.find("Checksum") == std::string_view::npos;
 }
 
 std::unique_ptr<FrameSource> openTrcFrames(const std::string& path) {

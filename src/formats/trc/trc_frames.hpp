@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
@@ -13,6 +14,10 @@ namespace xlatr {
 
 // What each version can hold, in the order of the versions.
 [[nodiscard]] std::span<const FrameCapacity> trcCapacities();
+
+// Whether a file begins like a TRC trace: with a header of a version that there is. LIN traces have the same keys, but
+// tell of checksums.
+[[nodiscard]] bool looksLikeTrc(std::string_view start);
 
 // The frames of a file, comments and lines that can't be understood among them.
 [[nodiscard]] std::unique_ptr<FrameSource> openTrcFrames(const std::string& path);

@@ -1,0 +1,350 @@
+/* What a C program does with frames.h, and that no function minds what it is given: null, closed and made-up handles,
+   and those of another kind. Compiled without unwind tables, so that a C++ failure that comes out ends the program.
+   frames_client FOLDER */
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "xlatr/frames.h"
+
+static const char kTrace[] =
+    ";$FILEVERSION=2.1\r\n"
+    ";$STARTTIME=43894.5\r\n"
+    ";$COLUMNS=N,O,T,B,I,d,R,L,D\r\n"
+    "1 1.5 DT 1 0123 Rx - 2 01 02\r\n"
+    "2 2.5 FB 2 0124 Tx - 9 01 02 03 04 05 06 07 08 09 0A 0B 0C\r\n"
+    "noise\r\n"
+    "3 3.5 EV 1 an event\r\n";
+
+#define CHECK(condition)                                                    \
+  do {                                                                      \
+    if (!(condition)) {                                                     \
+      fprintf(stderr, "line %d: %s does not hold\n", __LINE__, #condition); \
+      exit(1);                                                              \
+    }                                                                       \
+  } while (0)
+
+static const char* folder;
+
+/* A path in the folder; valid until the fourth next call. */
+static const char* in_folder(const char* name) {
+  static char paths[4][4096];
+  static unsigned next = 0;
+  char* path = paths[next++ % 4];
+  CHECK(snprintf(path, sizeof paths[0], "%s/%s", folder, name) < (int)sizeof paths[0]);
+  return path;
+}
+
+static void write_file(const char* path, const char* content) {
+  FILE* file = fopen(path, "wb");
+  CHECK(file != NULL);
+  CHECK(fwrite(content, 1, strlen(content), file) == strlen(content));
+  CHECK(fclose(file) == 0);
+}
+
+static xlatr_stream* open_stream(const char* path) {
+  xlatr_stream* stream = NULL;
+  CHECK(xlatr_stream_open(path, NULL, &stream) == XLATR_OK);
+  return stream;
+}
+
+static void read_frames(void) {
+  xlatr_stream* stream = open_stream(in_folder("a.trc"));
+  xlatr_head head = {.size = sizeof head};
+  xlatr_batch batch = {.size = sizeof batch};
+  xlatr_account account = {.size = sizeof account};
+  uint64_t bytes = 0;
+  uint64_t size = 0;
+  CHECK(xlatr_stream_get_head(stream, &head) == XLATR_OK);
+  CHECK(head.format == XLATR_FORMAT_TRC && head.version == 2.1 && head.start_known == 1 && head.zone_known == 0);
+  CHECK(head.start_ns == 1583323200000000000);
+  CHECK(strcmp(head.path, in_folder("a.trc")) == 0);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_OK);
+  CHECK(batch.rows == 4);
+  CHECK(batch.time_ns[1] == 2500000 && batch.id[1] == 0x124 && batch.bus[1] == 2 && batch.dlc[1] == 9);
+  CHECK(batch.flags[1] == (XLATR_FLAG_TRANSMITTED | XLATR_FLAG_FD | XLATR_FLAG_BRS));
+  CHECK(batch.data_offsets[2] - batch.data_offsets[1] == 12 && batch.data[batch.data_offsets[1] + 11] == 12);
+  CHECK(batch.kind[2] == XLATR_KIND_COMMENT && batch.place[2] == 6);
+  CHECK(batch.kind[3] == XLATR_KIND_EVENT && batch.text_validity[0] == 0x0C);
+  CHECK(memcmp(batch.text + batch.text_offsets[3], "an event", 8) == 0);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_END && batch.rows == 0);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_END);
+  CHECK(xlatr_stream_get_account(stream, &account) == XLATR_OK);
+  CHECK(account.read == 4 && account.dropped == 0);
+  CHECK(xlatr_stream_get_position(stream, &bytes, &size) == XLATR_OK && bytes == size && size == sizeof kTrace - 1);
+  CHECK(strcmp(xlatr_stream_error(stream), "") == 0);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_stream_close(stream) == XLATR_ERROR_HANDLE);
+}
+
+/* A caller whose record is older gets what it knows; one whose record is newer gets zeros beyond. */
+static void records_may_grow(void) {
+  struct {
+    xlatr_job_progress known;
+    uint64_t unknown;
+  } newer;
+  struct {
+    uint64_t size;
+    TraceFormat format;
+    uint32_t start_known;
+    uint64_t not_the_librarys;
+  } older = {16, 0, 0, 42};
+  uint64_t none = 4;
+  xlatr_stream* stream = open_stream(in_folder("a.trc"));
+  xlatr_job_options options = {.size = sizeof options};
+  xlatr_job* job = NULL;
+  CHECK(xlatr_stream_get_head(stream, (xlatr_head*)(void*)&older) == XLATR_OK);
+  CHECK(older.size == 16 && older.format == XLATR_FORMAT_TRC && older.start_known == 1 && older.not_the_librarys == 42);
+  CHECK(xlatr_stream_get_head(stream, (xlatr_head*)(void*)&none) == XLATR_ERROR_ARGUMENT && none == 4);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK);
+  memset(&newer, 0xFF, sizeof newer);
+  newer.known.size = sizeof newer;
+  CHECK(xlatr_job_get_progress(job, &newer.known) == XLATR_OK);
+  CHECK(newer.known.size == sizeof newer && newer.known.frames_read == 0 && newer.unknown == 0);
+  CHECK(xlatr_job_close(job) == XLATR_OK);
+}
+
+static void write_frames(void) {
+  xlatr_sink_options options = {.size = sizeof options, .version = 1.3};
+  xlatr_head head = {.size = sizeof head, .start_known = 1, .start_ns = 1583323200000000000};
+  xlatr_account account = {.size = sizeof account};
+  xlatr_batch batch = {.size = sizeof batch};
+  xlatr_stream* stream = open_stream(in_folder("a.trc"));
+  xlatr_sink* sink = NULL;
+  int64_t far_away = INT64_MAX;
+  uint8_t unknown_kind = XLATR_KIND_COUNT;
+  CHECK(xlatr_sink_create(in_folder("b.trc"), &head, &options, &sink) == XLATR_OK);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_OK);
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_OK);
+  batch.rows = 1;
+  batch.time_ns = &far_away;
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_ERROR_ARGUMENT && strstr(xlatr_sink_error(sink), "285 years") != NULL);
+  batch.kind = &unknown_kind;
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_ERROR_ARGUMENT && strstr(xlatr_sink_error(sink), "no kind") != NULL);
+  batch.kind = NULL;
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_ERROR_ARGUMENT && strstr(xlatr_sink_error(sink), "null") != NULL);
+  CHECK(xlatr_sink_write(sink, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_sink_finish(sink) == XLATR_OK);
+  CHECK(xlatr_sink_finish(sink) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_sink_get_account(sink, &account) == XLATR_OK);
+  CHECK(account.read == 4 && account.written == 4 && account.commented == 2 && account.dropped == 0);
+  CHECK(xlatr_sink_close(sink) == XLATR_OK && xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_sink_create(in_folder("b.trc"), &head, &options, &sink) == XLATR_ERROR_TARGET_EXISTS);
+  CHECK(strstr(xlatr_sink_error(sink), "b.trc: the file exists") != NULL);
+  CHECK(xlatr_sink_close(sink) == XLATR_OK);
+  options.replace = 1;
+  CHECK(xlatr_sink_create(in_folder("b.trc"), NULL, &options, &sink) == XLATR_OK);
+  CHECK(xlatr_sink_close(sink) == XLATR_OK);
+  CHECK(fopen(in_folder("b.trc"), "rb") == NULL);
+}
+
+static int32_t count_calls(void* context, const xlatr_job_progress* progress) {
+  CHECK(progress->size == sizeof *progress && progress->frames_read == 4 && progress->bytes_total > 0);
+  ++*(int*)context;
+  return 0;
+}
+
+static int32_t refuse_to_go_on(void* context, const xlatr_job_progress* progress) {
+  (void)progress;
+  return context == NULL;
+}
+
+static void run_jobs(void) {
+  const char* sources[2] = {in_folder("a.trc"), in_folder("a.trc")};
+  int calls = 0;
+  xlatr_selection selection = {.size = sizeof selection, .kinds = 1U << XLATR_KIND_DATA};
+  xlatr_job_options options = {.size = sizeof options,
+                               .sources = sources,
+                               .source_count = 1,
+                               .target = in_folder("c.trc"),
+                               .selection = &selection,
+                               .progress = count_calls,
+                               .context = &calls};
+  xlatr_account account = {.size = sizeof account};
+  xlatr_head head = {.size = sizeof head};
+  xlatr_job* job = NULL;
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK);
+  CHECK(xlatr_job_run(job) == XLATR_OK && calls == 1);
+  CHECK(xlatr_job_run(job) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_job_get_account(job, &account) == XLATR_OK);
+  CHECK(account.read == 4 && account.written == 2 && account.dropped == 2 && account.dropped_by[0].frames == 2);
+  CHECK(xlatr_remark_class(0) == XLATR_CLASS_SELECTION);
+  CHECK(xlatr_job_get_head(job, &head) == XLATR_OK && head.format == XLATR_FORMAT_TRC);
+  CHECK(xlatr_job_close(job) == XLATR_OK);
+
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK);
+  CHECK(xlatr_job_run(job) == XLATR_ERROR_TARGET_EXISTS);
+  CHECK(xlatr_job_close(job) == XLATR_OK);
+
+  options.target = in_folder("d.trc");
+  options.progress = refuse_to_go_on;
+  options.context = NULL;
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK);
+  CHECK(xlatr_job_run(job) == XLATR_ERROR_CANCELLED && strstr(xlatr_job_error(job), "cancelled") != NULL);
+  CHECK(xlatr_job_close(job) == XLATR_OK);
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK);
+  CHECK(xlatr_job_cancel(job) == XLATR_OK && xlatr_job_run(job) == XLATR_ERROR_CANCELLED);
+  CHECK(xlatr_job_close(job) == XLATR_OK);
+  CHECK(fopen(in_folder("d.trc"), "rb") == NULL);
+  sources[0] = NULL;
+  CHECK(xlatr_job_create(&options, &job) == XLATR_ERROR_ARGUMENT && xlatr_job_close(job) == XLATR_OK);
+}
+
+static void merge_streams(void) {
+  xlatr_stream* streams[3] = {open_stream(in_folder("a.trc")), open_stream(in_folder("a.trc")), NULL};
+  xlatr_batch batch = {.size = sizeof batch};
+  xlatr_stream* merged = NULL;
+  CHECK(xlatr_stream_merge(streams, 3, &merged) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_stream_close(merged) == XLATR_OK);
+  streams[2] = streams[0];
+  CHECK(xlatr_stream_merge(streams, 3, &merged) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_stream_close(merged) == XLATR_OK);
+  CHECK(xlatr_stream_merge(streams, 2, &merged) == XLATR_OK);
+  CHECK(xlatr_stream_close(streams[0]) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_stream_next(merged, &batch) == XLATR_OK && batch.rows == 8 && batch.time_ns[1] == 1500000);
+  CHECK(xlatr_stream_close(merged) == XLATR_OK);
+}
+
+/* A stream that is exported and read again by a sink. */
+static void pass_arrow(void) {
+  struct ArrowArrayStream frames;
+  struct ArrowArrayStream released;
+  xlatr_account account = {.size = sizeof account};
+  xlatr_stream* stream = open_stream(in_folder("a.trc"));
+  xlatr_sink* sink = NULL;
+  CHECK(xlatr_stream_export_arrow(stream, 1U << XLATR_ATTRIBUTE_COUNT, &frames) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_export_arrow(stream, 0, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_export_arrow(stream, (1U << XLATR_ATTRIBUTE_COUNT) - 1, &frames) == XLATR_OK);
+  CHECK(xlatr_stream_close(stream) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_sink_create(in_folder("e.trc"), NULL, NULL, &sink) == XLATR_OK);
+  CHECK(xlatr_sink_write_arrow(sink, &frames) == XLATR_OK && frames.release == NULL);
+  CHECK(xlatr_sink_get_account(sink, &account) == XLATR_OK && account.written == 4 && account.commented == 0);
+  memset(&released, 0, sizeof released);
+  CHECK(xlatr_sink_write_arrow(sink, &released) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_sink_finish(sink) == XLATR_OK && xlatr_sink_close(sink) == XLATR_OK);
+  /* A stream for no sink is released all the same. */
+  CHECK(xlatr_stream_export_arrow(open_stream(in_folder("a.trc")), 0, &frames) == XLATR_OK);
+  CHECK(xlatr_sink_write_arrow(NULL, &frames) == XLATR_ERROR_HANDLE && frames.release == NULL);
+}
+
+static void open_what_is_none(void) {
+  xlatr_stream* stream = NULL;
+  xlatr_batch batch = {.size = sizeof batch};
+  TraceFormat format = XLATR_FORMAT_BLF;
+  CHECK(xlatr_stream_open(in_folder("missing.trc"), NULL, &stream) == XLATR_ERROR_NOT_FOUND);
+  CHECK(strstr(xlatr_stream_error(stream), "missing.trc: there is no such file") != NULL);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_stream_open(in_folder("letter.txt"), NULL, &stream) == XLATR_ERROR_NOT_A_TRACE);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_get_format(in_folder("letter.txt"), &format) == XLATR_ERROR_NOT_A_TRACE && format == XLATR_FORMAT_NONE);
+  CHECK(xlatr_get_format(in_folder("a.trc"), &format) == XLATR_OK && format == XLATR_FORMAT_TRC);
+  CHECK(xlatr_stream_open(NULL, NULL, &stream) == XLATR_ERROR_ARGUMENT && xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_stream_open(in_folder("a.trc"), NULL, NULL) == XLATR_ERROR_ARGUMENT);
+}
+
+/* All functions that take a handle, with one that is none. */
+static void use_handle(void* none) {
+  xlatr_stream* stream = none;
+  xlatr_sink* sink = none;
+  xlatr_job* job = none;
+  xlatr_head head = {.size = sizeof head};
+  xlatr_batch batch = {.size = sizeof batch};
+  xlatr_account account = {.size = sizeof account};
+  xlatr_job_progress progress = {.size = sizeof progress};
+  struct ArrowArrayStream frames;
+  uint64_t bytes = 0;
+  CHECK(xlatr_stream_get_head(stream, &head) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_stream_get_account(stream, &account) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_stream_get_position(stream, &bytes, &bytes) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_stream_export_arrow(stream, 0, &frames) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_stream_error(stream) == NULL);
+  CHECK(xlatr_stream_close(stream) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_sink_get_account(sink, &account) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_sink_error(sink) == NULL);
+  CHECK(xlatr_sink_finish(sink) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_sink_close(sink) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_job_run(job) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_job_cancel(job) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_job_get_progress(job, &progress) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_job_get_head(job, &head) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_job_get_account(job, &account) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_job_error(job) == NULL);
+  CHECK(xlatr_job_close(job) == XLATR_ERROR_HANDLE);
+}
+
+static void use_wrong_handles(void) {
+  char object[64] = "no handle";
+  xlatr_stream* closed = open_stream(in_folder("a.trc"));
+  CHECK(xlatr_stream_close(closed) == XLATR_OK);
+  use_handle(NULL);
+  use_handle(closed);
+  use_handle(object);
+  use_handle((void*)(uintptr_t)12345677);
+}
+
+/* Results that have no place to go to. */
+static void give_no_places(void) {
+  xlatr_stream* stream = open_stream(in_folder("a.trc"));
+  CHECK(xlatr_stream_get_head(stream, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_next(stream, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_get_account(stream, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_get_position(stream, NULL, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_stream_merge(NULL, 1, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_merge(NULL, 1, &stream) == XLATR_ERROR_ARGUMENT && xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_sink_create(NULL, NULL, NULL, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_sink_write_arrow(NULL, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_job_create(NULL, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_get_capacity(0, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_get_format(NULL, NULL) == XLATR_ERROR_ARGUMENT);
+}
+
+static void read_tables(void) {
+  xlatr_capacity capacity = {.size = sizeof capacity};
+  uint32_t rows = 0;
+  uint32_t remarks = 0;
+  int32_t code = 0;
+  CHECK(xlatr_version() == (XLATR_VERSION_MAJOR << 16 | XLATR_VERSION_MINOR << 8 | XLATR_VERSION_PATCH));
+  for (; xlatr_get_capacity(rows, &capacity) == XLATR_OK; ++rows) {
+    CHECK(xlatr_format_extension(capacity.format)[0] == '.' && xlatr_format_description(capacity.format) != NULL);
+    CHECK(capacity.kinds != 0 && capacity.resolution_ns > 0 && capacity.earliest_ns < capacity.latest_ns);
+  }
+  CHECK(rows > 7 && xlatr_get_capacity(rows, &capacity) == XLATR_END);
+  for (; xlatr_remark_name(remarks) != NULL; ++remarks) {
+    CHECK(xlatr_remark_text(remarks) != NULL && xlatr_remark_class(remarks) >= 0);
+  }
+  CHECK(remarks > 20 && remarks < XLATR_REMARK_LIMIT && xlatr_remark_text(remarks) == NULL);
+  CHECK(xlatr_remark_class(remarks) == -1);
+  CHECK(strcmp(xlatr_kind_name(XLATR_KIND_LIN_EVENT), "lin_event") == 0 && xlatr_kind_name(XLATR_KIND_COUNT) == NULL);
+  CHECK(strcmp(xlatr_attribute_name(XLATR_ATTRIBUTE_BUS_LOAD), "bus_load") == 0);
+  CHECK(xlatr_attribute_name(XLATR_ATTRIBUTE_COUNT) == NULL);
+  CHECK(xlatr_format_extension(0) == NULL && xlatr_format_description(3) == NULL);
+  for (code = -12; code < 3; ++code) {
+    CHECK(strlen(xlatr_code_text(code)) > 5);
+  }
+}
+
+int main(int argc, char** argv) {
+  CHECK(argc == 2);
+  folder = argv[1];
+  remove(in_folder("b.trc"));
+  remove(in_folder("c.trc"));
+  remove(in_folder("e.trc"));
+  write_file(in_folder("a.trc"), kTrace);
+  write_file(in_folder("letter.txt"), "hello\n");
+  read_frames();
+  records_may_grow();
+  write_frames();
+  run_jobs();
+  merge_streams();
+  pass_arrow();
+  open_what_is_none();
+  use_wrong_handles();
+  give_no_places();
+  read_tables();
+  return 0;
+}
