@@ -33,7 +33,7 @@ extern "C" {
 
 /* The version of this header. The library that runs may be newer: xlatr_version(). */
 #define XLATR_VERSION_MAJOR 0
-#define XLATR_VERSION_MINOR 2
+#define XLATR_VERSION_MINOR 1
 #define XLATR_VERSION_PATCH 0
 
 /* The version of the library: major * 65536 + minor * 256 + patch. */
