@@ -133,10 +133,7 @@ class Reduction {
     reduceText();
     reduceAttributes();
     settleChecksumModel();
-    if (!capacity_.namesBuses() || !kind_.bus) {
-      noteIf(frame_.bus != 0, Remark::BusLost);
-      frame_.bus = 0;
-    }
+    reduceBus();
     const std::int64_t time = frame_.timeNs;
     frame_.timeNs = rounded(time, capacity_.resolutionNs);
     noteIf(frame_.timeNs != time, Remark::TimeRounded);
@@ -153,6 +150,22 @@ class Reduction {
   void lose(std::uint16_t flags, Remark remark) {
     noteIf(frame_.has(flags), remark);
     frame_.unset(flags);
+  }
+
+  void reduceBus() {
+    if (!capacity_.namesBuses() || !kind_.bus) {
+      noteIf(frame_.bus != 0, Remark::BusLost);
+      frame_.bus = 0;
+    } else if (frame_.bus == 0 && capacity_.guessedBus != 0) {
+      frame_.bus = capacity_.guessedBus;
+      account_.note(Remark::BusGuessed, frame_.place);
+    }
+  }
+
+  // Whether the line gets what the frame lacks.
+  [[nodiscard]] bool fills() const {
+    return kind_.fill == FillRule::Always || (frame_.attributes.present() & kind_.filled) != 0 ||
+           (kind_.fill == FillRule::WithDirection && frame_.has(kDirection));
   }
 
   void reduceFlags() {
@@ -174,7 +187,7 @@ class Reduction {
     }
     if (!kind_.direction) {
       lose(kDirection, Remark::DirectionLost);
-    } else if (kind_.needsDirection && !frame_.has(kDirection)) {
+    } else if (kind_.needsDirection && !frame_.has(kDirection) && fills()) {
       frame_.set(frame_flag::kReceived);
       account_.note(Remark::DirectionGuessed, frame_.place);
     }
@@ -226,7 +239,7 @@ class Reduction {
       frame_.attributes = frame_.attributes.only(kind_.attributes);
       account_.note(Remark::DetailLost, frame_.place);
     }
-    const std::uint32_t missing = kind_.filled & ~present;
+    const std::uint32_t missing = fills() ? kind_.filled & ~present : 0;
     noteIf(missing != 0, Remark::DetailGuessed);
     for (std::uint32_t left = missing; left != 0; left &= left - 1) {
       const auto attribute = static_cast<FrameAttribute>(std::countr_zero(left));
@@ -285,7 +298,8 @@ std::optional<Remark> whyNotHeld(const FrameCapacity& capacity, const Frame& fra
   if (!hasNeeded || saysMoreThan(kind, frame) || (capacity.hasRoomFor != nullptr && !capacity.hasRoomFor(frame))) {
     return Remark::DetailNotHeld;
   }
-  if (capacity.namesBuses() && kind.bus && (frame.bus < capacity.lowestBus || frame.bus > capacity.highestBus)) {
+  const std::uint16_t bus = frame.bus == 0 ? capacity.guessedBus : frame.bus;
+  if (capacity.namesBuses() && kind.bus && (bus < capacity.lowestBus || bus > capacity.highestBus)) {
     return Remark::BusNotHeld;
   }
   if (frame.timeNs < capacity.earliestNs || frame.timeNs > capacity.latestNs) {

@@ -23,6 +23,13 @@ enum class TextCapacity : std::uint8_t {
   Any,
 };
 
+// When a line gets what it must have and the frame lacks: its `filled` attributes, and a direction.
+enum class FillRule : std::uint8_t {
+  Always,
+  WithDirection,  // only if the frame has a direction or one of those attributes
+  WithAttribute,  // only if the frame has one of those attributes
+};
+
 // What a version keeps of the frames of a kind, besides time and, for those with a payload, identifier and bytes.
 struct KindCapacity {
   bool held = false;
@@ -34,6 +41,7 @@ struct KindCapacity {
   std::uint32_t attributes = 0;  // one bit for each that comes back
   std::uint32_t needed = 0;      // those of them without which there is no such line
   std::uint32_t filled = 0;      // those of them that a frame gets which lacks them, as filledAttribute() says
+  FillRule fill = FillRule::Always;
 };
 
 // One row: a version of a format. Sinks, documents and tests read it; what it doesn't say is held, a version can't
@@ -61,6 +69,7 @@ struct FrameCapacity {
 
   std::uint16_t lowestBus = 0;  // both 0: the files name no bus
   std::uint16_t highestBus = 0;
+  std::uint16_t guessedBus = 0;  // of a frame whose source names none; 0: the bus stays unnamed, or is not held
 
   std::int64_t resolutionNs = 1;
   std::int64_t earliestNs = -kFarthestNs;

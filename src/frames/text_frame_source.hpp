@@ -1,10 +1,11 @@
 // Frames of a text trace: what all formats share whose lines are frames, comments, or neither.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "frames/frame_comment.hpp"
 #include "frames/frame_stream.hpp"
@@ -22,6 +23,8 @@ struct SemicolonComments {
 // - `kCommentMark`: what a comment begins with.
 // - `bool isHeader(std::string_view line)`: whether the line belongs to the header; it then takes note of it. The first
 //   line that does not ends the header and is a line like those after it.
+// - `static bool headerGoesOnAfter(std::string_view line)`, where a format has it: whether more of the header may follow
+//   a line that is none of it. Such lines are kept, as long as they are few.
 // - `void takeHead(StreamHead& head)`: tells what the header said.
 // - `bool understand(std::string_view line, Frame& frame)`: whether the line is a frame, which it then fills. What the
 //   frame refers to stays until the next call.
@@ -33,8 +36,12 @@ class TextFrameSource final : public FrameSource {
     std::string_view line;
     while (input_.next(line)) {
       ++line_;
-      if (isFrameComment(line) || !lines_.isHeader(line)) {
-        firstLine_.emplace(line);
+      const bool standsForFrame = isFrameComment(line);
+      if (!standsForFrame && lines_.isHeader(line)) {
+        continue;
+      }
+      kept_.push_back({line_, std::string(line)});
+      if (standsForFrame || !headerGoesOnAfter(line)) {
         break;
       }
     }
@@ -46,22 +53,45 @@ class TextFrameSource final : public FrameSource {
   [[nodiscard]] std::uint64_t bytesRead() const override { return input_.position(); }
 
   [[nodiscard]] bool read(FrameBatch& batch, Account& account) override {
-    if (firstLine_) {
-      append(*firstLine_, batch, account);
-      firstLine_.reset();
+    if (!kept_.empty()) {
+      appendKept(batch, account);
     }
     std::string_view line;
     while (!batch.full() && input_.next(line)) {
       ++line_;
-      append(line, batch, account);
+      append(line, line_, batch, account);
     }
     account.addRead(batch.size());
     return !batch.empty();
   }
 
  private:
-  // Blank lines say nothing.
-  void append(std::string_view line, FrameBatch& batch, Account& account) {
+  struct KeptLine {
+    std::uint64_t number;
+    std::string text;
+  };
+
+  // Whether more of the header may follow this line, which is the last one that was kept.
+  bool headerGoesOnAfter(std::string_view line) {
+    constexpr std::size_t kMostBytes = std::size_t{1} << 16;
+    constexpr std::size_t kMostLines = 1000;
+    if constexpr (requires { Lines::headerGoesOnAfter(line); }) {
+      keptBytes_ += line.size();
+      return Lines::headerGoesOnAfter(line) && keptBytes_ < kMostBytes && kept_.size() < kMostLines;
+    } else {
+      return false;
+    }
+  }
+
+  void appendKept(FrameBatch& batch, Account& account) {
+    for (const KeptLine& line : kept_) {
+      append(line.text, line.number, batch, account);
+    }
+    kept_.clear();
+  }
+
+  // Empty and blank lines say nothing.
+  void append(std::string_view line, std::uint64_t number, FrameBatch& batch, Account& account) {
     if (line.empty()) {
       return;
     }
@@ -69,14 +99,17 @@ class TextFrameSource final : public FrameSource {
     if (line.starts_with(Lines::kCommentMark)) {
       takeComment(line.substr(Lines::kCommentMark.size()));
     } else if (!lines_.understand(line, frame_)) {
+      if (line.find_first_not_of(" \t") == std::string_view::npos) {
+        return;
+      }
       frame_.reset();
       makeComment(line);
-      account.note(Remark::LineNotUnderstood, line_);
+      account.note(Remark::LineNotUnderstood, number);
     }
     timeNs_ = frame_.timeNs;
-    frame_.place = line_;
+    frame_.place = number;
     if (frame_.text) {
-      frame_.text = usableText(*frame_.text, account);
+      frame_.text = usableText(*frame_.text, number, account);
     }
     batch.append(frame_);
   }
@@ -102,19 +135,20 @@ class TextFrameSource final : public FrameSource {
     frame_.text = text;
   }
 
-  std::string_view usableText(std::string_view bytes, Account& account) {
+  std::string_view usableText(std::string_view bytes, std::uint64_t number, Account& account) {
     const std::string_view text = asUtf8(bytes, converted_);
     if (text.size() <= FrameBatch::kLongestText) {
       return text;
     }
-    account.note(Remark::TextCut, line_);
+    account.note(Remark::TextCut, number);
     return text.substr(0, utf8Boundary(text, FrameBatch::kLongestText));
   }
 
   LineInput input_;
   Lines lines_;
   StreamHead head_;
-  std::optional<std::string> firstLine_;  // after the header
+  std::vector<KeptLine> kept_;  // those that ended the header, or stood in it, and are no part of it
+  std::size_t keptBytes_ = 0;
   std::uint64_t line_ = 0;                // the last one that was read, counted from 1
   std::int64_t timeNs_ = 0;               // of the last frame
   Frame frame_;

@@ -14,6 +14,20 @@ namespace xlatr {
 
 enum class Quirk : std::uint8_t {
   TrcBus255IsNone,
+  AscHeadTakesTenLines,
+  AscShortLineEnds,
+  AscOldVersionsRefused,
+  AscNamesMisread,
+  AscDlcIsLength,
+  AscRemoteLengthLost,
+  AscFdTailCounted,
+  AscErrorsRefused,
+  AscStatusRefused,
+  AscEventsRefused,
+  AscLinRefused,
+  AscRelativeSkips,
+  AscRemoteAsFd,
+  AscStartOf1000,
   LinEventsRefused,
   LinNoneRefused,
   LinHiddenBytesAreZero,
@@ -21,7 +35,7 @@ enum class Quirk : std::uint8_t {
   LinVBatShortNotShown,
   LinLongEventRunsOn,
 };
-inline constexpr std::size_t kQuirkCount = 7;
+inline constexpr std::size_t kQuirkCount = 21;
 
 struct QuirkInfo {
   Quirk quirk;
@@ -39,15 +53,15 @@ struct QuirkInfo {
 class Way {
  public:
   // All of them, or none.
-  [[nodiscard]] static constexpr Way compatible() { return Way((1U << kQuirkCount) - 1); }
+  [[nodiscard]] static constexpr Way compatible() { return Way((std::uint64_t{1} << kQuirkCount) - 1); }
   [[nodiscard]] static constexpr Way complete() { return Way(0); }
 
   [[nodiscard]] constexpr bool has(Quirk quirk) const { return (quirks_ >> static_cast<unsigned>(quirk) & 1U) != 0; }
 
  private:
-  explicit constexpr Way(std::uint32_t quirks) : quirks_(quirks) {}
+  explicit constexpr Way(std::uint64_t quirks) : quirks_(quirks) {}
 
-  std::uint32_t quirks_;
+  std::uint64_t quirks_;
 };
 
 }  // namespace xlatr

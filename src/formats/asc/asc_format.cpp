@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "formats/asc/asc_frames.hpp"
 #include "formats/asc/asc_reader.hpp"
 #include "formats/asc/asc_writer.hpp"
 #include "io/format_makers.hpp"
@@ -60,6 +61,9 @@ constinit const FormatDescriptor kAscFormat = {
     .allowedTargets = kTargets,
     .makeSources = makeOneSource<AscSource>,
     .makeWriter = makePlainWriter<AscWriter>,
+    .frameCapacities = ascCapacities,
+    .openFrames = openAscFrames,
+    .createFrames = createAscFrames,
 };
 
 }  // namespace xlatr

@@ -6,15 +6,24 @@
 #include <cstdint>
 
 #include "formats/asc/asc_tokens.hpp"
+#include "util/text.hpp"
 
 namespace xlatr {
 namespace {
 
 // Each of the parsers below returns false at the first token that can't be understood.
 
+// Where the mark of an extended identifier is, if there is one: at the end, for names have the letter anywhere.
+std::size_t findExtendedMark(std::string_view token, const AscTokens& tokens) {
+  if (tokens.has(Quirk::AscNamesMisread)) {
+    return token.find('x');
+  }
+  return !token.empty() && (token.back() | 0x20) == 'x' ? token.size() - 1 : std::string_view::npos;
+}
+
 // Cuts off the mark of an extended identifier.
-std::string_view takeExtendedMark(std::string_view token, AscMessage& message) {
-  const std::size_t mark = token.find('x');
+std::string_view takeExtendedMark(std::string_view token, const AscTokens& tokens, AscMessage& message) {
+  const std::size_t mark = findExtendedMark(token, tokens);
   message.extended = mark != std::string_view::npos;
   message.lineKind = message.extended ? AscLineKind::ExtendedFrame : AscLineKind::StandardFrame;
   return token.substr(0, mark);
@@ -70,7 +79,7 @@ bool findIdItem(AscTokens tokens, AscMessage& message, std::string_view& value) 
   while (!tokens.atEnd()) {
     if (tokens.take() == "ID") {
       tokens.require();  // the equals sign
-      const std::string_view item = takeExtendedMark(tokens.require(), message);
+      const std::string_view item = takeExtendedMark(tokens.require(), tokens, message);
       message.symbolicId = false;
       value = item.substr(0, item.find('X'));
       return true;
@@ -81,7 +90,7 @@ bool findIdItem(AscTokens tokens, AscMessage& message, std::string_view& value) 
 
 // What classic frames of all versions have after time and bus: identifier and direction.
 bool parseIdentifierAndType(AscTokens& tokens, AscMessage& message, std::string_view& identifier) {
-  identifier = takeExtendedMark(tokens.require(), message);
+  identifier = takeExtendedMark(tokens.require(), tokens, message);
   message.symbolicId = !tryParseUInt32(identifier, message.id, baseOf(message));
   if (!parseTypeWord(tokens.require(), message)) {
     return false;
@@ -104,7 +113,6 @@ void parseRemote7(const AscTokens& tokens, std::string_view identifier, AscMessa
 
 // Versions below 8: time, bus, identifier, direction, "d" or "r", length, data.
 bool parseFrame7(AscTokens& tokens, AscMessage& message) {
-  parseAscTime(tokens, message);
   std::string_view identifier;
   if (!parseByteWithPrefix(tokens.require(), message.bus) || !parseIdentifierAndType(tokens, message, identifier)) {
     return false;
@@ -119,7 +127,6 @@ bool parseFrame7(AscTokens& tokens, AscMessage& message) {
 // Versions from 8 on, except CANFD lines. The length is hexadecimal whatever the file's base.
 bool parseFrame8(AscTokens& tokens, AscMessage& message) {
   constexpr double kFirstVersionWithRemoteLength = 8.5;
-  parseAscTime(tokens, message);
   std::uint8_t bus = 0;
   if (!tryParseByte(tokens.require(), bus)) {
     return false;  // this sorts out the lines that are not frames
@@ -162,9 +169,9 @@ bool hasWholeTail(AscTokens& tokens) {
   return tokens.skip(kFieldsWithFlags) && tokens.atEnd();
 }
 
-// A CANFD line. Its identifier and flags are hexadecimal whatever the file's base, its bus and length are not.
-bool parseFrameFd(AscTokens& tokens, AscMessage& message) {
-  parseAscTime(tokens, message);
+// The first fields of a CANFD line, up to BRS. Identifier and flags are hexadecimal whatever the file's base, bus and
+// length are not.
+bool parseFdHead(AscTokens& tokens, AscMessage& message, std::uint32_t& brs) {
   if (tokens.require() != "CANFD") {
     return false;
   }
@@ -173,15 +180,22 @@ bool parseFrameFd(AscTokens& tokens, AscMessage& message) {
     return false;
   }
   std::uint32_t identifier = 0;
-  if (!tryParseUInt32(takeExtendedMark(tokens.require(), message), identifier, 16)) {
+  if (!tryParseUInt32(takeExtendedMark(tokens.require(), tokens, message), identifier, 16)) {
     return false;
   }
   message.id = identifier;
   const std::string_view nameOrBrs = tokens.require();
+  if (tryParseUInt32Auto(nameOrBrs, brs)) {
+    return true;
+  }
+  message.commentText.assign(nameOrBrs);
+  return tryParseUInt32Auto(tokens.take(), brs) || tokens.has(Quirk::AscFdTailCounted);
+}
+
+bool parseFrameFd(AscTokens& tokens, AscMessage& message) {
   std::uint32_t brs = 0;
-  if (!tryParseUInt32Auto(nameOrBrs, brs)) {
-    message.commentText.assign(nameOrBrs);
-    tokens.skip(1);
+  if (!parseFdHead(tokens, message, brs)) {
+    return false;
   }
   tokens.skip(2);  // ESI and the DLC, which the flags and the length tell as well
   if (!parseByteWithPrefix(tokens.require(), message.length) || !parseFdFlags(tokens, message) ||
@@ -192,18 +206,141 @@ bool parseFrameFd(AscTokens& tokens, AscMessage& message) {
   return true;
 }
 
+// The forms of the complete way ----------------------------------------------------------------------------------------
+
+constexpr std::uint32_t kLongestClassic = 8;
+constexpr std::uint32_t kLongestFd = 64;
+
+// A DLC in this base, or in the other one if it is none in this: 12 stands for nothing else.
+bool parseDlc(std::string_view token, int base, std::uint32_t& dlc) {
+  constexpr std::uint32_t kHighest = 15;
+  for (const int tried : {base, 26 - base}) {
+    if (!token.empty() && tryParseUInt32(token, dlc, tried) && dlc <= kHighest) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// DLC, ESI and bytes of a CANFD line, and the flags, if they are there. All that may follow says nothing of the frame.
+bool parseFdTail(AscTokens& tokens, AscMessage& message, std::uint32_t brs) {
+  std::uint32_t esi = 0;
+  std::uint32_t dlc = 0;
+  if (!tryParseUInt32Auto(tokens.require(), esi) || !parseDlc(tokens.require(), 16, dlc) ||
+      !parseByteWithPrefix(tokens.require(), message.length) || message.length > kLongestFd ||
+      !parseData(tokens, message)) {
+    return false;
+  }
+  tokens.remains.dlc = dlc;
+  tokens.skip(2);  // duration and bit count
+  const std::uint32_t bits = (brs != 0 ? asc_flag::kBrs : 0U) | (esi != 0 ? asc_flag::kEsi : 0U);
+  if (tokens.atEnd()) {
+    message.flags = asc_flag::kEdl | bits;
+    return true;
+  }
+  std::uint32_t flags = 0;
+  if (!tryParseUInt32(tokens.take(), flags, 16)) {
+    return false;
+  }
+  message.flags = flags & asc_flag::kReadMask;
+  message.flags |= (message.flags & asc_flag::kEdl) != 0 ? bits : 0U;
+  return true;
+}
+
+// Words that stand in the place of an identifier in lines of other kinds.
+bool isNoName(std::string_view word) {
+  return word.ends_with(':') || equalsIgnoreCase(word, "ErrorFrame") || equalsIgnoreCase(word, "OverloadFrame");
+}
+
+// Whether the identifier is known at last. One that the item after the data contradicts was a name.
+bool takeIdItem(const AscTokens& tokens, std::string_view identifier, AscMessage& message) {
+  const bool extended = message.extended;
+  const bool named = message.symbolicId;
+  std::string_view item;
+  std::uint32_t id = 0;
+  if (tokens.atEnd() || !findIdItem(tokens, message, item) || item.empty() || !tryParseUInt32Auto(item, id)) {
+    message.extended = extended;
+    return !named;
+  }
+  if (named || id != message.id || extended != message.extended) {
+    if (isNoName(identifier)) {
+      return false;
+    }
+    message.id = id;
+    message.commentText.assign(identifier);
+  }
+  return true;
+}
+
+// A frame in any but a CANFD line. From 8 on the length is hexadecimal whatever the file's base.
+bool parseClassicFrame(AscTokens& tokens, double version, AscMessage& message) {
+  constexpr double kFirstVersionWithHexLength = 8.0;
+  const int base = version < kFirstVersionWithHexLength ? baseOf(message) : 16;
+  if (!parseByteWithPrefix(tokens.require(), message.bus)) {
+    return false;
+  }
+  const std::string_view identifier = tokens.peek();
+  std::string_view digits;
+  if (!parseIdentifierAndType(tokens, message, digits) || message.type > MessageType::Tx) {
+    return false;
+  }
+  const std::string_view kind = tokens.require();
+  std::uint32_t dlc = 0;
+  if (kind == "d") {
+    if (!parseDlc(tokens.require(), base, dlc)) {
+      return false;
+    }
+    message.length = std::min(dlc, kLongestClassic);
+    tokens.remains.dlc = dlc;
+    return parseData(tokens, message) && takeIdItem(tokens, identifier, message);
+  }
+  if (kind != "r") {
+    return false;
+  }
+  message.flags |= asc_flag::kRemote;
+  // An item such as "Length = 0" may follow as well.
+  constexpr std::size_t kMostDigits = 2;
+  if (!tokens.atEnd() && tokens.peek().size() <= kMostDigits) {
+    if (!parseDlc(tokens.take(), base, dlc)) {
+      return false;
+    }
+    tokens.remains.dlc = dlc;
+  }
+  return takeIdItem(tokens, identifier, message);
+}
+
+bool isIdentifier(const AscMessage& message) {
+  constexpr std::uint32_t kHighestBase = 0x7FF;
+  constexpr std::uint32_t kHighestExtended = 0x1FFFFFFF;
+  return message.id <= (message.extended ? kHighestExtended : kHighestBase);
+}
+
 }  // namespace
 
 bool parseAscFrame(std::string_view line, double version, AscMessage& message) {
   AscTokens tokens(line);
   const double majorVersion = std::floor(version);
   if (majorVersion == 0.0 || majorVersion == 7.0) {
+    parseAscTime(tokens, message);
     return parseFrame7(tokens, message);
   }
   if (majorVersion < 8.0) {
     return false;  // nothing is known of such files
   }
+  parseAscTime(tokens, message);
   return line.find(" CANFD ") != std::string_view::npos ? parseFrameFd(tokens, message) : parseFrame8(tokens, message);
+}
+
+bool parseAscFrameOfAnyVersion(AscTokens& tokens, double version, AscMessage& message) {
+  bool parsed = false;
+  if (tokens.rest().starts_with('C')) {
+    std::uint32_t brs = 0;
+    parsed = parseFdHead(tokens, message, brs) && message.type <= MessageType::Tx && parseFdTail(tokens, message, brs);
+  } else {
+    parsed = parseClassicFrame(tokens, version, message);
+  }
+  message.valid = parsed && !tokens.isShort() && isIdentifier(message);
+  return message.valid;
 }
 
 }  // namespace xlatr

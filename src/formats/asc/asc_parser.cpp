@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 
+#include "formats/asc/asc_event_marks.hpp"
 #include "formats/asc/asc_frame_parser.hpp"
 #include "formats/asc/asc_message.hpp"
 #include "formats/asc/asc_status_parser.hpp"
@@ -122,6 +123,13 @@ bool mayBeMarked(std::string_view line) {
 }
 
 }  // namespace
+
+bool hasAscEventMark(std::string_view line) {
+  return mayBeMarked(line) && std::ranges::any_of(kMarkedLines, [line](const MarkedLine& kind) {
+    return kind.kind >= AscLineKind::Statistic && kind.kind != AscLineKind::OverloadFrame &&
+           kind.kind != AscLineKind::FdErrorFrame && fits(kind, line);
+  });
+}
 
 void AscMessage::parseLine(std::string_view line, double version) {
   if (line.empty()) {

@@ -1,4 +1,5 @@
-// How an AscMessage prints its line.
+#include "formats/asc/asc_printer.hpp"
+
 #include <algorithm>
 #include <span>
 
@@ -55,9 +56,7 @@ void appendErrorBits(TextBuffer& out, const AscMessage& message) {
   const unsigned direction = byteAt(message, typeInData ? 1 : 0);
   const unsigned position = byteAt(message, typeInData ? 2 : 1);
   const unsigned bits = (errorTypeOfTrcId(type).value_or(0) << 6) + (direction << 5 | position);
-  for (int bit = 7; bit >= 0; --bit) {
-    out.append((bits >> bit & 1U) != 0 ? '1' : '0');
-  }
+  appendAscErrorCode(out, bits);
 }
 
 void appendErrorFrame(TextBuffer& out, const AscMessage& message) {
@@ -82,15 +81,26 @@ bool isDataFrame(const AscMessage& message) {
   return message.type == MessageType::Rx || message.type == MessageType::Tx;
 }
 
+AscFrameLine lineOf(const AscMessage& message) {
+  return {.bus = message.bus,
+          .id = message.id,
+          .extended = message.extended,
+          .transmitted = message.type == MessageType::Tx,
+          .brs = (message.flags & asc_flag::kBrs) != 0,
+          .esi = (message.flags & asc_flag::kEsi) != 0,
+          .dlc = lengthToDlc(message.getLength()),
+          .length = message.getLength(),
+          .data = payloadOf(message),
+          .flags = message.flags};
+}
+
 // The form of 7.0.0 ---------------------------------------------------------------------------------------------------
 
-void appendFrameHead7(TextBuffer& out, const AscMessage& message) {
-  appendTime(out, message);
+void appendFrameHead7(TextBuffer& out, const AscFrameLine& line) {
+  appendDecimalLeft(out, line.bus, 2);
   out.append(' ');
-  appendDecimalLeft(out, message.bus, 2);
-  out.append(' ');
-  appendAscId(out, message.id, message.extended);
-  out.append(message.type == MessageType::Tx ? " Tx   " : " Rx   ");
+  appendAscId(out, line.id, line.extended);
+  out.append(line.transmitted ? " Tx   " : " Rx   ");
 }
 
 // The form of 8.1.0 ---------------------------------------------------------------------------------------------------
@@ -99,61 +109,90 @@ void appendFrameHead7(TextBuffer& out, const AscMessage& message) {
 constexpr std::string_view kTail = "        0        0        0        0        0";
 
 // Up to and including the DLC.
-void appendFrameHead8(TextBuffer& out, const AscMessage& message) {
+void appendFrameHead8(TextBuffer& out, const AscFrameLine& line) {
   constexpr std::size_t kNameColumns = 32;
-  appendTime(out, message);
-  out.append(" CANFD ");
-  appendDecimalRight(out, message.bus, 3);
-  out.append(message.type == MessageType::Tx ? " Tx " : " Rx ");
-  appendHexRight(out, message.id, 10);
-  out.append(message.extended ? "x " : "  ");
-  out.appendBlanks(kNameColumns);
-  out.append((message.flags & asc_flag::kBrs) != 0 ? " 1 " : " 0 ");
-  out.append((message.flags & asc_flag::kEsi) != 0 ? "1 " : "0 ");
-  appendHex(out, lengthToDlc(message.getLength()), 1);
+  out.append("CANFD ");
+  appendDecimalRight(out, line.bus, 3);
+  out.append(line.transmitted ? " Tx " : " Rx ");
+  appendHexRight(out, line.id, 10);
+  out.append(line.extended ? "x " : "  ");
+  out.appendLeft(line.name, kNameColumns);
+  out.append(line.brs ? " 1 " : " 0 ");
+  out.append(line.esi ? "1 " : "0 ");
+  appendHex(out, line.dlc, 1);
 }
 
 }  // namespace
+
+void appendAscData7(TextBuffer& out, const AscFrameLine& line) {
+  appendFrameHead7(out, line);
+  out.append("d ");
+  appendHex(out, line.dlc, 1);
+  out.append(' ');
+  appendHexBytes(out, line.data);
+}
+
+void appendAscRemote7(TextBuffer& out, const AscFrameLine& line, bool dlcKnown) {
+  appendFrameHead7(out, line);
+  out.append('r');
+  if (dlcKnown) {
+    out.append(' ');
+    appendHex(out, line.dlc, 1);
+  }
+}
+
+void appendAscData8(TextBuffer& out, const AscFrameLine& line) {
+  appendFrameHead8(out, line);
+  out.append(' ');
+  appendDecimalRight(out, line.length, 2);
+  out.append(' ');
+  appendHexBytes(out, line.data);
+  out.append("        0    0 ");
+  appendHexRight(out, line.flags, 8);
+  out.append(kTail);
+}
+
+void appendAscErrorCode(TextBuffer& out, unsigned code) {
+  for (int bit = 7; bit >= 0; --bit) {
+    out.append((code >> bit & 1U) != 0 ? '1' : '0');
+  }
+}
 
 void AscMessage::toText7(TextBuffer& out) const {
   constexpr std::uint32_t kMaxClassicLength = 8;
   if (getLength() > kMaxClassicLength || frameClass != AscFrameClass::Classic) {
     return;
   }
-  if (isRemote()) {
-    appendFrameHead7(out, *this);
-    out.append("r ");
-    appendDecimal(out, getLength());
-  } else if (isDataFrame(*this)) {
-    appendFrameHead7(out, *this);
-    out.append("d ");
-    appendDecimal(out, getLength());
-    out.append(' ');
-    appendHexBytes(out, payloadOf(*this));
-  } else {
+  if (!isRemote() && !isDataFrame(*this)) {
     appendStatusOrError(out, *this);
+    return;
+  }
+  appendTime(out, *this);
+  out.append(' ');
+  if (isRemote()) {
+    appendAscRemote7(out, lineOf(*this), true);
+  } else {
+    appendAscData7(out, lineOf(*this));
   }
 }
 
 void AscMessage::toText8(TextBuffer& out) const {
-  if (isRemote()) {
-    appendFrameHead8(out, *this);
-    out.append("  0        0    0 ");
-    // Decimal, though the flags of data frames are hexadecimal: printsTheFlagsOfARemoteFrameInDecimal.
-    appendDecimalRight(out, flags, 8);
-    out.append(kTail);
-  } else if (isDataFrame(*this)) {
-    appendFrameHead8(out, *this);
-    out.append(' ');
-    appendDecimalRight(out, getLength(), 2);
-    out.append(' ');
-    appendHexBytes(out, payloadOf(*this));
-    out.append("        0    0 ");
-    appendHexRight(out, flags, 8);
-    out.append(kTail);
-  } else {
+  if (!isRemote() && !isDataFrame(*this)) {
     appendStatusOrError(out, *this);
+    return;
   }
+  appendTime(out, *this);
+  out.append(' ');
+  if (!isRemote()) {
+    appendAscData8(out, lineOf(*this));
+    return;
+  }
+  // Other programs take this for a data frame; the complete way writes the line of 7.0.0: Quirk::AscRemoteAsFd.
+  appendFrameHead8(out, lineOf(*this));
+  out.append("  0        0    0 ");
+  // Decimal, though the flags of data frames are hexadecimal: printsTheFlagsOfARemoteFrameInDecimal.
+  appendDecimalRight(out, flags, 8);
+  out.append(kTail);
 }
 
 std::string AscMessage::getErrorCounterBits() const {
