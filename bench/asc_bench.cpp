@@ -1,14 +1,21 @@
-// Parsing and printing single ASC lines, without any file.
+// Parsing and printing ASC lines: single ones without any file, and whole files on the complete way.
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "formats/asc/asc_frames.hpp"
 #include "formats/asc/asc_mapping.hpp"
 #include "formats/asc/asc_message.hpp"
+#include "formats/trc/trc_frames.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_version.hpp"
+#include "tracegen/generator.hpp"
 #include "util/text_buffer.hpp"
 
 namespace {
@@ -91,5 +98,79 @@ void printLines(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(std::size(kLines)));
 }
 BENCHMARK(printLines)->Arg(7)->Arg(8);
+
+// Half a million generated messages as a TRC trace and as an ASC log, removed at the end.
+class SampleFiles {
+ public:
+  explicit SampleFiles(double version)
+      : stem_((std::filesystem::temp_directory_path() / ("xlatr_bench_" + std::to_string(std::random_device()())))
+                  .string()),
+        version_(version) {
+    tracegen::RecordingOptions options;
+    options.traffic.makePlain();
+    options.maxMessages = 500000;
+    tracegen::generateFile(options, stem_ + ".trc");
+    const auto source = xlatr::openTrcFrames(stem_ + ".trc");
+    const auto sink = create(source->head());
+    xlatr::FrameBatch batch;
+    xlatr::Account account;
+    while (source->read(batch, account)) {
+      sink->write(batch, account);
+      batch.clear();
+    }
+    sink->close();
+  }
+  ~SampleFiles() {
+    std::filesystem::remove(stem_ + ".trc");
+    std::filesystem::remove(asc());
+  }
+  SampleFiles(const SampleFiles&) = delete;
+  SampleFiles& operator=(const SampleFiles&) = delete;
+
+  [[nodiscard]] std::string asc() const { return stem_ + ".asc"; }
+  [[nodiscard]] std::unique_ptr<xlatr::FrameSink> create(const xlatr::StreamHead& head) const {
+    return xlatr::createAscFrames(asc(), head, {.version = version_});
+  }
+
+ private:
+  std::string stem_;
+  double version_;
+};
+
+// The argument is the version: 7 has short lines, 8 has long ones.
+void readFrames(benchmark::State& state) {
+  const SampleFiles files(static_cast<double>(state.range(0)));
+  xlatr::FrameBatch batch;
+  xlatr::Account account;
+  for ([[maybe_unused]] auto step : state) {
+    const auto source = xlatr::openAscFrames(files.asc());
+    while (source->read(batch, account)) {
+      benchmark::DoNotOptimize(batch.times().data());
+      batch.clear();
+    }
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(account.read()));
+}
+BENCHMARK(readFrames)->Arg(7)->Arg(8)->Unit(benchmark::kMillisecond);
+
+// One batch of frames again and again.
+void writeFrames(benchmark::State& state) {
+  const SampleFiles files(static_cast<double>(state.range(0)));
+  const auto source = xlatr::openAscFrames(files.asc());
+  const xlatr::StreamHead head = source->head();
+  xlatr::FrameBatch batch;
+  xlatr::Account account;
+  static_cast<void>(source->read(batch, account));
+  constexpr int kBatches = 30;
+  for ([[maybe_unused]] auto step : state) {
+    const auto sink = files.create(head);
+    for (int count = 0; count < kBatches; ++count) {
+      sink->write(batch, account);
+    }
+    sink->close();
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(account.written()));
+}
+BENCHMARK(writeFrames)->Arg(7)->Arg(8)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -88,7 +88,7 @@ bool findIdItem(AscTokens tokens, AscMessage& message, std::string_view& value) 
   return false;
 }
 
-// What classic frames of all versions have after time and bus: identifier and direction.
+// What classic frames of all versions have after time and bus on the compatible way: identifier and direction.
 bool parseIdentifierAndType(AscTokens& tokens, AscMessage& message, std::string_view& identifier) {
   identifier = takeExtendedMark(tokens.require(), tokens, message);
   message.symbolicId = !tryParseUInt32(identifier, message.id, baseOf(message));
@@ -169,9 +169,8 @@ bool hasWholeTail(AscTokens& tokens) {
   return tokens.skip(kFieldsWithFlags) && tokens.atEnd();
 }
 
-// The first fields of a CANFD line, up to BRS. Identifier and flags are hexadecimal whatever the file's base, bus and
-// length are not.
-bool parseFdHead(AscTokens& tokens, AscMessage& message, std::uint32_t& brs) {
+// A CANFD line. Its identifier and flags are hexadecimal whatever the file's base, its bus and length are not.
+bool parseFrameFd(AscTokens& tokens, AscMessage& message) {
   if (tokens.require() != "CANFD") {
     return false;
   }
@@ -185,17 +184,10 @@ bool parseFdHead(AscTokens& tokens, AscMessage& message, std::uint32_t& brs) {
   }
   message.id = identifier;
   const std::string_view nameOrBrs = tokens.require();
-  if (tryParseUInt32Auto(nameOrBrs, brs)) {
-    return true;
-  }
-  message.commentText.assign(nameOrBrs);
-  return tryParseUInt32Auto(tokens.take(), brs) || tokens.has(Quirk::AscFdTailCounted);
-}
-
-bool parseFrameFd(AscTokens& tokens, AscMessage& message) {
   std::uint32_t brs = 0;
-  if (!parseFdHead(tokens, message, brs)) {
-    return false;
+  if (!tryParseUInt32Auto(nameOrBrs, brs)) {
+    message.commentText.assign(nameOrBrs);
+    tokens.skip(1);
   }
   tokens.skip(2);  // ESI and the DLC, which the flags and the length tell as well
   if (!parseByteWithPrefix(tokens.require(), message.length) || !parseFdFlags(tokens, message) ||
@@ -211,40 +203,70 @@ bool parseFrameFd(AscTokens& tokens, AscMessage& message) {
 constexpr std::uint32_t kLongestClassic = 8;
 constexpr std::uint32_t kLongestFd = 64;
 
+bool parseBus(AscTokens& tokens, AscMessage& message) {
+  constexpr std::uint32_t kHighest = 255;
+  const std::string_view token = tokens.require();
+  return (parseDigits(token, 10, message.bus) && message.bus <= kHighest) ||
+         (token.size() > 2 && parseByteWithPrefix(token, message.bus));
+}
+
+bool parseDirection(AscTokens& tokens, AscMessage& message) {
+  const std::string_view word = tokens.require();
+  const bool transmitted = word == "Tx";
+  message.type = transmitted ? MessageType::Tx : MessageType::Rx;
+  message.direction = transmitted ? MessageDirection::Tx : MessageDirection::Rx;
+  return transmitted || word == "Rx";
+}
+
 // A DLC in this base, or in the other one if it is none in this: 12 stands for nothing else.
 bool parseDlc(std::string_view token, int base, std::uint32_t& dlc) {
   constexpr std::uint32_t kHighest = 15;
-  for (const int tried : {base, 26 - base}) {
-    if (!token.empty() && tryParseUInt32(token, dlc, tried) && dlc <= kHighest) {
-      return true;
-    }
-  }
-  return false;
+  const int other = base == 16 ? 10 : 16;
+  return (parseDigits(token, base, dlc) && dlc <= kHighest) || (parseDigits(token, other, dlc) && dlc <= kHighest);
 }
 
-// DLC, ESI and bytes of a CANFD line, and the flags, if they are there. All that may follow says nothing of the frame.
-bool parseFdTail(AscTokens& tokens, AscMessage& message, std::uint32_t brs) {
-  std::uint32_t esi = 0;
-  std::uint32_t dlc = 0;
-  if (!tryParseUInt32Auto(tokens.require(), esi) || !parseDlc(tokens.require(), 16, dlc) ||
-      !parseByteWithPrefix(tokens.require(), message.length) || message.length > kLongestFd ||
-      !parseData(tokens, message)) {
-    return false;
-  }
-  tokens.remains.dlc = dlc;
-  tokens.skip(2);  // duration and bit count
-  const std::uint32_t bits = (brs != 0 ? asc_flag::kBrs : 0U) | (esi != 0 ? asc_flag::kEsi : 0U);
+// BRS and ESI.
+bool parseBit(std::string_view token, bool& bit) {
+  bit = token == "1";
+  return bit || token == "0";
+}
+
+// What may follow the bytes of a CANFD line: duration, bit count, flags. All that may follow these says nothing of the
+// frame.
+bool parseFlags(AscTokens& tokens, std::uint32_t bits, AscMessage& message) {
+  tokens.skip(2);
   if (tokens.atEnd()) {
     message.flags = asc_flag::kEdl | bits;
     return true;
   }
   std::uint32_t flags = 0;
-  if (!tryParseUInt32(tokens.take(), flags, 16)) {
+  if (!parseDigits(tokens.take(), 16, flags)) {
     return false;
   }
   message.flags = flags & asc_flag::kReadMask;
   message.flags |= (message.flags & asc_flag::kEdl) != 0 ? bits : 0U;
   return true;
+}
+
+// A CANFD line, from its bus on. The DLC and all but the length are as in parseFrameFd().
+bool parseFdFrame(AscTokens& tokens, AscMessage& message) {
+  if (!parseBus(tokens, message) || !parseDirection(tokens, message) ||
+      !parseDigits(takeExtendedMark(tokens.require(), tokens, message), 16, message.id)) {
+    return false;
+  }
+  message.frameClass = AscFrameClass::Fd;
+  bool brs = false;
+  bool esi = false;
+  if (!parseBit(tokens.peek(), brs)) {
+    message.commentText.assign(tokens.take());
+  }
+  std::uint32_t dlc = 0;
+  if (!parseBit(tokens.require(), brs) || !parseBit(tokens.require(), esi) || !parseDlc(tokens.require(), 16, dlc) ||
+      !parseDigits(tokens.require(), 10, message.length) || message.length > kLongestFd || !parseData(tokens, message)) {
+    return false;
+  }
+  tokens.dlc = dlc;
+  return parseFlags(tokens, (brs ? asc_flag::kBrs : 0U) | (esi ? asc_flag::kEsi : 0U), message);
 }
 
 // Words that stand in the place of an identifier in lines of other kinds.
@@ -272,41 +294,47 @@ bool takeIdItem(const AscTokens& tokens, std::string_view identifier, AscMessage
   return true;
 }
 
+// A remote frame from its DLC on, which it may lack. An item such as "Length = 0" may follow it as well.
+bool takeRemoteDlc(AscTokens& tokens, int base, AscMessage& message) {
+  constexpr std::size_t kMostDigits = 2;
+  message.flags |= asc_flag::kRemote;
+  if (tokens.atEnd() || tokens.peek().size() > kMostDigits) {
+    return true;
+  }
+  std::uint32_t dlc = 0;
+  const bool known = parseDlc(tokens.take(), base, dlc);
+  tokens.dlc = dlc;
+  return known;
+}
+
+bool takeDataOfDlc(AscTokens& tokens, int base, AscMessage& message) {
+  std::uint32_t dlc = 0;
+  if (!parseDlc(tokens.require(), base, dlc)) {
+    return false;
+  }
+  tokens.dlc = dlc;
+  message.length = std::min(dlc, kLongestClassic);
+  return parseData(tokens, message);
+}
+
 // A frame in any but a CANFD line. From 8 on the length is hexadecimal whatever the file's base.
 bool parseClassicFrame(AscTokens& tokens, double version, AscMessage& message) {
   constexpr double kFirstVersionWithHexLength = 8.0;
   const int base = version < kFirstVersionWithHexLength ? baseOf(message) : 16;
-  if (!parseByteWithPrefix(tokens.require(), message.bus)) {
+  if (!parseBus(tokens, message)) {
     return false;
   }
-  const std::string_view identifier = tokens.peek();
-  std::string_view digits;
-  if (!parseIdentifierAndType(tokens, message, digits) || message.type > MessageType::Tx) {
+  const std::string_view identifier = tokens.require();
+  message.symbolicId = !parseDigits(takeExtendedMark(identifier, tokens, message), baseOf(message), message.id);
+  if (!parseDirection(tokens, message)) {
     return false;
   }
   const std::string_view kind = tokens.require();
-  std::uint32_t dlc = 0;
-  if (kind == "d") {
-    if (!parseDlc(tokens.require(), base, dlc)) {
-      return false;
-    }
-    message.length = std::min(dlc, kLongestClassic);
-    tokens.remains.dlc = dlc;
-    return parseData(tokens, message) && takeIdItem(tokens, identifier, message);
-  }
-  if (kind != "r") {
+  if (kind != "d" && kind != "r") {
     return false;
   }
-  message.flags |= asc_flag::kRemote;
-  // An item such as "Length = 0" may follow as well.
-  constexpr std::size_t kMostDigits = 2;
-  if (!tokens.atEnd() && tokens.peek().size() <= kMostDigits) {
-    if (!parseDlc(tokens.take(), base, dlc)) {
-      return false;
-    }
-    tokens.remains.dlc = dlc;
-  }
-  return takeIdItem(tokens, identifier, message);
+  const bool known = kind == "d" ? takeDataOfDlc(tokens, base, message) : takeRemoteDlc(tokens, base, message);
+  return known && takeIdItem(tokens, identifier, message);
 }
 
 bool isIdentifier(const AscMessage& message) {
@@ -332,13 +360,8 @@ bool parseAscFrame(std::string_view line, double version, AscMessage& message) {
 }
 
 bool parseAscFrameOfAnyVersion(AscTokens& tokens, double version, AscMessage& message) {
-  bool parsed = false;
-  if (tokens.rest().starts_with('C')) {
-    std::uint32_t brs = 0;
-    parsed = parseFdHead(tokens, message, brs) && message.type <= MessageType::Tx && parseFdTail(tokens, message, brs);
-  } else {
-    parsed = parseClassicFrame(tokens, version, message);
-  }
+  const bool parsed = tokens.peek() == "CANFD" ? tokens.skip(1) && parseFdFrame(tokens, message)
+                                               : parseClassicFrame(tokens, version, message);
   message.valid = parsed && !tokens.isShort() && isIdentifier(message);
   return message.valid;
 }

@@ -126,7 +126,38 @@ bool hasTime(std::string_view line) {
   return at != std::string_view::npos && (isDecimalDigit(line[at]) || line[at] == '-' || line[at] == '.');
 }
 
-void takeFrame(const AscMessage& message, const AscLineRemains& remains, Frame& frame) {
+// A time in seconds, which is nothing but digits, a point and perhaps a sign.
+std::optional<std::int64_t> nanosecondsOf(std::string_view token) {
+  constexpr unsigned kNanosecondDigits = 9;
+  constexpr std::size_t kMostDigits = 18;  // of any number of 64 bits
+  static constexpr std::array<std::int64_t, kNanosecondDigits + 1> kPowers = {
+      1'000'000'000, 100'000'000, 10'000'000, 1'000'000, 100'000, 10'000, 1'000, 100, 10, 1};
+  std::int64_t digits = 0;
+  std::size_t at = 0;
+  std::size_t point = token.size();
+  for (; at < token.size(); ++at) {
+    if (isDecimalDigit(token[at]) && at < kMostDigits) {
+      digits = digits * 10 + (token[at] - '0');
+    } else if (token[at] == '.' && point == token.size()) {
+      point = at;
+    } else {
+      break;
+    }
+  }
+  const std::size_t decimals = point < token.size() ? token.size() - point - 1 : 0;
+  // The product is as exact as the digits are few; the others, and those with a sign, are read with more care.
+  constexpr std::size_t kMostBeforePoint = 9;
+  if (at == token.size() && decimals <= kNanosecondDigits && token.size() - decimals <= kMostBeforePoint &&
+      token.size() > (point < token.size() ? 1U : 0U)) {
+    return digits * kPowers[decimals];
+  }
+  const std::size_t sign = token.starts_with('-') ? 1 : 0;
+  const bool plain = token.find_first_not_of("0123456789.", sign) == std::string_view::npos &&
+                     std::ranges::count(token, '.') <= 1;
+  return plain ? scaledDecimal(token, kNanosecondDigits) : std::nullopt;
+}
+
+void takeFrame(const AscMessage& message, std::optional<std::uint32_t> lineDlc, Frame& frame) {
   frame.bus = static_cast<std::uint16_t>(message.bus);
   frame.id = message.id;
   frame.set(message.extended ? frame_flag::kExtended : std::uint16_t{0});
@@ -134,10 +165,10 @@ void takeFrame(const AscMessage& message, const AscLineRemains& remains, Frame& 
   if (!message.commentText.empty()) {
     frame.text = message.commentText;
   }
-  const std::uint32_t dlc = remains.dlc.value_or(0);
+  const std::uint32_t dlc = lineDlc.value_or(0);
   if (message.isRemote()) {
     frame.kind = FrameKind::Remote;
-    frame.set(remains.dlc ? frame_flag::kDlcKnown : std::uint16_t{0});
+    frame.set(lineDlc ? frame_flag::kDlcKnown : std::uint16_t{0});
     frame.dlc = static_cast<std::uint16_t>(dlc);
     return;
   }
@@ -195,18 +226,17 @@ class AscLines {
     message_.reset();
     message_.hexBase = keys_.hexBase();
     AscTokens tokens(line, Way::complete());
-    parseAscTime(tokens, message_);
-    const std::optional<std::int64_t> time = timeOf(tokens.remains);
-    if (!time) {
+    const std::string_view time = tokens.take();
+    if (!takeTime(time)) {
       return false;
     }
-    frame.timeNs = *time;
-    AscTokens frameTokens = tokens;
-    if (parseAscFrameOfAnyVersion(frameTokens, keys_.fileVersion(), message_)) {
-      takeFrame(message_, frameTokens.remains, frame);
+    frame.timeNs = now_;
+    const std::string_view rest = tokens.rest();
+    if (parseAscFrameOfAnyVersion(tokens, keys_.fileVersion(), message_)) {
+      takeFrame(message_, tokens.dlc, frame);
       return true;
     }
-    return parseAscBusLine(tokens, keys_.hexBase(), message_.data, frame);
+    return parseAscBusLine(AscTokens(rest, Way::complete()), keys_.hexBase(), message_.data, frame);
   }
 
  private:
@@ -232,26 +262,19 @@ class AscLines {
     return isAscBlockLine(words);
   }
 
-  // Since the start of the trace. Relative times are summed, even those of lines that can't be understood.
-  std::optional<std::int64_t> timeOf(const AscLineRemains& remains) {
-    constexpr unsigned kNanosecondDigits = 9;
-    if (!remains.timeIsNumber) {
-      return std::nullopt;
-    }
-    auto time = remains.timeDigits ? scaledDecimal(*remains.timeDigits, kNanosecondDigits)
-                                   : scaledDecimal(remains.time, kNanosecondDigits);
+  // Moves on to the time of a line. Relative times are summed, even those of lines that can't be understood.
+  bool takeTime(std::string_view token) {
+    const std::optional<std::int64_t> time = nanosecondsOf(token);
     if (!time || *time < -kFarthestNs || *time > kFarthestNs) {
-      return std::nullopt;
+      return false;
     }
-    if (keys_.relativeTimestamps()) {
-      const bool tooFar = *time > 0 ? now_ > kFarthestNs - *time : now_ < -kFarthestNs - *time;
-      if (tooFar) {
-        return std::nullopt;
-      }
-      *time += now_;
+    if (!keys_.relativeTimestamps()) {
+      now_ = *time;
+      return true;
     }
-    now_ = *time;
-    return time;
+    const bool tooFar = *time > 0 ? now_ > kFarthestNs - *time : now_ < -kFarthestNs - *time;
+    now_ += tooFar ? 0 : *time;
+    return !tooFar;
   }
 
   AscHeadKeys keys_;
