@@ -57,7 +57,7 @@ bool holdsLength(const FrameCapacity& capacity, const Frame& frame) {
   if (frame.kind == FrameKind::Remote) {
     return length == 0;
   }
-  if (frame.has(frame_flag::kXl)) {
+  if (frame.kind == FrameKind::Data && frame.has(frame_flag::kXl)) {
     return length > 0 && length <= kLongestXl;
   }
   if (frame.kind == FrameKind::Lin || !frame.has(frame_flag::kFd)) {

@@ -23,7 +23,8 @@ struct SemicolonComments {
 // - `kCommentMark`: what a comment begins with.
 // - `bool isHeader(std::string_view line)`: whether the line belongs to the header; it then takes note of it. The first
 //   line that does not ends the header and is a line like those after it.
-// - `static bool headerGoesOnAfter(std::string_view line)`, where a format has it: whether more of the header may follow
+// - `static bool headerGoesOnAfter(std::string_view line)`, where a format has it: whether more of the header may
+// follow
 //   a line that is none of it. Such lines are kept, as long as they are few.
 // - `void takeHead(StreamHead& head)`: tells what the header said.
 // - `bool understand(std::string_view line, Frame& frame)`: whether the line is a frame, which it then fills. What the
@@ -149,8 +150,8 @@ class TextFrameSource final : public FrameSource {
   StreamHead head_;
   std::vector<KeptLine> kept_;  // those that ended the header, or stood in it, and are no part of it
   std::size_t keptBytes_ = 0;
-  std::uint64_t line_ = 0;                // the last one that was read, counted from 1
-  std::int64_t timeNs_ = 0;               // of the last frame
+  std::uint64_t line_ = 0;   // the last one that was read, counted from 1
+  std::int64_t timeNs_ = 0;  // of the last frame
   Frame frame_;
   FrameCommentReader frameComments_;
   std::string converted_;

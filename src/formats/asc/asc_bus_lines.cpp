@@ -182,9 +182,8 @@ std::optional<Remark> whyNoError(const Frame& frame) {
   const bool coded =
       frame.attributes.has(FrameAttribute::ErrorType) || frame.attributes.has(FrameAttribute::ErrorPosition);
   // Words that would be read as a code.
-  return !isTrimmed(text) || (!coded && (takeCodeBits(text) || codeOfItems(text)))
-             ? std::optional(Remark::TextNotHeld)
-             : std::nullopt;
+  return !isTrimmed(text) || (!coded && (takeCodeBits(text) || codeOfItems(text))) ? std::optional(Remark::TextNotHeld)
+                                                                                   : std::nullopt;
 }
 
 // ---- statuses
@@ -296,8 +295,7 @@ std::optional<Remark> whyNoStatus(const Frame& frame) {
     return Remark::DetailNotHeld;
   }
   if (!frame.text) {
-    return state && stateOf(warningErrorsToText(*state)) == state ? std::nullopt
-                                                                  : std::optional(Remark::DetailNotHeld);
+    return state && stateOf(warningErrorsToText(*state)) == state ? std::nullopt : std::optional(Remark::DetailNotHeld);
   }
   const std::string_view words = *frame.text;
   const bool misread = !isTrimmed(words) || endsWithIgnoreCase(words, kMakersMark) ||
@@ -477,7 +475,8 @@ std::optional<Remark> whyNoLinEvent(const Frame& frame) {
 // ---- events
 
 // The first words of lines about buses of other kinds, and of the measurement itself.
-constexpr std::array<std::string_view, 8> kEventWords = {"START", "J1939TP", "FR", "ETH", "AFDX", "A429", "MOST", "SPI"};
+constexpr std::array<std::string_view, 8> kEventWords = {"START", "J1939TP", "FR",   "ETH",
+                                                         "AFDX",  "A429",    "MOST", "SPI"};
 
 bool parseEvent(std::string_view rest, Frame& frame) {
   frame.kind = FrameKind::Event;
@@ -490,7 +489,8 @@ bool parseEvent(std::string_view rest, Frame& frame) {
   AscTokens tokens(rest, Way::complete());
   const std::string_view first = tokens.take();
   frame.text = trimmed(rest);
-  return first.starts_with("//") || std::ranges::any_of(kEventWords, [first](std::string_view word) { return equalsIgnoreCase(first, word); }) ||
+  return first.starts_with("//") ||
+         std::ranges::any_of(kEventWords, [first](std::string_view word) { return equalsIgnoreCase(first, word); }) ||
          hasAscEventMark(rest);
 }
 

@@ -60,8 +60,8 @@ class DateWords {
     if (month_ == 0 || day_.empty() || year_.empty() || clock_.empty()) {
       return std::nullopt;
     }
-    const auto date = startOfDottedText(std::string(day_) + '.' + std::to_string(month_) + '.' + std::string(year_) +
-                                        " 00:00:00");
+    const auto date =
+        startOfDottedText(std::string(day_) + '.' + std::to_string(month_) + '.' + std::string(year_) + " 00:00:00");
     const auto clock = startOfDottedText("1.1.1970 " + std::string(clock_));
     if (!date || !clock) {
       return std::nullopt;

@@ -198,7 +198,8 @@ bool parseFrameFd(AscTokens& tokens, AscMessage& message) {
   return true;
 }
 
-// The forms of the complete way ----------------------------------------------------------------------------------------
+// The forms of the complete way
+// ----------------------------------------------------------------------------------------
 
 constexpr std::uint32_t kLongestClassic = 8;
 constexpr std::uint32_t kLongestFd = 64;
@@ -262,7 +263,8 @@ bool parseFdFrame(AscTokens& tokens, AscMessage& message) {
   }
   std::uint32_t dlc = 0;
   if (!parseBit(tokens.require(), brs) || !parseBit(tokens.require(), esi) || !parseDlc(tokens.require(), 16, dlc) ||
-      !parseDigits(tokens.require(), 10, message.length) || message.length > kLongestFd || !parseData(tokens, message)) {
+      !parseDigits(tokens.require(), 10, message.length) || message.length > kLongestFd ||
+      !parseData(tokens, message)) {
     return false;
   }
   tokens.dlc = dlc;

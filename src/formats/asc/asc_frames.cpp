@@ -33,9 +33,8 @@ constexpr double kFirstVersionOfForm8 = 8.0;
 constexpr std::uint32_t kErrorCode = attributeBits(FrameAttribute::ErrorType, FrameAttribute::ErrorPosition);
 constexpr std::uint32_t kCounters = attributeBits(FrameAttribute::TxErrors, FrameAttribute::RxErrors);
 constexpr std::uint32_t kState = attributeBits(FrameAttribute::BusState);
-constexpr std::uint32_t kLinItems =
-    attributeBits(FrameAttribute::Checksum, FrameAttribute::ChecksumModel, FrameAttribute::LinErrors,
-                  FrameAttribute::LinDirection);
+constexpr std::uint32_t kLinItems = attributeBits(FrameAttribute::Checksum, FrameAttribute::ChecksumModel,
+                                                  FrameAttribute::LinErrors, FrameAttribute::LinDirection);
 
 constexpr bool isForm8(double version) {
   return version == 0.0 || version >= kFirstVersionOfForm8;
@@ -152,8 +151,8 @@ std::optional<std::int64_t> nanosecondsOf(std::string_view token) {
     return digits * kPowers[decimals];
   }
   const std::size_t sign = token.starts_with('-') ? 1 : 0;
-  const bool plain = token.find_first_not_of("0123456789.", sign) == std::string_view::npos &&
-                     std::ranges::count(token, '.') <= 1;
+  const bool plain =
+      token.find_first_not_of("0123456789.", sign) == std::string_view::npos && std::ranges::count(token, '.') <= 1;
   return plain ? scaledDecimal(token, kNanosecondDigits) : std::nullopt;
 }
 
@@ -321,9 +320,9 @@ class AscFrameLines {
   void appendHeader(TextBuffer& out) const {
     out.append("date ");
     appendAscDate(out, start_);
-    for (const std::string_view line : {std::string_view("base hex  timestamps absolute"),
-                                        std::string_view("no internal events logged"),
-                                        std::string_view(form8_ ? "// version 8.1.0" : "// version 7.0.0")}) {
+    for (const std::string_view line :
+         {std::string_view("base hex  timestamps absolute"), std::string_view("no internal events logged"),
+          std::string_view(form8_ ? "// version 8.1.0" : "// version 7.0.0")}) {
       out.append(kLineEnd);
       out.append(line);
     }

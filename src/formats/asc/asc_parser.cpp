@@ -126,9 +126,9 @@ bool mayBeMarked(std::string_view line) {
 
 bool hasAscEventMark(std::string_view line) {
   return mayBeMarked(line) && std::ranges::any_of(kMarkedLines, [line](const MarkedLine& kind) {
-    return kind.kind >= AscLineKind::Statistic && kind.kind != AscLineKind::OverloadFrame &&
-           kind.kind != AscLineKind::FdErrorFrame && fits(kind, line);
-  });
+           return kind.kind >= AscLineKind::Statistic && kind.kind != AscLineKind::OverloadFrame &&
+                  kind.kind != AscLineKind::FdErrorFrame && fits(kind, line);
+         });
 }
 
 void AscMessage::parseLine(std::string_view line, double version) {
