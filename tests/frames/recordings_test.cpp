@@ -5,10 +5,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "formats/asc/asc_frames.hpp"
 #include "formats/trc/trc_frames.hpp"
 #include "messages/can_dlc.hpp"
 #include "support/frame_text.hpp"
@@ -65,6 +67,7 @@ std::vector<ListedFrame> readList(const std::string& name) {
 }
 
 struct Recording {
+  std::unique_ptr<FrameSource> (*open)(const std::string& path);
   const char* trace;
   const char* list;
   std::uint16_t onlyBus;  // 0 for all
@@ -80,7 +83,7 @@ TEST_P(RecordedTraffic, isReadWhole) {
   }
   std::vector<ListedFrame> expected = readList(recording.list);
   std::erase_if(expected, [&](const ListedFrame& f) { return recording.onlyBus != 0 && f.bus != recording.onlyBus; });
-  const auto source = openTrcFrames((kRecordings / recording.trace).string());
+  const auto source = recording.open((kRecordings / recording.trace).string());
   FrameBatch batch;
   Account account;
   std::size_t at = 0;
@@ -102,9 +105,17 @@ TEST_P(RecordedTraffic, isReadWhole) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Trc, RecordedTraffic,
-                         testing::Values(Recording{"trc/vehicle-2.1.trc", "frames-fd.csv", 0, 1},
-                                         Recording{"trc/vehicle-1.3.trc", "frames.csv", 0, 1},
-                                         Recording{"trc/vehicle-1.1.trc", "frames.csv", 2, 100'000}));
+                         testing::Values(Recording{openTrcFrames, "trc/vehicle-2.1.trc", "frames-fd.csv", 0, 1},
+                                         Recording{openTrcFrames, "trc/vehicle-1.3.trc", "frames.csv", 0, 1},
+                                         Recording{openTrcFrames, "trc/vehicle-1.1.trc", "frames.csv", 2, 100'000}));
+
+INSTANTIATE_TEST_SUITE_P(Asc, RecordedTraffic,
+                         testing::Values(Recording{openAscFrames, "asc/vehicle.asc", "frames.csv", 0, 1},
+                                         Recording{openAscFrames, "asc/vehicle-v7.asc", "frames.csv", 0, 1},
+                                         Recording{openAscFrames, "asc/vehicle-crlf-v7.asc", "frames.csv", 0, 1},
+                                         Recording{openAscFrames, "asc/vehicle-fd-v8.asc", "frames-fd.csv", 0, 1},
+                                         Recording{openAscFrames, "asc/vehicle-fd-canfd-lines-v8.asc", "frames-fd.csv",
+                                                   0, 1}));
 
 }  // namespace
 }  // namespace xlatr
