@@ -170,20 +170,15 @@ void appendError(TextBuffer& out, const Frame& frame) {
   appendText(out, frame);
 }
 
-std::optional<Remark> whyNoError(const Frame& frame) {
-  if (frame.attributes.get(FrameAttribute::ErrorType).value_or(0) > kOtherError ||
-      frame.attributes.get(FrameAttribute::ErrorPosition).value_or(0) > kPositionMask) {
-    return Remark::DetailNotHeld;
+bool hasErrorLine(const Frame& frame) {
+  const auto type = frame.attributes.get(FrameAttribute::ErrorType);
+  const auto position = frame.attributes.get(FrameAttribute::ErrorPosition);
+  if (type.value_or(0) > kOtherError || position.value_or(0) > kPositionMask) {
+    return false;
   }
-  if (!frame.text) {
-    return std::nullopt;
-  }
-  std::string_view text = *frame.text;
-  const bool coded =
-      frame.attributes.has(FrameAttribute::ErrorType) || frame.attributes.has(FrameAttribute::ErrorPosition);
-  // Words that would be read as a code.
-  return !isTrimmed(text) || (!coded && (takeCodeBits(text) || codeOfItems(text))) ? std::optional(Remark::TextNotHeld)
-                                                                                   : std::nullopt;
+  // Not for words that would be read as a code.
+  std::string_view text = frame.text.value_or("late");
+  return isTrimmed(text) && (type || position || (!takeCodeBits(text) && !codeOfItems(text)));
 }
 
 // ---- statuses
@@ -289,21 +284,18 @@ void appendStatus(TextBuffer& out, const Frame& frame) {
   }
 }
 
-std::optional<Remark> whyNoStatus(const Frame& frame) {
+bool hasStatusLine(const Frame& frame) {
   const auto state = frame.attributes.get(FrameAttribute::BusState);
   if (frame.attributes.has(FrameAttribute::TxErrors) != frame.attributes.has(FrameAttribute::RxErrors)) {
-    return Remark::DetailNotHeld;
+    return false;
   }
   if (!frame.text) {
-    return state && stateOf(warningErrorsToText(*state)) == state ? std::nullopt : std::optional(Remark::DetailNotHeld);
+    return state && stateOf(warningErrorsToText(*state)) == state;
   }
   const std::string_view words = *frame.text;
   const bool misread = !isTrimmed(words) || endsWithIgnoreCase(words, kMakersMark) ||
                        containsIgnoreCase(words, "- TXERR:") || equalsIgnoreCase(words, kCounterChange);
-  if (misread) {
-    return Remark::TextNotHeld;
-  }
-  return stateOf(words) == state ? std::nullopt : std::optional(Remark::DetailNotHeld);
+  return !misread && stateOf(words) == state;
 }
 
 // ---- LIN
@@ -318,7 +310,6 @@ constexpr std::array kModelWords = {
     ModelWord{ChecksumType::Enhanced, "enhanced"},
     ModelWord{ChecksumType::Auto, "auto"},
 };
-constexpr std::string_view kEnhanced = "enhanced";  // without a checksum model
 constexpr std::array kLinItems = {FrameAttribute::LinErrors, FrameAttribute::LinDirection};
 constexpr std::uint32_t kHighestLinId = 0x3F;
 
@@ -356,8 +347,6 @@ void takeLinItem(std::string_view key, std::string_view value, int base, Frame& 
       frame.attributes.set(FrameAttribute::ChecksumModel, static_cast<std::uint32_t>(found->model));
       frame.set(found->model == ChecksumType::Enhanced ? frame_flag::kEnhancedChecksum : std::uint16_t{0});
     }
-  } else if (key == kEnhanced) {
-    frame.set(frame_flag::kEnhancedChecksum);
   } else {
     for (const FrameAttribute attribute : kLinItems) {
       if (key == frameAttributeName(attribute) && tryParseUInt32(value, number, 10)) {
@@ -444,9 +433,6 @@ void appendLin(TextBuffer& out, const Frame& frame) {
   if (const auto model = frame.attributes.get(FrameAttribute::ChecksumModel)) {
     appendItem(out, "CSM");
     out.append(kModelWords.at(*model).word);
-  } else if (frame.has(frame_flag::kEnhancedChecksum)) {
-    appendItem(out, kEnhanced);
-    out.append('1');
   }
   for (const FrameAttribute attribute : kLinItems) {
     if (const auto value = frame.attributes.get(attribute)) {
@@ -456,20 +442,14 @@ void appendLin(TextBuffer& out, const Frame& frame) {
   }
 }
 
-// A checksum model that the flag contradicts has no word.
-std::optional<Remark> whyNoLin(const Frame& frame) {
-  const auto model = frame.attributes.get(FrameAttribute::ChecksumModel);
-  const bool enhanced = model == static_cast<std::uint32_t>(ChecksumType::Enhanced);
-  const bool contradicted =
-      model && (*model >= kModelWords.size() || enhanced != frame.has(frame_flag::kEnhancedChecksum));
-  return contradicted ? std::optional(Remark::DetailNotHeld) : std::nullopt;
+bool hasLinLine(const Frame& frame) {
+  return frame.attributes.get(FrameAttribute::ChecksumModel).value_or(0) < kModelWords.size();
 }
 
-std::optional<Remark> whyNoLinEvent(const Frame& frame) {
+bool hasLinEventLine(const Frame& frame) {
   Frame start;
   AscTokens tokens(frame.text.value_or(std::string_view()), Way::complete());
-  const bool held = frame.text && isTrimmed(*frame.text) && !takeLinStart(tokens, 16, start);
-  return held ? std::nullopt : std::optional(Remark::TextNotHeld);
+  return frame.text && isTrimmed(*frame.text) && !takeLinStart(tokens, 16, start);
 }
 
 // ---- events
@@ -596,24 +576,24 @@ void appendAscBusLine(TextBuffer& out, const Frame& frame) {
   }
 }
 
-std::optional<Remark> whyNoAscLine(const Frame& frame) {
+bool hasAscLine(const Frame& frame) {
   std::uint32_t number = 0;
   switch (frame.kind) {
     case FrameKind::Data:
-      // A name that would be taken for BRS.
-      return frame.text && tryParseUInt32Auto(*frame.text, number) ? std::optional(Remark::TextNotHeld) : std::nullopt;
+      // Not for a name that would be taken for BRS.
+      return !frame.text || !tryParseUInt32Auto(*frame.text, number);
     case FrameKind::Error:
-      return whyNoError(frame);
+      return hasErrorLine(frame);
     case FrameKind::Overload:
-      return frame.text && !isTrimmed(*frame.text) ? std::optional(Remark::TextNotHeld) : std::nullopt;
+      return !frame.text || isTrimmed(*frame.text);
     case FrameKind::Status:
-      return whyNoStatus(frame);
+      return hasStatusLine(frame);
     case FrameKind::Lin:
-      return whyNoLin(frame);
+      return hasLinLine(frame);
     case FrameKind::LinEvent:
-      return whyNoLinEvent(frame);
+      return hasLinEventLine(frame);
     default:
-      return std::nullopt;
+      return true;
   }
 }
 

@@ -3,12 +3,10 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string_view>
 #include <vector>
 
 #include "formats/asc/asc_tokens.hpp"
-#include "frames/account.hpp"
 #include "frames/frame.hpp"
 #include "util/text_buffer.hpp"
 
@@ -24,7 +22,7 @@ namespace xlatr {
 // Appends the part of a line after the time, from which parseAscBusLine() makes the frame again.
 void appendAscBusLine(TextBuffer& out, const Frame& frame);
 
-// Why there is no line that says what the frame says; nothing if there is one. Of all kinds of frames.
-[[nodiscard]] std::optional<Remark> whyNoAscLine(const Frame& frame);
+// Whether there is a line that says what the attributes and the text of a frame of any kind say.
+[[nodiscard]] bool hasAscLine(const Frame& frame);
 
 }  // namespace xlatr

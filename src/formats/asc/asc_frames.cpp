@@ -78,18 +78,13 @@ consteval FrameCapacity row(double version) {
   capacity.guessedBus = 1;
   capacity.resolutionNs = kMicrosecond;
   capacity.startResolutionNs = kMillisecond;
-  capacity.refuses = whyNoAscLine;
+  capacity.hasRoomFor = hasAscLine;
   return capacity;
 }
 
 // Version 0 is that of a log without one. A sink takes it for the newest.
 constexpr std::array kCapacities = {row(0.0),  row(7.0),  row(8.0),  row(9.0),  row(10.0),
                                     row(11.0), row(12.0), row(13.0), row(14.0), row(15.0)};
-
-const FrameCapacity& capacityOf(double version) {
-  const auto* const found = std::ranges::find(kCapacities, version, &FrameCapacity::version);
-  return found != kCapacities.end() ? *found : kCapacities.back();
-}
 
 // ---- reading
 
@@ -309,7 +304,7 @@ class AscFrameLines {
   static constexpr std::string_view kCommentMark = "//";
 
   AscFrameLines(const std::string& /*path*/, const StreamHead& head, const SinkSettings& settings)
-      : capacity_(capacityOf(settings.version)), form8_(isForm8(capacity_.version)) {
+      : capacity_(capacityOfVersion(kCapacities, settings.version)), form8_(isForm8(capacity_.version)) {
     if (head.start) {
       start_ = head.start->sinceEpochNs;
     }
@@ -358,6 +353,22 @@ class AscFrameLines {
 
 std::span<const FrameCapacity> ascCapacities() {
   return kCapacities;
+}
+
+// A date, a base or a block is enough, and so is a frame.
+bool looksLikeAsc(std::string_view start) {
+  AscLines lines;
+  for (TokenCursor<'\n', '\r'> cursor(start); !cursor.atEnd();) {
+    const std::string_view line = cursor.take();
+    const std::string words = normalized(line);
+    Frame frame;
+    const bool head = (words.starts_with("date ") && startOfAscDate(line)) || words.starts_with("base hex") ||
+                      words.starts_with("base dec") || isAscBlockLine(words);
+    if (head || (hasTime(line) && lines.understand(line, frame))) {
+      return true;
+    }
+  }
+  return false;
 }
 
 std::unique_ptr<FrameSource> openAscFrames(const std::string& path) {

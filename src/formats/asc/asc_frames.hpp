@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
@@ -13,6 +14,9 @@ namespace xlatr {
 
 // What each version can hold, in the order of the versions.
 [[nodiscard]] std::span<const FrameCapacity> ascCapacities();
+
+// Whether a file that begins like this may be an ASC log.
+[[nodiscard]] bool looksLikeAsc(std::string_view start);
 
 // The frames of a file, comments and lines that can't be understood among them.
 [[nodiscard]] std::unique_ptr<FrameSource> openAscFrames(const std::string& path);
