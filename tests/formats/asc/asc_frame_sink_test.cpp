@@ -22,6 +22,7 @@
 #include "support/frame_text.hpp"
 #include "support/temp_folder.hpp"
 #include "support/writer_stubs.hpp"
+#include "util/hex.hpp"
 #include "util/text_buffer.hpp"
 
 namespace xlatr {
@@ -337,11 +338,18 @@ TEST_F(AscFrameSink, writesWhatAsc2logReads) {
   }
   std::vector<Frame> frames = oneOfEachKind();
   frames.push_back(on(frameOf(FrameKind::Data, kTx | kX | frame_flag::kFd | frame_flag::kEsi, 0x1FFFFFFF, 64), 2));
+  const std::string error = "can0 20000080#0000000000000000";
+  // It knows no DLC above 8 in the lines of 7.0, and an extended remote frame without a DLC has none.
   write(frames, 7.0, startedAt(1'627'276'799'721'000'000));
-  EXPECT_EQ(foundByAsc2log(folder_), (Texts{"can0 123#0102", "can0 18ABCDEF#0102030405060708", "can0 123#R8",
-                                            "can0 20000004#0000000000000000", "can0 20000004#0000000000000000"}));
+  EXPECT_EQ(foundByAsc2log(folder_), (Texts{"can0 123#0102", "can0 123#R8", "can0 00000123#R", error, error, error}));
+  std::string bytes;
+  for (const std::uint8_t byte : kBytes) {
+    bytes += hexPair(byte);
+  }
   write(frames, 8.0, startedAt(1'627'276'799'721'000'000));
-  EXPECT_EQ(foundByAsc2log(folder_), Texts());
+  EXPECT_EQ(foundByAsc2log(folder_),
+            (Texts{"can0 123#0102", "can0 18ABCDEF#0102030405060708", "can0 123##1" + bytes.substr(0, 24),
+                   "can0 123#R8", "can0 00000123#R", error, error, "can1 1FFFFFFF##2" + bytes}));
 }
 
 // ---- anything comes back as the table says
