@@ -16,11 +16,11 @@
 namespace xlatr {
 namespace {
 
-constexpr std::string_view kErrorFrame = "ErrorFrame";
-constexpr std::string_view kOverloadFrame = "OverloadFrame";
+constexpr std::string_view kErrorWord = "ErrorFrame";
+constexpr std::string_view kOverloadWord = "OverloadFrame";
 constexpr std::string_view kCodeMark = "ECC:";
 constexpr std::string_view kStatusMark = "Status:";
-constexpr std::string_view kMakersMark = "(Zelkworks)";
+constexpr std::string_view kMark = "(Zelkworks)";
 constexpr std::string_view kCounterChange = "error counter change";
 constexpr std::string_view kTransmitCount = " - TxErr: ";
 constexpr std::string_view kReceiveCount = " RxErr: ";
@@ -137,7 +137,7 @@ bool parseFdError(AscTokens& tokens, Frame& frame) {
   }
   frame.kind = FrameKind::Error;
   setText(trimmed(tokens.rest()), frame);
-  return equalsIgnoreCase(word, kErrorFrame);
+  return equalsIgnoreCase(word, kErrorWord);
 }
 
 void appendText(TextBuffer& out, const Frame& frame) {
@@ -158,7 +158,7 @@ void appendError(TextBuffer& out, const Frame& frame) {
     appendDecimalLeft(out, frame.bus, 2);
   }
   out.append(' ');
-  out.append(kErrorFrame);
+  out.append(kErrorWord);
   if (coded) {
     out.append(' ');
     out.append(kCodeMark);
@@ -235,8 +235,8 @@ bool parseStatus(AscTokens& tokens, Frame& frame) {
   }
   std::string_view words = trimmed(tokens.rest().substr(kStatusMark.size()));
   const bool counted = takeCounters(words, frame);
-  const bool marked = endsWithIgnoreCase(words, kMakersMark);
-  words = trimmed(words.substr(0, words.size() - (marked ? kMakersMark.size() : 0)));
+  const bool marked = endsWithIgnoreCase(words, kMark);
+  words = trimmed(words.substr(0, words.size() - (marked ? kMark.size() : 0)));
   if (counted && equalsIgnoreCase(words, kCounterChange)) {
     frame.kind = FrameKind::Counters;
     return true;
@@ -277,7 +277,7 @@ void appendStatus(TextBuffer& out, const Frame& frame) {
   const bool unmarked = frame.text && (startsWithIgnoreCase(words, kChipStatus) || equalsIgnoreCase(words, ofState));
   if (!words.empty() && !unmarked) {
     out.append(' ');
-    out.append(kMakersMark);
+    out.append(kMark);
   }
   if (frame.attributes.has(FrameAttribute::TxErrors)) {
     appendCounters(out, frame);
@@ -293,8 +293,8 @@ bool hasStatusLine(const Frame& frame) {
     return state && stateOf(warningErrorsToText(*state)) == state;
   }
   const std::string_view words = *frame.text;
-  const bool misread = !isTrimmed(words) || endsWithIgnoreCase(words, kMakersMark) ||
-                       containsIgnoreCase(words, "- TXERR:") || equalsIgnoreCase(words, kCounterChange);
+  const bool misread = !isTrimmed(words) || endsWithIgnoreCase(words, kMark) || containsIgnoreCase(words, "- TXERR:") ||
+                       equalsIgnoreCase(words, kCounterChange);
   return !misread && stateOf(words) == state;
 }
 
@@ -310,7 +310,7 @@ constexpr std::array kModelWords = {
     ModelWord{ChecksumType::Enhanced, "enhanced"},
     ModelWord{ChecksumType::Auto, "auto"},
 };
-constexpr std::array kLinItems = {FrameAttribute::LinErrors, FrameAttribute::LinDirection};
+constexpr std::array kLinItemKeys = {FrameAttribute::LinErrors, FrameAttribute::LinDirection};
 constexpr std::uint32_t kHighestLinId = 0x3F;
 
 // "Li" is the first one, "L2" the second.
@@ -348,7 +348,7 @@ void takeLinItem(std::string_view key, std::string_view value, int base, Frame& 
       frame.set(found->model == ChecksumType::Enhanced ? frame_flag::kEnhancedChecksum : std::uint16_t{0});
     }
   } else {
-    for (const FrameAttribute attribute : kLinItems) {
+    for (const FrameAttribute attribute : kLinItemKeys) {
       if (key == frameAttributeName(attribute) && tryParseUInt32(value, number, 10)) {
         frame.attributes.set(attribute, number);
       }
@@ -434,7 +434,7 @@ void appendLin(TextBuffer& out, const Frame& frame) {
     appendItem(out, "CSM");
     out.append(kModelWords.at(*model).word);
   }
-  for (const FrameAttribute attribute : kLinItems) {
+  for (const FrameAttribute attribute : kLinItemKeys) {
     if (const auto value = frame.attributes.get(attribute)) {
       appendItem(out, frameAttributeName(attribute));
       appendDecimal(out, *value);
@@ -499,11 +499,11 @@ bool parseOnBus(AscTokens& tokens, std::string_view rest, Frame& frame) {
     return false;
   }
   const std::string_view word = tokens.take();
-  if (equalsIgnoreCase(word, kErrorFrame)) {
+  if (equalsIgnoreCase(word, kErrorWord)) {
     parseError(trimmed(tokens.rest()), frame);
     return true;
   }
-  if (equalsIgnoreCase(word, kOverloadFrame)) {
+  if (equalsIgnoreCase(word, kOverloadWord)) {
     frame.kind = FrameKind::Overload;
     setText(trimmed(tokens.rest()), frame);
     return true;
@@ -551,7 +551,7 @@ void appendAscBusLine(TextBuffer& out, const Frame& frame) {
     case FrameKind::Overload:
       appendDecimalLeft(out, frame.bus, 2);
       out.append(' ');
-      out.append(kOverloadFrame);
+      out.append(kOverloadWord);
       appendText(out, frame);
       break;
     case FrameKind::Status:
@@ -561,7 +561,7 @@ void appendAscBusLine(TextBuffer& out, const Frame& frame) {
       appendStatusHead(out, frame);
       out.append(kCounterChange);
       out.append(' ');
-      out.append(kMakersMark);
+      out.append(kMark);
       appendCounters(out, frame);
       break;
     case FrameKind::Lin:

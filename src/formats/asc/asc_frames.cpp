@@ -26,15 +26,15 @@
 namespace xlatr {
 namespace {
 
-constexpr std::int64_t kMicrosecond = 1'000;
-constexpr std::int64_t kMillisecond = 1'000'000;
+constexpr std::int64_t kTimeResolution = 1'000;
+constexpr std::int64_t kStartResolution = 1'000'000;
 constexpr double kFirstVersionOfForm8 = 8.0;
 
-constexpr std::uint32_t kErrorCode = attributeBits(FrameAttribute::ErrorType, FrameAttribute::ErrorPosition);
-constexpr std::uint32_t kCounters = attributeBits(FrameAttribute::TxErrors, FrameAttribute::RxErrors);
-constexpr std::uint32_t kState = attributeBits(FrameAttribute::BusState);
-constexpr std::uint32_t kLinItems = attributeBits(FrameAttribute::Checksum, FrameAttribute::ChecksumModel,
-                                                  FrameAttribute::LinErrors, FrameAttribute::LinDirection);
+constexpr std::uint32_t kErrorBits = attributeBits(FrameAttribute::ErrorType, FrameAttribute::ErrorPosition);
+constexpr std::uint32_t kCounterBits = attributeBits(FrameAttribute::TxErrors, FrameAttribute::RxErrors);
+constexpr std::uint32_t kStateBits = attributeBits(FrameAttribute::BusState);
+constexpr std::uint32_t kLinBits = attributeBits(FrameAttribute::Checksum, FrameAttribute::ChecksumModel,
+                                                 FrameAttribute::LinErrors, FrameAttribute::LinDirection);
 
 constexpr bool isForm8(double version) {
   return version == 0.0 || version >= kFirstVersionOfForm8;
@@ -55,13 +55,13 @@ consteval FrameCapacity row(double version) {
                                    .direction = true,
                                    .needsDirection = true,
                                    .text = TextCapacity::Line,
-                                   .attributes = kErrorCode,
-                                   .filled = kErrorCode,
+                                   .attributes = kErrorBits,
+                                   .filled = kErrorBits,
                                    .fill = form8 ? FillRule::WithAttribute : FillRule::WithDirection};
   capacity.of(FrameKind::Overload) = {.held = true, .text = TextCapacity::Line};
-  capacity.of(FrameKind::Status) = {.held = true, .text = TextCapacity::Line, .attributes = kState | kCounters};
-  capacity.of(FrameKind::Counters) = {.held = true, .attributes = kCounters, .needed = kCounters};
-  capacity.of(FrameKind::Lin) = {.held = true, .direction = true, .needsDirection = true, .attributes = kLinItems};
+  capacity.of(FrameKind::Status) = {.held = true, .text = TextCapacity::Line, .attributes = kStateBits | kCounterBits};
+  capacity.of(FrameKind::Counters) = {.held = true, .attributes = kCounterBits, .needed = kCounterBits};
+  capacity.of(FrameKind::Lin) = {.held = true, .direction = true, .needsDirection = true, .attributes = kLinBits};
   capacity.of(FrameKind::LinEvent) = {.held = true, .text = TextCapacity::Line};
   capacity.of(FrameKind::Event) = {.held = true, .bus = false, .text = TextCapacity::Line};
   capacity.of(FrameKind::Comment) = {.held = true, .bus = false, .text = TextCapacity::Any};
@@ -76,8 +76,8 @@ consteval FrameCapacity row(double version) {
   capacity.lowestBus = 1;
   capacity.highestBus = kHighestBus;
   capacity.guessedBus = 1;
-  capacity.resolutionNs = kMicrosecond;
-  capacity.startResolutionNs = kMillisecond;
+  capacity.resolutionNs = kTimeResolution;
+  capacity.startResolutionNs = kStartResolution;
   capacity.hasRoomFor = hasAscLine;
   return capacity;
 }
@@ -327,7 +327,7 @@ class AscFrameLines {
   void appendFrame(TextBuffer& out, const Frame& frame) const {
     constexpr int kDecimals = 6;
     constexpr std::size_t kTimeColumns = 11;
-    appendUnitsFixed(out, frame.timeNs / kMicrosecond, kDecimals, kTimeColumns);
+    appendUnitsFixed(out, frame.timeNs / kTimeResolution, kDecimals, kTimeColumns);
     out.append(' ');
     if (frame.kind == FrameKind::Remote) {
       appendAscRemote7(out, lineOfFrame(frame), frame.has(frame_flag::kDlcKnown));
