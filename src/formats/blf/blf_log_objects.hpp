@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <span>
 
-#include "blf2csv/byte_queue.hpp"
-#include "blf2csv/object_scanner.hpp"
-#include "blf2csv/remarks.hpp"
+#include "formats/blf/blf_log_queue.hpp"
+#include "formats/blf/blf_log_remarks.hpp"
+#include "formats/blf/blf_log_scanner.hpp"
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 
 // One object as it stands in the content.
 struct Object {
@@ -36,4 +36,4 @@ class ObjectParser {
   ObjectScanner scanner_;
 };
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

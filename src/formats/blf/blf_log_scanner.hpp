@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "blf2csv/blf_layout.hpp"
-#include "blf2csv/byte_queue.hpp"
-#include "blf2csv/remarks.hpp"
+#include "formats/blf/blf_log_layout.hpp"
+#include "formats/blf/blf_log_queue.hpp"
+#include "formats/blf/blf_log_remarks.hpp"
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 
 // Walks over a run of bytes that come in pieces, from object to object. Between two there may be a little padding;
 // anything else is told as a stretch of stray bytes, however it came about. One thread at a time.
@@ -45,4 +45,4 @@ class ObjectScanner {
   bool gapIsTold_ = false;
 };
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

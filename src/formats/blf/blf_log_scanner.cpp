@@ -1,27 +1,26 @@
-#include "blf2csv/object_scanner.hpp"
+#include "formats/blf/blf_log_scanner.hpp"
 
 #include <algorithm>
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 namespace {
 
 bool isPlausible(const BaseHeader& header) {
-  const std::size_t least =
-      header.type == kContainerType ? xlatr::kLayoutSize<BaseHeader> : xlatr::kLayoutSize<ObjectHeader>;
+  const std::size_t least = header.type == kContainerType ? kLayoutSize<BaseHeader> : kLayoutSize<ObjectHeader>;
   return header.headerSize >= least && header.size >= header.headerSize;
 }
 
 }  // namespace
 
 bool ObjectScanner::find(ByteQueue& bytes, bool complete, BaseHeader& header) {
-  while (bytes.size() >= xlatr::kLayoutSize<BaseHeader>) {
+  while (bytes.size() >= kLayoutSize<BaseHeader>) {
     if (!startsWith(bytes.bytes(), kObjectSignature)) {
       // A signature of which only the beginning is here must stay.
       const std::size_t next = findText(bytes.bytes(), kObjectSignature);
       passOver(bytes, next < bytes.size() ? next : bytes.size() - (kObjectSignature.size() - 1));
       continue;
     }
-    xlatr::loadFields(bytes.bytes().data(), header);
+    loadFields(bytes.bytes().data(), header);
     if (isPlausible(header)) {
       return true;
     }
@@ -62,4 +61,4 @@ void ObjectScanner::endGap() {
   gapIsTold_ = false;
 }
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

@@ -1,8 +1,8 @@
-#include "blf2csv/object_parser.hpp"
+#include "formats/blf/blf_log_objects.hpp"
 
-#include "blf2csv/blf_layout.hpp"
+#include "formats/blf/blf_log_layout.hpp"
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 
 bool ObjectParser::next(ByteQueue& content, bool complete, Object& object) {
   BaseHeader header;
@@ -23,7 +23,7 @@ bool ObjectParser::next(ByteQueue& content, bool complete, Object& object) {
       continue;
     }
     ObjectHeader whole;
-    xlatr::readFieldsLeniently(bytes, whole);
+    readFieldsLeniently(bytes, whole);
     object = {.type = header.type,
               .flags = whole.flags,
               .version = whole.version,
@@ -35,4 +35,4 @@ bool ObjectParser::next(ByteQueue& content, bool complete, Object& object) {
   return false;
 }
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

@@ -8,7 +8,7 @@
 
 #include "util/layout.hpp"
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 
 // The data of a frame that always has room for eight.
 using DataBytes = std::array<std::uint8_t, 8>;
@@ -18,7 +18,6 @@ struct BusEvent {
   std::uint16_t channel = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &BusEvent::channel},
     };
@@ -30,7 +29,6 @@ struct TimedBusEvent {
   std::uint16_t channel = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Reserved{0, 12},
         Field{12, "channel", &TimedBusEvent::channel},
@@ -47,7 +45,6 @@ struct CanFrame {
   DataBytes data{};
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFrame::channel}, Field{2, "flags", &CanFrame::flags}, Field{3, "dlc", &CanFrame::dlc},
         Field{4, "id", &CanFrame::id},           Field{8, "data", &CanFrame::data},
@@ -65,7 +62,6 @@ struct CanFdFrame {
   std::uint8_t length = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFdFrame::channel},
         Field{2, "flags", &CanFdFrame::flags},
@@ -89,7 +85,6 @@ struct CanFdFrame64 {
   std::uint8_t dir = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFdFrame64::channel}, Field{1, "dlc", &CanFdFrame64::dlc},
         Field{2, "length", &CanFdFrame64::length},   Reserved{3, 1},
@@ -110,7 +105,6 @@ struct CanErrorFrame {
   std::uint16_t flagsExt = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanErrorFrame::channel},
         Reserved{2, 2},
@@ -136,7 +130,6 @@ struct CanFdErrorFrame64 {
   std::uint32_t id = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFdErrorFrame64::channel},
         Reserved{1, 1},
@@ -161,7 +154,6 @@ struct LinFrame {
   std::uint8_t dir = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &LinFrame::channel},
         Field{2, "id", &LinFrame::id},
@@ -180,7 +172,6 @@ struct LinHeader {
   std::uint8_t id = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &LinHeader::channel},
         Field{2, "id", &LinHeader::id},
@@ -199,7 +190,6 @@ struct TimedLinFrame {
   std::uint8_t dir = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Reserved{0, 12},
         Field{12, "channel", &TimedLinFrame::channel},
@@ -222,7 +212,6 @@ struct TimedLinHeader {
   std::uint8_t checksumModel = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Reserved{0, 12},  Field{12, "channel", &TimedLinHeader::channel},
         Reserved{14, 23}, Field{37, "id", &TimedLinHeader::id},
@@ -231,4 +220,4 @@ struct TimedLinHeader {
   }
 };
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log
