@@ -1,4 +1,5 @@
-// The bodies of the objects that become rows, as far as a row has columns for them. A field has the name of its column.
+// The bodies of frames, as far as anyone asks for their fields. A field has the name of its column in the converter's
+// table, if it has one.
 //
 // The data of frames whose body has no `data` here follow the fields, as many as the frame has. Channels are 1-based.
 #pragma once
@@ -100,6 +101,7 @@ struct CanErrorFrame {
   std::uint16_t channel = 0;
   std::uint32_t flags = 0;
   std::uint8_t ecc = 0;
+  std::uint8_t position = 0;  // the bit, if the flags say so
   std::uint8_t dlc = 0;
   std::uint32_t id = 0;
   std::uint16_t flagsExt = 0;
@@ -110,7 +112,7 @@ struct CanErrorFrame {
         Reserved{2, 2},
         Field{4, "flags", &CanErrorFrame::flags},
         Field{8, "ecc", &CanErrorFrame::ecc},
-        Reserved{9, 1},
+        Field{9, "position", &CanErrorFrame::position},
         Field{10, "dlc", &CanErrorFrame::dlc},
         Reserved{11, 5},
         Field{16, "id", &CanErrorFrame::id},
@@ -127,7 +129,9 @@ struct CanFdErrorFrame64 {
   std::uint8_t ecc = 0;
   std::uint16_t flags = 0;
   std::uint16_t flagsExt = 0;
+  std::uint16_t fdBits = 0;
   std::uint32_t id = 0;
+  std::uint16_t position = 0;  // the bit, if the flags say so
 
   static consteval auto fields() {
     return FieldList{
@@ -137,9 +141,29 @@ struct CanFdErrorFrame64 {
         Field{3, "ecc", &CanFdErrorFrame64::ecc},
         Field{4, "flags", &CanFdErrorFrame64::flags},
         Field{6, "flagsExt", &CanFdErrorFrame64::flagsExt},
-        Reserved{8, 4},
+        Field{8, "fdBits", &CanFdErrorFrame64::fdBits},
+        Reserved{10, 2},
         Field{12, "id", &CanFdErrorFrame64::id},
-        Reserved{16, 28},
+        Reserved{16, 24},
+        Field{40, "position", &CanFdErrorFrame64::position},
+        Reserved{42, 2},
+    };
+  }
+};
+
+// The error counters of a controller. Newer ones go on with its state.
+struct CanErrorCounters {
+  std::uint16_t channel = 0;
+  std::uint8_t txErrors = 0;
+  std::uint8_t rxErrors = 0;
+  std::uint32_t code = 0;  // of the driver
+
+  static consteval auto fields() {
+    return FieldList{
+        Field{0, "channel", &CanErrorCounters::channel},
+        Field{2, "txErrors", &CanErrorCounters::txErrors},
+        Field{3, "rxErrors", &CanErrorCounters::rxErrors},
+        Field{4, "code", &CanErrorCounters::code},
     };
   }
 };
