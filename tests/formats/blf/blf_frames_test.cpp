@@ -581,6 +581,7 @@ TEST(BlfFrames, areWhatIsWholeInADamagedLog) {
 }
 
 TEST(BlfFrames, sayWhenALogIsCutAnywhere) {
+  constexpr std::size_t kChecksum = 4;  // of a zlib stream, after all of its content
   const std::string first = zipped(one(1));
   const std::string log = file(first + stored(one(2)));
   const std::size_t begin = log.size() - first.size() - stored(one(2)).size();
@@ -589,7 +590,7 @@ TEST(BlfFrames, sayWhenALogIsCutAnywhere) {
     const Read read = readLog(log.substr(0, size));
     const bool isWhole = size == begin || (size >= end && size <= begin + first.size());
     EXPECT_EQ(read.account.complete(), isWhole) << size;
-    EXPECT_EQ(read.frames.size(), size >= end ? 1U : 0U) << size;
+    EXPECT_EQ(read.frames.size(), size >= end - kChecksum ? 1U : 0U) << size;
   }
 }
 
