@@ -1,6 +1,8 @@
 #include "formats/blf/blf_log_objects.hpp"
 
 #include "formats/blf/blf_log_layout.hpp"
+#include "util/layout.hpp"
+#include "util/little_endian.hpp"
 
 namespace xlatr::blf_log {
 
@@ -22,14 +24,14 @@ bool ObjectParser::next(ByteQueue& content, bool complete, Object& object) {
       remarks_.note(Remark::NestedContainer, offset);
       continue;
     }
-    ObjectHeader whole;
-    readFieldsLeniently(bytes, whole);
-    object = {.type = header.type,
-              .flags = whole.flags,
-              .version = whole.version,
-              .timestamp = whole.timestamp,
-              .body = bytes.subspan(header.headerSize),
-              .offset = offset};
+    // All of the header is there, or the scanner would not have taken it for one.
+    const std::uint8_t* const at = bytes.data();
+    object.type = header.type;
+    object.flags = loadLittle<std::uint32_t>(at + layoutOffset<&ObjectHeader::flags>());
+    object.version = loadLittle<std::uint16_t>(at + layoutOffset<&ObjectHeader::version>());
+    object.timestamp = loadLittle<std::uint64_t>(at + layoutOffset<&ObjectHeader::timestamp>());
+    object.body = bytes.subspan(header.headerSize);
+    object.offset = offset;
     return true;
   }
   return false;

@@ -3,16 +3,8 @@
 #include <algorithm>
 
 namespace xlatr::blf_log {
-namespace {
 
-bool isPlausible(const BaseHeader& header) {
-  const std::size_t least = header.type == kContainerType ? kLayoutSize<BaseHeader> : kLayoutSize<ObjectHeader>;
-  return header.headerSize >= least && header.size >= header.headerSize;
-}
-
-}  // namespace
-
-bool ObjectScanner::find(ByteQueue& bytes, bool complete, BaseHeader& header) {
+bool ObjectScanner::search(ByteQueue& bytes, bool complete, BaseHeader& header) {
   while (bytes.size() >= kLayoutSize<BaseHeader>) {
     if (!startsWith(bytes.bytes(), kObjectSignature)) {
       // A signature of which only the beginning is here must stay.
@@ -20,8 +12,7 @@ bool ObjectScanner::find(ByteQueue& bytes, bool complete, BaseHeader& header) {
       passOver(bytes, next < bytes.size() ? next : bytes.size() - (kObjectSignature.size() - 1));
       continue;
     }
-    loadFields(bytes.bytes().data(), header);
-    if (isPlausible(header)) {
+    if (isAtObject(bytes.bytes(), header)) {
       return true;
     }
     refuse(bytes);
@@ -35,12 +26,6 @@ bool ObjectScanner::find(ByteQueue& bytes, bool complete, BaseHeader& header) {
 
 void ObjectScanner::refuse(ByteQueue& bytes) {
   passOver(bytes, kObjectSignature.size());
-}
-
-void ObjectScanner::take(ByteQueue& bytes, std::size_t count) {
-  endGap();
-  bytes.drop(count);
-  position_ += count;
 }
 
 void ObjectScanner::passOver(ByteQueue& bytes, std::size_t count) {
