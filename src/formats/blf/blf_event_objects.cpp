@@ -18,7 +18,9 @@ namespace {
 using blf_log::Object;
 
 enum class Form : std::uint8_t {
-  Number,   // unsigned, of the width
+  Number,    // unsigned, of the width
+  HighHalf,  // the same of the upper four bits of a byte
+  LowHalf,
   Signed,   // of 32 bits
   Real,     // of 64 bits
   Percent,  // of the width, in hundredths
@@ -40,8 +42,6 @@ struct Part {
   Form form = Form::Number;
   std::string_view unit = {};
   std::span<const Word> words = {};  // of some values, which then stand for themselves
-  std::uint8_t shift = 0;            // the lowest bit that counts
-  std::uint64_t mask = ~std::uint64_t{0};
 };
 
 // `length` is that of the bytes that are there.
@@ -108,8 +108,8 @@ constexpr Part kFoundLength[] = {{"id", 2, 1, Form::Id}, {"length", 3, 1}};
 constexpr Part kFoundModel[] = {{"id", 2, 1, Form::Id}, {"checksum model", 3, 1, Form::Number, "", kModels}};
 constexpr Part kOldReceiveError[] = {{"id", 2, 1, Form::Id},
                                      {"length", 3, 1},
-                                     {"reason", 8, 1, Form::Number, "", kReasons, 4, 0xF},
-                                     {"state", 8, 1, Form::Number, "", kWaitingFor, 0, 0xF},
+                                     {"reason", 8, 1, Form::HighHalf, "", kReasons},
+                                     {"state", 8, 1, Form::LowHalf, "", kWaitingFor},
                                      {"byte", 9, 1, Form::Hex}};
 constexpr Part kSlaveTimeout[] = {{"slave", 2, 1}, {"state left", 3, 1}, {"state entered", 4, 4}};
 constexpr Part kSchedule[] = {{"from", 2, 1}, {"to", 3, 1}};
@@ -130,8 +130,8 @@ constexpr Part kLinStatistics[] = {{"load", 8, 8, Form::Real}, {"bursts", 16, 4}
                                    {"frames received", 28, 4}, {"frames without response", 32, 4}};
 constexpr Part kReceiveError[] = {{"id", 37, 1, Form::Id},
                                   {"length", 38, 1},
-                                  {"reason", 122, 1, Form::Number, "", kReasons, 4, 0xF},
-                                  {"state", 122, 1, Form::Number, "", kWaitingFor, 0, 0xF},
+                                  {"reason", 122, 1, Form::HighHalf, "", kReasons},
+                                  {"state", 122, 1, Form::LowHalf, "", kWaitingFor},
                                   {"byte", 123, 1, Form::Hex}};
 constexpr Part kTimedWakeUp[] = {{"length check", 16, 1, Form::Number, "", kLengthChecks},
                                  {"byte", 17, 1, Form::Hex},
@@ -203,7 +203,11 @@ std::uint64_t valueOf(const Part& part, Body body) {
   for (std::size_t at = part.width; at-- > 0;) {
     value = value << 8 | body[part.offset + at];
   }
-  return value >> part.shift & part.mask;
+  constexpr std::uint64_t kHalf = 0x0F;
+  if (part.form == Form::HighHalf) {
+    return value >> 4 & kHalf;
+  }
+  return part.form == Form::LowHalf ? value & kHalf : value;
 }
 
 void appendReal(TextBuffer& text, double value) {
@@ -215,6 +219,8 @@ void appendReal(TextBuffer& text, double value) {
 void appendValue(const Part& part, Body body, std::uint64_t value, TextBuffer& text) {
   switch (part.form) {
     case Form::Number:
+    case Form::HighHalf:
+    case Form::LowHalf:
       appendDecimal(text, value);
       return;
     case Form::Signed: {

@@ -19,7 +19,6 @@ using test::blf::classicFrame;
 using test::blf::containerOf;
 using test::blf::deflated;
 using test::blf::file;
-using test::blf::kTenMicroseconds;
 using test::blf::object;
 using test::blf::stored;
 using test::blf::zipped;
