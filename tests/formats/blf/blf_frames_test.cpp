@@ -2,11 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "frames/merged_frames.hpp"
+#include "frames/wanted_frames.hpp"
 #include "support/blf_builder.hpp"
 #include "support/frame_text.hpp"
 #include "support/temp_folder.hpp"
@@ -499,6 +504,19 @@ TEST(BlfFrames, nameWhatBelongsToOtherBuses) {
                                                       {"unknown object (object type 116)", 1},
                                                       {"unknown object (object type 4000)", 1}}));
   EXPECT_EQ(read.account.noted(Remark::OtherBus), (Account::Count{5, 1}));
+}
+
+TEST(BlfFrames, nameWhatBelongsToOtherBusesOfSeveralLogs) {
+  const test::TempFolder folder;
+  const std::string flexRay = object({.type = 29}, "");
+  std::vector<std::unique_ptr<FrameSource>> logs;
+  logs.push_back(openBlfFrames(folder.write("one.blf", file(stored(flexRay + flexRay)))));
+  logs.push_back(openBlfFrames(folder.write("two.blf", file(stored(object({.type = 71}, "") + flexRay)))));
+  WantedFrames all(std::make_unique<MergedFrames>(std::move(logs)), FrameSelection(), FrameChanges());
+  Account account;
+  EXPECT_TRUE(test::textsOf(all, account).empty());
+  EXPECT_EQ(all.passedOver(),
+            (std::vector<PassedOver>{{"FlexRay frame (object type 29)", 3}, {"Ethernet frame (object type 71)", 1}}));
 }
 
 TEST(BlfFrames, nameNoMoreTypesThanFitIntoMemory) {
