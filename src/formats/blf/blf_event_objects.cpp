@@ -29,7 +29,7 @@ enum class Form : std::uint8_t {
 };
 
 // What a value stands for; without a text it says nothing.
-struct Word {
+struct ValueWord {
   std::uint64_t value;
   std::string_view text;
 };
@@ -41,7 +41,7 @@ struct Part {
   std::uint8_t width;  // 1, 2, 4 or 8 bytes
   Form form = Form::Number;
   std::string_view unit = {};
-  std::span<const Word> words = {};  // of some values, which then stand for themselves
+  std::span<const ValueWord> words = {};  // of some values, which then stand for themselves
 };
 
 // `length` is that of the bytes that are there.
@@ -67,33 +67,33 @@ constexpr std::uint16_t kTimedBus = 12;  // after the start of the frame and the
 
 // ---- words
 
-constexpr Word kZeroIsNothing[] = {{0, ""}};
-constexpr Word kNoId[] = {{0xFF, ""}};
-constexpr Word kSimulated[] = {{0, ""}, {1, "simulated"}};
-constexpr Word kExternal[] = {{0, ""}, {1, "external"}};
-constexpr Word kModels[] = {{0, "classic checksum"}, {1, "enhanced checksum"}, {0xFF, "unknown checksum"}};
-constexpr Word kSlow[] = {{0, ""}, {1, "slow"}};
-constexpr Word kCutOff[] = {{0, ""}, {1, "cut off by a sync break"}};
-constexpr Word kPhases[] = {{0, "begins"}, {1, "goes on"}, {2, "ends"}};
-constexpr Word kLengthChecks[] = {{0, ""}, {1, "too short"}, {2, "too long"}};
-constexpr Word kSleepReasons[] = {{0, "start of measurement"}, {1, "sleep frame"},  {2, "idle timeout"},
-                                  {3, "silent sleep frame"},   {9, "external"},     {10, "internal"},
-                                  {11, "traffic on the bus"},  {18, "stayed awake"}};
-constexpr Word kWaitingFor[] = {
+constexpr ValueWord kZeroIsNothing[] = {{0, ""}};
+constexpr ValueWord kNoId[] = {{0xFF, ""}};
+constexpr ValueWord kSimulated[] = {{0, ""}, {1, "simulated"}};
+constexpr ValueWord kExternal[] = {{0, ""}, {1, "external"}};
+constexpr ValueWord kModels[] = {{0, "classic checksum"}, {1, "enhanced checksum"}, {0xFF, "unknown checksum"}};
+constexpr ValueWord kSlow[] = {{0, ""}, {1, "slow"}};
+constexpr ValueWord kCutOff[] = {{0, ""}, {1, "cut off by a sync break"}};
+constexpr ValueWord kPhases[] = {{0, "begins"}, {1, "goes on"}, {2, "ends"}};
+constexpr ValueWord kLengthChecks[] = {{0, ""}, {1, "too short"}, {2, "too long"}};
+constexpr ValueWord kSleepReasons[] = {{0, "start of measurement"}, {1, "sleep frame"},  {2, "idle timeout"},
+                                       {3, "silent sleep frame"},   {9, "external"},     {10, "internal"},
+                                       {11, "traffic on the bus"},  {18, "stayed awake"}};
+constexpr ValueWord kWaitingFor[] = {
     {0, "while idle"},         {1, "waiting for the break"}, {2, "waiting for the sync field"},
     {3, "waiting for the id"}, {14, "after another error"},  {15, "while asleep"}};
-constexpr Word kReasons[] = {{0, "timeout"},
-                             {1, "byte against the protocol"},
-                             {2, "framing error"},
-                             {3, "unexpected break"},
-                             {4, "unknown reason"}};
-constexpr Word kDisturbances[] = {
+constexpr ValueWord kReasons[] = {{0, "timeout"},
+                                  {1, "byte against the protocol"},
+                                  {2, "framing error"},
+                                  {3, "unexpected break"},
+                                  {4, "unknown reason"}};
+constexpr ValueWord kDisturbances[] = {
     {0, "dominant"}, {1, "recessive"}, {2, "by a header"}, {3, "by a bit stream"}, {4, "by a variable bit stream"}};
-constexpr Word kPulses[] = {{0, ""}, {1, "sent"}, {2, "external"}, {4, "received"}};
-constexpr Word kSettings[] = {{0, "reset"}, {1, "bit timing"}, {0xFF, "invalid"}};
-constexpr Word kBuses[] = {{1, "CAN"}, {5, "LIN"}};
-constexpr Word kTriggers[] = {{0, ""}, {1, "logging starts"}, {2, "logging stops"}};
-constexpr Word kQueues[] = {{0, "first queue"}, {1, "second queue"}, {2, "both queues"}};
+constexpr ValueWord kPulses[] = {{0, ""}, {1, "sent"}, {2, "external"}, {4, "received"}};
+constexpr ValueWord kSettings[] = {{0, "reset"}, {1, "bit timing"}, {0xFF, "invalid"}};
+constexpr ValueWord kBuses[] = {{1, "CAN"}, {5, "LIN"}};
+constexpr ValueWord kTriggers[] = {{0, ""}, {1, "logging starts"}, {2, "logging stops"}};
+constexpr ValueWord kQueues[] = {{0, "first queue"}, {1, "second queue"}, {2, "both queues"}};
 
 // ---- parts
 
@@ -244,8 +244,8 @@ void appendValue(const Part& part, Body body, std::uint64_t value, TextBuffer& t
   }
 }
 
-const Word* findWord(const Part& part, std::uint64_t value) {
-  for (const Word& word : part.words) {
+const ValueWord* findWord(const Part& part, std::uint64_t value) {
+  for (const ValueWord& word : part.words) {
     if (word.value == value) {
       return &word;
     }
@@ -263,7 +263,7 @@ void appendPart(const EventLayout& event, const Part& part, Body body, TextBuffe
     return;
   }
   const std::uint64_t value = valueOf(part, body);
-  const Word* const word = findWord(part, value);
+  const ValueWord* const word = findWord(part, value);
   if (word != nullptr && word->text.empty()) {
     return;
   }
