@@ -257,11 +257,18 @@ bool readErrorCounters(const Object& object, Frame& frame, BlfReading& reading) 
   return true;
 }
 
+// Those that are as long as their data may go on with two words of bit timing.
 constexpr std::array kCanObjects = {
-    BlfObjectType{1, readCanFrame},       BlfObjectType{2, readPlainError},     BlfObjectType{3, readOverload},
-    BlfObjectType{31, readErrorCounters}, BlfObjectType{73, readErrorFrame},    BlfObjectType{74, readErrorCounters},
-    BlfObjectType{86, readCanFrame},  // with its duration
-    BlfObjectType{100, readCanFdFrame},   BlfObjectType{101, readCanFdFrame64}, BlfObjectType{104, readFdErrorFrame},
+    BlfObjectType{1, readCanFrame, 16},
+    BlfObjectType{2, readPlainError, 8},
+    BlfObjectType{3, readOverload, 8},
+    BlfObjectType{31, readErrorCounters, 8},
+    BlfObjectType{73, readErrorFrame, 32},
+    BlfObjectType{74, readErrorCounters, 32},
+    BlfObjectType{86, readCanFrame, 24},
+    BlfObjectType{100, readCanFdFrame, 88},
+    BlfObjectType{101, readCanFdFrame64, 40 + 64 + 8},
+    BlfObjectType{104, readFdErrorFrame, 44 + 64 + 8},
 };
 
 }  // namespace

@@ -336,9 +336,10 @@ bool readEvent(const Object& object, Frame& frame, BlfReading& reading) {
 }
 
 constexpr auto kEventObjects = [] {
+  constexpr std::uint16_t kLongest = 152;  // of any event
   std::array<BlfObjectType, kEvents.size()> objects{};
   for (std::size_t at = 0; at < objects.size(); ++at) {
-    objects[at] = {kEvents[at].type, readEvent};
+    objects[at] = {kEvents[at].type, readEvent, kLongest};
   }
   return objects;
 }();

@@ -160,8 +160,8 @@ class BlfFrameSource final : public FrameSource {
   BlfFrameSource(const std::string& path, const std::optional<FileHeader>& header)
       : isLog_(header.has_value()),
         input_(path, firstObjectOf(path, header), remarks_),
-        parser_(remarks_),
-        readers_(readersByType()) {
+        types_(typesByNumber()),
+        parser_(remarks_, types_.longestBodies) {
     head_.path = path;
     head_.format = XLATR_FORMAT_BLF;
     head_.places = PlaceUnit::Record;
@@ -173,18 +173,25 @@ class BlfFrameSource final : public FrameSource {
     }
   }
 
-  static std::array<ReadBlfObject, kBlfTypeLimit> readersByType() {
-    std::array<ReadBlfObject, kBlfTypeLimit> readers{};
+  // What is known of each type, by its number.
+  struct Types {
+    std::array<ReadBlfObject, kBlfTypeLimit> readers{};  // null for those that become no frame
+    std::array<std::uint16_t, kBlfTypeLimit> longestBodies{};
+  };
+
+  static Types typesByNumber() {
+    Types types;
     for (const auto& objects : {blfCanObjects(), blfLinObjects(), blfEventObjects(), blfTextObjects()}) {
       for (const BlfObjectType& object : objects) {
-        readers[object.type] = object.read;
+        types.readers[object.type] = object.read;
+        types.longestBodies[object.type] = object.longestBody;
       }
     }
-    return readers;
+    return types;
   }
 
   void append(const Object& object, FrameBatch& batch, Account& account) {
-    const ReadBlfObject readObject = object.type < readers_.size() ? readers_[object.type] : nullptr;
+    const ReadBlfObject readObject = object.type < types_.readers.size() ? types_.readers[object.type] : nullptr;
     if (readObject == nullptr) {
       passOver(object.type, account);
       return;
@@ -246,11 +253,11 @@ class BlfFrameSource final : public FrameSource {
   bool isCut_ = false;
   blf_log::Remarks remarks_;
   blf_log::ContentInput input_;
+  Types types_;
   blf_log::ObjectParser parser_;
   blf_log::ByteQueue content_;
   Piece piece_ = Piece::More;
   StreamHead head_;
-  std::array<ReadBlfObject, kBlfTypeLimit> readers_;
   PassedOverObjects passedOver_;
   std::uint64_t objects_ = 0;
   std::array<std::uint64_t, blf_log::kRemarkCount> told_{};

@@ -86,12 +86,12 @@ bool readLinHeader(const Object& object, Frame& frame, BlfReading& /*reading*/) 
 }
 
 constexpr std::array kLinObjects = {
-    BlfObjectType{11, readLinFrame<LinFrame, ErrorCode::None>},
-    BlfObjectType{12, readLinFrame<LinFrame, ErrorCode::Checksum>},
-    BlfObjectType{15, readLinHeader<LinHeader, 3>},
-    BlfObjectType{57, readLinFrame<TimedLinFrame, ErrorCode::None>},
-    BlfObjectType{58, readLinHeader<TimedLinHeader, 38>},
-    BlfObjectType{60, readLinFrame<TimedLinFrame, ErrorCode::Checksum>},
+    BlfObjectType{11, readLinFrame<LinFrame, ErrorCode::None>, 24},
+    BlfObjectType{12, readLinFrame<LinFrame, ErrorCode::Checksum>, 24},
+    BlfObjectType{15, readLinHeader<LinHeader, 3>, 8},
+    BlfObjectType{57, readLinFrame<TimedLinFrame, ErrorCode::None>, 152},
+    BlfObjectType{58, readLinHeader<TimedLinHeader, 38>, 72},
+    BlfObjectType{60, readLinFrame<TimedLinFrame, ErrorCode::Checksum>, 152},
 };
 
 }  // namespace

@@ -1,24 +1,38 @@
 #include "formats/blf/blf_log_objects.hpp"
 
+#include <cstddef>
+
 #include "formats/blf/blf_log_layout.hpp"
 #include "util/layout.hpp"
 #include "util/little_endian.hpp"
 
 namespace xlatr::blf_log {
 
+namespace {
+
+// Newer objects go on with fields that nobody here knows, but not for longer than this.
+constexpr std::size_t kMostNewFields = 512;
+
+}  // namespace
+
 bool ObjectParser::next(ByteQueue& content, bool complete, Object& object) {
   BaseHeader header;
   while (scanner_.find(content, complete, header)) {
     const bool isWhole = header.size <= content.size();
-    if (header.size > kLargestObject || (!isWhole && complete)) {
+    const std::size_t surplus = surplusOf(header);
+    if (header.size > kLargestObject || (!isWhole && complete) || surplus > kMostNewFields) {
       scanner_.refuse(content);
       continue;
     }
     if (!isWhole) {
       return false;
     }
-    const std::uint64_t offset = scanner_.position();
     const auto bytes = content.bytes().first(header.size);
+    if (surplus > 0 && findText(bytes.last(surplus), kObjectSignature) < surplus) {
+      scanner_.refuse(content);
+      continue;
+    }
+    const std::uint64_t offset = scanner_.position();
     scanner_.take(content, header.size);
     if (header.type == kContainerType) {
       remarks_.note(Remark::NestedContainer, offset);

@@ -25,8 +25,9 @@ struct BlfReading {
 using ReadBlfObject = bool (*)(const blf_log::Object& object, Frame& frame, BlfReading& reading);
 
 struct BlfObjectType {
-  std::uint32_t type;
-  ReadBlfObject read;
+  std::uint32_t type = 0;
+  ReadBlfObject read = nullptr;
+  std::uint16_t longestBody = 0;  // as far as is known; 0 for any
 };
 
 // The types that become frames.

@@ -540,6 +540,12 @@ std::string one(std::uint32_t id) {
   return classicFrame({.id = id, .dlc = 0});
 }
 
+// An object that states a larger size.
+std::string swollen(std::string object, std::uint16_t more) {
+  const auto size = static_cast<std::uint32_t>(object.size() + more);
+  return object.replace(8, 4, Bytes().u32(size).str());
+}
+
 TEST(BlfFrames, areWhatIsWholeInADamagedLog) {
   const std::string two = one(1) + one(2);
   const std::string packed = deflated(two + two);
@@ -577,6 +583,18 @@ TEST(BlfFrames, areWhatIsWholeInADamagedLog) {
                    file(containerOf(2, broken, 192) + stored(one(3))),
                    {1, 2, 1, 2, 3},
                    {{Remark::RecordNotUnderstood, 1}}},
+           Damaged{"size that swallows an object",
+                   file(stored(swollen(one(1), 48) + one(2) + one(3))),
+                   {2, 3},
+                   {{Remark::RecordNotUnderstood, 1}}},
+           Damaged{"size that swallows many objects",
+                   file(stored(swollen(one(1), 10'000) + one(2) + one(3))),
+                   {2, 3},
+                   {{Remark::RecordNotUnderstood, 1}}},
+           Damaged{"fields that nobody knows",
+                   file(stored(swollen(one(1), 40) + std::string(40, 'x') + one(3))),
+                   {1, 3},
+                   {}},
            Damaged{"container in a container",
                    file(stored(one(1) + stored(one(2)) + one(3))),
                    {1, 3},
