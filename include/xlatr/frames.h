@@ -167,11 +167,12 @@ enum { XLATR_REMARK_LIMIT = 64 };
 
 /* The classes of remarks. */
 enum {
-  XLATR_CLASS_SELECTION = 0, /* nobody asked for the frame */
-  XLATR_CLASS_DAMAGE = 1,    /* in the source */
-  XLATR_CLASS_GUESS = 2,     /* decided without being told */
-  XLATR_CLASS_NOT_HELD = 3,  /* the target can't hold the frame */
-  XLATR_CLASS_REDUCED = 4    /* the frame is in the target, but for something */
+  XLATR_CLASS_SELECTION = 0,  /* nobody asked for the frame */
+  XLATR_CLASS_DAMAGE = 1,     /* in the source */
+  XLATR_CLASS_GUESS = 2,      /* decided without being told */
+  XLATR_CLASS_NOT_HELD = 3,   /* the target can't hold the frame */
+  XLATR_CLASS_REDUCED = 4,    /* the frame is in the target, but for something */
+  XLATR_CLASS_PASSED_OVER = 5 /* in the source, and no frame */
 };
 
 /* How often, and where first. */

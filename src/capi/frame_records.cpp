@@ -20,7 +20,7 @@ static_assert(XLATR_ATTRIBUTE_RECORD_TYPE == static_cast<int>(FrameAttribute::Re
 static_assert(XLATR_FLAG_ENHANCED_CHECKSUM == frame_flag::kEnhancedChecksum);
 static_assert(XLATR_FLAG_DLC_KNOWN == frame_flag::kDlcKnown);
 static_assert(XLATR_REMARK_LIMIT >= kRemarkCount);
-static_assert(XLATR_CLASS_REDUCED == static_cast<int>(RemarkClass::Reduced));
+static_assert(XLATR_CLASS_PASSED_OVER == static_cast<int>(RemarkClass::PassedOver));
 
 [[noreturn]] void refuse(const std::string& text) {
   throw FrameFailure(FrameProblem::BadArgument, text);

@@ -18,6 +18,8 @@ constexpr std::array<RemarkInfo, kRemarkCount> kRemarks = {{
     {Remark::DirectionGuessed, RemarkClass::Guess, "direction_guessed", "the source states no direction"},
     {Remark::DetailGuessed, RemarkClass::Guess, "detail_guessed",
      "the source does not state all that a line must have"},
+    {Remark::TimeUnitGuessed, RemarkClass::Guess, "time_unit_guessed", "the source states no unit of its time"},
+    {Remark::OtherBus, RemarkClass::PassedOver, "other_bus", "it belongs to no CAN or LIN bus"},
     {Remark::KindNotHeld, RemarkClass::NotHeld, "kind_not_held", "the target has no such kind of frame"},
     {Remark::FdNotHeld, RemarkClass::NotHeld, "fd_not_held", "the target has no CAN FD frames"},
     {Remark::XlNotHeld, RemarkClass::NotHeld, "xl_not_held", "the target has no CAN XL frames"},

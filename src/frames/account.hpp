@@ -23,6 +23,10 @@ enum class Remark : std::uint8_t {
   LengthGuessed,
   DirectionGuessed,
   DetailGuessed,
+  TimeUnitGuessed,
+
+  // In the source, and no frame.
+  OtherBus,
 
   // What a target can't hold: a comment stands for the frame there, or nothing.
   KindNotHeld,
@@ -44,10 +48,10 @@ enum class Remark : std::uint8_t {
   TextLost,
   TimeRounded,
 };
-inline constexpr std::size_t kRemarkCount = 25;
+inline constexpr std::size_t kRemarkCount = 27;
 
 // How a remark counts.
-enum class RemarkClass : std::uint8_t { Selection, Damage, Guess, NotHeld, Reduced };
+enum class RemarkClass : std::uint8_t { Selection, Damage, Guess, NotHeld, Reduced, PassedOver };
 
 struct RemarkInfo {
   Remark remark;

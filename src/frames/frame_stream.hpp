@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "frames/account.hpp"
 #include "frames/frame_batch.hpp"
@@ -41,6 +42,14 @@ struct StreamHead {
   PlaceUnit places = PlaceUnit::Line;
 };
 
+// What a source holds that becomes no frame, such as the traffic of other buses.
+struct PassedOver {
+  std::string name = {};  // "FlexRay frame (object type 41)"
+  std::uint64_t count = 0;
+
+  bool operator==(const PassedOver&) const = default;
+};
+
 // One trace that is read. Made for a file of its format; raises std::ios_base::failure when the system refuses, from
 // its construction on. Nothing that a file holds raises: what can't be understood is a comment, with a remark. One
 // thread at a time.
@@ -52,6 +61,8 @@ class FrameSource {
   // Fills an empty batch until it is full or the trace ends, and counts what it read. False, with an empty batch, at
   // the end. A batch can be empty before the end too, if nothing in it is wanted.
   [[nodiscard]] virtual bool read(FrameBatch& batch, Account& account) = 0;
+  // What was passed over so far, each kind once; the account has their sum (Remark::OtherBus).
+  [[nodiscard]] virtual std::vector<PassedOver> passedOver() const { return {}; }
   // How much of the file was read, in bytes.
   [[nodiscard]] virtual std::uint64_t bytesRead() const = 0;
 

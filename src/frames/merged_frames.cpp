@@ -74,6 +74,21 @@ bool MergedFrames::read(FrameBatch& batch, Account& account) {
   return !batch.empty();
 }
 
+std::vector<PassedOver> MergedFrames::passedOver() const {
+  std::vector<PassedOver> all;
+  for (const Input& input : inputs_) {
+    for (PassedOver& kind : input.source->passedOver()) {
+      const auto known = std::ranges::find(all, kind.name, &PassedOver::name);
+      if (known != all.end()) {
+        known->count += kind.count;
+      } else {
+        all.push_back(std::move(kind));
+      }
+    }
+  }
+  return all;
+}
+
 std::uint64_t MergedFrames::bytesRead() const {
   return std::transform_reduce(inputs_.begin(), inputs_.end(), std::uint64_t{0}, std::plus<>(),
                                [](const Input& input) { return input.source->bytesRead(); });

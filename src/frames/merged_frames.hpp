@@ -21,6 +21,8 @@ class MergedFrames final : public FrameSource {
   // That of the first source, but with the start and the number of all.
   [[nodiscard]] const StreamHead& head() const override { return head_; }
   [[nodiscard]] bool read(FrameBatch& batch, Account& account) override;
+  // What has one name is added up.
+  [[nodiscard]] std::vector<PassedOver> passedOver() const override;
   [[nodiscard]] std::uint64_t bytesRead() const override;
 
  private:

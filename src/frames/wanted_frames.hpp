@@ -28,6 +28,7 @@ class WantedFrames final : public FrameSource {
 
   [[nodiscard]] const StreamHead& head() const override { return head_; }
   [[nodiscard]] bool read(FrameBatch& batch, Account& account) override;
+  [[nodiscard]] std::vector<PassedOver> passedOver() const override { return source_->passedOver(); }
   [[nodiscard]] std::uint64_t bytesRead() const override { return source_->bytesRead(); }
 
  private:

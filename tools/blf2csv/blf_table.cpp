@@ -4,12 +4,14 @@
 #include <cstring>
 #include <utility>
 
-#include "blf2csv/blf_layout.hpp"
+#include "formats/blf/blf_log_layout.hpp"
 #include "formats/csv/csv_columns.hpp"
 #include "util/hex.hpp"
 
 namespace blf2csv {
 namespace {
+
+using xlatr::blf_log::DateField;
 
 constexpr char kSeparator = ';';
 constexpr std::size_t kBlockSize = std::size_t{256} * 1024;

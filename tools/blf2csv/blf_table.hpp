@@ -8,10 +8,12 @@
 #include <memory>
 #include <string_view>
 
-#include "blf2csv/file_header.hpp"
 #include "blf2csv/object_kinds.hpp"
+#include "formats/blf/blf_log_head.hpp"
 
 namespace blf2csv {
+
+using xlatr::blf_log::FileHeader;
 
 // Takes the next bytes of the table; they are valid during the call.
 using Sink = std::function<void(std::string_view)>;

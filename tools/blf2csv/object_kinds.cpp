@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-#include "blf2csv/object_bodies.hpp"
+#include "formats/blf/blf_log_bodies.hpp"
 
 namespace blf2csv {
 
@@ -15,6 +15,19 @@ struct ObjectKind {
 };
 
 namespace {
+
+using xlatr::blf_log::BusEvent;
+using xlatr::blf_log::CanErrorFrame;
+using xlatr::blf_log::CanFdErrorFrame64;
+using xlatr::blf_log::CanFdFrame;
+using xlatr::blf_log::CanFdFrame64;
+using xlatr::blf_log::CanFrame;
+using xlatr::blf_log::DataBytes;
+using xlatr::blf_log::LinFrame;
+using xlatr::blf_log::LinHeader;
+using xlatr::blf_log::TimedBusEvent;
+using xlatr::blf_log::TimedLinFrame;
+using xlatr::blf_log::TimedLinHeader;
 
 constexpr std::string_view kCutShort = "cut short";
 

@@ -5,10 +5,12 @@
 #include <span>
 #include <string_view>
 
-#include "blf2csv/object_parser.hpp"
 #include "blf2csv/remarks.hpp"
+#include "formats/blf/blf_log_objects.hpp"
 
 namespace blf2csv {
+
+using xlatr::blf_log::Object;
 
 // The cells of a row that come from the body.
 struct Cells {

@@ -1,6 +1,8 @@
 #include "blf2csv/remarks.hpp"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 
 namespace blf2csv {
 namespace {
@@ -46,12 +48,12 @@ std::uint64_t Remarks::passedOver() const {
 
 std::vector<std::string> Remarks::lines() const {
   std::vector<std::string> lines;
-  for (std::size_t index = 0; index < counts_.size(); ++index) {
-    const Count& count = counts_[index];
-    if (count.times > 0) {
-      lines.push_back(std::string(kTexts[index]) + ": " + std::to_string(count.times) + ", the first at offset " +
-                      std::to_string(count.firstOffset) +
-                      (index <= static_cast<std::size_t>(Remark::StrayFileBytes) ? "" : " of the content"));
+  for (std::size_t index = 0; index < kRemarkCount; ++index) {
+    const auto remark = static_cast<Remark>(index);
+    if (times(remark) > 0) {
+      lines.push_back(std::string(kTexts[index]) + ": " + std::to_string(times(remark)) + ", the first at offset " +
+                      std::to_string(firstOffset(remark)) +
+                      (remark <= Remark::StrayFileBytes ? "" : " of the content"));
     }
   }
   if (!passedOver_.empty()) {

@@ -5,12 +5,23 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "blf2csv/blf_layout.hpp"
-#include "blf2csv/content_input.hpp"
+#include "formats/blf/blf_log_content.hpp"
+#include "formats/blf/blf_log_head.hpp"
+#include "formats/blf/blf_log_layout.hpp"
+#include "formats/blf/blf_log_objects.hpp"
+#include "formats/blf/blf_log_queue.hpp"
 #include "platform/files.hpp"
 
 namespace blf2csv {
 namespace {
+
+using xlatr::blf_log::ByteQueue;
+using xlatr::blf_log::ContentInput;
+using xlatr::blf_log::kNanoseconds;
+using xlatr::blf_log::kRestorePointsType;
+using xlatr::blf_log::kTenMicroseconds;
+using xlatr::blf_log::ObjectParser;
+using xlatr::blf_log::Piece;
 
 void addObject(const Object& object, BlfTable& table, Remarks& remarks) {
   if (object.type == kRestorePointsType) {
@@ -33,10 +44,11 @@ struct Converted {
 };
 
 Converted convert(const std::string& path, const Sink& sink, const Progress& progress, Remarks& remarks) {
-  ContentInput input(path, remarks);
+  const FileHeader header = readFileHeader(path);
+  ContentInput input(path, header.firstObject, remarks);
   ObjectParser parser(remarks);
   BlfTable table(sink);
-  table.addHead(input.header());
+  table.addHead(header);
   ByteQueue content;
   Object object;
   Piece piece = Piece::More;
@@ -96,6 +108,14 @@ Outcome convertToFile(const std::string& path, const std::string& target, const 
     removeUnfinished(file, target);
     throw;
   }
+}
+
+FileHeader readFileHeader(const std::string& path) {
+  const auto header = xlatr::blf_log::readFileHeader(path);
+  if (!header) {
+    throw std::runtime_error(path + ": is not a BLF log");
+  }
+  return *header;
 }
 
 std::int32_t countObjects(const std::string& path) {

@@ -24,6 +24,9 @@ enum class Outcome : std::uint8_t { Done, Stopped };
 [[nodiscard]] Outcome convertToFile(const std::string& path, const std::string& target, const Progress& progress,
                                     Remarks& remarks);
 
+// The header of the log. Throws as convertToTable does.
+[[nodiscard]] FileHeader readFileHeader(const std::string& path);
+
 // How many objects the log has: what its header says, or, where the recorder did not get to write that, the number of
 // rows of its table. Throws as convertToTable does.
 [[nodiscard]] std::int32_t countObjects(const std::string& path);

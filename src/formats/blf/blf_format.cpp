@@ -3,6 +3,7 @@
 #include <array>
 
 #include "formats/blf/blf_converter.hpp"
+#include "formats/blf/blf_frames.hpp"
 
 namespace xlatr {
 namespace {
@@ -24,6 +25,7 @@ constinit const FormatDescriptor kBlfFormat = {
     .supportedVersions = kVersions,
     .askCurrentVersion = blfCurrentVersion,
     .allowedTargets = kTargets,
+    .openFrames = openBlfFrames,
 };
 
 }  // namespace xlatr

@@ -1,4 +1,4 @@
-#include "blf2csv/content_input.hpp"
+#include "formats/blf/blf_log_content.hpp"
 
 #include <zlib.h>
 
@@ -6,9 +6,9 @@
 #include <new>
 #include <span>
 
-#include "blf2csv/blf_layout.hpp"
+#include "formats/blf/blf_log_layout.hpp"
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 namespace {
 
 // How much is read, and how much content is made, in one step.
@@ -64,14 +64,13 @@ class ContentInput::Inflater {
   z_stream stream_{};
 };
 
-ContentInput::ContentInput(const std::string& path, Remarks& remarks)
+ContentInput::ContentInput(const std::string& path, std::uint64_t firstObject, Remarks& remarks)
     : remarks_(remarks),
-      file_(xlatr::platform::File::openForReading(path)),
-      fileSize_(xlatr::platform::fileSize(path)),
-      header_(readFileHeader(path)),
-      scanner_(remarks, Remark::StrayFileBytes, header_.firstObject),
+      file_(platform::File::openForReading(path)),
+      fileSize_(platform::fileSize(path)),
+      scanner_(remarks, Remark::StrayFileBytes, firstObject),
       inflater_(std::make_unique<Inflater>()) {
-  file_.seek(header_.firstObject);
+  file_.seek(firstObject);
 }
 
 ContentInput::~ContentInput() = default;
@@ -117,12 +116,12 @@ Piece ContentInput::findObject() {
 }
 
 void ContentInput::beginContainer(std::uint64_t size) {
-  constexpr std::size_t kHeaderSize = xlatr::kLayoutSize<ContainerHeader>;
+  constexpr std::size_t kHeaderSize = kLayoutSize<ContainerHeader>;
   while (input_.size() < kHeaderSize && !atEnd_) {
     fill();
   }
   ContainerHeader header;
-  if (size < kHeaderSize || !xlatr::tryReadFields(input_.bytes(), header)) {
+  if (size < kHeaderSize || !tryReadFields(input_.bytes(), header)) {
     scanner_.refuse(input_);
     return;
   }
@@ -222,4 +221,4 @@ void ContentInput::fill() {
   atEnd_ = count == 0;
 }
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

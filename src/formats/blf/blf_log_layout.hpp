@@ -9,7 +9,7 @@
 
 #include "util/layout.hpp"
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 
 inline constexpr std::string_view kFileSignature = "LOGG";
 
@@ -24,7 +24,6 @@ struct FileHead {
   std::array<std::uint16_t, 8> startTime{};  // by DateField
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "signature", &FileHead::signature},      Field{4, "size", &FileHead::size},
         Field{8, "apiNumber", &FileHead::apiNumber},      Reserved{12, 20},
@@ -44,7 +43,6 @@ struct BaseHeader {
   std::uint32_t type = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "signature", &BaseHeader::signature},
         Field{4, "headerSize", &BaseHeader::headerSize},
@@ -63,7 +61,6 @@ struct ObjectHeader {
   std::uint64_t timestamp = 0;  // since the start of the log
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "base", &ObjectHeader::base},        Field{16, "flags", &ObjectHeader::flags},         Reserved{20, 2},
         Field{22, "version", &ObjectHeader::version}, Field{24, "timestamp", &ObjectHeader::timestamp},
@@ -82,7 +79,6 @@ struct ContainerHeader {
   std::uint32_t contentSize = 0;  // bytes once inflated
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "base", &ContainerHeader::base},
         Field{16, "method", &ContainerHeader::method},
@@ -104,4 +100,4 @@ inline constexpr std::uint32_t kLargestObject = std::uint32_t{16} << 20;
 // Up to three zero bytes follow an object, by rules that differ between the types.
 inline constexpr std::size_t kMostPadding = 3;
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

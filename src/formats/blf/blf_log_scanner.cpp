@@ -1,28 +1,18 @@
-#include "blf2csv/object_scanner.hpp"
+#include "formats/blf/blf_log_scanner.hpp"
 
 #include <algorithm>
 
-namespace blf2csv {
-namespace {
+namespace xlatr::blf_log {
 
-bool isPlausible(const BaseHeader& header) {
-  const std::size_t least =
-      header.type == kContainerType ? xlatr::kLayoutSize<BaseHeader> : xlatr::kLayoutSize<ObjectHeader>;
-  return header.headerSize >= least && header.size >= header.headerSize;
-}
-
-}  // namespace
-
-bool ObjectScanner::find(ByteQueue& bytes, bool complete, BaseHeader& header) {
-  while (bytes.size() >= xlatr::kLayoutSize<BaseHeader>) {
+bool ObjectScanner::search(ByteQueue& bytes, bool complete, BaseHeader& header) {
+  while (bytes.size() >= kLayoutSize<BaseHeader>) {
     if (!startsWith(bytes.bytes(), kObjectSignature)) {
       // A signature of which only the beginning is here must stay.
       const std::size_t next = findText(bytes.bytes(), kObjectSignature);
       passOver(bytes, next < bytes.size() ? next : bytes.size() - (kObjectSignature.size() - 1));
       continue;
     }
-    xlatr::loadFields(bytes.bytes().data(), header);
-    if (isPlausible(header)) {
+    if (isAtObject(bytes.bytes(), header)) {
       return true;
     }
     refuse(bytes);
@@ -36,12 +26,6 @@ bool ObjectScanner::find(ByteQueue& bytes, bool complete, BaseHeader& header) {
 
 void ObjectScanner::refuse(ByteQueue& bytes) {
   passOver(bytes, kObjectSignature.size());
-}
-
-void ObjectScanner::take(ByteQueue& bytes, std::size_t count) {
-  endGap();
-  bytes.drop(count);
-  position_ += count;
 }
 
 void ObjectScanner::passOver(ByteQueue& bytes, std::size_t count) {
@@ -62,4 +46,4 @@ void ObjectScanner::endGap() {
   gapIsTold_ = false;
 }
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

@@ -1,4 +1,5 @@
-// The bodies of the objects that become rows, as far as a row has columns for them. A field has the name of its column.
+// The bodies of frames, as far as anyone asks for their fields. A field has the name of its column in the converter's
+// table, if it has one.
 //
 // The data of frames whose body has no `data` here follow the fields, as many as the frame has. Channels are 1-based.
 #pragma once
@@ -8,7 +9,7 @@
 
 #include "util/layout.hpp"
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 
 // The data of a frame that always has room for eight.
 using DataBytes = std::array<std::uint8_t, 8>;
@@ -18,7 +19,6 @@ struct BusEvent {
   std::uint16_t channel = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &BusEvent::channel},
     };
@@ -30,7 +30,6 @@ struct TimedBusEvent {
   std::uint16_t channel = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Reserved{0, 12},
         Field{12, "channel", &TimedBusEvent::channel},
@@ -47,7 +46,6 @@ struct CanFrame {
   DataBytes data{};
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFrame::channel}, Field{2, "flags", &CanFrame::flags}, Field{3, "dlc", &CanFrame::dlc},
         Field{4, "id", &CanFrame::id},           Field{8, "data", &CanFrame::data},
@@ -65,7 +63,6 @@ struct CanFdFrame {
   std::uint8_t length = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFdFrame::channel},
         Field{2, "flags", &CanFdFrame::flags},
@@ -89,7 +86,6 @@ struct CanFdFrame64 {
   std::uint8_t dir = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFdFrame64::channel}, Field{1, "dlc", &CanFdFrame64::dlc},
         Field{2, "length", &CanFdFrame64::length},   Reserved{3, 1},
@@ -105,18 +101,18 @@ struct CanErrorFrame {
   std::uint16_t channel = 0;
   std::uint32_t flags = 0;
   std::uint8_t ecc = 0;
+  std::uint8_t position = 0;  // the bit, if the flags say so
   std::uint8_t dlc = 0;
   std::uint32_t id = 0;
   std::uint16_t flagsExt = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanErrorFrame::channel},
         Reserved{2, 2},
         Field{4, "flags", &CanErrorFrame::flags},
         Field{8, "ecc", &CanErrorFrame::ecc},
-        Reserved{9, 1},
+        Field{9, "position", &CanErrorFrame::position},
         Field{10, "dlc", &CanErrorFrame::dlc},
         Reserved{11, 5},
         Field{16, "id", &CanErrorFrame::id},
@@ -133,10 +129,11 @@ struct CanFdErrorFrame64 {
   std::uint8_t ecc = 0;
   std::uint16_t flags = 0;
   std::uint16_t flagsExt = 0;
+  std::uint16_t fdBits = 0;
   std::uint32_t id = 0;
+  std::uint16_t position = 0;  // the bit, if the flags say so
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &CanFdErrorFrame64::channel},
         Reserved{1, 1},
@@ -144,9 +141,29 @@ struct CanFdErrorFrame64 {
         Field{3, "ecc", &CanFdErrorFrame64::ecc},
         Field{4, "flags", &CanFdErrorFrame64::flags},
         Field{6, "flagsExt", &CanFdErrorFrame64::flagsExt},
-        Reserved{8, 4},
+        Field{8, "fdBits", &CanFdErrorFrame64::fdBits},
+        Reserved{10, 2},
         Field{12, "id", &CanFdErrorFrame64::id},
-        Reserved{16, 28},
+        Reserved{16, 24},
+        Field{40, "position", &CanFdErrorFrame64::position},
+        Reserved{42, 2},
+    };
+  }
+};
+
+// The error counters of a controller. Newer ones go on with its state.
+struct CanErrorCounters {
+  std::uint16_t channel = 0;
+  std::uint8_t txErrors = 0;
+  std::uint8_t rxErrors = 0;
+  std::uint32_t code = 0;  // of the driver
+
+  static consteval auto fields() {
+    return FieldList{
+        Field{0, "channel", &CanErrorCounters::channel},
+        Field{2, "txErrors", &CanErrorCounters::txErrors},
+        Field{3, "rxErrors", &CanErrorCounters::rxErrors},
+        Field{4, "code", &CanErrorCounters::code},
     };
   }
 };
@@ -161,7 +178,6 @@ struct LinFrame {
   std::uint8_t dir = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &LinFrame::channel},
         Field{2, "id", &LinFrame::id},
@@ -180,7 +196,6 @@ struct LinHeader {
   std::uint8_t id = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Field{0, "channel", &LinHeader::channel},
         Field{2, "id", &LinHeader::id},
@@ -199,7 +214,6 @@ struct TimedLinFrame {
   std::uint8_t dir = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Reserved{0, 12},
         Field{12, "channel", &TimedLinFrame::channel},
@@ -222,7 +236,6 @@ struct TimedLinHeader {
   std::uint8_t checksumModel = 0;
 
   static consteval auto fields() {
-    using namespace xlatr;
     return FieldList{
         Reserved{0, 12},  Field{12, "channel", &TimedLinHeader::channel},
         Reserved{14, 23}, Field{37, "id", &TimedLinHeader::id},
@@ -231,4 +244,4 @@ struct TimedLinHeader {
   }
 };
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

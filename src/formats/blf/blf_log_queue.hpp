@@ -9,7 +9,7 @@
 #include <span>
 #include <string_view>
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 
 // Bytes are added at the end and taken from the front. The storage grows to the most that was ever held at a time, and
 // so does only as much as its user lets it. One thread at a time.
@@ -64,4 +64,4 @@ class ByteQueue {
   return bytes.size() >= text.size() && std::memcmp(bytes.data(), text.data(), text.size()) == 0;
 }
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

@@ -3,10 +3,11 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 
 struct FileHeader {
   std::uint64_t firstObject = 0;  // offset in the file
@@ -16,14 +17,13 @@ struct FileHeader {
       startTime{};  // by DateField, all 0 without a date or for one that does not exist; local time
 };
 
-// Takes the header from the first bytes of a file. Throws std::runtime_error, whose text names the path, when they are
-// no BLF log.
-[[nodiscard]] FileHeader parseFileHeader(std::span<const std::uint8_t> bytes, const std::string& path);
+// From the first bytes of a file; nothing when they are no BLF log.
+[[nodiscard]] std::optional<FileHeader> parseFileHeader(std::span<const std::uint8_t> bytes);
 
 // The same from the file. Throws std::ios_base::failure when it can't be read.
-[[nodiscard]] FileHeader readFileHeader(const std::string& path);
+[[nodiscard]] std::optional<FileHeader> readFileHeader(const std::string& path);
 
 // The version of the log in four decimal pairs, AABBCCDD; 0 if the number in the header is not one.
 [[nodiscard]] std::int32_t fileVersion(const FileHeader& header);
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

@@ -1,13 +1,12 @@
-#include "blf2csv/file_header.hpp"
+#include "formats/blf/blf_log_head.hpp"
 
 #include <algorithm>
-#include <stdexcept>
 
-#include "blf2csv/blf_layout.hpp"
-#include "blf2csv/byte_queue.hpp"
+#include "formats/blf/blf_log_layout.hpp"
+#include "formats/blf/blf_log_queue.hpp"
 #include "platform/files.hpp"
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 namespace {
 
 using Date = std::array<std::uint16_t, 8>;
@@ -27,26 +26,26 @@ bool isDate(const Date& date) {
 
 }  // namespace
 
-FileHeader parseFileHeader(std::span<const std::uint8_t> bytes, const std::string& path) {
+std::optional<FileHeader> parseFileHeader(std::span<const std::uint8_t> bytes) {
   FileHead head;
-  if (!startsWith(bytes, kFileSignature) || !xlatr::tryReadFields(bytes, head)) {
-    throw std::runtime_error(path + ": is not a BLF log");
+  if (!startsWith(bytes, kFileSignature) || !tryReadFields(bytes, head)) {
+    return std::nullopt;
   }
   // A header that claims to be shorter would have objects in its own fields.
-  return {.firstObject = std::max<std::uint64_t>(head.size, xlatr::kLayoutSize<FileHead>),
-          .apiNumber = head.apiNumber,
-          .objectCount = head.objectCount,
-          .startTime = isDate(head.startTime) ? head.startTime : Date{}};
+  return FileHeader{.firstObject = std::max<std::uint64_t>(head.size, kLayoutSize<FileHead>),
+                    .apiNumber = head.apiNumber,
+                    .objectCount = head.objectCount,
+                    .startTime = isDate(head.startTime) ? head.startTime : Date{}};
 }
 
-FileHeader readFileHeader(const std::string& path) {
-  auto file = xlatr::platform::File::openForReading(path);
-  std::array<char, xlatr::kLayoutSize<FileHead>> bytes{};
+std::optional<FileHeader> readFileHeader(const std::string& path) {
+  auto file = platform::File::openForReading(path);
+  std::array<char, kLayoutSize<FileHead>> bytes{};
   std::size_t size = 0;
   for (std::size_t count = 1; count > 0 && size < bytes.size(); size += count) {
     count = file.read(std::span(bytes).subspan(size));
   }
-  return parseFileHeader({reinterpret_cast<const std::uint8_t*>(bytes.data()), size}, path);
+  return parseFileHeader({reinterpret_cast<const std::uint8_t*>(bytes.data()), size});
 }
 
 std::int32_t fileVersion(const FileHeader& header) {
@@ -54,4 +53,4 @@ std::int32_t fileVersion(const FileHeader& header) {
   return header.apiNumber <= kLastVersion ? static_cast<std::int32_t>(header.apiNumber) : 0;
 }
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log

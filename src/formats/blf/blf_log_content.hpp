@@ -1,17 +1,17 @@
 // From the file to the joined content of its containers.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
 
-#include "blf2csv/byte_queue.hpp"
-#include "blf2csv/file_header.hpp"
-#include "blf2csv/object_scanner.hpp"
-#include "blf2csv/remarks.hpp"
+#include "formats/blf/blf_log_queue.hpp"
+#include "formats/blf/blf_log_remarks.hpp"
+#include "formats/blf/blf_log_scanner.hpp"
 #include "platform/files.hpp"
 
-namespace blf2csv {
+namespace xlatr::blf_log {
 
 // What a step of ContentInput has come upon.
 enum class Piece : std::uint8_t {
@@ -25,20 +25,19 @@ enum class Piece : std::uint8_t {
 // held against what is really there; a damaged container leaves a hole. Memory is constant. One thread at a time.
 class ContentInput {
  public:
-  // Opens the file. Throws std::ios_base::failure when it can't be read and std::runtime_error when it is no BLF log.
-  // `remarks` must outlive this object.
-  ContentInput(const std::string& path, Remarks& remarks);
+  // Opens the file, whose objects begin at that offset. Throws std::ios_base::failure when it can't be read. `remarks`
+  // must outlive this object.
+  ContentInput(const std::string& path, std::uint64_t firstObject, Remarks& remarks);
   ~ContentInput();
   ContentInput(const ContentInput&) = delete;
   ContentInput& operator=(const ContentInput&) = delete;
-
-  [[nodiscard]] const FileHeader& header() const { return header_; }
 
   // Takes one step, which does a limited amount of work and appends a limited number of bytes, or none, to `content`.
   // Throws std::ios_base::failure when reading fails.
   [[nodiscard]] Piece read(ByteQueue& content);
 
-  // How much of the file is done, in hundredths of a per cent.
+  // How much of the file is done, in bytes and in hundredths of a per cent.
+  [[nodiscard]] std::uint64_t position() const { return std::min(scanner_.position(), fileSize_); }
   [[nodiscard]] std::uint16_t progress() const;
 
  private:
@@ -62,9 +61,8 @@ class ContentInput {
   void fill();
 
   Remarks& remarks_;
-  xlatr::platform::File file_;
+  platform::File file_;
   std::uint64_t fileSize_;
-  FileHeader header_;
   ByteQueue input_;
   bool atEnd_ = false;  // all of the file is in `input_` or was
   ObjectScanner scanner_;
@@ -76,4 +74,4 @@ class ContentInput {
   std::unique_ptr<Inflater> inflater_;
 };
 
-}  // namespace blf2csv
+}  // namespace xlatr::blf_log
