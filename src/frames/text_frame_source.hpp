@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "frames/frame_comment.hpp"
 #include "frames/frame_stream.hpp"
@@ -25,11 +26,12 @@ struct SemicolonComments {
 // - `void takeHead(StreamHead& head)`: tells what the header said.
 // - `bool understand(std::string_view line, Frame& frame)`: whether the line is a frame, which it then fills. What the
 //   frame refers to stays until the next call.
+// - only if comments have no mark: `bool isComment(std::string_view line)`.
 // A template, so that reading a line calls no virtual function.
 template <class Lines>
 class TextFrameSource final : public FrameSource {
  public:
-  explicit TextFrameSource(const std::string& path) : input_(path) {
+  explicit TextFrameSource(const std::string& path, Lines lines = Lines()) : input_(path), lines_(std::move(lines)) {
     std::string_view line;
     while (input_.next(line)) {
       ++line_;
@@ -66,7 +68,7 @@ class TextFrameSource final : public FrameSource {
       return;
     }
     frame_.reset();
-    if (line.starts_with(Lines::kCommentMark)) {
+    if (isComment(line)) {
       takeComment(line.substr(Lines::kCommentMark.size()));
     } else if (!lines_.understand(line, frame_)) {
       frame_.reset();
@@ -79,6 +81,14 @@ class TextFrameSource final : public FrameSource {
       frame_.text = usableText(*frame_.text, account);
     }
     batch.append(frame_);
+  }
+
+  [[nodiscard]] bool isComment(std::string_view line) const {
+    if constexpr (requires { lines_.isComment(line); }) {
+      return lines_.isComment(line);
+    } else {
+      return line.starts_with(Lines::kCommentMark);
+    }
   }
 
   // Whether the line stands for a frame. Such a line is no header's, though it looks like one.

@@ -28,6 +28,37 @@ constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
     {Quirk::LinLongEventRunsOn, XLATR_FORMAT_LIN, "lin_long_event_runs_on",
      "the text of a bus event of 25 characters or more is followed by the next column without a blank",
      "a blank stands between them", "LinPrinter.runsLongEventsOnOnTheCompatibleWay"},
+    {Quirk::CsvTextLeftOut, XLATR_FORMAT_CSV, "csv_text_left_out",
+     "the text of an event or a status, and what follows the data of a line, are left out",
+     "the text is in a cell after the data", "CsvPrinter.leavesTextsOutOnTheCompatibleWay"},
+    {Quirk::CsvMissingXlFieldsFilled, XLATR_FORMAT_CSV, "csv_missing_xl_fields_filled",
+     "what a CAN XL frame lacks of its five fields is written as `FF`, `FFFFFFFF` or `0`", "it is written as `-`",
+     "CsvQuirks.missingXlFieldsFilled"},
+    {Quirk::CsvErrorsAsInTheSource, XLATR_FORMAT_CSV, "csv_errors_as_in_the_source",
+     "the bytes and the identifier of an error frame or of error counters are those of the source's format and version",
+     "every table has them in one form: for an error its type as a bit, its direction, its position and both counters",
+     "CsvQuirks.errorsAsInTheSource"},
+    {Quirk::CsvBusGuessed, XLATR_FORMAT_CSV, "csv_bus_guessed",
+     "what is on no bus that the source names is on bus 1 or 255", "it is on bus 0", "CsvQuirks.busGuessed"},
+    {Quirk::CsvDirectionGuessed, XLATR_FORMAT_CSV, "csv_direction_guessed",
+     "a frame whose source has no directions was received", "its direction is `None`", "CsvQuirks.directionGuessed"},
+    {Quirk::CsvLinAsCan, XLATR_FORMAT_CSV, "csv_lin_as_can",
+     "a LIN frame is a CAN frame on bus 1, without its checksum and what else is special to LIN",
+     "a cell after its data says all of it, and makes it a LIN frame again when the table is read",
+     "CsvQuirks.linAsCan"},
+    {Quirk::CsvFewCellsRead, XLATR_FORMAT_CSV, "csv_few_cells_read",
+     "of a row that is read, the reserved value and the fields of CAN XL do not count, remote frames get zeros as "
+     "their "
+     "data, and a length above 255 is none",
+     "all cells count", "CsvQuirks.fewCellsRead"},
+    {Quirk::CsvEmptyCellsMoveOthers, XLATR_FORMAT_CSV, "csv_empty_cells_move_others",
+     "an empty cell of a row that is read does not count, and those after it move up", "it is an empty cell",
+     "CsvQuirks.emptyCellsMoveOthers"},
+    {Quirk::CsvMissingColumnIsTheFirst, XLATR_FORMAT_CSV, "csv_missing_column_is_the_first",
+     "for a column that a table lacks its first one is read",
+     "what the column says is not known; without the columns of the time, the type, the identifier, the length and the "
+     "data there is no frame",
+     "CsvQuirks.missingColumnIsTheFirst"},
 }};
 static_assert(standsInOrder(kQuirks, &QuirkInfo::quirk));
 

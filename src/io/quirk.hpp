@@ -20,8 +20,17 @@ enum class Quirk : std::uint8_t {
   LinErrorHidesBytes,
   LinVBatShortNotShown,
   LinLongEventRunsOn,
+  CsvTextLeftOut,
+  CsvMissingXlFieldsFilled,
+  CsvErrorsAsInTheSource,
+  CsvBusGuessed,
+  CsvDirectionGuessed,
+  CsvLinAsCan,
+  CsvFewCellsRead,
+  CsvEmptyCellsMoveOthers,
+  CsvMissingColumnIsTheFirst,
 };
-inline constexpr std::size_t kQuirkCount = 7;
+inline constexpr std::size_t kQuirkCount = 16;
 
 struct QuirkInfo {
   Quirk quirk;

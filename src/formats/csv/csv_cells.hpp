@@ -11,13 +11,21 @@
 
 namespace xlatr {
 
-// Walks over the cells of a row: what is between runs of separator characters. So an empty cell does not count, and the
-// cells after it move up. The row and the separators must outlive the cursor.
+// Where a row is cut.
+enum class CsvCut : std::uint8_t {
+  AtRuns,  // of separators: an empty cell does not count, and the cells after it move up
+  AtEach,
+};
+
+// Walks over the cells of a row: what is between separator characters. The row and the separators must outlive the
+// cursor.
 class CsvCellCursor {
  public:
-  CsvCellCursor(std::string_view row, std::string_view separators)
-      : next_(row.data()), end_(row.data() + row.size()), separators_(separators) {
-    skipSeparators();
+  CsvCellCursor(std::string_view row, std::string_view separators, CsvCut cut = CsvCut::AtRuns)
+      : next_(row.data()), end_(row.data() + row.size()), separators_(separators), cut_(cut) {
+    if (cut_ == CsvCut::AtRuns) {
+      skipSeparators();
+    }
   }
 
   [[nodiscard]] bool atEnd() const { return next_ == end_; }
@@ -57,7 +65,10 @@ class CsvCellCursor {
                                    : separators_.find(character) != std::string_view::npos;
   }
   void skipSeparators() {
-    while (next_ != end_ && isSeparator(*next_)) {
+    if (next_ != end_ && isSeparator(*next_)) {
+      ++next_;
+    }
+    while (cut_ == CsvCut::AtRuns && next_ != end_ && isSeparator(*next_)) {
       ++next_;
     }
   }
@@ -65,13 +76,15 @@ class CsvCellCursor {
   const char* next_;
   const char* end_;
   std::string_view separators_;
+  CsvCut cut_;
 };
 
 // The cells of a row by their places. Those of the first columns are found only once; nothing is allocated for a row of
 // any length.
 class CsvCells {
  public:
-  CsvCells(std::string_view row, std::string_view separators) : separators_(separators), afterKnown_(row, separators) {}
+  CsvCells(std::string_view row, std::string_view separators, CsvCut cut = CsvCut::AtRuns)
+      : separators_(separators), cut_(cut), afterKnown_(row, separators, cut) {}
 
   // A cursor at the cell of this place, counted from 0; at its end if the row has fewer cells.
   [[nodiscard]] CsvCellCursor from(std::size_t place) {
@@ -80,7 +93,7 @@ class CsvCells {
       afterKnown_.take();
     }
     if (place < count_) {
-      return {known_[place], separators_};
+      return {known_[place], separators_, cut_};
     }
     CsvCellCursor cursor = afterKnown_;
     for (std::size_t skipped = count_; skipped < place && !cursor.atEnd(); ++skipped) {
@@ -100,6 +113,7 @@ class CsvCells {
   static constexpr std::size_t kKnown = 32;
 
   std::string_view separators_;
+  CsvCut cut_;
   std::array<std::string_view, kKnown> known_;  // the row from each cell on; `count_` of them
   std::size_t count_ = 0;
   CsvCellCursor afterKnown_;
