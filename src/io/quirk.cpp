@@ -59,6 +59,9 @@ constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
      "what the column says is not known; without the columns of the time, the type, the identifier, the length and the "
      "data there is no frame",
      "CsvQuirks.missingColumnIsTheFirst"},
+    {Quirk::CsvStartOf1000Ms, XLATR_FORMAT_CSV, "csv_start_of_1000_ms",
+     "in the text of the start, what rounds to 1000 milliseconds is `.1000`", "it is `.000` of the next second",
+     "CsvQuirks.startOf1000Ms"},
 }};
 static_assert(standsInOrder(kQuirks, &QuirkInfo::quirk));
 

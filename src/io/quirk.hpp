@@ -29,8 +29,9 @@ enum class Quirk : std::uint8_t {
   CsvFewCellsRead,
   CsvEmptyCellsMoveOthers,
   CsvMissingColumnIsTheFirst,
+  CsvStartOf1000Ms,
 };
-inline constexpr std::size_t kQuirkCount = 16;
+inline constexpr std::size_t kQuirkCount = 17;
 
 struct QuirkInfo {
   Quirk quirk;

@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "formats/csv/csv_columns.hpp"
 #include "formats/csv/csv_frame_rows.hpp"
@@ -72,6 +76,12 @@ bool isColumnLine(std::string_view line) {
   return line.starts_with(kCsvNumberName) && line.size() > kCsvNumberName.size();
 }
 
+// Whether a line is a row: its number stands in front.
+bool isRow(std::string_view line, std::string_view separator) {
+  const std::size_t digits = countLeading(line, isDecimalDigit);
+  return digits > 0 && digits < line.size() && separator.find(line[digits]) != std::string_view::npos;
+}
+
 // The lines of a table of version 1.0, for TextFrameSource.
 class CsvRowLines {
  public:
@@ -109,7 +119,7 @@ class CsvRowLines {
     }
   }
 
-  [[nodiscard]] bool isComment(std::string_view line) const { return hasColumns_ && !isRow(line); }
+  [[nodiscard]] bool isComment(std::string_view line) const { return hasColumns_ && !isRow(line, row_.separator); }
 
   [[nodiscard]] bool understand(std::string_view line, Frame& frame) {
     if (!hasColumns_) {
@@ -123,11 +133,6 @@ class CsvRowLines {
   }
 
  private:
-  [[nodiscard]] bool isRow(std::string_view line) const {
-    const std::size_t digits = countLeading(line, isDecimalDigit);
-    return digits > 0 && digits < line.size() && row_.separator.find(line[digits]) != std::string_view::npos;
-  }
-
   bool inHead_;
   bool hasColumns_ = false;
   std::string startNumber_;
@@ -140,6 +145,13 @@ class CsvRowLines {
 bool isNarrowSource(TraceFormat format) {
   return format == XLATR_FORMAT_ASC || format == XLATR_FORMAT_BTR || format == XLATR_FORMAT_BTRC ||
          format == XLATR_FORMAT_LIN || format == XLATR_FORMAT_BLF;
+}
+
+// To the nearest one, as its text has always shown it; but 999.6 ms are the next second.
+std::int64_t toMilliseconds(std::int64_t sinceEpochNs) {
+  using std::chrono::milliseconds;
+  using Nanoseconds = std::chrono::duration<std::int64_t, std::nano>;
+  return Nanoseconds(std::chrono::round<milliseconds>(Nanoseconds(sinceEpochNs))).count();
 }
 
 // The lines of a table of version 1.0, for TextFrameSink.
@@ -157,7 +169,7 @@ class CsvRowFrameLines {
     const std::int64_t start = startOrNone(head_.start);
     CsvHeaderValues values;
     values.startNumber = formatGeneral(daysOfStart(start), kStartNumberDigits);
-    values.startText = dateTimeOfStart(start).toSlashedText();
+    values.startText = dateTimeOfStart(toMilliseconds(start)).toSlashedText();
     values.sourcePath = head_.path;
     values.hostVersion = getHostVersionText();
     values.wide = !isNarrowSource(head_.format);
@@ -178,9 +190,8 @@ class CsvRowFrameLines {
 
   void appendEnd(TextBuffer& /*out*/) const {}
 
-  // A number in front would make it a row.
-  [[nodiscard]] static bool standsAsComment(std::string_view line) {
-    return !line.empty() && !isDecimalDigit(line.front());
+  [[nodiscard]] bool standsAsComment(std::string_view line) const {
+    return !line.empty() && !isRow(line, row_.separator);
   }
 
  private:
