@@ -76,7 +76,10 @@ inline bool exactTime(CsvCells& cells, std::size_t place, CsvMessage& message) {
   if (!cell || cell->empty()) {
     return false;
   }
-  if (cell->find_first_not_of("0123456789.+-") == std::string_view::npos) {
+  const auto isOfPlainNumber = [](char character) {
+    return isDecimalDigit(character) || character == '.' || character == '-' || character == '+';
+  };
+  if (countLeading(*cell, isOfPlainNumber) == cell->size()) {
     message.timeNs = scaledDecimal(*cell, kNanosecondsOfMillisecond);
     return message.timeNs.has_value();
   }

@@ -42,7 +42,7 @@ constexpr std::uint32_t kCounters = attributeBits(FrameAttribute::TxErrors, Fram
 constexpr std::uint32_t kErrorBytes =
     kCounters | attributeBits(FrameAttribute::ErrorType, FrameAttribute::ErrorPosition);
 constexpr std::uint32_t kReserved = attributeBits(FrameAttribute::Reserved);
-constexpr std::uint32_t kXlColumns =
+constexpr std::uint32_t kXlAttributes =
     attributeBits(FrameAttribute::Vcid, FrameAttribute::Sdt, FrameAttribute::AcceptanceField, FrameAttribute::Rrs,
                   FrameAttribute::Sec);
 
@@ -94,7 +94,7 @@ bool fitsTrcLine(const Frame& frame) {
   if (attributes.empty()) {
     return true;
   }
-  const bool ofXl = (attributes.present() & kXlColumns) == 0 || frame.has(frame_flag::kXl);
+  const bool ofXl = (attributes.present() & kXlAttributes) == 0 || frame.has(frame_flag::kXl);
   return ofXl && std::ranges::all_of(kRooms, [&attributes](const Room& room) {
            return attributes.get(room.attribute).value_or(0) <= room.highest;
          });
@@ -160,7 +160,7 @@ consteval FrameCapacity withFd(FrameCapacity capacity) {
 }
 
 consteval FrameCapacity withXl(FrameCapacity capacity) {
-  capacity.of(FrameKind::Data).attributes |= kXlColumns;
+  capacity.of(FrameKind::Data).attributes |= kXlAttributes;
   capacity.xl = true;
   return capacity;
 }
