@@ -1,10 +1,16 @@
 // Parsing and printing single rows, and the step from a TRC message to a row, without any file.
 #include <benchmark/benchmark.h>
 
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <random>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "formats/csv/csv_frames.hpp"
 #include "formats/csv/csv_mapping.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_version.hpp"
@@ -97,5 +103,82 @@ void printRows(benchmark::State& state) {
   countRows(state, sample);
 }
 BENCHMARK(printRows);
+
+// Frames of a passenger car again: full ones, of both kinds of identifiers.
+xlatr::FrameBatch fullBatch() {
+  constexpr std::array<std::uint8_t, 8> kBytes = {0x0A, 0xB0, 0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC};
+  xlatr::FrameBatch batch;
+  xlatr::Frame frame;
+  frame.set(xlatr::frame_flag::kReceived);
+  frame.dlc = kBytes.size();
+  frame.data = kBytes;
+  while (!batch.full()) {
+    const bool extended = batch.size() % 2 != 0;
+    frame.timeNs += 500'000;
+    frame.bus = extended ? 2 : 1;
+    frame.id = extended ? 0x18ABCDEF : 0x123;
+    frame.unset(xlatr::frame_flag::kExtended);
+    frame.set(extended ? xlatr::frame_flag::kExtended : std::uint16_t{0});
+    batch.append(frame);
+  }
+  return batch;
+}
+
+// A file of half a million frames, removed at the end.
+class FrameFile {
+ public:
+  static constexpr std::size_t kBatches = 32;
+
+  explicit FrameFile(double version)
+      : version_(version),
+        path_(std::filesystem::temp_directory_path() /
+              ("xlatr_bench_" + std::to_string(std::random_device()()) + ".csv")) {}
+  ~FrameFile() { std::filesystem::remove(path_); }
+  FrameFile(const FrameFile&) = delete;
+  FrameFile& operator=(const FrameFile&) = delete;
+
+  [[nodiscard]] std::string path() const { return path_.string(); }
+
+  void write(const xlatr::FrameBatch& batch, xlatr::Account& account) const {
+    const auto sink = xlatr::createCsvFrames(path(), xlatr::StreamHead(), xlatr::SinkSettings{.version = version_});
+    for (std::size_t at = 0; at < kBatches; ++at) {
+      sink->write(batch, account);
+    }
+    sink->close();
+  }
+
+ private:
+  double version_;
+  std::filesystem::path path_;
+};
+
+// The argument is the version.
+void writeFrames(benchmark::State& state) {
+  const FrameFile file(static_cast<double>(state.range(0)));
+  const xlatr::FrameBatch batch = fullBatch();
+  xlatr::Account account;
+  for ([[maybe_unused]] auto step : state) {
+    file.write(batch, account);
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(account.written()));
+}
+BENCHMARK(writeFrames)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+
+void readFrames(benchmark::State& state) {
+  const FrameFile file(static_cast<double>(state.range(0)));
+  xlatr::Account account;
+  file.write(fullBatch(), account);
+  account = {};
+  xlatr::FrameBatch batch;
+  for ([[maybe_unused]] auto step : state) {
+    const auto source = xlatr::openCsvFrames(file.path());
+    while (source->read(batch, account)) {
+      benchmark::DoNotOptimize(batch.times().data());
+      batch.clear();
+    }
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(account.read()));
+}
+BENCHMARK(readFrames)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
 }  // namespace

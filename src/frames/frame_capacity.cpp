@@ -26,6 +26,8 @@ constexpr std::uint16_t flagsOf(FrameKind kind) {
   }
 }
 
+constexpr std::size_t kLongestXl = kMaxXlDlc + 1;  // no frame has more bytes
+
 bool hasIdentifier(FrameKind kind) {
   return kind == FrameKind::Data || kind == FrameKind::Remote || kind == FrameKind::Lin;
 }
@@ -52,7 +54,6 @@ std::uint32_t highestIdentifier(const Frame& frame) {
 // Whether there are frames of so many bytes, and files of the version have them.
 bool holdsLength(const FrameCapacity& capacity, const Frame& frame) {
   constexpr std::size_t kLongestClassic = 8;
-  constexpr std::size_t kLongestXl = kMaxXlDlc + 1;
   const std::size_t length = frame.data.size();
   if (frame.kind == FrameKind::Remote) {
     return length == 0;
@@ -128,19 +129,37 @@ class Reduction {
       : capacity_(capacity), kind_(capacity.of(frame.kind)), frame_(frame), account_(account) {}
 
   Frame result() {
+    if (capacity_.whole) {
+      dropContradiction();
+      roundTime();
+      return frame_;
+    }
     reduceFlags();
     reduceDlc();
     reduceText();
     reduceAttributes();
     settleChecksumModel();
     reduceBus();
-    const std::int64_t time = frame_.timeNs;
-    frame_.timeNs = rounded(time, capacity_.resolutionNs);
-    noteIf(frame_.timeNs != time, Remark::TimeRounded);
+    roundTime();
     return frame_;
   }
 
  private:
+  void roundTime() {
+    const std::int64_t time = frame_.timeNs;
+    if (capacity_.resolutionNs > 1) {
+      frame_.timeNs = rounded(time, capacity_.resolutionNs);
+    }
+    noteIf(frame_.timeNs != time, Remark::TimeRounded);
+  }
+
+  // What is transmitted is not received.
+  void dropContradiction() {
+    if (frame_.has(frame_flag::kTransmitted)) {
+      frame_.unset(frame_flag::kReceived);
+    }
+  }
+
   void noteIf(bool lost, Remark remark) {
     if (lost) {
       account_.note(remark, frame_.place);
@@ -182,9 +201,7 @@ class Reduction {
     if (!capacity_.enhancedChecksum) {
       lose(frame_flag::kEnhancedChecksum, Remark::DetailLost);
     }
-    if (frame_.has(frame_flag::kTransmitted)) {
-      frame_.unset(frame_flag::kReceived);
-    }
+    dropContradiction();
     if (!kind_.direction) {
       lose(kDirection, Remark::DirectionLost);
     } else if (kind_.needsDirection && !frame_.has(kDirection) && fills()) {
@@ -269,12 +286,26 @@ class Reduction {
   Account& account_;
 };
 
+std::optional<Remark> whyNotWhole(const FrameCapacity& capacity, const Frame& frame) {
+  if (frame.kind == FrameKind::Comment) {
+    return std::nullopt;
+  }
+  if (frame.data.size() > kLongestXl) {
+    return Remark::LengthNotHeld;
+  }
+  const bool inTime = frame.timeNs >= capacity.earliestNs && frame.timeNs <= capacity.latestNs;
+  return inTime ? std::nullopt : std::optional(Remark::TimeNotHeld);
+}
+
 }  // namespace
 
 std::optional<Remark> whyNotHeld(const FrameCapacity& capacity, const Frame& frame) {
   const KindCapacity& kind = capacity.of(frame.kind);
   if (!kind.held) {
     return Remark::KindNotHeld;
+  }
+  if (capacity.whole) {
+    return whyNotWhole(capacity, frame);
   }
   if (frame.kind == FrameKind::Data && frame.has(frame_flag::kXl) && !capacity.xl) {
     return Remark::XlNotHeld;

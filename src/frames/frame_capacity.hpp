@@ -50,6 +50,9 @@ struct FrameCapacity {
   double version = 0.0;
   std::array<KindCapacity, kFrameKindCount> kinds = {};
   bool comments = false;  // what can't stand in the file becomes a comment
+  // The frames of the kinds that are held come back in every field, odd ones too; but for their times, which are those
+  // of the resolution. Only `kinds[...].held` counts then, and not what is said below of single properties.
+  bool whole = false;
 
   // Of data and remote frames.
   bool fd = false;

@@ -226,8 +226,12 @@ bool FrameCommentReader::read(std::string_view comment, Frame& frame) {
   return true;
 }
 
+bool looksLikeFrameComment(std::string_view text) {
+  return withoutBlanks(text).starts_with(kMark);
+}
+
 bool isPlainComment(std::string_view text) {
-  return text.find_first_of("\n\r") == std::string_view::npos && !withoutBlanks(text).starts_with(kMark);
+  return text.find_first_of("\n\r") == std::string_view::npos && !looksLikeFrameComment(text);
 }
 
 }  // namespace xlatr

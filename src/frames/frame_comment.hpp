@@ -31,6 +31,9 @@ class FrameCommentReader {
   std::string text_;
 };
 
+// Whether a comment's text begins like one that stands for a frame.
+[[nodiscard]] bool looksLikeFrameComment(std::string_view text);
+
 // Whether a comment's text can be written as it is: it has one line, and does not look like a frame's.
 [[nodiscard]] bool isPlainComment(std::string_view text);
 

@@ -24,6 +24,8 @@ inline constexpr std::string_view kLineEnd = "\r\n";  // on every platform
 // - `void appendFrame(TextBuffer& out, const Frame& frame)`: appends the line of a frame as reducedTo() made it, with
 //   kLineEnd. Never a comment.
 // - `void appendEnd(TextBuffer& out)`: appends the lines after the last frame.
+// - only if comments have no mark: `bool standsAsComment(std::string_view line)`: whether the text of a comment is read
+//   as one, wherever the line stands.
 // A template, so that writing a line calls no virtual function.
 template <class Lines>
 class TextFrameSink final : public FrameSink {
@@ -77,13 +79,21 @@ class TextFrameSink final : public FrameSink {
   // A plain comment right after the header would be taken for a line of it.
   void appendComment(const Frame& frame) {
     const std::string_view text = frame.text.value_or(std::string_view());
-    if (inHeader_ || !isPlainComment(text) || saysMoreThanText(frame)) {
+    if (!standsAsComment(text) || saysMoreThanText(frame)) {
       appendFrameLine(frame);
       return;
     }
     out_.append(Lines::kCommentMark);
     out_.append(text);
     out_.append(kLineEnd);
+  }
+
+  [[nodiscard]] bool standsAsComment(std::string_view text) const {
+    if constexpr (requires { lines_.standsAsComment(text); }) {
+      return isPlainComment(text) && lines_.standsAsComment(text);
+    } else {
+      return !inHeader_ && isPlainComment(text);
+    }
   }
 
   [[nodiscard]] static bool saysMoreThanText(const Frame& frame) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "frames/frame_comment.hpp"
@@ -24,16 +25,16 @@ struct SemicolonComments {
 // - `bool isHeader(std::string_view line)`: whether the line belongs to the header; it then takes note of it. The first
 //   line that does not ends the header and is a line like those after it.
 // - `static bool headerGoesOnAfter(std::string_view line)`, where a format has it: whether more of the header may
-// follow
-//   a line that is none of it. Such lines are kept, as long as they are few.
+//   follow a line that is none of it. Such lines are kept, as long as they are few.
 // - `void takeHead(StreamHead& head)`: tells what the header said.
 // - `bool understand(std::string_view line, Frame& frame)`: whether the line is a frame, which it then fills. What the
 //   frame refers to stays until the next call.
+// - only if comments have no mark: `bool isComment(std::string_view line)`.
 // A template, so that reading a line calls no virtual function.
 template <class Lines>
 class TextFrameSource final : public FrameSource {
  public:
-  explicit TextFrameSource(const std::string& path) : input_(path) {
+  explicit TextFrameSource(const std::string& path, Lines lines = Lines()) : input_(path), lines_(std::move(lines)) {
     std::string_view line;
     while (input_.next(line)) {
       ++line_;
@@ -97,7 +98,7 @@ class TextFrameSource final : public FrameSource {
       return;
     }
     frame_.reset();
-    if (line.starts_with(Lines::kCommentMark)) {
+    if (isComment(line)) {
       takeComment(line.substr(Lines::kCommentMark.size()));
     } else if (!lines_.understand(line, frame_)) {
       if (line.find_first_not_of(" \t") == std::string_view::npos) {
@@ -113,6 +114,14 @@ class TextFrameSource final : public FrameSource {
       frame_.text = usableText(*frame_.text, number, account);
     }
     batch.append(frame_);
+  }
+
+  [[nodiscard]] bool isComment(std::string_view line) const {
+    if constexpr (requires { lines_.isComment(line); }) {
+      return lines_.isComment(line);
+    } else {
+      return line.starts_with(Lines::kCommentMark);
+    }
   }
 
   // Whether the line stands for a frame. Such a line is no header's, though it looks like one.

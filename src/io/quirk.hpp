@@ -34,8 +34,18 @@ enum class Quirk : std::uint8_t {
   LinErrorHidesBytes,
   LinVBatShortNotShown,
   LinLongEventRunsOn,
+  CsvTextLeftOut,
+  CsvMissingXlFieldsFilled,
+  CsvErrorsAsInTheSource,
+  CsvBusGuessed,
+  CsvDirectionGuessed,
+  CsvLinAsCan,
+  CsvFewCellsRead,
+  CsvEmptyCellsMoveOthers,
+  CsvMissingColumnIsTheFirst,
+  CsvStartOf1000Ms,
 };
-inline constexpr std::size_t kQuirkCount = 21;
+inline constexpr std::size_t kQuirkCount = 31;
 
 struct QuirkInfo {
   Quirk quirk;

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
+#include <span>
+#include <vector>
 
 namespace xlatr {
 namespace {
@@ -59,6 +61,49 @@ TEST(WhyNotHeld, namesTheFirstReason) {
   EXPECT_EQ(whyNotHeld(classic(), otherBus), Remark::BusNotHeld);
   EXPECT_EQ(whyNotHeld(classic(), noBus), Remark::BusNotHeld);
   EXPECT_EQ(whyNotHeld(classic(), late), Remark::TimeNotHeld);
+}
+
+// A version that keeps frames whole keeps odd ones too.
+TEST(WhyNotHeld, asksOnlyForRoomWhereFramesStayWhole) {
+  FrameCapacity capacity;
+  capacity.whole = true;
+  capacity.of(FrameKind::Data).held = true;
+  capacity.of(FrameKind::Comment).held = true;
+  const std::vector<std::uint8_t> bytes(2'049);
+  Frame odd = frameOf(12);
+  odd.id = 0xFFFFFFFF;
+  odd.bus = 65'535;
+  EXPECT_EQ(whyNotHeld(capacity, odd), std::nullopt);
+  odd.data = std::span(bytes).first(2'048);
+  EXPECT_EQ(whyNotHeld(capacity, odd), std::nullopt);
+  odd.data = bytes;
+  EXPECT_EQ(whyNotHeld(capacity, odd), Remark::LengthNotHeld);
+  odd.kind = FrameKind::Comment;
+  EXPECT_EQ(whyNotHeld(capacity, odd), std::nullopt);
+  odd.kind = FrameKind::Lin;
+  EXPECT_EQ(whyNotHeld(capacity, odd), Remark::KindNotHeld);
+  Frame late;
+  late.timeNs = kFarthestNs + 1;
+  EXPECT_EQ(whyNotHeld(capacity, late), Remark::TimeNotHeld);
+}
+
+TEST(ReducedTo, keepsFramesWhole) {
+  FrameCapacity capacity;
+  capacity.whole = true;
+  capacity.of(FrameKind::Data).held = true;
+  Frame odd = frameOf(12, frame_flag::kTransmitted | frame_flag::kEnhancedChecksum | frame_flag::kBrs);
+  odd.dlc = 77;
+  odd.text = "words";
+  odd.timeNs = 1'234;
+  odd.attributes.set(FrameAttribute::LinErrors, 5);
+  Account account;
+  EXPECT_TRUE(sameFrame(reducedTo(capacity, odd, account), odd));
+  EXPECT_TRUE(account.complete());
+  capacity.resolutionNs = 1'000;
+  EXPECT_EQ(reducedTo(capacity, odd, account).timeNs, 1'000);
+  EXPECT_EQ(account.noted(Remark::TimeRounded).frames, 1U);
+  odd.set(frame_flag::kReceived);
+  EXPECT_FALSE(reducedTo(capacity, odd, account).has(frame_flag::kReceived));
 }
 
 TEST(ReducedTo, keepsWhatIsHeld) {

@@ -1,6 +1,7 @@
-// What the formats' descriptors say of the complete way.
+// What the formats' descriptors say of the complete way, which may have more versions than the compatible one.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -25,8 +26,10 @@ TEST(FrameRegistry, hasACapacityForEachSupportedVersion) {
       EXPECT_LE(capacity.latestNs, kFarthestNs) << format->extension;
       EXPECT_EQ(capacity.holds(FrameKind::Comment), capacity.comments) << format->extension;
     }
-    EXPECT_EQ(versions, std::vector<double>(format->supportedVersions.begin(), format->supportedVersions.end()))
-        << format->extension;
+    EXPECT_TRUE(std::ranges::is_sorted(versions)) << format->extension;
+    for (const double version : format->supportedVersions) {
+      EXPECT_EQ(std::ranges::count(versions, version), 1) << format->extension << " " << version;
+    }
   }
 }
 

@@ -15,14 +15,17 @@ namespace xlatr {
 // Each appends the cell of the message's row, which has this number, without a separator after it.
 namespace csv_print {
 
-inline constexpr char kNone = '-';
-
 inline void number(TextBuffer& out, const CsvMessage& /*message*/, std::uint64_t rowNumber) {
   appendDecimal(out, rowNumber);
 }
 
 inline void time(TextBuffer& out, const CsvMessage& message, std::uint64_t /*rowNumber*/) {
   constexpr int kDecimals = 3;
+  constexpr std::int64_t kMicrosecond = 1'000;
+  if (message.timeNs) {
+    appendUnitsFixed(out, *message.timeNs / kMicrosecond, kDecimals, 0);
+    return;
+  }
   appendFixed(out, message.time.count(), kDecimals);
 }
 
@@ -37,6 +40,14 @@ void word(TextBuffer& out, const CsvMessage& message, std::uint64_t /*rowNumber*
   out.append(kToText(message.*kField));
 }
 
+inline void length(TextBuffer& out, const CsvMessage& message, std::uint64_t /*rowNumber*/) {
+  if (message.lengthUnknown) {
+    out.append(kCsvNone);
+  } else {
+    appendDecimal(out, message.length);
+  }
+}
+
 inline void identifier(TextBuffer& out, const CsvMessage& message, std::uint64_t /*rowNumber*/) {
   constexpr std::size_t kBaseDigits = 4;
   constexpr std::size_t kExtendedDigits = 8;
@@ -45,19 +56,19 @@ inline void identifier(TextBuffer& out, const CsvMessage& message, std::uint64_t
 
 inline void reserved(TextBuffer& out, const CsvMessage& message, std::uint64_t /*rowNumber*/) {
   if (message.reserved == CsvMessage::kNoReserved) {
-    out.append(kNone);
+    out.append(kCsvNone);
   } else {
     appendHex(out, message.reserved, 1);
   }
 }
 
 // A field that only CAN XL frames have.
-template <auto kField, std::size_t kDigits>
+template <auto kField, std::size_t kDigits, std::uint8_t kBit>
 void xlField(TextBuffer& out, const CsvMessage& message, std::uint64_t /*rowNumber*/) {
-  if (message.kind == MessageKind::XL) {
+  if (message.kind == MessageKind::XL && (message.missingXlFields & kBit) == 0) {
     appendHex(out, message.*kField, kDigits);
   } else {
-    out.append(kNone);
+    out.append(kCsvNone);
   }
 }
 

@@ -19,6 +19,9 @@ using CsvCellPrinter = void (*)(TextBuffer&, const CsvMessage&, std::uint64_t);
 inline constexpr int kNoCsvPlace = -1;
 
 // Each place is counted from 0. A null reader leaves the cells of the column alone.
+//
+// On the complete way a row of our own table is read by `readWhole`, and not at all if it has none. A column that the
+// table lacks is left alone then, but for those without which there is no frame.
 struct CsvColumnRow {
   CsvColumn column;
   std::string_view name;
@@ -29,6 +32,8 @@ struct CsvColumnRow {
   CsvCellPrinter print = nullptr;    // for each column with a place of its own here
   std::string_view nameForTrc = {};  // in a table of a TRC trace, where it differs
   bool onlyWide = false;             // only a table of a TRC trace has it: a field of CAN XL
+  CsvCellReader readWhole = nullptr;
+  bool needed = false;
 };
 
 // In the order in which the cells of a row are read.
@@ -40,21 +45,95 @@ inline constexpr std::array kCsvColumnTable = [] {
   constexpr int kNone = kNoCsvPlace;
   constexpr auto kUInt32 = tryParseUInt32Auto;
   constexpr auto kByte = tryParseByteAuto;
+  constexpr auto kDirection = read::word<&Row::direction, tryMessageDirectionFromText>;
   return std::to_array<CsvColumnRow>({
       {Number, kCsvNumberName, 0, 0, nullptr, nullptr, print::number},
 
-      {Time, "Time (ms)", 1, kNone, read::time, nullptr, print::time},
-      {Bus, "Bus", 2, kNone, read::number<&Row::bus, kByte>, nullptr, print::decimal<&Row::bus>},
-      {Direction, "Direction", 3, kNone, read::word<&Row::direction, tryMessageDirectionFromText>, nullptr,
-       print::word<&Row::direction, messageDirectionToText>},
-      {Identifier, "ID (hex)", 5, kNone, read::identifier, nullptr, print::identifier, "ID/PID (hex)"},
-      {Type, "Type", 4, kNone, read::kind, nullptr, print::word<&Row::kind, messageKindToText>},
-      {Reserved, "Reserved", 6, kNone, nullptr, nullptr, print::reserved},
-      {Vcid, "VCID", 7, kNone, nullptr, nullptr, print::xlField<&Row::vcid, 2>, {}, true},
-      {Sdt, "SDT", 8, kNone, nullptr, nullptr, print::xlField<&Row::sdt, 2>, {}, true},
-      {Af, "AF", 9, kNone, nullptr, nullptr, print::xlField<&Row::af, 8>, {}, true},
-      {Rrs, "RRS", 10, kNone, nullptr, nullptr, print::xlField<&Row::rrs, 1>, {}, true},
-      {Sec, "SEC", 11, kNone, nullptr, nullptr, print::xlField<&Row::sec, 1>, {}, true},
+      {Time, "Time (ms)", 1, kNone, read::time, nullptr, print::time, {}, false, read::exactTime, true},
+      {Bus,
+       "Bus",
+       2,
+       kNone,
+       read::number<&Row::bus, kByte>,
+       nullptr,
+       print::decimal<&Row::bus>,
+       {},
+       false,
+       read::number<&Row::bus, kUInt32>},
+      {Direction,
+       "Direction",
+       3,
+       kNone,
+       kDirection,
+       nullptr,
+       print::word<&Row::direction, messageDirectionToText>,
+       {},
+       false,
+       kDirection},
+      {Identifier, "ID (hex)", 5, kNone, read::identifier, nullptr, print::identifier, "ID/PID (hex)", false,
+       read::identifier, true},
+      {Type,
+       "Type",
+       4,
+       kNone,
+       read::kind,
+       nullptr,
+       print::word<&Row::kind, messageKindToText>,
+       {},
+       false,
+       read::kind,
+       true},
+      {Reserved, "Reserved", 6, kNone, nullptr, nullptr, print::reserved, {}, false, read::reserved},
+      {Vcid,
+       "VCID",
+       7,
+       kNone,
+       nullptr,
+       nullptr,
+       print::xlField<&Row::vcid, 2, csv_xl_bit::kVcid>,
+       {},
+       true,
+       read::xlField<&Row::vcid, csv_xl_bit::kVcid>},
+      {Sdt,
+       "SDT",
+       8,
+       kNone,
+       nullptr,
+       nullptr,
+       print::xlField<&Row::sdt, 2, csv_xl_bit::kSdt>,
+       {},
+       true,
+       read::xlField<&Row::sdt, csv_xl_bit::kSdt>},
+      {Af,
+       "AF",
+       9,
+       kNone,
+       nullptr,
+       nullptr,
+       print::xlField<&Row::af, 8, csv_xl_bit::kAf>,
+       {},
+       true,
+       read::xlField<&Row::af, csv_xl_bit::kAf>},
+      {Rrs,
+       "RRS",
+       10,
+       kNone,
+       nullptr,
+       nullptr,
+       print::xlField<&Row::rrs, 1, csv_xl_bit::kRrs>,
+       {},
+       true,
+       read::xlField<&Row::rrs, csv_xl_bit::kRrs>},
+      {Sec,
+       "SEC",
+       11,
+       kNone,
+       nullptr,
+       nullptr,
+       print::xlField<&Row::sec, 1, csv_xl_bit::kSec>,
+       {},
+       true,
+       read::xlField<&Row::sec, csv_xl_bit::kSec>},
 
       {ObjectType, "ObjectType", kNone, 1, nullptr, read::number<&Row::objectType, kUInt32>},
       {ObjectTimestamp, "ObjectTimestamp", kNone, 2, nullptr, read::number<&Row::objectTicks, tryParseUInt64>},
@@ -73,9 +152,18 @@ inline constexpr std::array kCsvColumnTable = [] {
       {ObjectVersion, "ObjectVersion", kNone, 14, nullptr, read::number<&Row::objectVersion, tryParseUInt16>},
       {ChecksumModel, "ChecksumModel", kNone, 15, nullptr, read::number<&Row::checksumModel, kByte>},
 
-      {Length, "Length", 12, 16, read::number<&Row::length, kByte>, read::number<&Row::length, kUInt32>,
-       print::decimal<&Row::length>},
-      {Data0, "D0", 13, 17, read::dataAndText, read::data, print::data},
+      {Length,
+       "Length",
+       12,
+       16,
+       read::number<&Row::length, kByte>,
+       read::number<&Row::length, kUInt32>,
+       print::length,
+       {},
+       false,
+       read::wholeLength,
+       true},
+      {Data0, "D0", 13, 17, read::dataAndText, read::data, print::data, {}, false, read::dataAndWholeText, true},
   });
 }();
 

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "formats/csv/csv_frames.hpp"
 #include "formats/csv/csv_writer.hpp"
 
 namespace xlatr {
@@ -26,6 +27,9 @@ constinit const FormatDescriptor kCsvFormat = {
     .lowestVersion = 1.0,
     .supportedVersions = kVersions,
     .makeWriter = makeCsvWriter,
+    .frameCapacities = csvCapacities,
+    .openFrames = openCsvFrames,
+    .createFrames = createCsvFrames,
 };
 
 }  // namespace xlatr

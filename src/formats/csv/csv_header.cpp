@@ -5,7 +5,6 @@
 
 #include "formats/csv/csv_columns.hpp"
 #include "util/paths.hpp"
-#include "util/text.hpp"
 
 namespace xlatr {
 namespace {
@@ -53,8 +52,6 @@ std::string tablePathOf(std::string_view sourcePath) {
 }  // namespace
 
 std::vector<std::string> csvHeaderLines(const CsvHeaderValues& values, std::string_view separator) {
-  const std::string extension = getFileExtension(values.sourcePath);
-  const bool fromTrc = equalsIgnoreCase(extension, ".trc");
   std::vector<std::string> lines = {
       "$STARTTIME=" + values.startNumber,
       "Start time: " + values.startText,
@@ -69,14 +66,14 @@ std::vector<std::string> csvHeaderLines(const CsvHeaderValues& values, std::stri
     lines.insert(lines.end(), section.begin(), section.end());
   };
   add(kGlossary);
-  if (fromTrc) {
+  if (values.wide) {
     lines.emplace_back(kXlLine);
   }
   add(kGlossaryEnd);
-  if (equalsIgnoreCase(extension, ".btr")) {
+  if (values.loggerBuses) {
     add(kLoggerBuses);
   }
-  lines.push_back(csvColumnLine(fromTrc, separator));
+  lines.push_back(csvColumnLine(values.wide, separator));
   return lines;
 }
 

@@ -13,10 +13,11 @@ struct CsvHeaderValues {
   std::string startText;    // the same as date text
   std::string sourcePath;
   std::string hostVersion;
+  bool wide = false;         // the table has the columns of CAN XL
+  bool loggerBuses = false;  // the buses of a hardware logger are listed
 };
 
-// The lines in order, without line ends; empty lines are among them. A head for a TRC source has the columns of CAN XL,
-// one for a session file has its buses; the extension of the source's path decides, in letters of any case.
+// The lines in order, without line ends; empty lines are among them.
 [[nodiscard]] std::vector<std::string> csvHeaderLines(const CsvHeaderValues& values, std::string_view separator);
 
 }  // namespace xlatr

@@ -1,8 +1,10 @@
 // How a CsvMessage prints its row.
+#include <string_view>
 #include <utility>
 
 #include "formats/csv/csv_column_table.hpp"
 #include "formats/csv/csv_message.hpp"
+#include "formats/csv/csv_quotes.hpp"
 
 namespace xlatr {
 namespace {
@@ -27,6 +29,21 @@ void appendCell(TextBuffer& out, const CsvMessage& message, std::uint64_t number
   kColumn.print(out, message, number);
 }
 
+// After the data, or in the place of the first byte of a frame without any.
+void appendText(TextBuffer& out, const CsvMessage& message) {
+  if (!message.data.empty()) {
+    out.append(message.separator);
+  }
+  const std::string_view text = message.text;
+  const bool isCell = !text.empty() && text.find(kCsvQuote) == std::string_view::npos &&
+                      text.find_first_of(message.separator) == std::string_view::npos;
+  if (isCell) {
+    out.append(text);
+  } else {
+    appendQuoted(out, text);
+  }
+}
+
 template <std::size_t... kPlaces>
 void appendCells(TextBuffer& out, const CsvMessage& message, std::uint64_t number,
                  std::index_sequence<kPlaces...> /*places*/) {
@@ -35,8 +52,11 @@ void appendCells(TextBuffer& out, const CsvMessage& message, std::uint64_t numbe
 
 }  // namespace
 
-void CsvMessage::toRow(TextBuffer& out, std::uint64_t number) const {
+void CsvMessage::toRow(TextBuffer& out, std::uint64_t number, Way way) const {
   appendCells(out, *this, number, std::make_index_sequence<kOwnColumns>());
+  if (hasText && !way.has(Quirk::CsvTextLeftOut)) {
+    appendText(out, *this);
+  }
 }
 
 }  // namespace xlatr

@@ -8,7 +8,9 @@
 #include "util/date_time.hpp"
 #include "util/failures.hpp"
 #include "util/host.hpp"
+#include "util/paths.hpp"
 #include "util/render.hpp"
+#include "util/text.hpp"
 
 namespace xlatr {
 namespace {
@@ -53,6 +55,10 @@ void CsvWriter::WriteHeader(const ITraceInfo& source) {
   values.startText = DateTime::fromOleDate(startDays).toSlashedText();
   values.sourcePath = source.getPath();
   values.hostVersion = getHostVersionText();
+  // A TRC source's table has the columns of CAN XL, by the extension of its path and whatever it holds.
+  const std::string extension = getFileExtension(values.sourcePath);
+  values.wide = equalsIgnoreCase(extension, ".trc");
+  values.loggerBuses = equalsIgnoreCase(extension, ".btr");
   for (const std::string& line : csvHeaderLines(values, row_.separator)) {
     writeLine("", line);  // an empty line is one here
   }

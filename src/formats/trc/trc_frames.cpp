@@ -16,6 +16,7 @@
 #include "formats/trc/trc_parser.hpp"
 #include "formats/trc/trc_printer.hpp"
 #include "formats/trc/trc_version.hpp"
+#include "frames/shown_bytes.hpp"
 #include "frames/text_frame_sink.hpp"
 #include "frames/text_frame_source.hpp"
 #include "messages/can_dlc.hpp"
@@ -42,7 +43,7 @@ constexpr std::uint32_t kCounters = attributeBits(FrameAttribute::TxErrors, Fram
 constexpr std::uint32_t kErrorBytes =
     kCounters | attributeBits(FrameAttribute::ErrorType, FrameAttribute::ErrorPosition);
 constexpr std::uint32_t kReserved = attributeBits(FrameAttribute::Reserved);
-constexpr std::uint32_t kXlColumns =
+constexpr std::uint32_t kXlAttributes =
     attributeBits(FrameAttribute::Vcid, FrameAttribute::Sdt, FrameAttribute::AcceptanceField, FrameAttribute::Rrs,
                   FrameAttribute::Sec);
 
@@ -94,7 +95,7 @@ bool fitsTrcLine(const Frame& frame) {
   if (attributes.empty()) {
     return true;
   }
-  const bool ofXl = (attributes.present() & kXlColumns) == 0 || frame.has(frame_flag::kXl);
+  const bool ofXl = (attributes.present() & kXlAttributes) == 0 || frame.has(frame_flag::kXl);
   return ofXl && std::ranges::all_of(kRooms, [&attributes](const Room& room) {
            return attributes.get(room.attribute).value_or(0) <= room.highest;
          });
@@ -160,7 +161,7 @@ consteval FrameCapacity withFd(FrameCapacity capacity) {
 }
 
 consteval FrameCapacity withXl(FrameCapacity capacity) {
-  capacity.of(FrameKind::Data).attributes |= kXlColumns;
+  capacity.of(FrameKind::Data).attributes |= kXlAttributes;
   capacity.xl = true;
   return capacity;
 }
@@ -189,33 +190,11 @@ void takeDirection(const BrixMessage& message, Frame& frame) {
   }
 }
 
-// Type, direction and position of an error, then the error counters. Nothing for bytes that say something else, which
-// then stay bytes.
-bool takeError(std::uint32_t typeBit, std::span<const std::uint8_t> bytes, Frame& frame) {
-  constexpr std::size_t kBytes = 4;
-  constexpr std::uint8_t kWhileReceiving = 1;
-  const auto type = errorTypeOfTrcId(typeBit);
-  if (!type || bytes.size() != kBytes || bytes[0] > kWhileReceiving) {
-    return false;
-  }
-  frame.flags = bytes[0] == kWhileReceiving ? frame_flag::kReceived : frame_flag::kTransmitted;
-  frame.attributes.set(FrameAttribute::ErrorType, *type);
-  frame.attributes.set(FrameAttribute::ErrorPosition, bytes[1]);
-  frame.attributes.set(FrameAttribute::RxErrors, bytes[2]);
-  frame.attributes.set(FrameAttribute::TxErrors, bytes[3]);
-  return true;
-}
-
-// The receive and the transmit error counter.
 void takeCounters(std::span<const std::uint8_t> bytes, Frame& frame) {
-  constexpr std::size_t kBytes = 2;
   frame.kind = FrameKind::Counters;
-  if (bytes.size() != kBytes) {
+  if (!takeCounterBytes(bytes, frame)) {
     frame.data = bytes;
-    return;
   }
-  frame.attributes.set(FrameAttribute::RxErrors, bytes[0]);
-  frame.attributes.set(FrameAttribute::TxErrors, bytes[1]);
 }
 
 void takeErrorLine(const BrixMessage& message, Frame& frame) {
@@ -223,32 +202,29 @@ void takeErrorLine(const BrixMessage& message, Frame& frame) {
   frame.kind = FrameKind::Error;
   const std::span<const std::uint8_t> bytes = message.data;
   if (message.columnBased) {
-    frame.data = !bytes.empty() && takeError(bytes.front(), bytes.subspan(1), frame) ? frame.data.first(0) : bytes;
+    frame.data = !bytes.empty() && takeErrorBytes(bytes.front(), bytes.subspan(1), frame) ? frame.data.first(0) : bytes;
     return;
   }
   // Versions with fixed columns have one word for both.
   if (message.id == 0 && bytes.size() == kCounterBytes) {
     takeCounters(bytes, frame);
-  } else if (!takeError(message.id, bytes, frame)) {
+  } else if (!takeErrorBytes(message.id, bytes, frame)) {
     frame.id = message.id;
     frame.data = bytes;
   }
 }
 
 void takeStatus(const BrixMessage& message, Frame& frame) {
-  constexpr std::size_t kBytes = 4;
   frame.kind = FrameKind::Status;
-  const std::vector<std::uint8_t>& data = message.data;
-  if (data.size() != kBytes) {
-    frame.data = data;
+  const auto state = stateOfBytes(message.data);
+  if (!state) {
+    frame.data = message.data;
     frame.text = message.comment.empty() ? std::nullopt : std::optional<std::string_view>(message.comment);
     return;
   }
-  const std::uint32_t state = std::uint32_t{data[0]} << 24 | std::uint32_t{data[1]} << 16 |
-                              std::uint32_t{data[2]} << 8 | std::uint32_t{data[3]};
-  frame.attributes.set(FrameAttribute::BusState, state);
+  frame.attributes.set(FrameAttribute::BusState, *state);
   // Words that say no more than the bits are no text of the source.
-  if (!isDashes(message.comment) && !StateWords(state).have(message.comment)) {
+  if (!isDashes(message.comment) && !StateWords(*state).have(message.comment)) {
     frame.text = message.comment;
   }
 }
@@ -383,12 +359,6 @@ class TrcLines : public SemicolonComments {
 
 // ---- from a frame to a line's message
 
-void giveCounters(const Frame& frame, BrixMessage& message) {
-  for (const FrameAttribute counter : {FrameAttribute::RxErrors, FrameAttribute::TxErrors}) {
-    message.data.push_back(static_cast<std::uint8_t>(frame.attributes.get(counter).value_or(0)));
-  }
-}
-
 // As takeErrorLine() reads it: the versions with columns have the type among the bytes.
 void giveError(const Frame& frame, BrixMessage& message) {
   message.kind = MessageKind::ER;
@@ -397,9 +367,7 @@ void giveError(const Frame& frame, BrixMessage& message) {
   if (message.columnBased) {
     message.data.push_back(static_cast<std::uint8_t>(message.id));
   }
-  message.data.push_back(frame.has(frame_flag::kReceived) ? 1 : 0);
-  message.data.push_back(static_cast<std::uint8_t>(frame.attributes.get(FrameAttribute::ErrorPosition).value_or(0)));
-  giveCounters(frame, message);
+  appendErrorBytes(frame, message.data);
 }
 
 void giveStatus(const Frame& frame, BrixMessage& message) {
@@ -408,9 +376,7 @@ void giveStatus(const Frame& frame, BrixMessage& message) {
   message.type = MessageType::Warng;
   message.id = kNoIdentifier;
   message.extended = true;
-  for (const unsigned shift : {24U, 16U, 8U, 0U}) {
-    message.data.push_back(static_cast<std::uint8_t>(state >> shift));
-  }
+  appendStateBytes(state, message.data);
   message.comment = frame.text ? std::string(*frame.text) : warningErrorsToText(state);
 }
 
@@ -462,7 +428,7 @@ void giveMessage(const Frame& frame, BrixMessage& message) {
       message.kind = MessageKind::EC;
       message.type = MessageType::Error;
       message.id = 0;
-      giveCounters(frame, message);
+      appendCounterBytes(frame, message.data);
       break;
     case FrameKind::Error:
       giveError(frame, message);

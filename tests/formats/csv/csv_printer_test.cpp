@@ -46,6 +46,16 @@ TEST(CsvPrinter, printsAFrame) {
   EXPECT_EQ(row(frame()), "7;1.500;1;Rx;DT;0100;-;2;AA;BB");
 }
 
+TEST(CsvPrinter, leavesTextsOutOnTheCompatibleWay) {
+  CsvMessage message = frame();
+  message.hasText = true;
+  message.text = "late";
+  EXPECT_EQ(row(message), "7;1.500;1;Rx;DT;0100;-;2;AA;BB");
+  TextBuffer out;
+  message.toRow(out, 7, Way::complete());
+  EXPECT_EQ(out.view(), "7;1.500;1;Rx;DT;0100;-;2;AA;BB;late");
+}
+
 TEST(CsvPrinter, printsEachColumn) {
   expectRows({
       {"time is rounded", [](CsvMessage& m) { m.time = RealMilliseconds(12345678.90149); },

@@ -1,0 +1,19 @@
+// Tables of version 2.0 on the complete way.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "frames/frame_capacity.hpp"
+#include "frames/frame_sink.hpp"
+#include "frames/frame_stream.hpp"
+
+namespace xlatr {
+
+// The frames of a file whose first line is a header row.
+[[nodiscard]] std::unique_ptr<FrameSource> openCsvTable(const std::string& path);
+
+[[nodiscard]] std::unique_ptr<FrameSink> createCsvTable(const std::string& path, const StreamHead& head,
+                                                        const FrameCapacity& capacity);
+
+}  // namespace xlatr
