@@ -13,17 +13,17 @@
 
 namespace xlatr {
 
-namespace frame_flag {
+namespace record_flag {
 inline constexpr std::uint16_t kRemote = 0x0001;
 inline constexpr std::uint16_t kExtended = 0x0002;
 inline constexpr std::uint16_t kFd = 0x0010;
 inline constexpr std::uint16_t kBrs = 0x0020;
 inline constexpr std::uint16_t kEsi = 0x0040;
 inline constexpr std::uint16_t kAll = kRemote | kExtended | kFd | kBrs | kEsi;
-}  // namespace frame_flag
+}  // namespace record_flag
 
 // What the type of a frame's record says.
-struct FrameKind {
+struct FrameRecordKind {
   RecordType type;
   bool isSent;
   bool isRemote;
@@ -31,27 +31,27 @@ struct FrameKind {
   std::size_t mostBytes;  // that are taken from the data of a frame when its record is made
 };
 
-inline constexpr std::array kFrameKinds = {
-    FrameKind{RecordType::CanRxMsg, false, false, false, 8},
-    FrameKind{RecordType::CanRxRtrMsg, false, true, false, 0},
-    FrameKind{RecordType::CanRxFdMsg, false, false, true, 64},
-    FrameKind{RecordType::CanTxMsg, true, false, false, 8},
-    FrameKind{RecordType::CanTxRtrMsg, true, true, false, 0},
-    FrameKind{RecordType::CanTxFdMsg, true, false, true, 64},
+inline constexpr std::array kFrameRecordKinds = {
+    FrameRecordKind{RecordType::CanRxMsg, false, false, false, 8},
+    FrameRecordKind{RecordType::CanRxRtrMsg, false, true, false, 0},
+    FrameRecordKind{RecordType::CanRxFdMsg, false, false, true, 64},
+    FrameRecordKind{RecordType::CanTxMsg, true, false, false, 8},
+    FrameRecordKind{RecordType::CanTxRtrMsg, true, true, false, 0},
+    FrameRecordKind{RecordType::CanTxFdMsg, true, false, true, 64},
 };
 
 // The type is that of a frame; the codes of frames are the first ones, without a gap.
-[[nodiscard]] constexpr const FrameKind& frameKindOf(RecordType type) {
-  return kFrameKinds[static_cast<std::size_t>(type) - static_cast<std::size_t>(RecordType::CanRxMsg)];
+[[nodiscard]] constexpr const FrameRecordKind& frameRecordKindOf(RecordType type) {
+  return kFrameRecordKinds[static_cast<std::size_t>(type) - static_cast<std::size_t>(RecordType::CanRxMsg)];
 }
-static_assert(std::ranges::all_of(kFrameKinds, [](const FrameKind& kind) { return &frameKindOf(kind.type) == &kind; }));
+static_assert(std::ranges::all_of(kFrameRecordKinds, [](const FrameRecordKind& kind) { return &frameRecordKindOf(kind.type) == &kind; }));
 
 // What a frame is, in the tail of its header.
 struct Internal_DataFrameInfo {
   Internal_DataFrameInfo() = default;
   // Of the DLC the low four bits are kept, of the flags only the known ones.
   Internal_DataFrameInfo(std::uint8_t frameBus, std::uint8_t frameDlc, std::uint16_t frameFlags, std::uint32_t frameId)
-      : bus(frameBus), dlc(frameDlc & 0x0FU), flags(frameFlags & frame_flag::kAll), id(frameId) {}
+      : bus(frameBus), dlc(frameDlc & 0x0FU), flags(frameFlags & record_flag::kAll), id(frameId) {}
 
   std::uint8_t bus = 0;     // counted from 0
   std::uint8_t dlc = 0;     // a code; see dlcCode
@@ -102,7 +102,7 @@ struct Internal_SentDataFrameHeader {
   // of these files count on it. A remote frame has none.
   Internal_SentDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t requestedAt,
                                std::uint64_t sentAt)
-      : header(roundedUpToFour(kFixedSize + (frameKindOf(type).isRemote ? 0U : frame.dlcCode())), type),
+      : header(roundedUpToFour(kFixedSize + (frameRecordKindOf(type).isRemote ? 0U : frame.dlcCode())), type),
         timestampTicks(requestedAt),
         timestampSentTicks(sentAt),
         info(frame) {}
@@ -145,7 +145,7 @@ template <class FrameHeader>
 template <class FrameHeader>
 void appendFrame(Bytes& out, const FrameHeader& frame, std::span<const std::uint8_t> data) {
   appendFields(out, frame);
-  const FrameKind& kind = frameKindOf(frame.header.type);
+  const FrameRecordKind& kind = frameRecordKindOf(frame.header.type);
   if (!kind.isRemote) {
     const std::size_t room = frame.header.size - FrameHeader::kFixedSize;
     std::copy_n(data.begin(), std::min({room, kind.mostBytes, data.size()}), growBytes(out, room));
