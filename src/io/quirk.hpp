@@ -17,8 +17,27 @@ enum class Quirk : std::uint8_t {
   LinEventsRefused,
   LinNoneRefused,
   LinHiddenBytesAreZero,
+  BtrStepBackIsAWrap,
+  BtrStampsFromTheStart,
+  BtrStatusIsUnmarked,
+  BtrBusesWrap,
+  BtrHasNoTicks,
+  BtrStartIsCut,
+  BtrDamageEndsSessions,
+  BtrLeavesOutUnsaid,
+  BtrcSentDataIsCut,
+  BtrcRemoteStatesRoom,
+  BtrcTextsEndInBlanks,
+  BtrcLongTextIsTheLast,
+  BtrcEventsAreTexts,
+  BtrcBusesWrap,
+  BtrcStatusBitsLost,
+  BtrcNotesLeftOut,
+  BtrcStartIsUnscaled,
+  BtrcStartFromDays,
+  BtrcDamageEndsReading,
 };
-inline constexpr std::size_t kQuirkCount = 4;
+inline constexpr std::size_t kQuirkCount = 23;
 
 struct QuirkInfo {
   Quirk quirk;

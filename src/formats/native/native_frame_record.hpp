@@ -9,6 +9,7 @@
 #include <span>
 
 #include "formats/native/native_record.hpp"
+#include "io/quirk.hpp"
 #include "messages/can_dlc.hpp"
 
 namespace xlatr {
@@ -44,7 +45,18 @@ inline constexpr std::array kFrameRecordKinds = {
 [[nodiscard]] constexpr const FrameRecordKind& frameRecordKindOf(RecordType type) {
   return kFrameRecordKinds[static_cast<std::size_t>(type) - static_cast<std::size_t>(RecordType::CanRxMsg)];
 }
-static_assert(std::ranges::all_of(kFrameRecordKinds, [](const FrameRecordKind& kind) { return &frameRecordKindOf(kind.type) == &kind; }));
+static_assert(std::ranges::all_of(kFrameRecordKinds,
+                                  [](const FrameRecordKind& kind) { return &frameRecordKindOf(kind.type) == &kind; }));
+
+// The bytes of data for which a frame's record states room, before they are filled up to a multiple of four. On the
+// compatible way a sent frame has as much room as its DLC is as a number, and a received remote frame states the room
+// of its DLC though it has none: the readers of such files count on it.
+[[nodiscard]] constexpr std::size_t statedRoom(const FrameRecordKind& kind, std::uint8_t dlc, Way way) {
+  if (kind.isRemote && (kind.isSent || !way.has(Quirk::BtrcRemoteStatesRoom))) {
+    return 0;
+  }
+  return kind.isSent && way.has(Quirk::BtrcSentDataIsCut) ? dlc : kDlcLengths[dlc];
+}
 
 // What a frame is, in the tail of its header.
 struct Internal_DataFrameInfo {
@@ -74,9 +86,9 @@ struct Internal_DataFrameInfo {
 // The header of received frames.
 struct Internal_ReceivedDataFrameHeader {
   Internal_ReceivedDataFrameHeader() = default;
-  // The size leaves room for the data bytes of the DLC. It does so for a remote frame as well, which has none.
-  Internal_ReceivedDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t receivedAt)
-      : header(roundedUpToFour(kFixedSize + kDlcLengths[frame.dlcCode()]), type),
+  Internal_ReceivedDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t receivedAt,
+                                   Way way = Way::compatible())
+      : header(roundedUpToFour(kFixedSize + statedRoom(frameRecordKindOf(type), frame.dlcCode(), way)), type),
         timestampTicks(receivedAt),
         info(frame) {}
 
@@ -98,11 +110,9 @@ struct Internal_ReceivedDataFrameHeader {
 // The header of sent frames.
 struct Internal_SentDataFrameHeader {
   Internal_SentDataFrameHeader() = default;
-  // The size leaves room for as many bytes as the DLC is as a number: the 64 bytes of code 15 lose all but 16. Readers
-  // of these files count on it. A remote frame has none.
   Internal_SentDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t requestedAt,
-                               std::uint64_t sentAt)
-      : header(roundedUpToFour(kFixedSize + (frameRecordKindOf(type).isRemote ? 0U : frame.dlcCode())), type),
+                               std::uint64_t sentAt, Way way = Way::compatible())
+      : header(roundedUpToFour(kFixedSize + statedRoom(frameRecordKindOf(type), frame.dlcCode(), way)), type),
         timestampTicks(requestedAt),
         timestampSentTicks(sentAt),
         info(frame) {}
