@@ -130,6 +130,9 @@ class Reduction {
     if (!capacity_.namesBuses() || !kind_.bus) {
       noteIf(frame_.bus != 0, Remark::BusLost);
       frame_.bus = 0;
+    } else if (kind_.needsBus && frame_.bus == 0) {
+      frame_.bus = 1;
+      account_.note(Remark::BusGuessed, frame_.place);
     }
     const std::int64_t time = frame_.timeNs;
     frame_.timeNs = rounded(time, capacity_.resolutionNs);
@@ -256,7 +259,12 @@ std::optional<Remark> whyNotHeld(const FrameCapacity& capacity, const Frame& fra
   if ((frame.attributes.present() & kind.needed) != kind.needed || saysMoreThan(kind, frame)) {
     return Remark::DetailNotHeld;
   }
-  if (capacity.namesBuses() && kind.bus && (frame.bus < capacity.lowestBus || frame.bus > capacity.highestBus)) {
+  if (capacity.hasPlaceFor != nullptr && !capacity.hasPlaceFor(frame)) {
+    return Remark::DetailNotHeld;
+  }
+  const bool isOnABus = frame.bus != 0 || !kind.needsBus;
+  if (capacity.namesBuses() && kind.bus && isOnABus &&
+      (frame.bus < capacity.lowestBus || frame.bus > capacity.highestBus)) {
     return Remark::BusNotHeld;
   }
   if (frame.timeNs < capacity.earliestNs || frame.timeNs > capacity.latestNs) {

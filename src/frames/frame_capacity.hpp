@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -28,6 +29,7 @@ struct KindCapacity {
   bool direction = false;
   bool needsDirection = false;  // a frame without one is taken as received
   bool bus = true;              // if the files name buses at all
+  bool needsBus = false;        // a frame that names none is taken as on bus 1
   TextCapacity text = TextCapacity::None;
   bool bytes = false;            // those of a kind that has no payload
   std::uint32_t attributes = 0;  // one bit for each that comes back
@@ -59,8 +61,14 @@ struct FrameCapacity {
   std::int64_t resolutionNs = 1;
   std::int64_t earliestNs = -kFarthestNs;
   std::int64_t latestNs = kFarthestNs;
+  // How far before an earlier frame of its bus a frame can be. One that is farther is dropped: TimeNotHeld.
+  std::int64_t stepBackNs = std::numeric_limits<std::int64_t>::max();
   std::int64_t startResolutionNs = 1;
   bool zone = false;  // the start says in which zone it is
+
+  // Whether there is a place for the values of the frame's details, where not for all of them; otherwise null. What has
+  // none is not held: DetailNotHeld.
+  bool (*hasPlaceFor)(const Frame& frame) = nullptr;
 
   [[nodiscard]] constexpr KindCapacity& of(FrameKind kind) { return kinds[static_cast<std::size_t>(kind)]; }
   [[nodiscard]] constexpr const KindCapacity& of(FrameKind kind) const { return kinds[static_cast<std::size_t>(kind)]; }
