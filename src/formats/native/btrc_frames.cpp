@@ -24,8 +24,8 @@ namespace {
 constexpr std::int64_t kBtrcTick = 1'000;
 constexpr std::int64_t kSecondNs = 1'000'000'000;
 constexpr std::int64_t kNoStartNs = kNullDateSeconds * kSecondNs;
-constexpr std::size_t kInfoSize = kLayoutSize<Native_RecordInfo>;
-constexpr std::size_t kCalibrationSize = kLayoutSize<Native_RecordTimeCalibration>;
+constexpr std::size_t kInfoRecordSize = kLayoutSize<Native_RecordInfo>;
+constexpr std::size_t kCalibrationRecordSize = kLayoutSize<Native_RecordTimeCalibration>;
 constexpr std::size_t kCounterSize = kLayoutSize<Native_RecordCounter>;
 
 // A text that is longer than a record goes on in the next text, which begins with this mark. No other text does: the
@@ -137,12 +137,12 @@ class BtrcFrameSource final : public FrameSource {
 
 // A file that does not begin as it should is read from the first block that does.
 void BtrcFrameSource::readHead() {
-  const auto bytes = input_.peek(kInfoSize);
+  const auto bytes = input_.peek(kInfoRecordSize);
   Native_RecordInfo info;
   if (bytes.empty()) {
     return;
   }
-  if (!tryReadFields(bytes, info) || info.header.type != RecordType::Info || info.header.size < kInfoSize) {
+  if (!tryReadFields(bytes, info) || info.header.type != RecordType::Info || info.header.size < kInfoRecordSize) {
     headAccount_.note(Remark::RecordNotUnderstood, place());
     skipTo(endOfBlock());
     goOnAtTotals();
@@ -154,8 +154,8 @@ void BtrcFrameSource::readHead() {
   skipTo(std::min<std::uint64_t>(info.header.size, blockBytes_));
   ++records_;
   Native_RecordTimeCalibration calibration;
-  if (!tryReadFields(input_.peek(kCalibrationSize), calibration) ||
-      calibration.header.type != RecordType::TimeCalibration || calibration.header.size < kCalibrationSize) {
+  if (!tryReadFields(input_.peek(kCalibrationRecordSize), calibration) ||
+      calibration.header.type != RecordType::TimeCalibration || calibration.header.size < kCalibrationRecordSize) {
     return;
   }
   scale_ = NanosecondScale(info.timeScalingExponent, calibration.systemTimeTicks);
