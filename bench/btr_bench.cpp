@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/native/btr_frames.hpp"
 #include "formats/native/btr_info.hpp"
 #include "formats/native/btr_session_reader.hpp"
 #include "tracegen/generator.hpp"
@@ -37,6 +38,7 @@ class Recording {
   Recording(const Recording&) = delete;
   Recording& operator=(const Recording&) = delete;
 
+  [[nodiscard]] const std::string& path() const { return path_; }
   [[nodiscard]] xlatr::BtrInfo info() const { return xlatr::BtrInfo(xlatr::TraceFileInfo(path_)); }
 
  private:
@@ -61,6 +63,48 @@ void readSession(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kMessages));
 }
 BENCHMARK(readSession)->Unit(benchmark::kMillisecond);
+
+// The same on the complete way.
+void readFrames(benchmark::State& state) {
+  const Recording recording(1, kMessages);
+  xlatr::FrameBatch batch;
+  xlatr::Account account;
+  for ([[maybe_unused]] auto step : state) {
+    const auto source = xlatr::openBtrFrames(recording.path());
+    while (source->read(batch, account)) {
+      benchmark::DoNotOptimize(batch.times().data());
+      batch.clear();
+    }
+  }
+  if (account.read() != static_cast<std::uint64_t>(state.iterations()) * kMessages) {
+    state.SkipWithError("frames are missing");
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(account.read()));
+}
+BENCHMARK(readFrames)->Unit(benchmark::kMillisecond);
+
+// One batch again and again, whose times go on.
+void writeFrames(benchmark::State& state) {
+  const Recording recording(1, kMessages);
+  xlatr::FrameBatch batch;
+  xlatr::Account account;
+  if (!xlatr::openBtrFrames(recording.path())->read(batch, account)) {
+    state.SkipWithError("frames are missing");
+    return;
+  }
+  const std::string target = recording.path() + ".target";
+  xlatr::Account written;
+  for ([[maybe_unused]] auto step : state) {
+    const auto sink = xlatr::createBtrFrames(target, {}, {});
+    for (int batches = 0; batches < 30; ++batches) {
+      sink->write(batch, written);
+    }
+    sink->close();
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(written.written() + written.dropped()));
+  std::filesystem::remove(target);
+}
+BENCHMARK(writeFrames)->Unit(benchmark::kMillisecond);
 
 // The directory, with the searches for ends and beginnings; the argument is the number of sessions.
 void readDirectory(benchmark::State& state) {

@@ -1,14 +1,20 @@
 // Reading and making single records of binary traces, without any file.
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
+#include <filesystem>
+#include <random>
+#include <string>
 #include <string_view>
 #include <vector>
 
+#include "formats/native/btrc_frames.hpp"
 #include "formats/native/btrc_mapping.hpp"
 #include "formats/native/zelk_message.hpp"
 #include "formats/trc/trc_mapping.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_version.hpp"
+#include "tracegen/generator.hpp"
 #include "util/text_buffer.hpp"
 
 namespace {
@@ -87,5 +93,70 @@ void printRecords(benchmark::State& state) {
   countMessages(state);
 }
 BENCHMARK(printRecords);
+
+// A generated file of half a million messages, removed at the end.
+class Recording {
+ public:
+  Recording()
+      : path_((std::filesystem::temp_directory_path() /
+               ("xlatr_bench_" + std::to_string(std::random_device()()) + ".btrc"))
+                  .string()) {
+    tracegen::RecordingOptions options;
+    options.traffic.makePlain();
+    options.form = tracegen::Form::Btrc;
+    options.maxMessages = 500000;
+    tracegen::generateFile(options, path_);
+  }
+  ~Recording() {
+    std::error_code ignored;
+    std::filesystem::remove(path_, ignored);
+    std::filesystem::remove(target(), ignored);
+  }
+  Recording(const Recording&) = delete;
+  Recording& operator=(const Recording&) = delete;
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+  [[nodiscard]] std::string target() const { return path_ + ".target"; }
+
+ private:
+  std::string path_;
+};
+
+// A whole file on the complete way.
+void readFrames(benchmark::State& state) {
+  const Recording recording;
+  xlatr::FrameBatch batch;
+  xlatr::Account account;
+  for ([[maybe_unused]] auto step : state) {
+    const auto source = xlatr::openBtrcFrames(recording.path());
+    while (source->read(batch, account)) {
+      benchmark::DoNotOptimize(batch.times().data());
+      batch.clear();
+    }
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(account.read()));
+}
+BENCHMARK(readFrames)->Unit(benchmark::kMillisecond);
+
+// One batch again and again.
+void writeFrames(benchmark::State& state) {
+  const Recording recording;
+  xlatr::FrameBatch batch;
+  xlatr::Account account;
+  if (!xlatr::openBtrcFrames(recording.path())->read(batch, account)) {
+    state.SkipWithError("frames are missing");
+    return;
+  }
+  xlatr::Account written;
+  for ([[maybe_unused]] auto step : state) {
+    const auto sink = xlatr::createBtrcFrames(recording.target(), {}, {});
+    for (int batches = 0; batches < 30; ++batches) {
+      sink->write(batch, written);
+    }
+    sink->close();
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(written.written()));
+}
+BENCHMARK(writeFrames)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -13,7 +13,9 @@ namespace fuzz {
 
 inline void checkFrame(const xlatr::Frame& frame) {
   constexpr std::size_t kLongestPayload = 2048;
-  require(frame.data.size() <= kLongestPayload);
+  constexpr std::size_t kLongestRecord = 65535;
+  require(frame.data.size() <=
+          (frame.attributes.has(xlatr::FrameAttribute::RecordType) ? kLongestRecord : kLongestPayload));
   require(frame.timeNs >= -xlatr::kFarthestNs && frame.timeNs <= xlatr::kFarthestNs);
   require(frame.place > 0);
   require(!frame.text || (xlatr::isUtf8(*frame.text) && frame.text->size() <= xlatr::FrameBatch::kLongestText));

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 
@@ -77,6 +78,8 @@ struct FrameCapacity {
   std::int64_t resolutionNs = 1;
   std::int64_t earliestNs = -kFarthestNs;
   std::int64_t latestNs = kFarthestNs;
+  // How far before an earlier frame of its bus a frame can be. One that is farther is dropped: TimeNotHeld.
+  std::int64_t stepBackNs = std::numeric_limits<std::int64_t>::max();
   std::int64_t startResolutionNs = 1;
   bool zone = false;  // the start says in which zone it is
 

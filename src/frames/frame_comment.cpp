@@ -22,7 +22,7 @@ struct Escape {
   char character;
   char letter;
 };
-constexpr std::array kEscapes = {Escape{'\n', 'n'}, Escape{'\r', 'r'}, Escape{'\\', '\\'}};
+constexpr std::array kEscapes = {Escape{'\n', 'n'}, Escape{'\r', 'r'}, Escape{'\0', '0'}, Escape{'\\', '\\'}};
 
 std::string_view withoutBlanks(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(" \t");

@@ -44,8 +44,27 @@ enum class Quirk : std::uint8_t {
   CsvEmptyCellsMoveOthers,
   CsvMissingColumnIsTheFirst,
   CsvStartOf1000Ms,
+  BtrStepBackIsAWrap,
+  BtrStampsFromTheStart,
+  BtrStatusIsUnmarked,
+  BtrBusesWrap,
+  BtrHasNoTicks,
+  BtrStartIsCut,
+  BtrDamageEndsSessions,
+  BtrLeavesOutUnsaid,
+  BtrcSentDataIsCut,
+  BtrcRemoteStatesRoom,
+  BtrcTextsEndInBlanks,
+  BtrcLongTextIsTheLast,
+  BtrcEventsAreTexts,
+  BtrcBusesWrap,
+  BtrcStatusBitsLost,
+  BtrcNotesLeftOut,
+  BtrcStartIsUnscaled,
+  BtrcStartFromDays,
+  BtrcDamageEndsReading,
 };
-inline constexpr std::size_t kQuirkCount = 31;
+inline constexpr std::size_t kQuirkCount = 50;
 
 struct QuirkInfo {
   Quirk quirk;

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "formats/native/btr_frames.hpp"
 #include "formats/native/btr_info.hpp"
 #include "formats/native/btr_session_reader.hpp"
 #include "formats/native/btr_session_writer.hpp"
@@ -81,6 +82,9 @@ constinit const FormatDescriptor kBtrFormat = {
     .sessionMarker = "_S",
     .makeSources = makeSessionSources,
     .makeWriter = makePlainWriter<BtrSessionWriter>,
+    .frameCapacities = btrCapacities,
+    .openFrames = openBtrFrames,
+    .createFrames = createBtrFrames,
 };
 
 }  // namespace xlatr

@@ -12,6 +12,7 @@ namespace {
 constexpr std::uint32_t kHighestIdentifier = 0x1FFFFFFF;
 constexpr std::uint32_t kTickIdentifier = 256;
 constexpr std::size_t kSectorsAhead = 64;
+constexpr std::size_t kBuses = 5;  // of the logger
 
 bool isUnused(const MsgEntry& entry) {
   if (entry.id == MsgEntry::kNoId) {
@@ -31,17 +32,6 @@ bool isUnused(const MsgEntry& entry) {
 
 }  // namespace
 
-SessionClock SessionClock::at(UnsignedMicroseconds time) {
-  return {static_cast<std::uint32_t>(time.count()), static_cast<std::uint32_t>(time.count() >> 32U)};
-}
-
-void SessionClock::advance(std::uint32_t stampUs) {
-  if (stampUs < low) {
-    ++high;
-  }
-  low = stampUs;
-}
-
 BtrSessionReader::BtrSessionReader(BtrSessionEntry entry, bool activate) : entry_(std::move(entry)) {
   if (activate) {
     static_cast<void>(open());
@@ -56,8 +46,7 @@ double BtrSessionReader::getPercentDone() const {
 bool BtrSessionReader::open() {
   close();
   failure_.clear();
-  loggerClock_ = SessionClock::at(UnsignedMicroseconds(entry_.description.startTimestampUs));
-  busClocks_.fill(loggerClock_);
+  clocks_.start(UnsignedMicroseconds(entry_.description.startTimestampUs));
   sectorsRead_ = 0;
   nextSector_ = entry_.start.sector;
   try {
@@ -127,35 +116,17 @@ void BtrSessionReader::takeEntry(const MsgEntry& entry, std::vector<SessionMessa
   if (entry.getSource() != MsgEntry::kLoggerSource) {
     takeFrame(entry, messages);
   } else if (entry.id == kTickIdentifier) {
-    takeTick(entry);
+    clocks_.tick(entry.timestampUs, Way::compatible());
   } else {
     raiseUnexpectedFrame(entry);
   }
 }
 
 void BtrSessionReader::takeFrame(const MsgEntry& entry, std::vector<SessionMessage>& messages) {
-  const std::size_t place = std::size_t{entry.getSource()} + 1;
-  if (place >= kClocks) {
+  if (entry.getSource() >= kBuses) {
     raiseFailure(FailureKind::Generic, "invalid vector subscript");
   }
-  SessionClock& clock = busClocks_[place];
-  clock.advance(entry.timestampUs);
-  messages.emplace_back(entry, clock.now());
-}
-
-// The logger's clock ticks on where a bus is silent. A bus that was silent for long is taken along, so that it can't
-// miss a wrap of its time stamps; it stays behind the logger, since frames of a short while ago may still come.
-void BtrSessionReader::takeTick(const MsgEntry& entry) {
-  constexpr UnsignedMicroseconds kLongSilence = std::chrono::minutes(30);
-  constexpr UnsignedMicroseconds kDistance = std::chrono::minutes(10);
-  loggerClock_.advance(entry.timestampUs);
-  const UnsignedMicroseconds now = loggerClock_.now();
-  for (SessionClock& clock : busClocks_) {
-    const UnsignedMicroseconds then = clock.now();
-    if (now > then && now - then >= kLongSilence) {
-      clock = SessionClock::at(now - kDistance);
-    }
-  }
+  messages.emplace_back(entry, clocks_.advance(entry.getSource(), entry.timestampUs, Way::compatible()));
 }
 
 }  // namespace xlatr

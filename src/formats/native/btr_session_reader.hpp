@@ -1,29 +1,17 @@
 // Reads one session of a BTR file.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
 
 #include "formats/native/btr_sectors.hpp"
 #include "formats/native/btr_session_entry.hpp"
+#include "formats/native/session_clock.hpp"
 #include "formats/native/session_message.hpp"
 #include "io/trace_reader.hpp"
-#include "util/time_units.hpp"
 
 namespace xlatr {
-
-// The 64 bits of a clock of microseconds of which the file has the low 32.
-struct SessionClock {
-  std::uint32_t low = 0;
-  std::uint32_t high = 0;
-
-  [[nodiscard]] static SessionClock at(UnsignedMicroseconds time);
-  [[nodiscard]] UnsignedMicroseconds now() const { return UnsignedMicroseconds(std::uint64_t{high} << 32U | low); }
-  // A stamp that is lower than the one before has wrapped.
-  void advance(std::uint32_t stampUs);
-};
 
 // Hands out the frames of a session sector by sector in the order in which they were recorded: a session that was
 // recorded circularly is read from its oldest sector to the end of its area, and then from the beginning of that.
@@ -51,17 +39,12 @@ class BtrSessionReader final : public TraceReader {
   [[nodiscard]] DataSector readNextSector();
   void takeEntry(const MsgEntry& entry, std::vector<SessionMessage>& messages);
   void takeFrame(const MsgEntry& entry, std::vector<SessionMessage>& messages);
-  void takeTick(const MsgEntry& entry);
-
-  // The logger has five buses. The clock of bus n stands at n + 1: the first place is that of no bus.
-  static constexpr std::size_t kClocks = 6;
 
   BtrSessionEntry entry_;
   std::optional<BtrSectors> sectors_;
   std::uint64_t nextSector_ = 0;
   std::uint32_t sectorsRead_ = 0;
-  SessionClock loggerClock_;
-  std::array<SessionClock, kClocks> busClocks_{};
+  SessionClocks clocks_;
 };
 
 }  // namespace xlatr

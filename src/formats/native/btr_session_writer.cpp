@@ -14,9 +14,6 @@ namespace {
 
 using Accepted = MessageClasses<BrixMessage>;
 
-constexpr std::uint8_t kWrapCounter = 1;  // of a session that never wraps
-constexpr std::uint32_t kFirstDataSector = 1;
-
 }  // namespace
 
 BtrSessionWriter::BtrSessionWriter(std::string targetPath, std::int32_t ownerBus, double targetVersion)
@@ -40,16 +37,12 @@ std::unique_ptr<ITraceWriter> BtrSessionWriter::CreateNew() const {
 void BtrSessionWriter::WriteHeader(const ITraceInfo& source) {
   requireActive();
   const DateTime start = DateTime::fromOleDate(startDaysFrom(source));
-  session_ = {};
-  session_.version = static_cast<std::uint8_t>(std::lround(getTargetVersion()));
-  session_.dateAndTime = SessionDateTime::fromDateTime(start);
-  session_.startTimestampUs = static_cast<std::uint64_t>(start.microsecond);
-  session_.startLocation.sector = kFirstDataSector;
-  SectorImage directory{};
-  storeFields(directory.data(), session_);
-  output().seek(0);
-  writeSector(directory);
-  sector_.seal(session_.dateAndTime, kWrapCounter);
+  SessionDescriptor session;
+  session.version = static_cast<std::uint8_t>(std::lround(getTargetVersion()));
+  session.dateAndTime = SessionDateTime::fromDateTime(start);
+  session.startTimestampUs = static_cast<std::uint64_t>(start.microsecond);
+  session.startLocation.sector = BtrSectorOutput::kFirstDataSector;
+  sectors_.begin(session);
 }
 
 void BtrSessionWriter::WriteComment(std::string_view /*text*/) {}
@@ -63,30 +56,14 @@ void BtrSessionWriter::WriteMessage(const IMessage& message) {
 }
 
 void BtrSessionWriter::write(const BrixMessage& message) {
-  if (!fitsBtrEntry(message)) {
-    return;
+  if (fitsBtrEntry(message)) {
+    sectors_.write(mapToBtrEntry(message));
   }
-  sector_.entryAt(entryCount_) = mapToBtrEntry(message);
-  if (++entryCount_ == DataSector::kEntries) {
-    flushSector();
-  }
-}
-
-void BtrSessionWriter::flushSector() {
-  entryCount_ = 0;
-  const SectorImage image = sector_.toBytes();
-  sector_ = {};
-  sector_.seal(session_.dateAndTime, kWrapCounter);
-  writeSector(image);
-}
-
-void BtrSessionWriter::writeSector(const SectorImage& image) {
-  output().write({reinterpret_cast<const char*>(image.data()), image.size()});
 }
 
 void BtrSessionWriter::close() {
   try {
-    flushSector();
+    sectors_.flushSector();
   } catch (...) {
     TraceWriter::close();
     throw;

@@ -1,14 +1,12 @@
 // Writes a BTR file of one session.
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include "formats/native/btr_layout.hpp"
+#include "formats/native/btr_sector_output.hpp"
 #include "io/trace_writer.hpp"
 
 namespace xlatr {
@@ -36,12 +34,8 @@ class BtrSessionWriter final : public TraceWriter {
 
  private:
   void write(const BrixMessage& message);
-  void flushSector();
-  void writeSector(const SectorImage& image);
 
-  SessionDescriptor session_;
-  DataSector sector_;
-  std::size_t entryCount_ = 0;  // slots of the sector in use
+  BtrSectorOutput sectors_{output()};
 };
 
 }  // namespace xlatr

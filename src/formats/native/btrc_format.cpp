@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 
+#include "formats/native/btrc_frames.hpp"
 #include "formats/native/btrc_reader.hpp"
 #include "formats/native/btrc_writer.hpp"
 #include "formats/trc/trc_version.hpp"
@@ -83,6 +84,9 @@ constinit const FormatDescriptor kBtrcFormat = {
     .allowedTargets = kTargets,
     .makeSources = makeOneSource<BtrcSource>,
     .makeWriter = makePlainWriter<BtrcWriter>,
+    .frameCapacities = btrcCapacities,
+    .openFrames = openBtrcFrames,
+    .createFrames = createBtrcFrames,
 };
 
 }  // namespace xlatr

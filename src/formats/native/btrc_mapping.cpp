@@ -12,9 +12,9 @@ namespace xlatr {
 namespace {
 
 std::uint16_t fdFlagsOfKind(MessageKind kind) {
-  const int brs = hasBrs(kind) ? frame_flag::kBrs : 0;
-  const int esi = hasEsi(kind) ? frame_flag::kEsi : 0;
-  return static_cast<std::uint16_t>(frame_flag::kFd | brs | esi);
+  const int brs = hasBrs(kind) ? record_flag::kBrs : 0;
+  const int esi = hasEsi(kind) ? record_flag::kEsi : 0;
+  return static_cast<std::uint16_t>(record_flag::kFd | brs | esi);
 }
 
 // What is no known type counts as another error.
@@ -25,7 +25,7 @@ std::uint8_t flagsOfErrorId(std::uint32_t id) {
 // `received` and `sent` are the types of the record in the two directions.
 void makeFrame(ZelkBinaryMessage& message, RecordType received, RecordType sent, std::uint8_t dlc,
                std::uint16_t flags) {
-  const auto allFlags = static_cast<std::uint16_t>(flags | (message.extended ? frame_flag::kExtended : 0));
+  const auto allFlags = static_cast<std::uint16_t>(flags | (message.extended ? record_flag::kExtended : 0));
   const Internal_DataFrameInfo info(static_cast<std::uint8_t>(message.bus), dlc, allFlags, message.id);
   const std::uint64_t time = message.timestamp.count();
   if (message.direction == MessageDirection::Rx) {
@@ -105,7 +105,7 @@ void makeRecord(ZelkBinaryMessage& message) {
     case MessageKind::BI:
       return makeFrame(message, RecordType::CanRxFdMsg, RecordType::CanTxFdMsg, dlc, fdFlagsOfKind(message.kind));
     case MessageKind::RR:
-      return makeFrame(message, RecordType::CanRxRtrMsg, RecordType::CanTxRtrMsg, dlc, frame_flag::kRemote);
+      return makeFrame(message, RecordType::CanRxRtrMsg, RecordType::CanTxRtrMsg, dlc, record_flag::kRemote);
     case MessageKind::ST:
       return makeStatus(message);
     case MessageKind::EC:

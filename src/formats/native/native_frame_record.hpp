@@ -9,21 +9,22 @@
 #include <span>
 
 #include "formats/native/native_record.hpp"
+#include "io/quirk.hpp"
 #include "messages/can_dlc.hpp"
 
 namespace xlatr {
 
-namespace frame_flag {
+namespace record_flag {
 inline constexpr std::uint16_t kRemote = 0x0001;
 inline constexpr std::uint16_t kExtended = 0x0002;
 inline constexpr std::uint16_t kFd = 0x0010;
 inline constexpr std::uint16_t kBrs = 0x0020;
 inline constexpr std::uint16_t kEsi = 0x0040;
 inline constexpr std::uint16_t kAll = kRemote | kExtended | kFd | kBrs | kEsi;
-}  // namespace frame_flag
+}  // namespace record_flag
 
 // What the type of a frame's record says.
-struct FrameKind {
+struct FrameRecordKind {
   RecordType type;
   bool isSent;
   bool isRemote;
@@ -31,27 +32,38 @@ struct FrameKind {
   std::size_t mostBytes;  // that are taken from the data of a frame when its record is made
 };
 
-inline constexpr std::array kFrameKinds = {
-    FrameKind{RecordType::CanRxMsg, false, false, false, 8},
-    FrameKind{RecordType::CanRxRtrMsg, false, true, false, 0},
-    FrameKind{RecordType::CanRxFdMsg, false, false, true, 64},
-    FrameKind{RecordType::CanTxMsg, true, false, false, 8},
-    FrameKind{RecordType::CanTxRtrMsg, true, true, false, 0},
-    FrameKind{RecordType::CanTxFdMsg, true, false, true, 64},
+inline constexpr std::array kFrameRecordKinds = {
+    FrameRecordKind{RecordType::CanRxMsg, false, false, false, 8},
+    FrameRecordKind{RecordType::CanRxRtrMsg, false, true, false, 0},
+    FrameRecordKind{RecordType::CanRxFdMsg, false, false, true, 64},
+    FrameRecordKind{RecordType::CanTxMsg, true, false, false, 8},
+    FrameRecordKind{RecordType::CanTxRtrMsg, true, true, false, 0},
+    FrameRecordKind{RecordType::CanTxFdMsg, true, false, true, 64},
 };
 
 // The type is that of a frame; the codes of frames are the first ones, without a gap.
-[[nodiscard]] constexpr const FrameKind& frameKindOf(RecordType type) {
-  return kFrameKinds[static_cast<std::size_t>(type) - static_cast<std::size_t>(RecordType::CanRxMsg)];
+[[nodiscard]] constexpr const FrameRecordKind& frameRecordKindOf(RecordType type) {
+  return kFrameRecordKinds[static_cast<std::size_t>(type) - static_cast<std::size_t>(RecordType::CanRxMsg)];
 }
-static_assert(std::ranges::all_of(kFrameKinds, [](const FrameKind& kind) { return &frameKindOf(kind.type) == &kind; }));
+static_assert(std::ranges::all_of(kFrameRecordKinds,
+                                  [](const FrameRecordKind& kind) { return &frameRecordKindOf(kind.type) == &kind; }));
+
+// The bytes of data for which a frame's record states room, before they are filled up to a multiple of four. On the
+// compatible way a sent frame has as much room as its DLC is as a number, and a received remote frame states the room
+// of its DLC though it has none: the readers of such files count on it.
+[[nodiscard]] constexpr std::size_t statedRoom(const FrameRecordKind& kind, std::uint8_t dlc, Way way) {
+  if (kind.isRemote && (kind.isSent || !way.has(Quirk::BtrcRemoteStatesRoom))) {
+    return 0;
+  }
+  return kind.isSent && way.has(Quirk::BtrcSentDataIsCut) ? dlc : kDlcLengths[dlc];
+}
 
 // What a frame is, in the tail of its header.
 struct Internal_DataFrameInfo {
   Internal_DataFrameInfo() = default;
   // Of the DLC the low four bits are kept, of the flags only the known ones.
   Internal_DataFrameInfo(std::uint8_t frameBus, std::uint8_t frameDlc, std::uint16_t frameFlags, std::uint32_t frameId)
-      : bus(frameBus), dlc(frameDlc & 0x0FU), flags(frameFlags & frame_flag::kAll), id(frameId) {}
+      : bus(frameBus), dlc(frameDlc & 0x0FU), flags(frameFlags & record_flag::kAll), id(frameId) {}
 
   std::uint8_t bus = 0;     // counted from 0
   std::uint8_t dlc = 0;     // a code; see dlcCode
@@ -74,9 +86,9 @@ struct Internal_DataFrameInfo {
 // The header of received frames.
 struct Internal_ReceivedDataFrameHeader {
   Internal_ReceivedDataFrameHeader() = default;
-  // The size leaves room for the data bytes of the DLC. It does so for a remote frame as well, which has none.
-  Internal_ReceivedDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t receivedAt)
-      : header(roundedUpToFour(kFixedSize + kDlcLengths[frame.dlcCode()]), type),
+  Internal_ReceivedDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t receivedAt,
+                                   Way way = Way::compatible())
+      : header(roundedUpToFour(kFixedSize + statedRoom(frameRecordKindOf(type), frame.dlcCode(), way)), type),
         timestampTicks(receivedAt),
         info(frame) {}
 
@@ -98,11 +110,9 @@ struct Internal_ReceivedDataFrameHeader {
 // The header of sent frames.
 struct Internal_SentDataFrameHeader {
   Internal_SentDataFrameHeader() = default;
-  // The size leaves room for as many bytes as the DLC is as a number: the 64 bytes of code 15 lose all but 16. Readers
-  // of these files count on it. A remote frame has none.
   Internal_SentDataFrameHeader(RecordType type, const Internal_DataFrameInfo& frame, std::uint64_t requestedAt,
-                               std::uint64_t sentAt)
-      : header(roundedUpToFour(kFixedSize + (frameKindOf(type).isRemote ? 0U : frame.dlcCode())), type),
+                               std::uint64_t sentAt, Way way = Way::compatible())
+      : header(roundedUpToFour(kFixedSize + statedRoom(frameRecordKindOf(type), frame.dlcCode(), way)), type),
         timestampTicks(requestedAt),
         timestampSentTicks(sentAt),
         info(frame) {}
@@ -145,7 +155,7 @@ template <class FrameHeader>
 template <class FrameHeader>
 void appendFrame(Bytes& out, const FrameHeader& frame, std::span<const std::uint8_t> data) {
   appendFields(out, frame);
-  const FrameKind& kind = frameKindOf(frame.header.type);
+  const FrameRecordKind& kind = frameRecordKindOf(frame.header.type);
   if (!kind.isRemote) {
     const std::size_t room = frame.header.size - FrameHeader::kFixedSize;
     std::copy_n(data.begin(), std::min({room, kind.mostBytes, data.size()}), growBytes(out, room));

@@ -10,6 +10,7 @@
 #include <span>
 #include <string_view>
 
+#include "io/quirk.hpp"
 #include "messages/enumerations.hpp"
 #include "util/layout.hpp"
 
@@ -286,11 +287,13 @@ struct Native_RecordCounter {
 // 16 bits of the header show as such.
 void appendFiller(Bytes& out, std::size_t size);
 
-// Adds a comment. Blanks make the text a multiple of 4 bytes long. A text that is longer than a record can be is cut.
-void appendComment(Bytes& out, std::string_view text);
+// Adds a comment. Blanks make the text a multiple of 4 bytes long, or on the complete way zeros, of which one at least
+// follows a text that ends in a blank. A text that is longer than a record can be is cut.
+void appendComment(Bytes& out, std::string_view text, Way way = Way::compatible());
 
 // The text of a comment, up to its first zero byte, as a view into the record; empty when there is none. The record
-// ends with `record`, whatever its header says.
-[[nodiscard]] std::string_view commentOf(std::span<const std::uint8_t> record);
+// ends with `record`, whatever its header says. On the complete way up to three blanks before the end of the record are
+// taken for filling.
+[[nodiscard]] std::string_view commentOf(std::span<const std::uint8_t> record, Way way = Way::compatible());
 
 }  // namespace xlatr

@@ -48,7 +48,7 @@ bool readFrame(ZelkBinaryMessage& message, const TimeScale& timeScale) {
   if (!tryReadFields(message.rawBytes, frame)) {
     return false;
   }
-  const FrameKind& kind = frameKindOf(message.recordType);
+  const FrameRecordKind& kind = frameRecordKindOf(message.recordType);
   if (!kind.isRemote) {
     const auto bytes = dataOfFrame(message.rawBytes, frame);
     if (!bytes) {
@@ -61,10 +61,10 @@ bool readFrame(ZelkBinaryMessage& message, const TimeScale& timeScale) {
   message.timestamp = timeScale.toMicroseconds(frame.timestampTicks);
   message.bus = frame.info.bus;
   message.id = frame.info.id;
-  message.extended = (frame.info.flags & frame_flag::kExtended) != 0;
+  message.extended = (frame.info.flags & record_flag::kExtended) != 0;
   message.direction = kind.isSent ? MessageDirection::Tx : MessageDirection::Rx;
   if (kind.isFd) {
-    message.kind = fdKind((frame.info.flags & frame_flag::kBrs) != 0, (frame.info.flags & frame_flag::kEsi) != 0);
+    message.kind = fdKind((frame.info.flags & record_flag::kBrs) != 0, (frame.info.flags & record_flag::kEsi) != 0);
     message.length = kDlcLengths[dlc];
   } else {
     message.type = kind.isSent ? MessageType::Tx : MessageType::Rx;

@@ -114,7 +114,7 @@ TEST(NativeRecord, headersOfFramesHoldTimeAndInfo) {
 TEST(NativeRecord, receivedFrameOfThreeBytesIsPaddedWithAZero) {
   const Bytes image =
       Bytes{0x18, 0x00, 0x01, 0x00} + kReceivedHead + Bytes{1, 3, 2, 0, 0xEF, 0xCD, 0xAB, 0x09, 1, 2, 3, 0};
-  const Received frame(RecordType::CanRxMsg, {1, 3, frame_flag::kExtended, 0x09ABCDEF}, kTime);
+  const Received frame(RecordType::CanRxMsg, {1, 3, record_flag::kExtended, 0x09ABCDEF}, kTime);
   EXPECT_EQ(frameImage(frame, counting(3)), image);
   expectFrameRoundTrip<Received>(image);
 }
@@ -127,7 +127,7 @@ TEST(NativeRecord, receivedFrameTakesAtMostEightBytes) {
 TEST(NativeRecord, receivedFdFrameOfCode15Has64Bytes) {
   const Bytes image =
       Bytes{0x54, 0x00, 0x03, 0x00} + kReceivedHead + Bytes{0, 15, 0x70, 0, 0x23, 1, 0, 0} + counting(64);
-  const Received frame(RecordType::CanRxFdMsg, {0, 15, frame_flag::kFd | frame_flag::kBrs | frame_flag::kEsi, 0x123},
+  const Received frame(RecordType::CanRxFdMsg, {0, 15, record_flag::kFd | record_flag::kBrs | record_flag::kEsi, 0x123},
                        kTime);
   EXPECT_EQ(frameImage(frame, counting(70)), image);
   expectFrameRoundTrip<Received>(image);
@@ -157,11 +157,11 @@ TEST(NativeRecord, sizesOfSentFramesComeFromTheCodeItself) {
 
 TEST(NativeRecord, receivedRemoteFrameDeclaresRoomThatItDoesNotTake) {
   const Bytes image = Bytes{0x18, 0x00, 0x02, 0x00} + kReceivedHead + Bytes{0, 3, 1, 0, 0x23, 1, 0, 0};
-  EXPECT_EQ(frameImage(Received(RecordType::CanRxRtrMsg, {0, 3, frame_flag::kRemote, 0x123}, kTime), counting(3)),
+  EXPECT_EQ(frameImage(Received(RecordType::CanRxRtrMsg, {0, 3, record_flag::kRemote, 0x123}, kTime), counting(3)),
             image);
   expectRoundTrip<Received>(image);
   const Bytes empty = Bytes{0x14, 0x00, 0x02, 0x00} + kReceivedHead + Bytes{0, 0, 1, 0, 0x23, 1, 0, 0};
-  EXPECT_EQ(frameImage(Received(RecordType::CanRxRtrMsg, {0, 0, frame_flag::kRemote, 0x123}, kTime), {}), empty);
+  EXPECT_EQ(frameImage(Received(RecordType::CanRxRtrMsg, {0, 0, record_flag::kRemote, 0x123}, kTime), {}), empty);
 }
 
 TEST(NativeRecord, sentFrameHasBothTimes) {
@@ -177,14 +177,14 @@ TEST(NativeRecord, sentFrameTakesAtMostEightBytes) {
 
 TEST(NativeRecord, sentFdFrameOfCode15HasTheFirst16Bytes) {
   const Bytes image = Bytes{0x2C, 0x00, 0x06, 0x00} + kSentHead + Bytes{0, 15, 0x50, 0, 0, 1, 0, 0} + counting(16);
-  const Sent frame(RecordType::CanTxFdMsg, {0, 15, frame_flag::kFd | frame_flag::kEsi, 0x100}, kTime, kSentTime);
+  const Sent frame(RecordType::CanTxFdMsg, {0, 15, record_flag::kFd | record_flag::kEsi, 0x100}, kTime, kSentTime);
   EXPECT_EQ(frameImage(frame, counting(64)), image);
   expectFrameRoundTrip<Sent>(image);
 }
 
 TEST(NativeRecord, sentRemoteFrameIsItsHeader) {
   const Bytes image = Bytes{0x1C, 0x00, 0x05, 0x00} + kSentHead + Bytes{0, 8, 1, 0, 0, 1, 0, 0};
-  const Sent frame(RecordType::CanTxRtrMsg, {0, 8, frame_flag::kRemote, 0x100}, kTime, kSentTime);
+  const Sent frame(RecordType::CanTxRtrMsg, {0, 8, record_flag::kRemote, 0x100}, kTime, kSentTime);
   EXPECT_EQ(frameImage(frame, counting(8)), image);
   expectRoundTrip<Sent>(image);
 }

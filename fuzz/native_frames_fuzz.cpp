@@ -1,0 +1,173 @@
+// Frames made from the input, written as a BTRC trace and as a session, and read back: what the tables of capacities
+// say comes back, and everything is put to account once.
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "formats/native/btr_frames.hpp"
+#include "formats/native/btrc_frames.hpp"
+#include "frame_checks.hpp"
+#include "scratch_folder.hpp"
+#include "target.hpp"
+
+namespace {
+
+using fuzz::require;
+
+using xlatr::Account;
+using xlatr::Frame;
+using xlatr::FrameAttribute;
+using xlatr::FrameBatch;
+using xlatr::FrameCapacity;
+using xlatr::FrameKind;
+
+// Numbers off the front of the input; zeros when it has no more.
+class Numbers {
+ public:
+  explicit Numbers(std::span<const std::uint8_t> input) : input_(input) {}
+
+  [[nodiscard]] bool atEnd() const { return input_.empty(); }
+  std::uint64_t take(std::size_t bytes) {
+    std::uint64_t number = 0;
+    for (std::size_t at = 0; at < bytes && !input_.empty(); ++at) {
+      number |= std::uint64_t{input_.front()} << (8 * at);
+      input_ = input_.subspan(1);
+    }
+    return number;
+  }
+  std::span<const std::uint8_t> takeBytes(std::size_t most) {
+    const auto bytes = input_.first(std::min(most, input_.size()));
+    input_ = input_.subspan(bytes.size());
+    return bytes;
+  }
+
+ private:
+  std::span<const std::uint8_t> input_;
+};
+
+// A frame, and the bytes that it refers to.
+struct OwnedFrame {
+  Frame frame;
+  std::string text;
+
+  explicit OwnedFrame(Numbers& numbers) {
+    constexpr std::array<std::size_t, 8> kTimeBytes = {1, 2, 3, 4, 5, 6, 7, 7};
+    frame.kind = static_cast<FrameKind>(numbers.take(1) % xlatr::kFrameKindCount);
+    const std::uint64_t form = numbers.take(1);
+    frame.timeNs = static_cast<std::int64_t>(numbers.take(kTimeBytes[form % kTimeBytes.size()]));
+    frame.timeNs *= (form & 8) != 0 ? 1'000 : 1;
+    frame.timeNs = std::clamp(frame.timeNs, -xlatr::kFarthestNs, xlatr::kFarthestNs);
+    frame.bus = static_cast<std::uint16_t>(numbers.take((form & 16) != 0 ? 2 : 1));
+    frame.flags = static_cast<std::uint16_t>(numbers.take(2));
+    frame.dlc = static_cast<std::uint16_t>(numbers.take(1));
+    frame.id = static_cast<std::uint32_t>(numbers.take((form & 32) != 0 ? 4 : 2));
+    frame.data = numbers.takeBytes(numbers.take(1) % 70);
+    for (std::uint64_t left = numbers.take(1) % 4; left > 0; --left) {
+      const std::uint64_t head = numbers.take(1);
+      frame.attributes.set(static_cast<FrameAttribute>(head % xlatr::kFrameAttributeCount),
+                           static_cast<std::uint32_t>(numbers.take(head < 64    ? 1
+                                                                   : head < 128 ? 2
+                                                                                : 4)));
+    }
+    if ((form & 64) != 0 || frame.kind == FrameKind::Comment) {
+      const auto bytes = numbers.takeBytes(numbers.take((form & 128) != 0 ? 2 : 1));
+      for (std::size_t copies = (form & 128) != 0 ? 40 : 1; copies > 0; --copies) {
+        for (const std::uint8_t byte : bytes) {
+          text += static_cast<char>(byte & 0x7FU);
+        }
+      }
+    }
+  }
+
+  [[nodiscard]] Frame get() const {
+    Frame whole = frame;
+    if (!text.empty() || whole.kind == FrameKind::Comment) {
+      whole.text = text;
+    }
+    return whole;
+  }
+};
+
+struct Format {
+  const char* name;
+  const FrameCapacity& capacity;
+  std::unique_ptr<xlatr::FrameSource> (*open)(const std::string& path);
+  std::unique_ptr<xlatr::FrameSink> (*create)(const std::string& path, const xlatr::StreamHead& head,
+                                              const xlatr::SinkSettings& settings);
+};
+
+// Writes the frames one by one, so that it shows which ones a sink drops for what came before.
+std::vector<OwnedFrame const*> writeAll(const Format& format, const std::string& path,
+                                        const std::vector<OwnedFrame>& frames) {
+  const auto sink = format.create(path, {}, {});
+  FrameBatch batch;
+  Account account;
+  std::vector<OwnedFrame const*> kept;
+  for (const OwnedFrame& frame : frames) {
+    const std::uint64_t dropped = account.dropped();
+    batch.clear();
+    batch.append(frame.get());
+    sink->write(batch, account);
+    const auto reason = whyNotHeld(format.capacity, frame.get());
+    const bool isDropped = account.dropped() > dropped;
+    require(isDropped == (reason && !format.capacity.comments) ||
+            (!reason && account.dropped(xlatr::Remark::TimeNotHeld).frames > 0));
+    if (!isDropped) {
+      kept.push_back(&frame);
+    }
+  }
+  sink->close();
+  require(account.written() + account.dropped() == frames.size());
+  return kept;
+}
+
+void checkRoundTrip(const Format& format, const std::string& path, const std::vector<OwnedFrame>& frames) {
+  const std::vector<OwnedFrame const*> kept = writeAll(format, path, frames);
+  const auto source = format.open(path);
+  FrameBatch batch;
+  Account account;
+  Account ignored;
+  std::size_t next = 0;
+  std::int64_t time = 0;
+  while (source->read(batch, account)) {
+    for (std::size_t row = 0; row < batch.size(); ++row, ++next) {
+      require(next < kept.size());
+      const Frame written = kept[next]->get();
+      Frame expected = whyNotHeld(format.capacity, written) ? written : reducedTo(format.capacity, written, ignored);
+      if (expected.kind == FrameKind::Comment) {
+        expected = Frame();  // a comment is its text alone
+        expected.kind = FrameKind::Comment;
+        expected.text = written.text;
+        expected.timeNs = time;
+      }
+      const Frame back = batch.at(row);
+      time = back.timeNs;
+      require(sameFrame(back, expected));
+    }
+    batch.clear();
+  }
+  require(next == kept.size());
+  require(account.complete());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const fuzz::ScratchFolder folder;
+  static const std::array kFormats = {
+      Format{"btrc", xlatr::btrcCapacities().back(), xlatr::openBtrcFrames, xlatr::createBtrcFrames},
+      Format{"btr", xlatr::btrCapacities().back(), xlatr::openBtrFrames, xlatr::createBtrFrames}};
+  Numbers numbers(std::span(data, size));
+  std::vector<OwnedFrame> frames;
+  while (!numbers.atEnd()) {
+    frames.emplace_back(numbers);
+  }
+  for (const Format& format : kFormats) {
+    checkRoundTrip(format, folder.path(format.name), frames);
+  }
+  return 0;
+}

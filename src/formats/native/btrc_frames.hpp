@@ -1,0 +1,25 @@
+// BTRC traces on the complete way.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+
+#include "frames/frame_capacity.hpp"
+#include "frames/frame_sink.hpp"
+#include "frames/frame_stream.hpp"
+
+namespace xlatr {
+
+// What each version can hold, in the order of the versions.
+[[nodiscard]] std::span<const FrameCapacity> btrcCapacities();
+
+// The frames of a file. Places count its records, those that order the file included: info, calibration, totals and
+// filling are no frames.
+[[nodiscard]] std::unique_ptr<FrameSource> openBtrcFrames(const std::string& path);
+
+// A file of frames.
+[[nodiscard]] std::unique_ptr<FrameSink> createBtrcFrames(const std::string& path, const StreamHead& head,
+                                                          const SinkSettings& settings);
+
+}  // namespace xlatr
