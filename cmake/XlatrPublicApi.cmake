@@ -8,6 +8,10 @@ set(XLATR_PUBLIC_HEADERS
   ${PROJECT_SOURCE_DIR}/include/xlatr/xlatr.h
 )
 
+# Those of the object families, whose calls and types are made from the prototypes.
+set(XLATR_OBJECT_HEADERS ${XLATR_PUBLIC_HEADERS})
+list(FILTER XLATR_OBJECT_HEADERS EXCLUDE REGEX "/frames\\.h$")
+
 set(XLATR_PUBLIC_API_DIR ${PROJECT_SOURCE_DIR}/scripts/public_api)
 # Without -B the interpreter would leave its compiled modules in the source tree.
 set(XLATR_PUBLIC_API ${Python3_EXECUTABLE} -B ${XLATR_PUBLIC_API_DIR})
@@ -36,7 +40,7 @@ endfunction()
 function(xlatr_object_calls file)
   add_custom_command(
     OUTPUT ${file}
-    COMMAND ${XLATR_PUBLIC_API} calls --output ${file} ${XLATR_PUBLIC_HEADERS}
+    COMMAND ${XLATR_PUBLIC_API} calls --output ${file} ${XLATR_OBJECT_HEADERS}
     DEPENDS ${XLATR_PUBLIC_HEADERS} ${XLATR_PUBLIC_API_SOURCES}
     COMMENT "Making the calls of all exported functions"
     VERBATIM)
@@ -48,7 +52,7 @@ set(families_directory ${PROJECT_BINARY_DIR}/families)
 file(MAKE_DIRECTORY ${families_directory})
 add_custom_command(
   OUTPUT ${families_directory}/object_family_types.hpp
-  COMMAND ${XLATR_PUBLIC_API} families --output ${families_directory}/object_family_types.hpp ${XLATR_PUBLIC_HEADERS}
+  COMMAND ${XLATR_PUBLIC_API} families --output ${families_directory}/object_family_types.hpp ${XLATR_OBJECT_HEADERS}
   DEPENDS ${XLATR_PUBLIC_HEADERS} ${XLATR_PUBLIC_API_SOURCES}
   COMMENT "Making the types of all exported families"
   VERBATIM)

@@ -234,4 +234,9 @@ bool isPlainComment(std::string_view text) {
   return text.find_first_of("\n\r") == std::string_view::npos && !looksLikeFrameComment(text);
 }
 
+bool isPlainComment(const Frame& comment) {
+  return comment.text && isPlainComment(*comment.text) && comment.bus == 0 && comment.flags == 0 && comment.dlc == 0 &&
+         comment.id == 0 && comment.data.empty() && comment.attributes.empty();
+}
+
 }  // namespace xlatr

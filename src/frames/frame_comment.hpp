@@ -36,5 +36,7 @@ class FrameCommentReader {
 
 // Whether a comment's text can be written as it is: it has one line, and does not look like a frame's.
 [[nodiscard]] bool isPlainComment(std::string_view text);
+// Whether such a text is all that a comment says.
+[[nodiscard]] bool isPlainComment(const Frame& comment);
 
 }  // namespace xlatr

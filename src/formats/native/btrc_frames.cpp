@@ -419,9 +419,8 @@ void BtrcFrameSink::write(const Frame& frame, Account& account) {
   }
   account.addWritten(1);
   if (frame.kind == FrameKind::Comment) {
-    const std::string_view text = frame.text.value_or(std::string_view());
-    if (isPlainComment(text) && text.find('\0') == std::string_view::npos) {
-      writeText(text);
+    if (isPlainComment(frame) && frame.text->find('\0') == std::string_view::npos) {
+      writeText(*frame.text);
     } else {
       writeFrameText(frame);
     }

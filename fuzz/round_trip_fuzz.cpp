@@ -1,5 +1,5 @@
-// Frames made from the input, written as a BTRC trace and as a session, and read back: what the tables of capacities
-// say comes back, and everything is put to account once.
+// Frames made from the input, written in the format and version that its first byte chooses, and read back: what the
+// table of capacities says comes back, and everything is put to account once.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -8,9 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "formats/native/btr_frames.hpp"
-#include "formats/native/btrc_frames.hpp"
 #include "frame_checks.hpp"
+#include "frames/frame_capacity.hpp"
+#include "frames/frame_sink.hpp"
+#include "io/format.hpp"
 #include "scratch_folder.hpp"
 #include "target.hpp"
 
@@ -92,18 +93,27 @@ struct OwnedFrame {
   }
 };
 
-struct Format {
-  const char* name;
-  const FrameCapacity& capacity;
-  std::unique_ptr<xlatr::FrameSource> (*open)(const std::string& path);
-  std::unique_ptr<xlatr::FrameSink> (*create)(const std::string& path, const xlatr::StreamHead& head,
-                                              const xlatr::SinkSettings& settings);
+struct Target {
+  const xlatr::FormatDescriptor* format;
+  const FrameCapacity* capacity;
 };
 
+std::vector<Target> allTargets() {
+  std::vector<Target> targets;
+  for (const xlatr::FormatDescriptor* const format : xlatr::formatRegistry()) {
+    if (format->createFrames != nullptr) {
+      for (const FrameCapacity& capacity : format->frameCapacities()) {
+        targets.push_back({format, &capacity});
+      }
+    }
+  }
+  return targets;
+}
+
 // Writes the frames one by one, so that it shows which ones a sink drops for what came before.
-std::vector<OwnedFrame const*> writeAll(const Format& format, const std::string& path,
+std::vector<OwnedFrame const*> writeAll(const Target& target, const std::string& path,
                                         const std::vector<OwnedFrame>& frames) {
-  const auto sink = format.create(path, {}, {});
+  const auto sink = target.format->createFrames(path, {}, {.version = target.capacity->version});
   FrameBatch batch;
   Account account;
   std::vector<OwnedFrame const*> kept;
@@ -112,9 +122,9 @@ std::vector<OwnedFrame const*> writeAll(const Format& format, const std::string&
     batch.clear();
     batch.append(frame.get());
     sink->write(batch, account);
-    const auto reason = whyNotHeld(format.capacity, frame.get());
+    const auto reason = whyNotHeld(*target.capacity, frame.get());
     const bool isDropped = account.dropped() > dropped;
-    require(isDropped == (reason && !format.capacity.comments) ||
+    require(isDropped == (reason && !target.capacity->comments) ||
             (!reason && account.dropped(xlatr::Remark::TimeNotHeld).frames > 0));
     if (!isDropped) {
       kept.push_back(&frame);
@@ -125,9 +135,9 @@ std::vector<OwnedFrame const*> writeAll(const Format& format, const std::string&
   return kept;
 }
 
-void checkRoundTrip(const Format& format, const std::string& path, const std::vector<OwnedFrame>& frames) {
-  const std::vector<OwnedFrame const*> kept = writeAll(format, path, frames);
-  const auto source = format.open(path);
+void checkRoundTrip(const Target& target, const std::string& path, const std::vector<OwnedFrame>& frames) {
+  const std::vector<OwnedFrame const*> kept = writeAll(target, path, frames);
+  const auto source = target.format->openFrames(path);
   FrameBatch batch;
   Account account;
   Account ignored;
@@ -137,12 +147,10 @@ void checkRoundTrip(const Format& format, const std::string& path, const std::ve
     for (std::size_t row = 0; row < batch.size(); ++row, ++next) {
       require(next < kept.size());
       const Frame written = kept[next]->get();
-      Frame expected = whyNotHeld(format.capacity, written) ? written : reducedTo(format.capacity, written, ignored);
+      Frame expected = whyNotHeld(*target.capacity, written) ? written : reducedTo(*target.capacity, written, ignored);
       if (expected.kind == FrameKind::Comment) {
-        expected = Frame();  // a comment is its text alone
-        expected.kind = FrameKind::Comment;
-        expected.text = written.text;
-        expected.timeNs = time;
+        expected = written;
+        expected.timeNs = time;  // a comment has that of what stands before it
       }
       const Frame back = batch.at(row);
       time = back.timeNs;
@@ -158,16 +166,13 @@ void checkRoundTrip(const Format& format, const std::string& path, const std::ve
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const fuzz::ScratchFolder folder;
-  static const std::array kFormats = {
-      Format{"btrc", xlatr::btrcCapacities().back(), xlatr::openBtrcFrames, xlatr::createBtrcFrames},
-      Format{"btr", xlatr::btrCapacities().back(), xlatr::openBtrFrames, xlatr::createBtrFrames}};
+  static const std::vector<Target> targets = allTargets();
   Numbers numbers(std::span(data, size));
+  const Target& target = targets[static_cast<std::size_t>(numbers.take(1)) % targets.size()];
   std::vector<OwnedFrame> frames;
   while (!numbers.atEnd()) {
     frames.emplace_back(numbers);
   }
-  for (const Format& format : kFormats) {
-    checkRoundTrip(format, folder.path(format.name), frames);
-  }
+  checkRoundTrip(target, folder.path("target"), frames);
   return 0;
 }

@@ -1,0 +1,308 @@
+// Calls of frames.h in any order, with any handle, live or not. The input chooses the calls and their arguments; what
+// follows them is the content of the source. Nothing may be thrown, and what is said of accounts must hold.
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "call_arguments.hpp"
+#include "scratch_folder.hpp"
+#include "target.hpp"
+#include "xlatr/frames.h"
+
+namespace {
+
+using fuzz::require;
+
+constexpr std::array kNames = {"source.trc",  "target.trc", "target.asc",  "target.csv", "target.btr",
+                               "target.btrc", "target.mf4", "target.ltrc", "missing.trc"};
+constexpr std::size_t kSource = 0;
+constexpr std::size_t kMostCalls = 64;
+
+// The handles that were given out, closed ones among them.
+template <class Handle>
+class Handles {
+ public:
+  void add(Handle* handle) {
+    if (handle != nullptr) {
+      handles_.push_back(handle);
+    }
+  }
+  Handle* choose(fuzz::Arguments& arguments) const {
+    const std::size_t at = arguments.choice(handles_.size() + 2);
+    return at < handles_.size() ? handles_[at]
+                                : reinterpret_cast<Handle*>(std::uintptr_t{at == handles_.size() ? 0U : 77U});
+  }
+  template <typename Close>
+  void closeAll(Close close) const {
+    for (Handle* const handle : handles_) {
+      close(handle);
+    }
+  }
+
+ private:
+  std::vector<Handle*> handles_;
+};
+
+template <class Record>
+Record sized() {
+  Record record{};
+  record.size = sizeof record;
+  return record;
+}
+
+class Calls {
+ public:
+  Calls(fuzz::Arguments& arguments, const fuzz::ScratchFolder& folder) : arguments_(arguments) {
+    for (const char* const name : kNames) {
+      paths_.push_back(folder.path(name));
+    }
+  }
+  ~Calls() {
+    streams_.closeAll(xlatr_stream_close);
+    sinks_.closeAll(xlatr_sink_close);
+    jobs_.closeAll(xlatr_job_close);
+  }
+  Calls(const Calls&) = delete;
+  Calls& operator=(const Calls&) = delete;
+
+  void make() {
+    static constexpr std::array kCalls = {&Calls::openStream,  &Calls::merge,      &Calls::useStream, &Calls::next,
+                                          &Calls::closeStream, &Calls::createSink, &Calls::write,     &Calls::writeOwn,
+                                          &Calls::useSink,     &Calls::closeSink,  &Calls::passArrow, &Calls::createJob,
+                                          &Calls::useJob,      &Calls::runJob,     &Calls::readTables};
+    (this->*kCalls[arguments_.choice(kCalls.size())])();
+  }
+
+ private:
+  const char* path() { return arguments_.isNull() ? nullptr : paths_[arguments_.choice(paths_.size())].c_str(); }
+
+  xlatr_selection selection() {
+    auto made = sized<xlatr_selection>();
+    made.from_ns = arguments_.byte() * 1'000'000;
+    made.until_ns = made.from_ns + arguments_.word() * 1'000'000;
+    made.kinds = arguments_.word();
+    made.directions = arguments_.byte();
+    ids_ = {{arguments_.word(), arguments_.word(), arguments_.byte(), arguments_.flag() ? 11U : 0U}};
+    buses_ = {{arguments_.byte(), arguments_.byte()}};
+    made.ids = ids_.data();
+    made.id_count = arguments_.flag() ? 1 : 0;
+    made.buses = buses_.data();
+    made.bus_count = arguments_.flag() ? 1 : 0;
+    made.other_ids = arguments_.flag() ? 1 : 0;
+    made.other_buses = arguments_.flag() ? 1 : 0;
+    return made;
+  }
+  xlatr_changes changes() {
+    auto made = sized<xlatr_changes>();
+    map_ = {arguments_.byte(), arguments_.byte()};
+    made.shift_ns = (std::int64_t{arguments_.byte()} - 128) << (arguments_.byte() % 56);
+    made.rebase = arguments_.flag() ? 1 : 0;
+    made.buses = map_.data();
+    made.bus_pair_count = arguments_.flag() ? 1 : 0;
+    made.zone_known = arguments_.flag() ? 1 : 0;
+    return made;
+  }
+  xlatr_sink_options sinkOptions() {
+    auto made = sized<xlatr_sink_options>();
+    made.replace = 1;
+    made.version = arguments_.number();
+    made.format = arguments_.flag() ? arguments_.format() : 0;
+    made.zipped = arguments_.flag() ? 1 : 0;
+    made.compact = arguments_.flag() ? 1 : 0;
+    return made;
+  }
+
+  void openStream() {
+    xlatr_selection wanted = selection();
+    xlatr_changes changed = changes();
+    auto options = sized<xlatr_stream_options>();
+    options.selection = arguments_.flag() ? &wanted : nullptr;
+    options.changes = arguments_.flag() ? &changed : nullptr;
+    options.format = arguments_.flag() ? arguments_.format() : 0;
+    xlatr_stream* stream = nullptr;
+    xlatr_stream_open(path(), &options, &stream);
+    streams_.add(stream);
+  }
+  void merge() {
+    std::array<xlatr_stream*, 2> parts = {streams_.choose(arguments_), streams_.choose(arguments_)};
+    xlatr_stream* merged = nullptr;
+    xlatr_stream_merge(parts.data(), static_cast<std::uint32_t>(arguments_.choice(3)), &merged);
+    streams_.add(merged);
+  }
+  void useStream() {
+    xlatr_stream* const stream = streams_.choose(arguments_);
+    auto head = sized<xlatr_head>();
+    auto account = sized<xlatr_account>();
+    std::uint64_t bytes = 0;
+    std::uint64_t size = 0;
+    xlatr_stream_get_head(stream, &head);
+    if (xlatr_stream_get_account(stream, &account) == XLATR_OK) {
+      require(account.written == 0 && account.dropped <= account.read);
+    }
+    xlatr_stream_get_position(stream, &bytes, &size);
+    xlatr_stream_error(stream);
+  }
+  void next() {
+    auto batch = sized<xlatr_batch>();
+    xlatr_stream* const stream = streams_.choose(arguments_);
+    const xlatr_code code = xlatr_stream_next(stream, &batch);
+    require((code == XLATR_OK) == (batch.rows > 0));
+  }
+  void closeStream() { xlatr_stream_close(streams_.choose(arguments_)); }
+
+  void createSink() {
+    auto head = sized<xlatr_head>();
+    head.start_known = arguments_.flag() ? 1 : 0;
+    head.start_ns = std::int64_t{arguments_.word()} << (arguments_.byte() % 48);
+    const xlatr_sink_options options = sinkOptions();
+    xlatr_sink* sink = nullptr;
+    const std::size_t at = 1 + arguments_.choice(paths_.size() - 1);
+    xlatr_sink_create(paths_[at].c_str(), &head, &options, &sink);
+    sinks_.add(sink);
+  }
+  // What a stream gives, a sink takes.
+  void write() {
+    auto batch = sized<xlatr_batch>();
+    xlatr_sink* const sink = sinks_.choose(arguments_);
+    if (xlatr_stream_next(streams_.choose(arguments_), &batch) == XLATR_OK) {
+      xlatr_sink_write(sink, &batch);
+    }
+  }
+  void writeOwn() {
+    const std::int64_t time = (std::int64_t{arguments_.byte()} - 128) << (arguments_.byte() % 56);
+    const std::uint8_t kind = arguments_.byte();
+    const std::uint16_t bus = arguments_.word();
+    const std::uint32_t id = arguments_.word() * 3U;
+    const std::uint16_t flags = arguments_.word();
+    const std::uint16_t dlc = arguments_.byte();
+    const auto data = arguments_.take(arguments_.byte());
+    const std::array<std::int32_t, 2> dataOffsets = {0, static_cast<std::int32_t>(data.size())};
+    const auto text = arguments_.take(arguments_.byte());
+    const std::array<std::int32_t, 2> textOffsets = {0, static_cast<std::int32_t>(text.size())};
+    const std::uint8_t hasText = arguments_.flag() ? 1 : 0;
+    const std::uint32_t value = arguments_.word();
+    const std::size_t attribute = arguments_.choice(XLATR_ATTRIBUTE_COUNT);
+    auto batch = sized<xlatr_batch>();
+    batch.rows = 1;
+    batch.time_ns = &time;
+    batch.kind = &kind;
+    batch.bus = &bus;
+    batch.id = &id;
+    batch.flags = &flags;
+    batch.dlc = &dlc;
+    batch.data = data.data();
+    batch.data_offsets = dataOffsets.data();
+    batch.text = reinterpret_cast<const char*>(text.data());
+    batch.text_offsets = textOffsets.data();
+    batch.text_validity = &hasText;
+    batch.attributes = 1U << attribute;
+    batch.attribute[attribute] = &value;
+    xlatr_sink_write(sinks_.choose(arguments_), &batch);
+  }
+  void useSink() {
+    xlatr_sink* const sink = sinks_.choose(arguments_);
+    checkAccount(sink, xlatr_sink_get_account);
+    xlatr_sink_error(sink);
+    if (arguments_.flag()) {
+      xlatr_sink_finish(sink);
+    }
+  }
+  void closeSink() { xlatr_sink_close(sinks_.choose(arguments_)); }
+
+  void passArrow() {
+    ArrowArrayStream frames{};
+    const std::uint32_t attributes = arguments_.word();
+    if (xlatr_stream_export_arrow(streams_.choose(arguments_), attributes, &frames) == XLATR_OK) {
+      xlatr_sink_write_arrow(sinks_.choose(arguments_), &frames);
+      require(frames.release == nullptr);
+    }
+  }
+
+  void createJob() {
+    const std::array<const char*, 2> sources = {paths_[kSource].c_str(), path()};
+    const xlatr_sink_options sink = sinkOptions();
+    const xlatr_selection wanted = selection();
+    const xlatr_changes changed = changes();
+    auto options = sized<xlatr_job_options>();
+    options.sources = sources.data();
+    options.source_count = static_cast<std::uint32_t>(arguments_.choice(3));
+    options.target = path();
+    options.sink = &sink;
+    options.selection = arguments_.flag() ? &wanted : nullptr;
+    options.changes = arguments_.flag() ? &changed : nullptr;
+    xlatr_job* job = nullptr;
+    xlatr_job_create(&options, &job);
+    jobs_.add(job);
+  }
+  void useJob() {
+    xlatr_job* const job = jobs_.choose(arguments_);
+    auto head = sized<xlatr_head>();
+    auto progress = sized<xlatr_job_progress>();
+    xlatr_job_get_head(job, &head);
+    xlatr_job_get_progress(job, &progress);
+    xlatr_job_error(job);
+    if (arguments_.isNull()) {
+      xlatr_job_cancel(job);
+    }
+    if (arguments_.isNull()) {
+      xlatr_job_close(job);
+    }
+  }
+  void runJob() {
+    xlatr_job* const job = jobs_.choose(arguments_);
+    if (xlatr_job_run(job) == XLATR_OK) {
+      checkAccount(job, xlatr_job_get_account);
+    }
+  }
+  template <class Handle>
+  static void checkAccount(Handle* handle, xlatr_code (*get)(Handle*, xlatr_account*)) {
+    auto account = sized<xlatr_account>();
+    if (get(handle, &account) == XLATR_OK) {
+      require(account.read == account.written + account.dropped && account.commented <= account.written);
+    }
+  }
+
+  void readTables() {
+    auto capacity = sized<xlatr_capacity>();
+    TraceFormat format = XLATR_FORMAT_NONE;
+    const std::uint32_t number = arguments_.byte();
+    xlatr_get_capacity(number, &capacity);
+    xlatr_get_format(path(), &format);
+    xlatr_format_description(arguments_.format());
+    xlatr_format_extension(arguments_.format());
+    xlatr_kind_name(number);
+    xlatr_attribute_name(number);
+    xlatr_remark_name(number);
+    xlatr_remark_text(number);
+    xlatr_remark_class(number);
+    xlatr_code_text(static_cast<xlatr_code>(number) - 128);
+    require(xlatr_version() > 0);
+  }
+
+  fuzz::Arguments& arguments_;
+  std::vector<std::string> paths_;
+  Handles<xlatr_stream> streams_;
+  Handles<xlatr_sink> sinks_;
+  Handles<xlatr_job> jobs_;
+  std::array<xlatr_id_rule, 1> ids_{};
+  std::array<xlatr_bus_rule, 1> buses_{};
+  std::array<std::uint16_t, 2> map_{};
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const fuzz::ScratchFolder folder;
+  const std::span<const std::uint8_t> input(data, size);
+  const std::size_t calls = size / 2;
+  folder.write(kNames[kSource], input.subspan(calls));
+  fuzz::Arguments arguments(input.first(calls), folder);
+  Calls made(arguments, folder);
+  for (std::size_t count = 0; count < kMostCalls && !arguments.atEnd(); ++count) {
+    made.make();
+  }
+  return 0;
+}
