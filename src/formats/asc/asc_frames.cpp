@@ -90,10 +90,12 @@ constexpr std::array kCapacities = {row(0.0),  row(7.0),  row(8.0),  row(9.0),  
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// In lower case, with single blanks: what other programs separate by tabs or several blanks is read all the same.
+// In lower case, with single blanks: what other programs separate by tabs or several blanks is read all the same. No
+// line of a head is longer than what is looked at.
 std::string normalized(std::string_view line) {
+  constexpr std::size_t kLongest = 512;
   std::string words;
-  for (AscTokens tokens(line, Way::complete()); !tokens.atEnd();) {
+  for (AscTokens tokens(line.substr(0, kLongest), Way::complete()); !tokens.atEnd();) {
     words.append(words.empty() ? "" : " ");
     for (const char character : tokens.take()) {
       words += character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
@@ -102,16 +104,12 @@ std::string normalized(std::string_view line) {
   return words;
 }
 
-bool isVersionLine(std::string_view words) {
-  return words.starts_with("//") && words.find("version") != std::string_view::npos;
-}
-
-constexpr std::array<std::string_view, 5> kHeadWords = {"date ", "base ", "timestamps ", "internal events",
-                                                        "no internal events"};
+constexpr std::array<std::string_view, 6> kHeadWords = {
+    "date ", "base ", "timestamps ", "internal events", "no internal events", "// version "};
 
 bool isHeadLine(std::string_view words) {
   const auto begins = [words](std::string_view start) { return words.starts_with(start); };
-  return words.empty() || isVersionLine(words) || std::ranges::any_of(kHeadWords, begins);
+  return words.empty() || std::ranges::any_of(kHeadWords, begins);
 }
 
 // Whether a line begins with what may be a time. A word in its place makes it a line of the head or of a block.
@@ -176,7 +174,8 @@ void takeFrame(const AscMessage& message, std::optional<std::uint32_t> lineDlc, 
     frame.dlc = static_cast<std::uint16_t>(dlc);
     return;
   }
-  frame.dlc = static_cast<std::uint16_t>(lengthToDlc(message.length));
+  frame.dlc =
+      static_cast<std::uint16_t>(message.length <= kLongestClassic ? message.length : lengthToDlc(message.length));
 }
 
 // The lines of an ASC log, for TextFrameSource.

@@ -114,6 +114,12 @@ TEST_F(AscFrames, keepWhatIsNoHead) {
   EXPECT_TRUE(source_->head().start.has_value());
 }
 
+TEST_F(AscFrames, keepCommentsInHeadsThatAreNoVersion) {
+  EXPECT_EQ(read("date Mon Jul 26 05:19:59 2021\n// a version 3 of lunch\n// version 8.0\n", "0.5 1 16 Rx d 0\n"),
+            (Texts{"0 comment 0 0 \" a version 3 of lunch\"", "500000000 data 1 16 Rx"}));
+  EXPECT_EQ(source_->head().version, 8.0);
+}
+
 TEST_F(AscFrames, haveHeadsThatTakeNoMemory) {
   std::string garbage;
   for (int line = 0; line < 3000; ++line) {
@@ -451,6 +457,17 @@ TEST_F(AscFrames, startWithTheirFirstBlockIfNothingElseSaysWhen) {
   read("base hex  timestamps absolute\nBegin Triggerblock Thu Nov 01 10:20:30 2012\n", "");
   ASSERT_TRUE(source_->head().start.has_value());
   EXPECT_EQ(source_->head().start->sinceEpochNs, kTenTwenty * 1'000'000'000);
+}
+
+TEST_F(AscFrames, areRecognisedByContent) {
+  for (const char* const start : {"date Mon Jul 26 05:19:59 2021\n", "\r\nbase hex  timestamps absolute\r\n",
+                                  "Begin Triggerblock\n", "0.5 1 123 Rx d 0\n", "// note\n0.5 1 123 Rx d 0\n"}) {
+    EXPECT_TRUE(looksLikeAsc(start)) << start;
+  }
+  for (const char* const start : {"", ";$FILEVERSION=2.1\n1 0.001 DT 1 0123 Rx - 2 01 02\n", "date of birth\n",
+                                  "1)  10.1  Rx  0123  2  01 02\n", "Time;Bus;ID\n0.5;1;123\n", "MDF     4.11"}) {
+    EXPECT_FALSE(looksLikeAsc(start)) << start;
+  }
 }
 
 TEST_F(AscFrames, comeInBatches) {
