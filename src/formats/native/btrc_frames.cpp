@@ -353,6 +353,7 @@ consteval FrameCapacity capacity() {
   row.of(FrameKind::Status) = {.held = true, .attributes = state, .needed = state};
   row.of(FrameKind::Event) = {
       .held = true,
+      .noBus = true,
       .bytes = true,
       .attributes = attributeBits(FrameAttribute::BusLoad, FrameAttribute::RecordType),
   };
