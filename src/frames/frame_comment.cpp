@@ -234,4 +234,9 @@ bool isPlainComment(std::string_view text) {
   return text.find_first_of("\n\r") == std::string_view::npos && !looksLikeFrameComment(text);
 }
 
+bool saysMoreThanText(const Frame& frame) {
+  return !frame.text || frame.bus != 0 || frame.flags != 0 || frame.dlc != 0 || frame.id != 0 || !frame.data.empty() ||
+         !frame.attributes.empty();
+}
+
 }  // namespace xlatr

@@ -96,11 +96,6 @@ class TextFrameSink final : public FrameSink {
     }
   }
 
-  [[nodiscard]] static bool saysMoreThanText(const Frame& frame) {
-    return !frame.text || frame.bus != 0 || frame.flags != 0 || frame.dlc != 0 || frame.id != 0 ||
-           !frame.data.empty() || !frame.attributes.empty();
-  }
-
   void appendFrameLine(const Frame& frame) {
     out_.append(Lines::kCommentMark);
     appendFrameComment(out_, frame);

@@ -421,7 +421,7 @@ void BtrcFrameSink::write(const Frame& frame, Account& account) {
   account.addWritten(1);
   if (frame.kind == FrameKind::Comment) {
     const std::string_view text = frame.text.value_or(std::string_view());
-    if (isPlainComment(text) && text.find('\0') == std::string_view::npos) {
+    if (isPlainComment(text) && text.find('\0') == std::string_view::npos && !saysMoreThanText(frame)) {
       writeText(text);
     } else {
       writeFrameText(frame);
