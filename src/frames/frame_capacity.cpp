@@ -175,7 +175,7 @@ class Reduction {
     if (!capacity_.namesBuses() || !kind_.bus) {
       noteIf(frame_.bus != 0, Remark::BusLost);
       frame_.bus = 0;
-    } else if (frame_.bus == 0 && capacity_.guessedBus != 0) {
+    } else if (frame_.bus == 0 && capacity_.guessedBus != 0 && !kind_.noBus) {
       frame_.bus = capacity_.guessedBus;
       account_.note(Remark::BusGuessed, frame_.place);
     }
@@ -329,7 +329,7 @@ std::optional<Remark> whyNotHeld(const FrameCapacity& capacity, const Frame& fra
   if (!hasNeeded || saysMoreThan(kind, frame) || (capacity.hasRoomFor != nullptr && !capacity.hasRoomFor(frame))) {
     return Remark::DetailNotHeld;
   }
-  const std::uint16_t bus = frame.bus == 0 ? capacity.guessedBus : frame.bus;
+  const std::uint16_t bus = frame.bus == 0 && !kind.noBus ? capacity.guessedBus : frame.bus;
   if (capacity.namesBuses() && kind.bus && (bus < capacity.lowestBus || bus > capacity.highestBus)) {
     return Remark::BusNotHeld;
   }

@@ -37,6 +37,7 @@ struct KindCapacity {
   bool direction = false;
   bool needsDirection = false;  // a frame without one is taken as received
   bool bus = true;              // if the files name buses at all
+  bool noBus = false;           // a frame may name none, though one is guessed for other kinds
   TextCapacity text = TextCapacity::None;
   bool bytes = false;            // those of a kind that has no payload
   std::uint32_t attributes = 0;  // one bit for each that comes back

@@ -234,9 +234,9 @@ bool isPlainComment(std::string_view text) {
   return text.find_first_of("\n\r") == std::string_view::npos && !looksLikeFrameComment(text);
 }
 
-bool isPlainComment(const Frame& comment) {
-  return comment.text && isPlainComment(*comment.text) && comment.bus == 0 && comment.flags == 0 && comment.dlc == 0 &&
-         comment.id == 0 && comment.data.empty() && comment.attributes.empty();
+bool saysMoreThanText(const Frame& frame) {
+  return !frame.text || frame.bus != 0 || frame.flags != 0 || frame.dlc != 0 || frame.id != 0 || !frame.data.empty() ||
+         !frame.attributes.empty();
 }
 
 }  // namespace xlatr

@@ -36,7 +36,8 @@ class FrameCommentReader {
 
 // Whether a comment's text can be written as it is: it has one line, and does not look like a frame's.
 [[nodiscard]] bool isPlainComment(std::string_view text);
-// Whether such a text is all that a comment says.
-[[nodiscard]] bool isPlainComment(const Frame& comment);
+
+// Whether a comment says more than its text, all of which stands in a plain one.
+[[nodiscard]] bool saysMoreThanText(const Frame& frame);
 
 }  // namespace xlatr

@@ -353,6 +353,7 @@ consteval FrameCapacity capacity() {
   row.of(FrameKind::Status) = {.held = true, .attributes = state, .needed = state};
   row.of(FrameKind::Event) = {
       .held = true,
+      .noBus = true,
       .bytes = true,
       .attributes = attributeBits(FrameAttribute::BusLoad, FrameAttribute::RecordType),
   };
@@ -419,8 +420,9 @@ void BtrcFrameSink::write(const Frame& frame, Account& account) {
   }
   account.addWritten(1);
   if (frame.kind == FrameKind::Comment) {
-    if (isPlainComment(frame) && frame.text->find('\0') == std::string_view::npos) {
-      writeText(*frame.text);
+    const std::string_view text = frame.text.value_or(std::string_view());
+    if (isPlainComment(text) && text.find('\0') == std::string_view::npos && !saysMoreThanText(frame)) {
+      writeText(text);
     } else {
       writeFrameText(frame);
     }

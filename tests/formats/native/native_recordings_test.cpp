@@ -68,6 +68,29 @@ TEST_P(NativeRecordings, comeBackWhole) {
   }
 }
 
+// The trace that the examples convert. Its 2,000 messages have 170 CAN FD frames, 7 events and 4 statuses, which make
+// the compatible way write 1,819.
+TEST(NativeSample, isASessionButForWhatHasNoSlot) {
+  const test::TempFolder folder;
+  const auto source = openTrcFrames((fs::path(XLATR_PROJECT_DIR) / "samples" / "drive.trc").string());
+  const auto sink = createBtrFrames(folder.file("target"), source->head(), {});
+  FrameBatch batch;
+  Account account;
+  while (source->read(batch, account)) {
+    sink->write(batch, account);
+    batch.clear();
+  }
+  sink->close();
+  const std::uint64_t comments = account.dropped(Remark::KindNotHeld).frames;
+  EXPECT_EQ(account.read(), 2'000U + comments);
+  EXPECT_EQ(account.written(), 1'823U);
+  EXPECT_EQ(account.dropped(Remark::FdNotHeld).frames, 170U);
+  EXPECT_EQ(account.dropped(Remark::TextNotHeld).frames, 7U);
+  Account again;
+  EXPECT_EQ(test::textsOf(*openBtrFrames(folder.file("target")), again).size(), 1'823U);
+  EXPECT_TRUE(again.complete());
+}
+
 INSTANTIATE_TEST_SUITE_P(Native, NativeRecordings, testing::ValuesIn(kTargets),
                          [](const auto& target) { return std::string(target.param.name); });
 
