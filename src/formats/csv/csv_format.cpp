@@ -28,6 +28,7 @@ constinit const FormatDescriptor kCsvFormat = {
     .supportedVersions = kVersions,
     .makeWriter = makeCsvWriter,
     .frameCapacities = csvCapacities,
+    .recognises = looksLikeCsv,
     .openFrames = openCsvFrames,
     .createFrames = createCsvFrames,
 };

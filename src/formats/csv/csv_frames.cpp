@@ -203,6 +203,15 @@ class CsvRowFrameLines {
 
 enum class TableKind : std::uint8_t { None, Rows, Table };
 
+// What a line tells, by itself. Only the first line that is not empty can be a header row.
+TableKind kindOfLine(std::string_view line, bool first) {
+  line = first ? withoutByteOrderMark(line) : line;
+  if (isColumnLine(line)) {
+    return TableKind::Rows;
+  }
+  return first && CsvTableColumns::parse(line) ? TableKind::Table : TableKind::None;
+}
+
 // Looks for the column line: that of 2.0 is the first line, that of 1.0 ends a head of some thirty lines.
 TableKind kindOf(const std::string& path) {
   constexpr std::uint64_t kFarthest = std::uint64_t{1} << 20;
@@ -210,14 +219,11 @@ TableKind kindOf(const std::string& path) {
   CsvRecord record;
   bool first = true;
   while (input.position() < kFarthest && input.nextLine(record)) {
-    const std::string_view line = first ? withoutByteOrderMark(record.text) : record.text;
-    if (isColumnLine(line)) {
-      return TableKind::Rows;
+    const TableKind kind = kindOfLine(record.text, first);
+    if (kind != TableKind::None) {
+      return kind;
     }
-    if (first && CsvTableColumns::parse(line)) {
-      return TableKind::Table;
-    }
-    first = first && line.empty();
+    first = first && record.text.empty();
   }
   return TableKind::None;
 }
@@ -226,6 +232,20 @@ TableKind kindOf(const std::string& path) {
 
 std::span<const FrameCapacity> csvCapacities() {
   return kCapacities;
+}
+
+bool looksLikeCsv(std::string_view start) {
+  bool first = true;
+  while (!start.empty()) {
+    const std::size_t end = std::min(start.find('\n'), start.size());
+    const std::string_view line = trimmed(start.substr(0, end), "\r");
+    if (kindOfLine(line, first) != TableKind::None) {
+      return true;
+    }
+    first = first && line.empty();
+    start.remove_prefix(std::min(end + 1, start.size()));
+  }
+  return false;
 }
 
 std::unique_ptr<FrameSource> openCsvFrames(const std::string& path) {

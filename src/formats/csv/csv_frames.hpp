@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
@@ -13,6 +14,9 @@ namespace xlatr {
 
 // What each version can hold. 2.0 is on the complete way alone.
 [[nodiscard]] std::span<const FrameCapacity> csvCapacities();
+
+// Whether a file that starts like this is a table of any version: its column line is there.
+[[nodiscard]] bool looksLikeCsv(std::string_view start);
 
 // The frames of a table of any version, comments and rows that can't be understood among them. The column line tells
 // which it is; without one each line is a row that can't be understood.

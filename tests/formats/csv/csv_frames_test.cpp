@@ -256,6 +256,16 @@ TEST_F(CsvFrames, areTheSameBytesOnBothWaysWhereNoQuirkHarmsThem) {
   EXPECT_EQ(complete, compatible);
 }
 
+TEST(CsvTables, areRecognisedByTheirColumnLine) {
+  EXPECT_TRUE(looksLikeCsv("$STARTTIME=44403.25\r\n\r\nNumber;Time (ms);Bus\r\n"));
+  EXPECT_TRUE(looksLikeCsv("\xEF\xBB\xBFtime_ns,kind\r\n1,data\r\n"));
+  EXPECT_TRUE(looksLikeCsv("\n\"id\";\"time_ns\""));
+  EXPECT_FALSE(looksLikeCsv(""));
+  EXPECT_FALSE(looksLikeCsv("Number"));
+  EXPECT_FALSE(looksLikeCsv("a,b\n1,2\ntime_ns,b\n"));
+  EXPECT_FALSE(looksLikeCsv(";$FILEVERSION=2.1\n;   Number of frames: 1\n"));
+}
+
 TEST(CsvCapacities, knowWhichKindsHaveNoRow) {
   const auto capacities = csvCapacities();
   ASSERT_EQ(capacities.size(), 2U);
