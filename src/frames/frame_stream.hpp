@@ -39,6 +39,7 @@ struct StreamHead {
   std::optional<TraceStart> start = {};
   std::optional<std::uint64_t> frames = {};  // where the file states their number
   PlaceUnit places = PlaceUnit::Line;
+  bool unfinished = false;  // the file says that its writer was stopped before its end
 };
 
 // One trace that is read. Made for a file of its format; raises std::ios_base::failure when the system refuses, from

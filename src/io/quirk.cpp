@@ -28,6 +28,10 @@ constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
     {Quirk::LinLongEventRunsOn, XLATR_FORMAT_LIN, "lin_long_event_runs_on",
      "the text of a bus event of 25 characters or more is followed by the next column without a blank",
      "a blank stands between them", "LinPrinter.runsLongEventsOnOnTheCompatibleWay"},
+    {Quirk::Mf4FieldsEndWithTheirFirstBytes, XLATR_FORMAT_MF4, "mf4_fields_end_with_their_first_bytes",
+     "a field that begins within a byte has as many bytes as one that begins with it, so that the bits in the last "
+     "byte are lost",
+     "a field has all its bits", "MdfNumberField.losesBitsBeyondItsBytesOnTheCompatibleWay"},
 }};
 static_assert(standsInOrder(kQuirks, &QuirkInfo::quirk));
 

@@ -20,8 +20,9 @@ enum class Quirk : std::uint8_t {
   LinErrorHidesBytes,
   LinVBatShortNotShown,
   LinLongEventRunsOn,
+  Mf4FieldsEndWithTheirFirstBytes,
 };
-inline constexpr std::size_t kQuirkCount = 7;
+inline constexpr std::size_t kQuirkCount = 8;
 
 struct QuirkInfo {
   Quirk quirk;
