@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "formats/mf4/mdf_frame_codes.hpp"
 #include "formats/mf4/mdf_frame_layout.hpp"
 #include "messages/can_dlc.hpp"
 #include "messages/error_type.hpp"
@@ -16,12 +17,6 @@ constexpr std::uint32_t kHighestBaseId = 0x7FF;
 constexpr std::uint32_t kHighestLinId = 0x3F;
 constexpr std::size_t kLongestClassicFrame = 8;
 constexpr std::size_t kLongestFdFrame = 64;
-
-// Errors are counted from 1: bit, form, stuff; what follows, and what is unknown, is any other. Writers that know
-// nothing of an error put this.
-constexpr std::uint64_t kNoErrorDetail = 255;
-// The controllers count the bits of a frame from 3.
-constexpr std::uint32_t kFirstBitPosition = 3;
 
 }  // namespace
 
@@ -197,30 +192,26 @@ bool MdfFrameLayout::readLin(const MdfRow& row, Frame& frame, std::uint64_t plac
   if (frame.id != *id) {
     account.note(Remark::DetailGuessed, place);  // with its parity, it seems
   }
-  std::optional<std::uint64_t> length = get(MdfMember::DataLength, row);
-  if (name_->linErrors != 0 || !length) {
-    if (const auto received = get(MdfMember::ReceivedDataByteCount, row)) {
-      length = received;
-    }
-  }
-  const auto bytes = readPayload(row, length);
+  // What was received may be less than what the frame has.
+  const std::optional<std::uint64_t> length = get(MdfMember::DataLength, row);
+  const std::optional<std::uint64_t> received = get(MdfMember::ReceivedDataByteCount, row);
+  const auto bytes = readPayload(row, received ? received : length);
   if (!bytes) {
     return false;
   }
-  if (payload_ && length && *length != bytes->size()) {
+  if (payload_ && length && *length != bytes->size() && !received) {
     account.note(Remark::LengthGuessed, place);
   }
   frame.data = bytes->first(std::min(bytes->size(), kLongestClassicFrame));
-  frame.dlc = static_cast<std::uint16_t>(frame.data.size());
+  frame.dlc = static_cast<std::uint16_t>(length && *length <= kLongestClassicFrame ? *length : frame.data.size());
   constexpr std::uint64_t kHighestByte = 0xFF;
   if (const auto checksum = get(MdfMember::Checksum, row); checksum && *checksum <= kHighestByte) {
     frame.attributes.set(FrameAttribute::Checksum, static_cast<std::uint32_t>(*checksum));
   }
-  // 0 is classic, 1 enhanced; anything else, as -1, unknown.
-  if (const auto model = get(MdfMember::ChecksumModel, row); model && *model <= 1) {
-    frame.set(*model == 1 ? frame_flag::kEnhancedChecksum : std::uint16_t{0});
-    frame.attributes.set(FrameAttribute::ChecksumModel,
-                         static_cast<std::uint32_t>(*model == 1 ? ChecksumType::Enhanced : ChecksumType::Classic));
+  const auto model = get(MdfMember::ChecksumModel, row);
+  if (const auto type = model ? checksumTypeOfMdf(static_cast<std::int64_t>(*model)) : std::nullopt) {
+    frame.set(*type == ChecksumType::Enhanced ? frame_flag::kEnhancedChecksum : std::uint16_t{0});
+    frame.attributes.set(FrameAttribute::ChecksumModel, static_cast<std::uint32_t>(*type));
   }
   if (name_->linErrors != 0) {
     frame.attributes.set(FrameAttribute::LinErrors, name_->linErrors);
@@ -229,14 +220,14 @@ bool MdfFrameLayout::readLin(const MdfRow& row, Frame& frame, std::uint64_t plac
 }
 
 void MdfFrameLayout::readError(const MdfRow& row, Frame& frame) const {
-  if (const auto type = get(MdfMember::ErrorType, row); type && *type != kNoErrorDetail) {
+  if (const auto type = get(MdfMember::ErrorType, row); type && *type != kMdfNoErrorDetail) {
     const bool known = *type >= 1 && *type <= kOtherError;
     frame.attributes.set(FrameAttribute::ErrorType, known ? static_cast<std::uint32_t>(*type) - 1 : kOtherError);
   }
   constexpr std::uint64_t kHighest = 0xFFFF;
   if (const auto position = get(MdfMember::BitPosition, row);
-      position && *position != kNoErrorDetail && *position <= kHighest) {
-    frame.attributes.set(FrameAttribute::ErrorPosition, static_cast<std::uint32_t>(*position) + kFirstBitPosition);
+      position && *position != kMdfNoErrorDetail && *position <= kHighest) {
+    frame.attributes.set(FrameAttribute::ErrorPosition, static_cast<std::uint32_t>(*position) + kMdfFirstBitPosition);
   }
 }
 

@@ -60,7 +60,10 @@ constinit const FormatDescriptor kMf4Format = {
     .allowedTargets = kTargets,
     .makeSources = makeOneSource<MdfSource>,
     .makeWriter = makeMdfWriter,
+    .frameCapacities = mf4Capacities,
+    .recognises = looksLikeMf4,
     .openFrames = openMf4Frames,
+    .createFrames = createMf4Frames,
 };
 
 }  // namespace xlatr

@@ -64,7 +64,8 @@ std::string producerOf(MdfTree& tree, std::uint64_t history, std::string_view pr
 // The clock of a place that is not named, or UTC and what the clock of the place is ahead of it.
 std::optional<TraceStart> startOfHeader(const HeaderBlockData& data) {
   constexpr std::int64_t kNsOfMinute = 60'000'000'000;
-  if (data.hdStartTimeNs > static_cast<std::uint64_t>(kFarthestNs)) {
+  // No trace is from the first nanosecond of 1970: nobody said when it started.
+  if (data.hdStartTimeNs == 0 || data.hdStartTimeNs > static_cast<std::uint64_t>(kFarthestNs)) {
     return std::nullopt;
   }
   TraceStart start{.sinceEpochNs = static_cast<std::int64_t>(data.hdStartTimeNs)};
@@ -333,6 +334,11 @@ bool Mf4FrameSource::read(FrameBatch& batch, Account& account) {
 }
 
 }  // namespace
+
+bool looksLikeMf4(std::string_view start) {
+  constexpr std::string_view kNoPrefixOfVersion4 = "MDF     3";
+  return (start.starts_with("MDF     ") || start.starts_with("UnFinMF ")) && !start.starts_with(kNoPrefixOfVersion4);
+}
 
 std::unique_ptr<FrameSource> openMf4Frames(const std::string& path) {
   return std::make_unique<Mf4FrameSource>(path);
