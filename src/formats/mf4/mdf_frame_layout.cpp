@@ -44,7 +44,7 @@ std::optional<MdfValue> MdfValue::of(MdfTree& tree, const MdfChannel& channel, c
   constexpr std::uint8_t kLargestShift = 7;
   const ChannelBlockData& data = channel.data;
   MdfValue value;
-  value.column_ = channel.column;
+  value.column_ = static_cast<std::uint32_t>(channel.column);
   value.bitCount_ = data.cnBitCount;
   if ((data.cnFlags & kAllInvalid) != 0) {
     value.invalidBit_ = kNeverValid;

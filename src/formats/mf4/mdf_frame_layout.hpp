@@ -64,7 +64,7 @@ class MdfValue {
   [[nodiscard]] std::optional<std::uint64_t> readConverted(const MdfRow& row) const;
 
   MdfNumberField number_;
-  std::size_t column_ = 0;
+  std::uint32_t column_ = 0;
   bool isPlain_ = false;
   Form form_ = Form::Unsigned;
   std::uint32_t bitCount_ = 0;

@@ -1,5 +1,6 @@
 #include "formats/mf4/mdf_time_scale.hpp"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -119,6 +120,7 @@ MdfTimeScale::MdfTimeScale(double offset, double factor, int unitExponent) {
   negative_ = factorParts->negative;
   numerator_ = *numerator;
   denominator_ = denominator;
+  mostWhole_ = static_cast<std::uint64_t>(kFarthestNs) / std::max<std::uint64_t>(numerator_, 1);
   offsetNs_ = offsetParts->negative ? -static_cast<std::int64_t>(*offsetNs) : static_cast<std::int64_t>(*offsetNs);
 }
 
@@ -144,15 +146,20 @@ std::optional<std::int64_t> MdfTimeScale::ofMagnitude(std::uint64_t magnitude, b
     const auto real = static_cast<double>(magnitude);
     return wholeNanoseconds((negative ? -real : real) * factor_ + offset_);
   }
-  const std::uint64_t whole = magnitude / denominator_;
-  const std::uint64_t rest = magnitude % denominator_;
-  const auto fromWhole = product(whole, numerator_);
-  const std::uint64_t fromRest = (rest * numerator_ * 2 + denominator_) / (2 * denominator_);
-  constexpr auto kFarthest = static_cast<std::uint64_t>(kFarthestNs);
-  if (!fromWhole || *fromWhole > kFarthest || fromRest > kFarthest - *fromWhole) {
+  // Most scales are whole nanoseconds, and a division takes longer than all the rest.
+  const bool isWhole = denominator_ == 1;
+  const std::uint64_t whole = isWhole ? magnitude : magnitude / denominator_;
+  if (whole > mostWhole_) {
     return std::nullopt;
   }
-  const auto ns = static_cast<std::int64_t>(*fromWhole + fromRest);
+  std::uint64_t sum = whole * numerator_;
+  if (!isWhole) {
+    sum += (magnitude % denominator_ * numerator_ * 2 + denominator_) / (2 * denominator_);
+  }
+  if (sum > static_cast<std::uint64_t>(kFarthestNs)) {
+    return std::nullopt;
+  }
+  const auto ns = static_cast<std::int64_t>(sum);
   return timeOf(negative != negative_ ? -ns : ns, offsetNs_);
 }
 
@@ -171,10 +178,14 @@ std::optional<std::int64_t> MdfTimeScale::ofReal(double count) const {
   if (!exact_ || denominator_ != 1 || !(std::fabs(count) < kMostWhole)) {
     return wholeNanoseconds(count * factor_ + offset_);
   }
-  const double whole = std::trunc(count);
-  const auto wholeNs = ofCount(static_cast<std::int64_t>(whole));
+  const auto whole = static_cast<std::int64_t>(count);
+  const double rest = count - static_cast<double>(whole);
+  const auto wholeNs = ofCount(whole);
+  if (rest == 0.0) {
+    return wholeNs;
+  }
   const double factor = negative_ ? -static_cast<double>(numerator_) : static_cast<double>(numerator_);
-  const auto restNs = wholeNanoseconds((count - whole) * factor);
+  const auto restNs = wholeNanoseconds(rest * factor);
   return wholeNs && restNs ? timeOf(*wholeNs, *restNs) : std::nullopt;
 }
 

@@ -31,6 +31,7 @@ class MdfTimeScale {
   bool negative_ = false;  // the factor
   std::uint64_t numerator_ = 1;
   std::uint64_t denominator_ = 1;
+  std::uint64_t mostWhole_ = 0;  // of the counts that the numerator alone makes times of
   std::int64_t offsetNs_ = 0;
   // In nanoseconds, as near as real numbers come.
   double factor_ = 1.0;
