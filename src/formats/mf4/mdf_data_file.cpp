@@ -34,6 +34,14 @@ std::size_t MdfDataFile::read(std::uint64_t position, std::span<std::uint8_t> by
   return done;
 }
 
+bool MdfDataFile::hold(std::uint64_t bytes) {
+  if (bytes > kMostHeld - held_) {
+    return false;
+  }
+  held_ += bytes;
+  return true;
+}
+
 void MdfDataFile::sortBlocks() {
   std::ranges::sort(blocks_);
 }

@@ -18,6 +18,7 @@ class MdfDataFile {
  public:
   static constexpr std::uint64_t kReadFactor = 16;
   static constexpr std::uint64_t kReadAllowance = std::uint64_t{16} << 20;
+  static constexpr std::uint64_t kMostHeld = std::uint64_t{36} << 20;  // nine blocks of the usual size
 
   // std::ios_base::failure when the file can't be opened.
   explicit MdfDataFile(const std::string& path);
@@ -33,6 +34,10 @@ class MdfDataFile {
   [[nodiscard]] bool readAll(std::uint64_t position, std::span<std::uint8_t> bytes) {
     return read(position, bytes) == bytes.size();
   }
+  // Whether the streams of the file may hold so many bytes besides those that they hold already for blocks which can't
+  // be read in order. What was granted is to be released.
+  [[nodiscard]] bool hold(std::uint64_t bytes);
+  void release(std::uint64_t bytes) { held_ -= bytes; }
   // Counts work that reads nothing as if it did.
   void charge(std::uint64_t bytes) { readCount_ += bytes; }
   // Whether more was read than a file can ask for. Nothing can be read from then on.
@@ -52,6 +57,7 @@ class MdfDataFile {
   std::uint64_t size_;
   std::uint64_t limit_;
   std::uint64_t readCount_ = 0;
+  std::uint64_t held_ = 0;
   std::uint64_t position_ = 0;  // of the file's own pointer
   std::vector<std::uint64_t> blocks_;
 };

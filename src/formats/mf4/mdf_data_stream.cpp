@@ -141,7 +141,7 @@ bool MdfDataStream::startPart() {
       return true;
     case MdfPartForm::Transposed:
       if (!transposed_) {
-        transposed_ = std::make_unique<MdfTransposedPart>(file_, limits_.transposed);
+        transposed_ = std::make_unique<MdfTransposedPart>(file_);
       }
       return transposed_->start(part_);
     case MdfPartForm::Lost:

@@ -14,8 +14,7 @@ namespace xlatr {
 
 // What the streams of a file may hold, worked out from their number.
 struct MdfStreamLimits {
-  std::size_t window = std::size_t{256} << 10;     // bytes at hand
-  std::size_t transposed = std::size_t{16} << 20;  // for a transposed block
+  std::size_t window = std::size_t{256} << 10;  // bytes at hand
 };
 
 // Reading forward costs each byte once. Reading backward begins again, at the part or at the first list, and is charged

@@ -76,17 +76,24 @@ bool MdfInflater::skip(std::uint64_t count) {
   return true;
 }
 
+void MdfTransposedPart::release() {
+  columns_.clear();
+  held_ = {};
+  file_.release(granted_);
+  granted_ = 0;
+}
+
 bool MdfTransposedPart::start(const MdfDataPart& part) {
+  release();
   length_ = part.length;
   width_ = part.width;
   rowCount_ = length_ / width_;
-  columns_.clear();
-  held_.clear();
   heldBegin_ = 0;
   first_.start(part.position, part.stored);
-  if (length_ > mostBytes_ / 2) {
+  if (length_ > kLargestHeld || !file_.hold(length_)) {
     return startColumns();
   }
+  granted_ = length_;
   columnBytes_.resize(static_cast<std::size_t>(length_));
   held_.resize(columnBytes_.size());
   const std::size_t got = first_.inflate(columnBytes_);
@@ -95,14 +102,17 @@ bool MdfTransposedPart::start(const MdfDataPart& part) {
   transpose(std::span(columnBytes_).first(whole), static_cast<std::size_t>(width_), std::span(held_).first(whole));
   std::copy(columnBytes_.begin() + static_cast<std::ptrdiff_t>(whole), columnBytes_.end(),
             held_.begin() + static_cast<std::ptrdiff_t>(whole));
+  columnBytes_ = {};
   // Bytes of every row are in every part of the stream: rows are whole only if all of it is.
   return got == length_;
 }
 
 bool MdfTransposedPart::startColumns() {
-  if (width_ > mostBytes_ / 2 / kBytesOfColumn) {
+  const std::uint64_t needed = (width_ + 1) * kBytesOfColumn;
+  if (!file_.hold(needed)) {
     return false;
   }
+  granted_ = needed;
   for (std::uint64_t column = 0; column <= width_; ++column) {
     columns_.push_back(std::make_unique<MdfInflater>(first_));
     if (column < width_ && !first_.skip(rowCount_)) {

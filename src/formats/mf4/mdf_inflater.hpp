@@ -49,8 +49,10 @@ class MdfInflater {
 // inflated by itself.
 class MdfTransposedPart {
  public:
-  // At most `mostBytes` are held, or the part can't be read.
-  MdfTransposedPart(MdfDataFile& file, std::size_t mostBytes) : file_(file), mostBytes_(mostBytes), first_(file) {}
+  explicit MdfTransposedPart(MdfDataFile& file) : file_(file), first_(file) {}
+  MdfTransposedPart(const MdfTransposedPart&) = delete;
+  MdfTransposedPart& operator=(const MdfTransposedPart&) = delete;
+  ~MdfTransposedPart() { release(); }
 
   // False if it can't be read.
   [[nodiscard]] bool start(const MdfDataPart& part);
@@ -63,13 +65,15 @@ class MdfTransposedPart {
  private:
   static constexpr std::size_t kBytesOfColumn = std::size_t{48} << 10;  // of an inflater and its copy of the window
   static constexpr std::size_t kRowsAtOnce = 512;
+  static constexpr std::uint64_t kLargestHeld = std::uint64_t{8} << 20;
 
+  void release();
   [[nodiscard]] bool startColumns();
   [[nodiscard]] bool readRows();
 
   MdfDataFile& file_;
-  std::size_t mostBytes_;
   MdfInflater first_;
+  std::uint64_t granted_ = 0;  // bytes that may be held
   std::uint64_t length_ = 0;
   std::uint64_t width_ = 0;
   std::uint64_t rowCount_ = 0;

@@ -215,11 +215,9 @@ void Mf4FrameSource::makeReaders() {
   }
   const std::vector<Table> tables = sortedTables();
   constexpr std::size_t kWindows = std::size_t{12} << 20;
-  constexpr std::size_t kTransposed = std::size_t{32} << 20;
   const std::size_t expected = 1 + static_cast<std::size_t>(std::ranges::count_if(
                                        groups_, [](const MdfGroupInfo& group) { return group.frame != nullptr; }));
   limits_.window = std::clamp(kWindows / (2 * expected), std::size_t{8} << 10, std::size_t{256} << 10);
-  limits_.transposed = std::clamp(kTransposed / expected, std::size_t{64} << 10, std::size_t{16} << 20);
   const MdfLayoutContext context{tree_, file_, groups_, limits_, sizes_, (unfinished_ & kOffsetsUnknown) != 0};
   if ((unfinished_ & kCountsUnknown) == 0) {
     head_.frames = 0;
