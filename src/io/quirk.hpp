@@ -21,8 +21,13 @@ enum class Quirk : std::uint8_t {
   LinVBatShortNotShown,
   LinLongEventRunsOn,
   Mf4FieldsEndWithTheirFirstBytes,
+  Mf4ZippedPayloadsStayZipped,
+  Mf4TableValuesAreKeys,
+  Mf4UnfinishedRefused,
+  Mf4VariableGroupsRefused,
+  Mf4InvalidationRefused,
 };
-inline constexpr std::size_t kQuirkCount = 8;
+inline constexpr std::size_t kQuirkCount = 13;
 
 struct QuirkInfo {
   Quirk quirk;
