@@ -199,6 +199,35 @@ TEST(Mf4Frames, readsWordsAndTablesAsNumbers) {
             (Texts{"1 data 7 1 Rx dlc8 [1122334455667788]", "2 data 8 2 Tx dlc2 [1122]", "3 data 99 3 Tx dlc1 [11]"}));
 }
 
+// 7 is a key and the value of another one.
+TEST(Mf4Frames, findsKeysAloneInTables) {
+  MdfFileBuilder file;
+  const std::uint64_t bus = file.conversion(5, {1, 7, 7, 3});
+  const std::uint64_t parts = file.channels({
+      {.name = "BusChannel", .byteOffset = 8, .conversion = bus},
+      {.name = "ID", .byteOffset = 9, .bitCount = 32},
+  });
+  const std::uint64_t group = file.group({.channels = file.topChannels("CAN_DataFrame", parts), .cycles = 1});
+  file.setFirstDataGroup(file.dataGroup(group, file.data(MdfFileBuilder::record(1, 1, 0, 0, 7))));
+  EXPECT_EQ(readFile(file).frames, (Texts{"1 data 3 1"}));
+}
+
+TEST(Mf4Frames, inflatesSignalData) {
+  MdfFileBuilder file;
+  const std::uint64_t values =
+      file.block("DZ", {}, zippedBlock(join({le(2, 4), {0xAA, 0xBB}, le(1, 4), {0xCC}}), 0, 0, "SD"));
+  const std::uint64_t parts = file.channels({
+      {.name = "ID", .byteOffset = 8, .bitCount = 32},
+      {.name = "DataBytes", .type = 1, .dataType = 10, .byteOffset = 12, .bitCount = 32, .data = values},
+  });
+  const std::uint64_t group =
+      file.group({.channels = file.topChannels("CAN_DataFrame", parts), .cycles = 3, .dataBytes = 16});
+  const ByteList records =
+      join({le(1, 8), le(1, 4), le(0, 4), le(2, 8), le(2, 4), le(6, 4), le(3, 8), le(3, 4), le(0, 4)});
+  file.setFirstDataGroup(file.dataGroup(group, file.data(records)));
+  EXPECT_EQ(readFile(file).frames, (Texts{"1 data 0 1 dlc2 [AABB]", "2 data 0 2 dlc1 [CC]", "3 data 0 3 dlc2 [AABB]"}));
+}
+
 TEST(Mf4Frames, countsRecordsWithFormulas) {
   MdfFileBuilder file;
   const std::uint64_t formula = file.conversion(3, {});
