@@ -11,6 +11,7 @@
 
 #include "formats/mf4/mdf_data_output.hpp"
 #include "formats/mf4/mdf_reader.hpp"
+#include "formats/mf4/mf4_frames.hpp"
 #include "util/little_endian.hpp"
 
 namespace {
@@ -135,5 +136,31 @@ void readMessages(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(std::filesystem::file_size(file.path())));
 }
 BENCHMARK(readMessages)->ArgsProduct({{0, 1}, {0, 1}})->Unit(benchmark::kMillisecond);
+
+// The same on the complete way.
+void readFrames(benchmark::State& state) {
+  const bool zipped = state.range(0) != 0;
+  const bool sorted = state.range(1) != 0;
+  const BenchFile file({.largePayload = true,
+                        .layout = sorted ? xlatr::MdfLayout::Sorted : xlatr::MdfLayout::Unsorted,
+                        .zipped = zipped,
+                        .dataFramesOnly = false});
+  state.SetLabel(std::string(zipped ? "zipped" : "plain") + (sorted ? ", sorted" : ", unsorted"));
+  xlatr::FrameBatch batch;
+  xlatr::Account account;
+  for ([[maybe_unused]] auto step : state) {
+    const auto source = xlatr::openMf4Frames(file.path());
+    while (source->read(batch, account)) {
+      benchmark::DoNotOptimize(batch.times().data());
+      batch.clear();
+    }
+  }
+  if (account.read() != static_cast<std::uint64_t>(state.iterations()) * kFrames) {
+    state.SkipWithError("not all frames were read");
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(account.read()));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(std::filesystem::file_size(file.path())));
+}
+BENCHMARK(readFrames)->ArgsProduct({{0, 1}, {0, 1}})->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -40,6 +40,7 @@ struct StreamHead {
   std::optional<TraceStart> start = {};
   std::optional<std::uint64_t> frames = {};  // where the file states their number
   PlaceUnit places = PlaceUnit::Line;
+  bool unfinished = false;  // the file says that its writer was stopped before its end
 };
 
 // What a source holds that becomes no frame, such as the traffic of other buses.

@@ -171,6 +171,26 @@ constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
      "the start is exact to the microsecond", "BtrcFrames.haveTheirStartExact"},
     {Quirk::BtrcDamageEndsReading, XLATR_FORMAT_BTRC, "btrc_damage_ends_reading", "an impossible record ends the trace",
      "reading goes on at the next block, and the damage is counted", "BtrcFrames.areReadAroundDamage"},
+    {Quirk::Mf4FieldsEndWithTheirFirstBytes, XLATR_FORMAT_MF4, "mf4_fields_end_with_their_first_bytes",
+     "a field that begins within a byte has as many bytes as one that begins with it, so that the bits in the last "
+     "byte are lost",
+     "a field has all its bits", "MdfNumberField.losesBitsBeyondItsBytesOnTheCompatibleWay"},
+    {Quirk::Mf4ZippedPayloadsStayZipped, XLATR_FORMAT_MF4, "mf4_zipped_payloads_stay_zipped",
+     "signal data in a single zipped block are taken as they stand, so that their frames are lost", "they are inflated",
+     "MdfRecordParserTest.readsZippedSignalDataWithoutInflatingIt"},
+    {Quirk::Mf4TableValuesAreKeys, XLATR_FORMAT_MF4, "mf4_table_values_are_keys",
+     "a table from values to values is searched element by element, so that a value which equals the input counts as "
+     "a key",
+     "only keys are keys", "BlockChannelsTest.tableFindsValuesThatEqualTheInput"},
+    {Quirk::Mf4UnfinishedRefused, XLATR_FORMAT_MF4, "mf4_unfinished_refused",
+     "a file whose writer was stopped is refused", "its records are found by going through the data",
+     "MdfReaderTest.anUnfinishedFileIsRefused"},
+    {Quirk::Mf4VariableGroupsRefused, XLATR_FORMAT_MF4, "mf4_variable_groups_refused",
+     "a file with a channel group of variable length is refused", "its values are found by their offsets",
+     "MdfReaderTest.aVariableLengthGroupIsRefusedOnStart"},
+    {Quirk::Mf4InvalidationRefused, XLATR_FORMAT_MF4, "mf4_invalidation_refused",
+     "a file whose records have invalidation bits is refused", "an invalid record is counted, the others are read",
+     "MdfReaderTest.invalidationBytesFail"},
 }};
 static_assert(standsInOrder(kQuirks, &QuirkInfo::quirk));
 

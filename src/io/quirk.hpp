@@ -63,8 +63,14 @@ enum class Quirk : std::uint8_t {
   BtrcStartIsUnscaled,
   BtrcStartFromDays,
   BtrcDamageEndsReading,
+  Mf4FieldsEndWithTheirFirstBytes,
+  Mf4ZippedPayloadsStayZipped,
+  Mf4TableValuesAreKeys,
+  Mf4UnfinishedRefused,
+  Mf4VariableGroupsRefused,
+  Mf4InvalidationRefused,
 };
-inline constexpr std::size_t kQuirkCount = 50;
+inline constexpr std::size_t kQuirkCount = 56;
 
 struct QuirkInfo {
   Quirk quirk;

@@ -32,7 +32,7 @@ struct Target {
 
   [[nodiscard]] std::string name() const {
     return std::string(format->extension.substr(1)) + "_" +
-           std::to_string(static_cast<int>(capacity->version * 10 + 0.5));
+           std::to_string(static_cast<int>(capacity->version * 100 + 0.5));
   }
 };
 

@@ -58,6 +58,11 @@ std::uint64_t ChannelGroupBlock::cycleCountPosition() const {
          layoutOffset<&ChannelGroupBlockData::cgCycleCount>();
 }
 
+void ChannelGroupBlock::setName(std::string_view text) {
+  name_ = text;
+  nameText_.add(createText(text));
+}
+
 std::vector<TreeChild> ChannelGroupBlock::children() {
   return {{kFirstChannel, &channels_}, {kName, &nameText_}, {kSource, &source_}};
 }

@@ -5,6 +5,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "formats/mf4/block_base.hpp"
 #include "formats/mf4/block_channels.hpp"
@@ -67,6 +69,10 @@ class ChannelGroupBlock final : public DescribedBlock<ChannelGroupBlockData> {
   [[nodiscard]] ChannelBlock* findDataBytesChannel();
   // Offset in the file of cgCycleCount.
   [[nodiscard]] std::uint64_t cycleCountPosition() const;
+
+  // For blocks to be written.
+  void setName(std::string_view text);
+  void setSource(std::unique_ptr<SourceInformationBlock> source) { source_.add(std::move(source)); }
 
   [[nodiscard]] std::vector<TreeChild> children() override;
   [[nodiscard]] bool hasValidLinkCount() const override { return links().size() == 6 || links().size() == 7; }

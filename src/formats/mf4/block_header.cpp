@@ -1,6 +1,7 @@
 #include "formats/mf4/block_header.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <exception>
 #include <utility>
@@ -56,10 +57,21 @@ std::unique_ptr<FileHistoryBlock> FileHistoryBlock::create() {
 HeaderBlock::HeaderBlock(BlockStream& stream)
     : DescribedBlock(stream, kPosition), dataGroups_(&stream, link(kFirstDataGroup)) {}
 
-std::unique_ptr<HeaderBlock> HeaderBlock::createTree(const MdfLayoutOptions& options, UnsignedNanoseconds start) {
+std::unique_ptr<FileHistoryBlock> FileHistoryBlock::createInUtc() {
+  using std::chrono::duration_cast;
+  auto block = std::make_unique<FileHistoryBlock>();
+  const auto now = duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch());
+  block->data.fhTimeNs = static_cast<std::uint64_t>(std::max<std::int64_t>(0, now.count()));
+  block->data.fhTimeFlags = 0;
+  block->comment_.add(createHistoryComment());
+  return block;
+}
+
+std::unique_ptr<HeaderBlock> HeaderBlock::createTree(const MdfLayoutOptions& options, UnsignedNanoseconds start,
+                                                     std::unique_ptr<FileHistoryBlock> history) {
   auto header = std::make_unique<HeaderBlock>();
   header->data.hdStartTimeNs = start.count();
-  header->history_.add(FileHistoryBlock::create());
+  header->history_.add(std::move(history));
   addDataGroups(options, header->dataGroups_);
   header->placeAll();
   return header;

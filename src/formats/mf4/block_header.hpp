@@ -68,8 +68,9 @@ class FileHistoryBlock final : public DescribedBlock<FileHistoryBlockData> {
  public:
   using DescribedBlock::DescribedBlock;
 
-  // The entry of a file that is written now, with its comment.
+  // The entry of a file that is written now, with its comment. By the clock on the wall, or in UTC.
   [[nodiscard]] static std::unique_ptr<FileHistoryBlock> create();
+  [[nodiscard]] static std::unique_ptr<FileHistoryBlock> createInUtc();
 
   [[nodiscard]] std::vector<TreeChild> children() override { return {{1, &comment_}}; }
   [[nodiscard]] bool hasValidLinkCount() const override { return links().size() == 2; }
@@ -115,8 +116,9 @@ class HeaderBlock final : public DescribedBlock<HeaderBlockData> {
   explicit HeaderBlock(BlockStream& stream);
 
   // The whole tree of a file to be written, placed. The start is in nanoseconds since 1970.
-  [[nodiscard]] static std::unique_ptr<HeaderBlock> createTree(const MdfLayoutOptions& options,
-                                                               UnsignedNanoseconds start);
+  [[nodiscard]] static std::unique_ptr<HeaderBlock> createTree(
+      const MdfLayoutOptions& options, UnsignedNanoseconds start,
+      std::unique_ptr<FileHistoryBlock> history = FileHistoryBlock::create());
   // The bytes of the whole tree. Channel hierarchies, attachments and events raise kBlockNotWritten.
   void appendTreeBytes(Bytes& bytes);
 

@@ -89,7 +89,7 @@ bool MdfFramePlan::makeNumber(ChannelBlock& channel, MdfFrameField& field) const
       !fits(data.cnByteOffset, bytesOfBits(data.cnBitCount))) {
     return false;
   }
-  field.number = MdfNumberField::of(data);
+  field.number = MdfNumberField::of(data, Way::compatible());
   if (conversion != nullptr) {
     field.source = Source::ConvertedNumber;
     field.conversion = conversion;
@@ -116,7 +116,7 @@ bool MdfFramePlan::makePayload(ChannelBlock& channel, MdfFrameField& field) {
     return false;
   }
   field.target = Target::StoredPayload;
-  field.number = MdfNumberField::of(data);
+  field.number = MdfNumberField::of(data, Way::compatible());
   const auto payloads = channel.dataLink();
   if (auto* const zipped = dynamic_cast<DataZippedBlock*>(payloads.get()); zipped != nullptr) {
     storedPayloads_ = zipped->zippedData();  // as it stands: readsZippedSignalDataWithoutInflatingIt
@@ -137,7 +137,7 @@ bool MdfFramePlan::makeErrorField(ChannelBlock& channel, MdfFrameField& field) c
   }
   ChannelBlockData plain = data;
   plain.cnBitOffset = 0;
-  field.number = MdfNumberField::of(plain);
+  field.number = MdfNumberField::of(plain, Way::compatible());
   if (isPosition) {
     field.number.mask &= 0xFF;
     return true;

@@ -15,20 +15,30 @@ bool isBigEndian(std::uint8_t dataType) {
 
 }  // namespace
 
-// The whole bytes that the bits fill up, from the byte offset on; the bit offset then takes low bits off them. So a
-// field that begins within a byte and ends in another one loses what stands in the last byte.
-MdfNumberField MdfNumberField::of(const ChannelBlockData& data) {
-  const std::uint64_t byteCount = bytesOfBits(data.cnBitCount);
+// With the quirk the whole bytes that the bits alone fill up, from the byte offset on; the bit offset then takes low
+// bits off them. Without it those that the bits lie in.
+MdfNumberField MdfNumberField::of(const ChannelBlockData& data, Way way) {
+  const std::uint64_t bitsBefore = way.has(Quirk::Mf4FieldsEndWithTheirFirstBytes) ? 0 : data.cnBitOffset;
+  const std::uint64_t byteCount = bytesOfBits(bitsBefore + data.cnBitCount);
   MdfNumberField number;
   number.offset = data.cnByteOffset;
   number.isBigEndian = xlatr::isBigEndian(data.cnDataType);
-  if (byteCount == 0 || data.cnBitOffset >= 8 * byteCount) {
+  if (data.cnBitCount == 0 || data.cnBitOffset >= 8 * byteCount) {
     return number;  // a mask of 0: always 0
   }
-  const std::uint64_t above = number.isBigEndian ? 64 - 8 * byteCount : 0;
+  number.isWide = byteCount > sizeof(std::uint64_t);
+  const std::uint64_t above = number.isBigEndian && !number.isWide ? 64 - 8 * byteCount : 0;
   number.shift = static_cast<std::uint8_t>(above + data.cnBitOffset);
   number.mask = lowBits(data.cnBitCount) & lowBits(8 * byteCount - data.cnBitOffset);
   return number;
+}
+
+std::uint64_t MdfNumberField::readWide(const std::uint8_t* record) const {
+  const std::uint8_t* const bytes = record + offset;
+  const std::uint64_t low =
+      isBigEndian ? swapBytes(loadLittle<std::uint64_t>(bytes + 1)) : loadLittle<std::uint64_t>(bytes);
+  const std::uint64_t high = isBigEndian ? bytes[0] : bytes[sizeof(std::uint64_t)];
+  return (low >> shift | high << (64U - shift)) & mask;
 }
 
 std::optional<std::uint64_t> toInteger(std::optional<double> value) {

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "formats/mf4/block_channels.hpp"
+#include "io/quirk.hpp"
 #include "util/little_endian.hpp"
 
 namespace xlatr {
@@ -35,16 +36,23 @@ struct MdfNumberField {
   std::uint32_t offset = 0;
   std::uint8_t shift = 0;  // of the 8 bytes at the offset, big-endian ones swapped
   bool isBigEndian = false;
+  bool isWide = false;  // the bits begin in one byte and end in the ninth
   std::uint64_t mask = 0;
 
   // That of a channel of at most kMostNumberBits.
-  [[nodiscard]] static MdfNumberField of(const ChannelBlockData& data);
+  [[nodiscard]] static MdfNumberField of(const ChannelBlockData& data, Way way);
 
-  // `record` must have 8 bytes to be read at the offset, whatever stands in those after the field.
+  // `record` must have 8 bytes to be read at the offset, 9 of a wide one, whatever stands in those after the field.
   [[nodiscard]] std::uint64_t read(const std::uint8_t* record) const {
+    if (isWide) [[unlikely]] {
+      return readWide(record);
+    }
     const auto bytes = loadLittle<std::uint64_t>(record + offset);
     return ((isBigEndian ? swapBytes(bytes) : bytes) >> shift) & mask;
   }
+
+ private:
+  [[nodiscard]] std::uint64_t readWide(const std::uint8_t* record) const;
 };
 
 // The nearest integer; negative ones wrap around. Nothing for what no 64 bits hold.

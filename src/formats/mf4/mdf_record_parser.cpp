@@ -82,7 +82,7 @@ std::unique_ptr<MdfRecordParser::TimeStep> MdfRecordParser::makeTimeStep(Channel
     return nullptr;
   }
   auto step = std::make_unique<TimeStep>();
-  step->number = MdfNumberField::of(data);
+  step->number = MdfNumberField::of(data, Way::compatible());
   step->bitCount = static_cast<std::uint8_t>(data.cnBitCount);
   step->unit = *unit;
   if (isReal) {

@@ -4,6 +4,7 @@
 
 #include "formats/mf4/mdf_reader.hpp"
 #include "formats/mf4/mdf_writer.hpp"
+#include "formats/mf4/mf4_frames.hpp"
 #include "io/format_makers.hpp"
 #include "util/failures.hpp"
 
@@ -59,6 +60,10 @@ constinit const FormatDescriptor kMf4Format = {
     .allowedTargets = kTargets,
     .makeSources = makeOneSource<MdfSource>,
     .makeWriter = makeMdfWriter,
+    .frameCapacities = mf4Capacities,
+    .recognises = looksLikeMf4,
+    .openFrames = openMf4Frames,
+    .createFrames = createMf4Frames,
 };
 
 }  // namespace xlatr

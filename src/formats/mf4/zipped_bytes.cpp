@@ -57,6 +57,16 @@ void inflateInto(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> o
   }
 }
 
+void deflateInto(std::span<const std::uint8_t> bytes, std::vector<std::uint8_t>& out) {
+  uLongf size = compressBound(static_cast<uLong>(bytes.size()));
+  out.resize(size);
+  if (bytes.size() > kLargestPiece ||
+      compress(out.data(), &size, bytes.data(), static_cast<uLong>(bytes.size())) != Z_OK) {
+    throwProcessingFailure(kDeflateFailure);
+  }
+  out.resize(size);
+}
+
 void transpose(std::span<const std::uint8_t> in, std::size_t width, std::span<std::uint8_t> out) {
   // So that what is written stays in the cache.
   constexpr std::size_t kRowsAtOnce = 64;

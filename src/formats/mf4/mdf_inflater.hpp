@@ -1,0 +1,86 @@
+// Inflating bytes of a file piece by piece.
+#pragma once
+
+#include <zlib.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "formats/mf4/mdf_data_file.hpp"
+#include "formats/mf4/mdf_data_parts.hpp"
+
+namespace xlatr {
+
+// One zlib stream that is inflated from its beginning on. Takes about 60 kB.
+class MdfInflater {
+ public:
+  explicit MdfInflater(MdfDataFile& file);
+  // Where another one is now, to go on from there apart from it.
+  MdfInflater(const MdfInflater& other);
+  MdfInflater& operator=(const MdfInflater&) = delete;
+  ~MdfInflater();
+
+  // Begins anew with these bytes of the file.
+  void start(std::uint64_t position, std::uint64_t stored);
+  // Fills `out`, or as much of it as there is before the stream ends or goes wrong.
+  [[nodiscard]] std::size_t inflate(std::span<std::uint8_t> out);
+  // Passes over bytes; false when there are not as many.
+  [[nodiscard]] bool skip(std::uint64_t count);
+
+ private:
+  static constexpr std::size_t kInputSize = std::size_t{16} << 10;
+  static constexpr std::size_t kCopiedInputSize = std::size_t{2} << 10;  // there are many copies at a time
+
+  void feed();
+
+  MdfDataFile& file_;
+  z_stream stream_{};
+  bool ready_ = false;
+  bool ended_ = false;
+  std::uint64_t position_ = 0;  // of the bytes that were not read yet
+  std::uint64_t left_ = 0;      // of them
+  std::vector<std::uint8_t> input_;
+};
+
+// Rows that were stored column by column. A block of usual size is inflated whole; of a large one, each column is
+// inflated by itself.
+class MdfTransposedPart {
+ public:
+  explicit MdfTransposedPart(MdfDataFile& file) : file_(file), first_(file) {}
+  MdfTransposedPart(const MdfTransposedPart&) = delete;
+  MdfTransposedPart& operator=(const MdfTransposedPart&) = delete;
+  ~MdfTransposedPart() { release(); }
+
+  // False if it can't be read.
+  [[nodiscard]] bool start(const MdfDataPart& part);
+  // Fills `out`, or as much of it as there is, beginning at `offset`. One that is not after the last one is refused
+  // where the columns are inflated by themselves.
+  [[nodiscard]] std::size_t read(std::uint64_t offset, std::span<std::uint8_t> out);
+  // Whether reading can begin anywhere.
+  [[nodiscard]] bool isHeld() const { return columns_.empty(); }
+
+ private:
+  static constexpr std::size_t kBytesOfColumn = std::size_t{48} << 10;  // of an inflater and its copy of the window
+  static constexpr std::size_t kRowsAtOnce = 512;
+  static constexpr std::uint64_t kLargestHeld = std::uint64_t{8} << 20;
+
+  void release();
+  [[nodiscard]] bool startColumns();
+  [[nodiscard]] bool readRows();
+
+  MdfDataFile& file_;
+  MdfInflater first_;
+  std::uint64_t granted_ = 0;  // bytes that may be held
+  std::uint64_t length_ = 0;
+  std::uint64_t width_ = 0;
+  std::uint64_t rowCount_ = 0;
+  std::vector<std::uint8_t> held_;                     // the whole part in rows, or the rows at hand
+  std::uint64_t heldBegin_ = 0;                        // the offset of its first byte
+  std::vector<std::unique_ptr<MdfInflater>> columns_;  // after them the one for what is no whole row
+  std::vector<std::uint8_t> columnBytes_;
+};
+
+}  // namespace xlatr
