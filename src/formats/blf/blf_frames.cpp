@@ -268,6 +268,10 @@ class BlfFrameSource final : public FrameSource {
 
 }  // namespace
 
+bool looksLikeBlf(std::string_view start) {
+  return start.starts_with(blf_log::kFileSignature);
+}
+
 std::unique_ptr<FrameSource> openBlfFrames(const std::string& path) {
   return std::make_unique<BlfFrameSource>(path);
 }

@@ -83,6 +83,7 @@ constinit const FormatDescriptor kBtrFormat = {
     .makeSources = makeSessionSources,
     .makeWriter = makePlainWriter<BtrSessionWriter>,
     .frameCapacities = btrCapacities,
+    .recognises = looksLikeBtr,
     .openFrames = openBtrFrames,
     .createFrames = createBtrFrames,
 };

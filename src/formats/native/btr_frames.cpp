@@ -454,6 +454,19 @@ std::span<const FrameCapacity> btrCapacities() {
   return kBtrCapacities;
 }
 
+bool looksLikeBtr(std::string_view start) {
+  constexpr std::uint8_t kHighestVersion = 3;
+  SessionDescriptor first;
+  const std::span bytes(reinterpret_cast<const std::uint8_t*>(start.data()), start.size());
+  if (start.size() < kBtrSectorSize || !tryReadFields(bytes, first)) {
+    return false;
+  }
+  const SessionDateTime& date = first.dateAndTime;
+  return first.version >= 1 && first.version <= kHighestVersion && first.continued <= 1 && first.isUsed() &&
+         date.month >= 1 && date.month <= 12 && date.day >= 1 && date.day <= 31 && date.hour < 24 && date.minute < 60 &&
+         date.second < 60;
+}
+
 std::unique_ptr<FrameSource> openBtrFrames(const std::string& path) {
   return std::make_unique<BtrFrameSource>(path, std::nullopt);
 }

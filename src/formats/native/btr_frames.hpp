@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
@@ -14,6 +15,9 @@ namespace xlatr {
 
 // What each version can hold, in the order of the versions.
 [[nodiscard]] std::span<const FrameCapacity> btrCapacities();
+
+// Whether a file begins with a directory of sessions, the first of which has a date that there is.
+[[nodiscard]] bool looksLikeBtr(std::string_view start);
 
 // The frames of all sessions of a file, one after the other in the order of the directory, on the clock of the first:
 // its start is that of the stream. Where there are several, an event says where each begins: "session 2 started

@@ -465,6 +465,13 @@ std::span<const FrameCapacity> btrcCapacities() {
   return kBtrcCapacities;
 }
 
+bool looksLikeBtrc(std::string_view start) {
+  Native_RecordInfo info;
+  const std::span bytes(reinterpret_cast<const std::uint8_t*>(start.data()), start.size());
+  return tryReadFields(bytes, info) && info.header.type == RecordType::Info &&
+         info.header.size == kLayoutSize<Native_RecordInfo> && info.blockSize != 0;
+}
+
 std::unique_ptr<FrameSource> openBtrcFrames(const std::string& path) {
   return std::make_unique<BtrcFrameSource>(path);
 }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
@@ -13,6 +14,9 @@ namespace xlatr {
 
 // What each version can hold, in the order of the versions.
 [[nodiscard]] std::span<const FrameCapacity> btrcCapacities();
+
+// Whether a file begins with the record that a BTRC trace begins with.
+[[nodiscard]] bool looksLikeBtrc(std::string_view start);
 
 // The frames of a file. Places count its records, those that order the file included: info, calibration, totals and
 // filling are no frames.

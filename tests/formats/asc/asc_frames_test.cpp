@@ -24,7 +24,7 @@ namespace {
 using Texts = std::vector<std::string>;
 
 // A head without a version.
-constexpr const char* kHead = "date Mon Jul 26 05:19:59.721 2021\nbase hex  timestamps absolute\n";
+constexpr const char* kFramesHead = "date Mon Jul 26 05:19:59.721 2021\nbase hex  timestamps absolute\n";
 
 class AscFrames : public testing::Test {
  protected:
@@ -33,9 +33,9 @@ class AscFrames : public testing::Test {
     account_ = {};
     return test::textsOf(*source_, account_);
   }
-  Texts read(const std::string& lines) { return read(kHead, lines); }
+  Texts read(const std::string& lines) { return read(kFramesHead, lines); }
   Texts readVersion(const std::string& version, const std::string& lines) {
-    return read(kHead + ("// version " + version + "\n"), lines);
+    return read(kFramesHead + ("// version " + version + "\n"), lines);
   }
   std::uint64_t damagedLines() const { return account_.noted(Remark::LineNotUnderstood).frames; }
 
@@ -476,7 +476,7 @@ TEST_F(AscFrames, comeInBatches) {
   for (std::size_t number = 0; number < kFrames; ++number) {
     lines += "1.0 1 123 Rx d 0\n";
   }
-  source_ = openAscFrames(folder_.write("long.asc", kHead + lines));
+  source_ = openAscFrames(folder_.write("long.asc", kFramesHead + lines));
   FrameBatch batch;
   std::vector<std::size_t> sizes;
   while (source_->read(batch, account_)) {

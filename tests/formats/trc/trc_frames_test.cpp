@@ -76,16 +76,15 @@ TEST_F(TrcFrames, ofVersions12And13HaveBuses) {
 }
 
 TEST_F(TrcFrames, ofVersion20AreOnNoBus) {
-  EXPECT_EQ(
-      readVersion("2.0\n;$COLUMNS=N,O,T,I,d,l,D",
-                  "1  1.5 DT 0123 Rx 2 01 02\n"
-                  "2  2.5 FB 00000123 Tx 12 00 01 02 03 04 05 06 07 08 09 0A 0B\n"
-                  "3  3.5 ST Rx 00 00 00 04\n"
-                  "4  4.5 EC Rx 08 09\n"
-                  "5  5.5 EV  two   words\n"),
-      (Texts{"1500000 data 0 123 Rx dlc2 [0102]", "2500000 data 0 123 x Tx FD BRS dlc9 [000102030405060708090A0B]",
-             "3500000 status 0 0 bus_state=4", "4500000 counters 0 0 tx_errors=9 rx_errors=8",
-             "5500000 event 0 0 \"two words\""}));
+  EXPECT_EQ(readVersion("2.0\n;$COLUMNS=N,O,T,I,d,l,D",
+                        "1  1.5 DT 0123 Rx 2 01 02\n"
+                        "2  2.5 FB 00000123 Tx 12 00 01 02 03 04 05 06 07 08 09 0A 0B\n"
+                        "3  3.5 ST Rx 00 00 00 04\n"
+                        "4  4.5 EC Rx 08 09\n"
+                        "5  5.5 EV  two   words\n"),
+            (Texts{"1500000 data 0 123 Rx dlc2 [0102]",
+                   "2500000 data 0 123 x Tx FD BRS dlc9 [000102030405060708090A0B]", "3500000 status 0 0 bus_state=4",
+                   "4500000 counters 0 0 tx_errors=9 rx_errors=8", "5500000 event 0 0 \"two words\""}));
 }
 
 TEST_F(TrcFrames, ofVersion21HaveEveryKind) {
