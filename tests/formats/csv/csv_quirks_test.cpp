@@ -38,7 +38,8 @@ class CsvQuirks : public testing::Test {
   test::TempFolder folder_;
 };
 
-constexpr char kColumns[] = "Number;Time (ms);Bus;Direction;Type;ID/PID (hex);Reserved;VCID;SDT;AF;RRS;SEC;Length;D0";
+constexpr char kQuirkColumns[] =
+    "Number;Time (ms);Bus;Direction;Type;ID/PID (hex);Reserved;VCID;SDT;AF;RRS;SEC;Length;D0";
 constexpr char kTrc21[] = "2.1\n;$COLUMNS=N,O,T,B,I,d,R,L,D";
 constexpr char kTrc30[] = "3.0\n;$COLUMNS=N,O,T,B,I,d,R,V,S,A,r,s,L,D";
 
@@ -96,11 +97,11 @@ TEST_F(CsvQuirks, linAsCan) {
 
 TEST_F(CsvQuirks, fewCellsRead) {
   const std::string row = "1;2.500;1;Tx;XL;0123;1F;0A;-;12345678;1;0;2;01;02";
-  const CsvMessage compatible = parsed(kColumns, row, Way::compatible());
+  const CsvMessage compatible = parsed(kQuirkColumns, row, Way::compatible());
   EXPECT_TRUE(compatible.valid);
   EXPECT_EQ(compatible.reserved, CsvMessage::kNoReserved);
   EXPECT_EQ(compatible.vcid, 0xFF);
-  const CsvMessage complete = parsed(kColumns, row, Way::complete());
+  const CsvMessage complete = parsed(kQuirkColumns, row, Way::complete());
   EXPECT_TRUE(complete.valid);
   EXPECT_EQ(complete.reserved, 0x1F);
   EXPECT_EQ(complete.vcid, 0x0A);
@@ -108,15 +109,15 @@ TEST_F(CsvQuirks, fewCellsRead) {
   EXPECT_EQ(complete.af, 0x12345678U);
 
   const std::string remote = "1;2.500;1;Tx;RR;0123;-;-;-;-;-;-;2;";
-  EXPECT_EQ(parsed(kColumns, remote, Way::compatible()).data.size(), 2U);
-  EXPECT_EQ(parsed(kColumns, remote, Way::complete()).data.size(), 0U);
+  EXPECT_EQ(parsed(kQuirkColumns, remote, Way::compatible()).data.size(), 2U);
+  EXPECT_EQ(parsed(kQuirkColumns, remote, Way::complete()).data.size(), 0U);
 
   std::string longRow = "1;2.500;1;Tx;XL;0123;-;-;-;-;-;-;256";
   for (int byte = 0; byte < 256; ++byte) {
     longRow += ";00";
   }
-  EXPECT_FALSE(parsed(kColumns, longRow, Way::compatible()).valid);
-  EXPECT_TRUE(parsed(kColumns, longRow, Way::complete()).valid);
+  EXPECT_FALSE(parsed(kQuirkColumns, longRow, Way::compatible()).valid);
+  EXPECT_TRUE(parsed(kQuirkColumns, longRow, Way::complete()).valid);
 }
 
 TEST_F(CsvQuirks, emptyCellsMoveOthers) {
