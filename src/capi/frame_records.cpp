@@ -3,8 +3,8 @@
 #include <array>
 #include <bit>
 #include <span>
-#include <string>
 #include <string_view>
+#include <utility>
 
 #include "frames/frame.hpp"
 #include "frames/frame_failure.hpp"
@@ -21,10 +21,6 @@ static_assert(XLATR_FLAG_ENHANCED_CHECKSUM == frame_flag::kEnhancedChecksum);
 static_assert(XLATR_FLAG_DLC_KNOWN == frame_flag::kDlcKnown);
 static_assert(XLATR_REMARK_LIMIT >= kRemarkCount);
 static_assert(XLATR_CLASS_PASSED_OVER == static_cast<int>(RemarkClass::PassedOver));
-
-[[noreturn]] void refuse(const std::string& text) {
-  throw FrameFailure(FrameProblem::BadArgument, text);
-}
 
 template <class Record>
 Record known(const Record* caller, const char* name) {
@@ -49,6 +45,10 @@ bool bitAt(const std::uint8_t* validity, std::size_t row) {
 }
 
 }  // namespace
+
+void refuse(const std::string& text) {
+  throw FrameFailure(FrameProblem::BadArgument, text);
+}
 
 FrameSelection selectionOf(const xlatr_selection* caller) {
   const auto record = known(caller, "selection");

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 #include "frames/account.hpp"
 #include "frames/frame_batch.hpp"
@@ -52,6 +53,9 @@ template <class Record>
   std::memset(reinterpret_cast<char*>(caller) + known, 0, static_cast<std::size_t>(size) - known);
   return true;
 }
+
+// Raises a FrameFailure of a bad argument with this text.
+[[noreturn]] void refuse(const std::string& text);
 
 // Each of these raises a FrameFailure of a bad argument for a record that breaks the rules.
 [[nodiscard]] FrameSelection selectionOf(const xlatr_selection* caller);

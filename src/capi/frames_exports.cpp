@@ -193,10 +193,6 @@ xlatr_code openHandle(HandleTable<Handle, Object>& handles, Handle** out, Open o
 
 // ---- streams
 
-[[noreturn]] void refuse(const char* text) {
-  throw FrameFailure(FrameProblem::BadArgument, text);
-}
-
 const char* pathOf(const char* path) {
   if (path == nullptr || *path == '\0') {
     refuse("the path is missing");

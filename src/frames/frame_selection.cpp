@@ -32,7 +32,7 @@ bool FrameSelection::wantsAll() const {
   return !fromNs && !untilNs && buses.empty() && identifiers.empty() && kinds == kAllFrameKinds && directions == 0;
 }
 
-// The loops below have no branch, so that the compiler makes vectors of them.
+// The loops below need no branch, so that the compiler makes vectors of them.
 
 void FrameSelector::selectTimes(const FrameBatch& batch) {
   if (!selection_.fromNs && !selection_.untilNs) {
@@ -42,7 +42,7 @@ void FrameSelector::selectTimes(const FrameBatch& batch) {
   const std::int64_t until = selection_.untilNs.value_or(kFarthestNs + 1);
   const auto times = batch.times();
   for (std::size_t row = 0; row < times.size(); ++row) {
-    wanted_[row] &= digitOf((times[row] >= from) & (times[row] < until));
+    wanted_[row] &= digitOf(times[row] >= from && times[row] < until);
   }
 }
 
@@ -54,7 +54,7 @@ void FrameSelector::selectBuses(const FrameBatch& batch) {
   std::ranges::fill(named_, std::uint8_t{0});
   for (const BusRule& rule : selection_.buses) {
     for (std::size_t row = 0; row < buses.size(); ++row) {
-      named_[row] |= digitOf((buses[row] >= rule.first) & (buses[row] <= rule.last));
+      named_[row] |= digitOf(buses[row] >= rule.first && buses[row] <= rule.last);
     }
   }
   for (std::size_t row = 0; row < buses.size(); ++row) {
