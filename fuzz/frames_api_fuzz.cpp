@@ -85,8 +85,8 @@ class Calls {
     made.until_ns = made.from_ns + arguments_.word() * 1'000'000;
     made.kinds = arguments_.word();
     made.directions = arguments_.byte();
-    ids_ = {{arguments_.word(), arguments_.word(), arguments_.byte(), arguments_.flag() ? 11U : 0U}};
-    buses_ = {{arguments_.byte(), arguments_.byte()}};
+    ids_.front() = {arguments_.word(), arguments_.word(), arguments_.byte(), arguments_.flag() ? 11U : 0U};
+    buses_.front() = {arguments_.byte(), arguments_.byte()};
     made.ids = ids_.data();
     made.id_count = arguments_.flag() ? 1 : 0;
     made.buses = buses_.data();
