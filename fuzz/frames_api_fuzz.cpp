@@ -32,8 +32,11 @@ class Handles {
   }
   Handle* choose(fuzz::Arguments& arguments) const {
     const std::size_t at = arguments.choice(handles_.size() + 2);
-    return at < handles_.size() ? handles_[at]
-                                : reinterpret_cast<Handle*>(std::uintptr_t{at == handles_.size() ? 0U : 77U});
+    if (at < handles_.size()) {
+      return handles_[at];
+    }
+    static char object = 0;
+    return at == handles_.size() ? nullptr : reinterpret_cast<Handle*>(&object);
   }
   template <typename Close>
   void closeAll(Close close) const {
@@ -81,8 +84,8 @@ class Calls {
 
   xlatr_selection selection() {
     auto made = sized<xlatr_selection>();
-    made.from_ns = arguments_.byte() * 1'000'000;
-    made.until_ns = made.from_ns + arguments_.word() * 1'000'000;
+    made.from_ns = std::int64_t{arguments_.byte()} * 1'000'000;
+    made.until_ns = made.from_ns + std::int64_t{arguments_.word()} * 1'000'000;
     made.kinds = arguments_.word();
     made.directions = arguments_.byte();
     ids_.front() = {arguments_.word(), arguments_.word(), arguments_.byte(), arguments_.flag() ? 11U : 0U};

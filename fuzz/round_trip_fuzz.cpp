@@ -62,8 +62,8 @@ struct OwnedFrame {
     frame.kind = static_cast<FrameKind>(numbers.take(1) % xlatr::kFrameKindCount);
     const std::uint64_t form = numbers.take(1);
     frame.timeNs = static_cast<std::int64_t>(numbers.take(kTimeBytes[form % kTimeBytes.size()]));
-    frame.timeNs *= (form & 8) != 0 ? 1'000 : 1;
-    frame.timeNs = std::clamp(frame.timeNs, -xlatr::kFarthestNs, xlatr::kFarthestNs);
+    const std::int64_t unit = (form & 8) != 0 ? 1'000 : 1;
+    frame.timeNs = std::min(frame.timeNs, xlatr::kFarthestNs / unit) * unit;
     frame.bus = static_cast<std::uint16_t>(numbers.take((form & 16) != 0 ? 2 : 1));
     frame.flags = static_cast<std::uint16_t>(numbers.take(2) & kFlags);
     frame.dlc = static_cast<std::uint16_t>(numbers.take(1));
@@ -150,11 +150,12 @@ void checkRoundTrip(const Target& target, const std::string& path, const std::ve
       require(next < kept.size());
       const Frame written = kept[next]->get();
       Frame expected = whyNotHeld(*target.capacity, written) ? written : reducedTo(*target.capacity, written, ignored);
+      const Frame back = batch.at(row);
       if (expected.kind == FrameKind::Comment) {
         expected = written;
-        expected.timeNs = time;  // a comment has that of what stands before it
+        // Most formats give a comment the time of what stands before it.
+        expected.timeNs = back.timeNs == written.timeNs ? written.timeNs : time;
       }
-      const Frame back = batch.at(row);
       time = back.timeNs;
       require(sameFrame(back, expected));
     }

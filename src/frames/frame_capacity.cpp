@@ -153,10 +153,13 @@ class Reduction {
     noteIf(frame_.timeNs != time, Remark::TimeRounded);
   }
 
-  // What is transmitted is not received.
+  // What is transmitted is not received, and a DLC that is not known has no value.
   void dropContradiction() {
     if (frame_.has(frame_flag::kTransmitted)) {
       frame_.unset(frame_flag::kReceived);
+    }
+    if (frame_.kind == FrameKind::Remote && !frame_.has(frame_flag::kDlcKnown)) {
+      frame_.dlc = 0;
     }
   }
 

@@ -20,10 +20,14 @@ std::unique_ptr<FrameSource> openSources(const std::vector<JobSource>& sources) 
     throw FrameFailure(FrameProblem::BadArgument, "there is no source");
   }
   std::vector<std::unique_ptr<FrameSource>> opened;
+  opened.reserve(sources.size());
   for (const JobSource& source : sources) {
     opened.push_back(openTrace(source.path, source.format));
   }
-  return opened.size() == 1 ? std::move(opened.front()) : std::make_unique<MergedFrames>(std::move(opened));
+  if (opened.size() == 1) {
+    return std::move(opened.front());
+  }
+  return std::make_unique<MergedFrames>(std::move(opened));
 }
 
 bool isSameFile(const std::string& one, const std::string& other) {

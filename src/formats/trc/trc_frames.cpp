@@ -280,7 +280,7 @@ void takeMessage(const BrixMessage& message, Frame& frame) {
       break;
     case MessageKind::EV:
       frame.kind = FrameKind::Event;
-      frame.text = message.comment;
+      frame.text = message.comment.empty() ? std::nullopt : std::optional<std::string_view>(message.comment);
       break;
     default:
       takeDirection(message, frame);
