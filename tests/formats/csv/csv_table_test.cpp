@@ -259,6 +259,9 @@ TEST_F(CsvTable, isReadByPython) {
     const test::OwnedFrame owned = random.next();
     Frame frame = owned.view();
     frame.unset(frame.has(frame_flag::kTransmitted) ? frame_flag::kReceived : std::uint16_t{0});
+    if (frame.kind == FrameKind::Remote && !frame.has(frame_flag::kDlcKnown)) {
+      frame.dlc = 0;
+    }
     // Python does not tell an empty text from none, and comments may be written in other words.
     const bool emptyText = frame.text && frame.text->empty();
     if (frame.data.size() <= 2048 && frame.kind != FrameKind::Comment && !emptyText) {
@@ -271,7 +274,7 @@ TEST_F(CsvTable, isReadByPython) {
   ASSERT_EQ(outputOf("python3 " + script + " " + folder_.file("target.csv") + " " + folder_.file("out.txt") +
                      " 2>&1 && echo done"),
             "done\n");
-  EXPECT_EQ(folder_.read("out.txt"), expected);
+  EXPECT_TRUE(folder_.read("out.txt") == expected);
 }
 
 // ---- recordings
