@@ -139,6 +139,74 @@ static void write_frames(void) {
   CHECK(fopen(in_folder("b.trc"), "rb") == NULL);
 }
 
+/* One batch after the other, each with one thing that is wrong. */
+static void refuse_batches(void) {
+  int64_t time = 0;
+  uint8_t kind = 0;
+  uint16_t number = 0;
+  uint32_t id = 0;
+  int32_t none[2] = {0, 0};
+  int32_t falling[2] = {4, 2};
+  int32_t negative[2] = {-1, 0};
+  int32_t some[2] = {0, 1};
+  const xlatr_batch good = {.size = sizeof good,
+                            .rows = 1,
+                            .time_ns = &time,
+                            .kind = &kind,
+                            .bus = &number,
+                            .id = &id,
+                            .flags = &number,
+                            .dlc = &number,
+                            .data_offsets = none,
+                            .text_offsets = none};
+  xlatr_sink_options options = {.size = sizeof options, .separator = ","};
+  xlatr_head head = {.size = sizeof head, .start_known = 1, .zone_known = 1, .zone_minutes = 60};
+  xlatr_sink* sink = NULL;
+  xlatr_batch batch = good;
+  CHECK(xlatr_sink_create(in_folder("f.csv"), &head, &options, &sink) == XLATR_OK);
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_OK);
+  batch.rows = 0;
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_OK);
+  batch = good;
+  batch.attributes = 1U << XLATR_ATTRIBUTE_COUNT;
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_ERROR_ARGUMENT);
+  batch.attributes = 1;
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_ERROR_ARGUMENT);
+  batch = good;
+  batch.data_offsets = some;
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_ERROR_ARGUMENT);
+  batch = good;
+  batch.data = &kind;
+  batch.data_offsets = falling;
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_ERROR_ARGUMENT);
+  batch.data_offsets = negative;
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_ERROR_ARGUMENT);
+  batch = good;
+  batch.text = "\xFF";
+  batch.text_offsets = some;
+  CHECK(xlatr_sink_write(sink, &batch) == XLATR_ERROR_ARGUMENT && strstr(xlatr_sink_error(sink), "UTF-8") != NULL);
+  CHECK(xlatr_sink_finish(sink) == XLATR_OK && xlatr_sink_close(sink) == XLATR_OK);
+}
+
+static void refuse_options(void) {
+  xlatr_id_rule rule = {.length = 12};
+  xlatr_selection selection = {.size = sizeof selection, .ids = &rule, .id_count = 1};
+  xlatr_stream_options options = {.size = sizeof options, .selection = &selection};
+  uint64_t short_record = 4;
+  xlatr_stream* stream = NULL;
+  CHECK(xlatr_stream_open(in_folder("a.trc"), &options, &stream) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+  selection.ids = NULL;
+  CHECK(xlatr_stream_open(in_folder("a.trc"), &options, &stream) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+  options.selection = (const xlatr_selection*)(void*)&short_record;
+  CHECK(xlatr_stream_open(in_folder("a.trc"), &options, &stream) == XLATR_ERROR_ARGUMENT);
+  CHECK(strstr(xlatr_stream_error(stream), "size") != NULL && xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_stream_open(in_folder("a.trc"), (const xlatr_stream_options*)(void*)&short_record, &stream) ==
+        XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+}
+
 static int32_t count_calls(void* context, const xlatr_job_progress* progress) {
   CHECK(progress->size == sizeof *progress && progress->frames_read == 4 && progress->bytes_total > 0);
   ++*(int*)context;
@@ -334,11 +402,14 @@ int main(int argc, char** argv) {
   remove(in_folder("b.trc"));
   remove(in_folder("c.trc"));
   remove(in_folder("e.trc"));
+  remove(in_folder("f.csv"));
   write_file(in_folder("a.trc"), kTrace);
   write_file(in_folder("letter.txt"), "hello\n");
   read_frames();
   records_may_grow();
   write_frames();
+  refuse_batches();
+  refuse_options();
   run_jobs();
   merge_streams();
   pass_arrow();

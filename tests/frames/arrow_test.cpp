@@ -501,6 +501,81 @@ TEST(ArrowImport, refusesWhatIsNoFrames) {
   }
 }
 
+TEST(ArrowImport, refusesColumnsThatBreakTheRules) {
+  const std::array<std::int32_t, 4> offsets = {0, 4, 9, 14};
+  const std::array<std::uint32_t, 3> indices = {0, 9, 0};
+  static constexpr std::array<std::uint64_t, 3> kLarge = {std::uint64_t{1} << 63, 0, 0};
+  static constexpr std::array<std::int64_t, 3> kLong = {INT64_MAX / 2, 0, 0};
+  struct Case {
+    std::string text;
+    std::function<void(HandMadeStream&)> build;
+  };
+  const auto withTimes = [](HandMadeStream& made) { made.add("time_ns", "l", 3, {nullptr, kTimes.data()}); };
+  const std::vector<Case> cases = {
+      {"a number that is too large",
+       [&](HandMadeStream& made) {
+         made.add("time_ns", "L", 3, {nullptr, kLarge.data()});
+       }},
+      {"a duration that is too long",
+       [&](HandMadeStream& made) {
+         made.add("time_ns", "tDs", 3, {nullptr, kLong.data()});
+       }},
+      {"has the type +l",
+       [&](HandMadeStream& made) {
+         withTimes(made);
+         made.add("data", "+l", 3, {nullptr, offsets.data()});
+       }},
+      {"has the type w:x",
+       [&](HandMadeStream& made) {
+         withTimes(made);
+         made.add("data", "w:x", 3, {nullptr, offsets.data()});
+       }},
+      {"lacks its dictionary",
+       [&](HandMadeStream& made) {
+         withTimes(made);
+         HandMade& kind = made.add("kind", "I", 3, {nullptr, indices.data()});
+         kind.schema.dictionary = &made.make("", "u", 3, {nullptr, offsets.data(), kKinds.data()}).schema;
+       }},
+      {"an index beyond its dictionary",
+       [&](HandMadeStream& made) {
+         withTimes(made);
+         HandMade& kind = made.add("kind", "I", 3, {nullptr, indices.data()});
+         HandMade& names = made.make("", "u", 3, {nullptr, offsets.data(), kKinds.data()});
+         kind.schema.dictionary = &names.schema;
+         kind.array.dictionary = &names.array;
+       }},
+      {"has a null for a buffer",
+       [&](HandMadeStream& made) {
+         withTimes(made);
+         made.add("data", "w:4", 3, {nullptr, nullptr});
+       }},
+      {"has a null for a buffer",
+       [&](HandMadeStream& made) {
+         withTimes(made);
+         made.add("text", "vu", 3, {nullptr, nullptr, nullptr});
+       }},
+  };
+  for (const Case& test : cases) {
+    HandMadeStream made;
+    test.build(made);
+    const std::string failure = importFailure(made.stream(3));
+    EXPECT_NE(failure.find(test.text), std::string::npos) << test.text << ": " << failure;
+  }
+}
+
+TEST(ArrowImport, takesNumbersOfDictionaries) {
+  const std::array<std::int64_t, 2> values = {7, 9};
+  const std::array<std::uint8_t, 3> indices = {1, 0, 1};
+  HandMadeStream made;
+  made.add("time_ns", "l", 3, {nullptr, kTimes.data()});
+  HandMade& bus = made.add("bus", "C", 3, {nullptr, indices.data()});
+  HandMade& numbers = made.make("", "l", 2, {nullptr, values.data()});
+  bus.schema.dictionary = &numbers.schema;
+  bus.array.dictionary = &numbers.array;
+  made.add("text", "n", 3, {nullptr});
+  EXPECT_EQ(importedTexts(made.stream(3)), (Texts{"10 data 9 0", "20 data 7 0", "30 data 9 0"}));
+}
+
 TEST(ArrowImport, tellsOfAFailureOfTheProducer) {
   HandMadeStream made;
   made.code = EIO;

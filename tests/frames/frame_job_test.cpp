@@ -177,6 +177,10 @@ TEST_F(FrameJob, refusesWhatItCantDo) {
                 FrameProblem::NotATrace, "a zip archive");
   expectFailure({.sources = {{folder_.write("letter.txt", "hello\n")}}, .target = folder_.file("b.trc")},
                 FrameProblem::NotATrace, "a text of another kind");
+  expectFailure({.sources = {{folder_.write("nothing.txt", "")}}, .target = folder_.file("b.trc")},
+                FrameProblem::NotATrace, "the file is empty");
+  expectFailure({.sources = {{source, XLATR_FORMAT_TRC | XLATR_FORMAT_ASC}}, .target = folder_.file("b.trc")},
+                FrameProblem::BadArgument, "no such format");
   EXPECT_TRUE(std::filesystem::exists(source));
   EXPECT_FALSE(std::filesystem::exists(folder_.file("b.trc")));
   EXPECT_EQ(std::filesystem::file_size(existing), 4U);

@@ -199,6 +199,115 @@ TEST(Mf4Frames, readsWordsAndTablesAsNumbers) {
             (Texts{"1 data 7 1 Rx dlc8 [1122334455667788]", "2 data 8 2 Tx dlc2 [1122]", "3 data 99 3 Tx dlc1 [11]"}));
 }
 
+// The buses of records whose bus is this channel, at the ninth byte, before which stands the time.
+Texts busesOf(MdfFileBuilder& file, ChannelSpec bus, const std::vector<ByteList>& values) {
+  bus.name = "BusChannel";
+  bus.byteOffset = 8;
+  const std::uint64_t parts = file.channels({bus, {.name = "ID", .byteOffset = 16, .bitCount = 32}});
+  const std::uint64_t group =
+      file.group({.channels = file.topChannels("CAN_DataFrame", parts), .cycles = values.size()});
+  ByteList records;
+  for (ByteList value : values) {
+    value.resize(16);
+    records = join({records, le(1, 8), value});
+  }
+  file.setFirstDataGroup(file.dataGroup(group, file.data(records)));
+  Texts buses;
+  for (const std::string& frame : readFile(file).frames) {
+    buses.push_back(frame.substr(7, frame.rfind(' ') - 7));
+  }
+  return buses;
+}
+
+Texts busesOf(MdfFileBuilder& file, std::uint64_t conversion, const std::vector<std::uint64_t>& values) {
+  std::vector<ByteList> bytes;
+  for (const std::uint64_t value : values) {
+    bytes.push_back(le(value, 1));
+  }
+  return busesOf(file, ChannelSpec{.conversion = conversion}, bytes);
+}
+
+// A conversion from values (7) or ranges of values (8) to what the references lead to.
+std::uint64_t wordConversion(MdfFileBuilder& file, std::uint8_t type, const std::vector<std::uint64_t>& references,
+                             const std::vector<double>& values) {
+  std::vector<std::uint64_t> links = {0, 0, 0, 0};
+  links.insert(links.end(), references.begin(), references.end());
+  ByteList data = join({le(type, 1), le(0, 3), le(references.size(), 2), le(values.size(), 2), le(0, 16)});
+  for (const double value : values) {
+    data = join({data, real(value)});
+  }
+  return file.block("CC", links, data);
+}
+
+TEST(Mf4Frames, readsRationalConversions) {
+  MdfFileBuilder file;
+  EXPECT_EQ(busesOf(file, file.conversion(2, {0, 2, 1, 0, 0, 1}), {3, 4}), (Texts{"7", "9"}));
+}
+
+TEST(Mf4Frames, readsTablesBetweenTheirKeys) {
+  MdfFileBuilder interpolated;
+  EXPECT_EQ(busesOf(interpolated, interpolated.conversion(4, {2, 4, 10, 20}), {0, 2, 6, 10, 200}),
+            (Texts{"4", "4", "12", "20", "20"}));
+  MdfFileBuilder steps;
+  EXPECT_EQ(busesOf(steps, steps.conversion(5, {2, 4, 10, 20}), {5, 6, 7}), (Texts{"4", "4", "20"}));
+}
+
+TEST(Mf4Frames, readsWordsThatEndOrBeginWithANumber) {
+  MdfFileBuilder file;
+  const std::vector<std::uint64_t> words = {file.text("CAN 2"), file.text("3 wires"), file.text("none"),
+                                            file.text("CAN 9")};
+  EXPECT_EQ(busesOf(file, wordConversion(file, 7, words, {1, 2, 4}), {1, 2, 3}), (Texts{"2", "3", "9"}));
+}
+
+TEST(Mf4Frames, readsWordsOfRanges) {
+  MdfFileBuilder file;
+  const std::vector<std::uint64_t> words = {file.text("1"), file.text("2"), file.text("8")};
+  EXPECT_EQ(busesOf(file, wordConversion(file, 8, words, {0, 4, 5, 9}), {4, 5, 9, 10}), (Texts{"1", "2", "2", "8"}));
+}
+
+TEST(Mf4Frames, readsConversionsThatLeadToOthers) {
+  MdfFileBuilder file;
+  const std::uint64_t first = file.conversion(1, {10, 1});
+  const std::uint64_t otherwise = file.conversion(1, {20, 2});
+  EXPECT_EQ(busesOf(file, wordConversion(file, 7, {first, otherwise}, {1}), {1, 5}), (Texts{"11", "30"}));
+}
+
+TEST(Mf4Frames, readsNumbersOfEveryType) {
+  const auto readAs = [](std::uint8_t dataType, std::uint32_t bits, const ByteList& bytes) {
+    MdfFileBuilder file;
+    return busesOf(file, {.dataType = dataType, .bitCount = bits}, {bytes});
+  };
+  EXPECT_EQ(readAs(0, 16, {5, 0}), Texts{"5"});
+  EXPECT_EQ(readAs(1, 16, {0, 5}), Texts{"5"});
+  EXPECT_EQ(readAs(2, 16, {5, 0}), Texts{"5"});
+  EXPECT_EQ(readAs(3, 16, {0, 5}), Texts{"5"});
+  EXPECT_EQ(readAs(4, 16, {0x00, 0x45}), Texts{"5"});
+  EXPECT_EQ(readAs(4, 32, {0x00, 0x00, 0xA0, 0x40}), Texts{"5"});
+  EXPECT_EQ(readAs(5, 32, {0x40, 0xA0, 0x00, 0x00}), Texts{"5"});
+  EXPECT_EQ(readAs(4, 64, real(5.0)), Texts{"5"});
+}
+
+TEST(Mf4Frames, convertsNumbersOfEveryType) {
+  const auto readAs = [](std::uint8_t dataType, std::uint32_t bits, const ByteList& bytes) {
+    MdfFileBuilder file;
+    const std::uint64_t conversion = file.conversion(1, {8, 1});
+    return busesOf(file, {.dataType = dataType, .bitCount = bits, .conversion = conversion}, {bytes});
+  };
+  EXPECT_EQ(readAs(2, 16, {0xFF, 0xFF}), Texts{"7"});
+  EXPECT_EQ(readAs(4, 16, {0x00, 0xC5}), Texts{"3"});
+  EXPECT_EQ(readAs(4, 16, {0x00, 0x00}), Texts{"8"});
+  EXPECT_EQ(readAs(4, 32, {0x00, 0x00, 0xA0, 0xC0}), Texts{"3"});
+}
+
+TEST(Mf4Frames, readsTimesThroughOtherConversions) {
+  MdfFileBuilder file;
+  const std::uint64_t seconds = file.conversion(2, {0, 1, 0, 0, 0, 1000}, "s");
+  const std::uint64_t parts = file.channels({{.name = "ID", .byteOffset = 9, .bitCount = 32}});
+  const std::uint64_t group = file.group({.channels = file.topChannels("CAN_DataFrame", parts, seconds), .cycles = 1});
+  file.setFirstDataGroup(file.dataGroup(group, file.data(MdfFileBuilder::record(1'500, 1))));
+  EXPECT_EQ(readFile(file).frames, (Texts{"1500000000 data 0 1"}));
+}
+
 // 7 is a key and the value of another one.
 TEST(Mf4Frames, findsKeysAloneInTables) {
   MdfFileBuilder file;
