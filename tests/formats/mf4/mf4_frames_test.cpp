@@ -419,6 +419,55 @@ TEST(Mf4Frames, readsLinFramesAndEvents) {
                                           "3 lin_event 2 0 \"Receive error of 1A\""}));
 }
 
+TEST(Mf4Frames, tellOfLinIdentifiersWithTheirParity) {
+  MdfFileBuilder file;
+  const std::uint64_t parts = file.channels({
+      {.name = "ID", .byteOffset = 8},
+      {.name = "DataLength", .byteOffset = 9},
+      {.name = "DataBytes", .dataType = 10, .byteOffset = 10, .bitCount = 16},
+  });
+  const std::uint64_t group =
+      file.group({.channels = file.topChannels("LIN_Frame", parts), .cycles = 1, .dataBytes = 12, .busType = 3});
+  file.setFirstDataGroup(file.dataGroup(group, file.data(join({le(1, 8), {0xDA, 4, 0xAA, 0xBB}}))));
+  const ReadFile read = readFile(file);
+  EXPECT_EQ(read.frames, (Texts{"1 lin 0 1A dlc4 [AABB]"}));
+  EXPECT_EQ(read.account.noted(Remark::LengthGuessed).frames, 1U);
+  EXPECT_GE(read.account.noted(Remark::DetailGuessed).frames, 1U);
+}
+
+// Frames whose group does not say what they are.
+TEST(Mf4Frames, takesLongPayloadsForFdAndXl) {
+  for (const std::uint32_t length : {8U, 12U, 70U}) {
+    MdfFileBuilder file;
+    const std::uint64_t parts = file.channels({
+        {.name = "ID", .byteOffset = 8, .bitCount = 16},
+        {.name = "DataBytes", .dataType = 10, .byteOffset = 10, .bitCount = 8 * length},
+    });
+    const std::uint64_t group =
+        file.group({.channels = file.topChannels("CAN_DataFrame", parts), .cycles = 1, .dataBytes = 10 + length});
+    file.setFirstDataGroup(file.dataGroup(group, file.data(join({le(1, 8), le(5, 2), ByteList(length)}))));
+    const Texts frames = readFile(file).frames;
+    ASSERT_EQ(frames.size(), 1U);
+    const std::string expected = length == 8    ? "1 data 0 5 dlc8 ["
+                                 : length == 12 ? "1 data 0 5 FD dlc9 ["
+                                                : "1 data 0 5 XL dlc69 [";
+    EXPECT_EQ(frames.front().substr(0, expected.size()), expected);
+  }
+}
+
+// The list says where each of its blocks begins, so that a lost one leaves a gap of known length.
+TEST(Mf4Frames, goesOnAfterALostBlockOfAListWithOffsets) {
+  MdfFileBuilder file;
+  const std::uint64_t first = file.data(MdfFileBuilder::record(1'000, 1));
+  const std::uint64_t third = file.data(MdfFileBuilder::record(3'000, 3));
+  const std::uint64_t list = file.block("DL", {0, first, 0x7FFFFFF8, third},
+                                        join({le(0, 1), le(0, 3), le(3, 4), le(0, 8), le(24, 8), le(48, 8)}));
+  addGroup(file, list, 3);
+  const ReadFile read = readFile(file);
+  EXPECT_EQ(read.frames, (Texts{"1000 data 1 1 Rx dlc2 [1122]", "3000 data 1 3 Rx dlc2 [1122]"}));
+  EXPECT_GE(read.damaged() + read.cut(), 1U);
+}
+
 // A unsorted data group: frames (id 1) whose bytes are values of variable length (id 2).
 std::uint64_t addVariableGroup(MdfFileBuilder& file, const ByteList& records, std::uint64_t cycles) {
   const std::uint64_t values = file.group({.cycles = cycles, .dataBytes = 0, .recordId = 2, .flags = 1});
