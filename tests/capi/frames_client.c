@@ -207,6 +207,38 @@ static void refuse_options(void) {
   CHECK(xlatr_stream_close(stream) == XLATR_OK);
 }
 
+static void release_stream(struct ArrowArrayStream* stream) {
+  stream->release = NULL;
+}
+
+/* Targets that can't be, and a stream of nothing. */
+static void refuse_targets(void) {
+  const char* source = NULL;
+  xlatr_sink_options replace = {.size = sizeof replace, .replace = 1};
+  xlatr_job_options options = {.size = sizeof options, .sources = &source, .source_count = 1, .sink = &replace};
+  struct ArrowArrayStream nothing;
+  xlatr_sink* sink = NULL;
+  xlatr_job* job = NULL;
+  CHECK(xlatr_sink_create(in_folder("a.xyz"), NULL, NULL, &sink) == XLATR_ERROR_NOT_WRITTEN);
+  CHECK(strstr(xlatr_sink_error(sink), "names no format") != NULL && xlatr_sink_close(sink) == XLATR_OK);
+  CHECK(xlatr_sink_create(in_folder("a.blf"), NULL, NULL, &sink) == XLATR_ERROR_NOT_WRITTEN);
+  CHECK(strstr(xlatr_sink_error(sink), ".blf are not written") != NULL && xlatr_sink_close(sink) == XLATR_OK);
+  CHECK(xlatr_sink_create(in_folder("none/a.trc"), NULL, NULL, &sink) == XLATR_ERROR_SYSTEM);
+  CHECK(strstr(xlatr_sink_error(sink), "none/a.trc") != NULL && xlatr_sink_close(sink) == XLATR_OK);
+  source = in_folder("a.trc");
+  options.target = source;
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_ERROR_TARGET_IS_SOURCE);
+  CHECK(xlatr_job_close(job) == XLATR_OK);
+  options.target = in_folder("none/a.trc");
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_ERROR_SYSTEM);
+  CHECK(xlatr_job_close(job) == XLATR_OK);
+  memset(&nothing, 0, sizeof nothing);
+  nothing.release = release_stream;
+  CHECK(xlatr_sink_create(in_folder("f.csv"), NULL, &replace, &sink) == XLATR_OK);
+  CHECK(xlatr_sink_write_arrow(sink, &nothing) == XLATR_ERROR_ARGUMENT && nothing.release == NULL);
+  CHECK(strstr(xlatr_sink_error(sink), "released already") != NULL && xlatr_sink_close(sink) == XLATR_OK);
+}
+
 static int32_t count_calls(void* context, const xlatr_job_progress* progress) {
   CHECK(progress->size == sizeof *progress && progress->frames_read == 4 && progress->bytes_total > 0);
   ++*(int*)context;
@@ -410,6 +442,7 @@ int main(int argc, char** argv) {
   write_frames();
   refuse_batches();
   refuse_options();
+  refuse_targets();
   run_jobs();
   merge_streams();
   pass_arrow();

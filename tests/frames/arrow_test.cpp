@@ -563,6 +563,23 @@ TEST(ArrowImport, refusesColumnsThatBreakTheRules) {
   }
 }
 
+TEST(ArrowImport, saysLittleOfItsStream) {
+  HandMadeStream made;
+  made.add("time_ns", "l", 3, {nullptr, kTimes.data()});
+  ArrowArrayStream stream = made.stream(3);
+  const auto source = importArrow(stream);
+  EXPECT_EQ(source->bytesRead(), 0U);
+  EXPECT_EQ(source->head().places, PlaceUnit::Record);
+  EXPECT_FALSE(source->head().start.has_value());
+}
+
+TEST(ArrowImport, refusesArraysThatAreNotAsTheirSchema) {
+  HandMadeStream made;
+  made.add("time_ns", "l", 3, {nullptr, kTimes.data()});
+  ArrowArrayStream stream = made.stream(-1);
+  EXPECT_NE(importFailure(stream).find("not as its schema"), std::string::npos);
+}
+
 TEST(ArrowImport, takesNumbersOfDictionaries) {
   const std::array<std::int64_t, 2> values = {7, 9};
   const std::array<std::uint8_t, 3> indices = {1, 0, 1};
