@@ -1,6 +1,7 @@
 // Reads a trace of any format and writes the frames of one identifier into another, say ASC into TRC.
 //
-//     keep SOURCE ID TARGET
+//     keep SOURCE ID TARGET        a SOURCE of - is standard input
+#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <stdexcept>
@@ -9,6 +10,20 @@
 #include "xlatr/frames.hpp"
 
 namespace {
+
+// A file, or what another program pipes in here, which is no file but bytes in order.
+xlatr::Stream open(const std::string& source, const xlatr_stream_options& options) {
+  if (source != "-") {
+    return xlatr::Stream(source, &options);
+  }
+  xlatr::Input input;
+  input.name = "standard input";
+  input.read = [](std::uint64_t /*offset*/, void* buffer, std::uint64_t bytes) {
+    const std::size_t count = std::fread(buffer, 1, static_cast<std::size_t>(bytes), stdin);
+    return count == 0 && std::ferror(stdin) != 0 ? std::int64_t{-1} : static_cast<std::int64_t>(count);
+  };
+  return xlatr::Stream(input, &options);
+}
 
 // Returns how many frames were written.
 std::uint64_t keep(const std::string& source, std::uint32_t id, const std::string& target) {
@@ -22,7 +37,7 @@ std::uint64_t keep(const std::string& source, std::uint32_t id, const std::strin
   xlatr_stream_options options{};
   options.size = sizeof options;
   options.selection = &selection;
-  xlatr::Stream stream(source, &options);
+  xlatr::Stream stream = open(source, options);
   const xlatr_head head = stream.head();
   xlatr::Sink sink(target, &head);
   for (const xlatr::BatchView batch : stream.batches()) {

@@ -1,8 +1,10 @@
 // Calls of frames.h in any order, with any handle, live or not. The input chooses the calls and their arguments; what
 // follows them is the content of the source. Nothing may be thrown, and what is said of accounts must hold.
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string>
 #include <vector>
@@ -58,7 +60,8 @@ Record sized() {
 
 class Calls {
  public:
-  Calls(fuzz::Arguments& arguments, const fuzz::ScratchFolder& folder) : arguments_(arguments) {
+  Calls(fuzz::Arguments& arguments, std::span<const std::uint8_t> source, const fuzz::ScratchFolder& folder)
+      : arguments_(arguments), source_(source) {
     for (const char* const name : kNames) {
       paths_.push_back(folder.path(name));
     }
@@ -67,15 +70,17 @@ class Calls {
     streams_.closeAll(xlatr_stream_close);
     sinks_.closeAll(xlatr_sink_close);
     jobs_.closeAll(xlatr_job_close);
+    require(releasedInputs_ == madeInputs_);
   }
   Calls(const Calls&) = delete;
   Calls& operator=(const Calls&) = delete;
 
   void make() {
-    static constexpr std::array kCalls = {&Calls::openStream,  &Calls::merge,      &Calls::useStream, &Calls::next,
-                                          &Calls::closeStream, &Calls::createSink, &Calls::write,     &Calls::writeOwn,
-                                          &Calls::useSink,     &Calls::closeSink,  &Calls::passArrow, &Calls::createJob,
-                                          &Calls::useJob,      &Calls::runJob,     &Calls::readTables};
+    static constexpr std::array kCalls = {
+        &Calls::openStream,  &Calls::merge,      &Calls::useStream,  &Calls::next,
+        &Calls::closeStream, &Calls::createSink, &Calls::write,      &Calls::writeOwn,
+        &Calls::useSink,     &Calls::closeSink,  &Calls::passArrow,  &Calls::createJob,
+        &Calls::useJob,      &Calls::runJob,     &Calls::readTables, &Calls::openInput};
     (this->*kCalls[arguments_.choice(kCalls.size())])();
   }
 
@@ -118,6 +123,42 @@ class Calls {
     return made;
   }
 
+  // The source as bytes, of which the function hands out some at a time, or none.
+  xlatr_input input() {
+    ++madeInputs_;
+    atOnce_ = arguments_.byte();
+    auto made = sized<xlatr_input>();
+    made.context = this;
+    made.read = [](void* context, std::uint64_t offset, void* buffer, std::uint64_t bytes) {
+      return static_cast<Calls*>(context)->readSource(offset, buffer, bytes);
+    };
+    made.release = [](void* context) { ++static_cast<Calls*>(context)->releasedInputs_; };
+    made.name = arguments_.isNull() ? nullptr : path();
+    made.length = arguments_.flag() ? source_.size() : arguments_.word();
+    made.length_known = arguments_.flag() ? 1 : 0;
+    made.in_order = arguments_.flag() ? 1 : 0;
+    return made;
+  }
+  std::int64_t readSource(std::uint64_t offset, void* buffer, std::uint64_t bytes) const {
+    if (atOnce_ == 0) {
+      return -1;
+    }
+    const std::uint64_t left = source_.size() - std::min<std::uint64_t>(offset, source_.size());
+    const auto count = static_cast<std::size_t>(std::min({left, bytes, std::uint64_t{atOnce_}}));
+    if (count > 0) {
+      std::memcpy(buffer, source_.data() + offset, count);
+    }
+    return static_cast<std::int64_t>(count);
+  }
+
+  void openInput() {
+    const xlatr_input made = input();
+    auto options = sized<xlatr_stream_options>();
+    options.format = arguments_.flag() ? arguments_.format() : 0;
+    xlatr_stream* stream = nullptr;
+    xlatr_stream_open_input(&made, &options, &stream);
+    streams_.add(stream);
+  }
   void openStream() {
     xlatr_selection wanted = selection();
     xlatr_changes changed = changes();
@@ -146,6 +187,10 @@ class Calls {
       require(account.written == 0 && account.dropped <= account.read);
     }
     xlatr_stream_get_position(stream, &bytes, &size);
+    auto passedOver = sized<xlatr_passed_over>();
+    for (std::uint32_t row = 0; xlatr_stream_get_passed_over(stream, row, &passedOver) == XLATR_OK; ++row) {
+      require(passedOver.count > 0 && passedOver.name != nullptr);
+    }
     xlatr_stream_error(stream);
   }
   void next() {
@@ -236,6 +281,14 @@ class Calls {
     options.sink = &sink;
     options.selection = arguments_.flag() ? &wanted : nullptr;
     options.changes = arguments_.flag() ? &changed : nullptr;
+    std::array<const xlatr_input*, 1> inputs{};
+    xlatr_input bytes{};
+    if (arguments_.isNull()) {
+      bytes = input();
+      inputs.front() = &bytes;
+      options.inputs = inputs.data();
+      options.input_count = 1;
+    }
     xlatr_job* job = nullptr;
     xlatr_job_create(&options, &job);
     jobs_.add(job);
@@ -246,6 +299,8 @@ class Calls {
     auto progress = sized<xlatr_job_progress>();
     xlatr_job_get_head(job, &head);
     xlatr_job_get_progress(job, &progress);
+    auto passedOver = sized<xlatr_passed_over>();
+    xlatr_job_get_passed_over(job, arguments_.byte(), &passedOver);
     xlatr_job_error(job);
     if (arguments_.isNull()) {
       xlatr_job_cancel(job);
@@ -286,6 +341,10 @@ class Calls {
   }
 
   fuzz::Arguments& arguments_;
+  std::span<const std::uint8_t> source_;
+  std::uint8_t atOnce_ = 0;
+  std::size_t madeInputs_ = 0;
+  std::size_t releasedInputs_ = 0;
   std::vector<std::string> paths_;
   Handles<xlatr_stream> streams_;
   Handles<xlatr_sink> sinks_;
@@ -303,7 +362,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t calls = size / 2;
   folder.write(kNames[kSource], input.subspan(calls));
   fuzz::Arguments arguments(input.first(calls), folder);
-  Calls made(arguments, folder);
+  Calls made(arguments, input.subspan(calls), folder);
   for (std::size_t count = 0; count < kMostCalls && !arguments.atEnd(); ++count) {
     made.make();
   }

@@ -52,9 +52,10 @@ enum {
   XLATR_ERROR_TARGET_EXISTS = -6, /* and was not to be replaced */
   XLATR_ERROR_TARGET_IS_SOURCE = -7,
   XLATR_ERROR_CANCELLED = -8,
-  XLATR_ERROR_SYSTEM = -9,     /* the system refused to read or write */
-  XLATR_ERROR_MEMORY = -10,    /* the system has no memory left */
-  XLATR_ERROR_UNEXPECTED = -11 /* a state that should not occur */
+  XLATR_ERROR_SYSTEM = -9,      /* the system refused to read */
+  XLATR_ERROR_MEMORY = -10,     /* the system has no memory left */
+  XLATR_ERROR_UNEXPECTED = -11, /* a state that should not occur */
+  XLATR_ERROR_TARGET = -12      /* the system refused to write: a full disk, a folder that is not there */
 };
 
 /* What a code means, as a sentence's end. Stays for ever. Any thread. */
@@ -199,6 +200,13 @@ XLATR_API const char* xlatr_remark_name(uint32_t remark);
 XLATR_API const char* xlatr_remark_text(uint32_t remark);
 XLATR_API int32_t xlatr_remark_class(uint32_t remark);
 
+/* What is in a source and belongs to no CAN or LIN bus, each type once. The remark "other_bus" counts them all. */
+typedef struct xlatr_passed_over {
+  uint64_t size;
+  const char* name; /* "FlexRay frame (object type 41)" */
+  uint64_t count;
+} xlatr_passed_over;
+
 /* ---- what is wanted */
 
 /* Identifiers from `first` to `last`; with a mask that is not 0, those of which the bits in it are those of `first`. */
@@ -254,8 +262,26 @@ typedef struct xlatr_stream_options {
   const xlatr_changes* changes;
 } xlatr_stream_options;
 
+/* A trace that is no file: its bytes come from a function of the caller. */
+typedef struct xlatr_input {
+  uint64_t size;
+  /* Fills the buffer with bytes from this offset on and answers how many those are: at least one, but 0 at the end, and
+   * below 0 for a failure. Called on the thread that calls the library. */
+  int64_t (*read)(void* context, uint64_t offset, void* buffer, uint64_t bytes);
+  void (*release)(void* context); /* called once, when the library needs the context no more; may be null */
+  void* context;
+  const char* name; /* stands for the path in heads and failures; its extension breaks ties as a path's does. May be
+                       null */
+  uint64_t length;  /* of all bytes */
+  uint32_t length_known;
+  uint32_t in_order; /* 1: each byte can be read once, in order, such as those of a pipe. MF4 and BTR are not read so */
+} xlatr_input;
+
 /* Opens a file. `options` may be null. */
 XLATR_API xlatr_code xlatr_stream_open(const char* path, const xlatr_stream_options* options, xlatr_stream** stream);
+/* The same for what is no file. The input is released by the end of the stream, or at once if the function fails. */
+XLATR_API xlatr_code xlatr_stream_open_input(const xlatr_input* input, const xlatr_stream_options* options,
+                                             xlatr_stream** stream);
 /* Several streams as one, by time, counted from the earliest start if all state one. The streams become parts of the
  * new one: their handles are closed, unless the function fails. */
 XLATR_API xlatr_code xlatr_stream_merge(xlatr_stream** streams, uint32_t count, xlatr_stream** merged);
@@ -264,7 +290,9 @@ XLATR_API xlatr_code xlatr_stream_get_head(xlatr_stream* stream, xlatr_head* hea
 XLATR_API xlatr_code xlatr_stream_next(xlatr_stream* stream, xlatr_batch* batch);
 /* What was read so far. Nothing of it is written: read = dropped, by the selection, + what the batches held. */
 XLATR_API xlatr_code xlatr_stream_get_account(xlatr_stream* stream, xlatr_account* account);
-/* Of the file, in bytes: what was read, and its size. */
+/* The types that were passed over so far, by a number from 0; XLATR_END beyond the last. */
+XLATR_API xlatr_code xlatr_stream_get_passed_over(xlatr_stream* stream, uint32_t row, xlatr_passed_over* passed_over);
+/* Of the file, in bytes: what was read, and its size, which is 0 if nobody knows it. */
 XLATR_API xlatr_code xlatr_stream_get_position(xlatr_stream* stream, uint64_t* bytes, uint64_t* size);
 /* The text of the last failure of the handle; "" if there was none, null for what is no handle. */
 XLATR_API const char* xlatr_stream_error(xlatr_stream* stream);
@@ -285,7 +313,8 @@ typedef struct xlatr_sink_options {
   const char* separator; /* of a CSV target of version 1.0; null: ";" */
 } xlatr_sink_options;
 
-/* Creates a file. `head`, which says when the trace started, and `options` may be null. */
+/* Creates a file, which has another name until it is finished: under its own there is the old file, or none, before.
+ * `head`, which says when the trace started, and `options` may be null. */
 XLATR_API xlatr_code xlatr_sink_create(const char* path, const xlatr_head* head, const xlatr_sink_options* options,
                                        xlatr_sink** sink);
 /* Of the batch, the text must be UTF-8 and every column but the last ones must be there; a batch that breaks this is
@@ -295,7 +324,7 @@ XLATR_API xlatr_code xlatr_sink_get_account(xlatr_sink* sink, xlatr_account* acc
 XLATR_API const char* xlatr_sink_error(xlatr_sink* sink);
 /* Finishes the file. The handle stays, for the account and the text of a failure. */
 XLATR_API xlatr_code xlatr_sink_finish(xlatr_sink* sink);
-/* A sink that is not finished leaves no file. */
+/* A sink that is not finished leaves no file, or the one that was there before. */
 XLATR_API xlatr_code xlatr_sink_close(xlatr_sink* sink);
 
 /* ---- jobs */
@@ -326,11 +355,15 @@ typedef struct xlatr_job_options {
   const xlatr_changes* changes;
   xlatr_progress_function progress; /* may be null */
   void* context;
+  const xlatr_input* const* inputs; /* sources that are no files, besides those that are */
+  uint32_t input_count;
 } xlatr_job_options;
 
-/* Takes a copy of all that the options hold; nothing is opened yet. */
+/* Takes a copy of all that the options hold; nothing is opened yet. The inputs are released by the end of the job, or
+ * at once if the function fails. */
 XLATR_API xlatr_code xlatr_job_create(const xlatr_job_options* options, xlatr_job** job);
-/* Runs to the end, on this thread. A job that failed or was cancelled leaves no target. A job runs once. */
+/* Runs to the end, on this thread. A job that failed or was cancelled leaves no target, or the one that was
+ * there before. A job runs once. */
 XLATR_API xlatr_code xlatr_job_run(xlatr_job* job);
 /* The job ends soon with XLATR_ERROR_CANCELLED, or at once when it is started. Any thread. */
 XLATR_API xlatr_code xlatr_job_cancel(xlatr_job* job);
@@ -339,6 +372,7 @@ XLATR_API xlatr_code xlatr_job_get_progress(xlatr_job* job, xlatr_job_progress* 
 /* After the end. */
 XLATR_API xlatr_code xlatr_job_get_head(xlatr_job* job, xlatr_head* head);
 XLATR_API xlatr_code xlatr_job_get_account(xlatr_job* job, xlatr_account* account);
+XLATR_API xlatr_code xlatr_job_get_passed_over(xlatr_job* job, uint32_t row, xlatr_passed_over* passed_over);
 XLATR_API const char* xlatr_job_error(xlatr_job* job);
 XLATR_API xlatr_code xlatr_job_close(xlatr_job* job);
 

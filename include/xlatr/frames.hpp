@@ -132,7 +132,33 @@ class BatchView {
   return account;
 }
 
+// A trace that is no file. `read` answers as xlatr_input's function does, and must not throw.
+struct Input {
+  using Read = std::function<std::int64_t(std::uint64_t offset, void* buffer, std::uint64_t bytes)>;
+
+  Read read;
+  std::string name = {};                     // stands for the path
+  std::optional<std::uint64_t> length = {};  // of all bytes
+  bool inOrder = true;                       // each byte can be read once, such as those of a pipe
+};
+
 namespace detail {
+
+// The record of an input, which owns what it reads with.
+[[nodiscard]] inline xlatr_input recordOf(const Input& input) {
+  xlatr_input record{};
+  record.size = sizeof record;
+  record.context = new Input::Read(input.read);
+  record.read = [](void* context, std::uint64_t offset, void* buffer, std::uint64_t bytes) {
+    return (*static_cast<Input::Read*>(context))(offset, buffer, bytes);
+  };
+  record.release = [](void* context) { delete static_cast<Input::Read*>(context); };
+  record.name = input.name.empty() ? nullptr : input.name.c_str();
+  record.length = input.length.value_or(0);
+  record.length_known = input.length ? 1 : 0;
+  record.in_order = input.inOrder ? 1 : 0;
+  return record;
+}
 
 struct CloseStream {
   void operator()(xlatr_stream* stream) const { xlatr_stream_close(stream); }
@@ -156,6 +182,15 @@ class Stream {
   explicit Stream(const std::string& path, const xlatr_stream_options* options = nullptr) {
     xlatr_stream* handle = nullptr;
     const xlatr_code code = xlatr_stream_open(path.c_str(), options, &handle);
+    handle_.reset(handle);
+    require(code);
+    batch_->size = sizeof *batch_;
+  }
+
+  explicit Stream(const Input& input, const xlatr_stream_options* options = nullptr) {
+    const xlatr_input record = detail::recordOf(input);
+    xlatr_stream* handle = nullptr;
+    const xlatr_code code = xlatr_stream_open_input(&record, options, &handle);
     handle_.reset(handle);
     require(code);
     batch_->size = sizeof *batch_;

@@ -120,7 +120,7 @@ JobSettings settingsOf(const xlatr_job_options& options) {
     if (path == nullptr) {
       refuse("sources: a path is null");
     }
-    settings.sources.push_back({path, options.source_format});
+    settings.sources.push_back({std::string(path), options.source_format});
   }
   settings.target = options.target == nullptr ? "" : options.target;
   SinkTarget target = targetOf(options.sink);

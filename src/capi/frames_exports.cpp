@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "capi/caller_input.hpp"
 #include "capi/frame_handles.hpp"
 #include "capi/frame_records.hpp"
 #include "frames/arrow_export.hpp"
@@ -18,10 +19,11 @@
 #include "frames/frame_failure.hpp"
 #include "frames/frame_job.hpp"
 #include "frames/merged_frames.hpp"
+#include "frames/target_file.hpp"
 #include "frames/trace_file.hpp"
 #include "frames/wanted_frames.hpp"
 #include "io/format.hpp"
-#include "platform/files.hpp"
+#include "io/input_file.hpp"
 #include "util/mutex.hpp"
 #include "xlatr/frames.h"
 
@@ -40,6 +42,8 @@ xlatr_code codeOf(FrameProblem problem) {
       return XLATR_ERROR_TARGET_EXISTS;
     case FrameProblem::TargetIsSource:
       return XLATR_ERROR_TARGET_IS_SOURCE;
+    case FrameProblem::TargetRefused:
+      return XLATR_ERROR_TARGET;
     case FrameProblem::Cancelled:
       return XLATR_ERROR_CANCELLED;
     case FrameProblem::BadArgument:
@@ -95,23 +99,13 @@ struct Stream {
   std::unique_ptr<FrameSource> source;
   FrameBatch batch;
   Account account;
-  std::uint64_t fileSize = 0;
+  std::vector<PassedOver> passedOver;  // as told last
+  std::uint64_t size = 0;              // of what is read; 0 if nobody knows
 };
 
 struct Sink {
-  ~Sink() {
-    if (sink != nullptr) {
-      sink.reset();
-      platform::removeFile(path);
-    }
-  }
-  Sink() = default;
-  Sink(const Sink&) = delete;
-  Sink& operator=(const Sink&) = delete;
-
   std::string error;
-  std::string path;
-  std::unique_ptr<FrameSink> sink;  // null if creating failed, and once it is finished
+  std::unique_ptr<TargetFile> target;  // null if creating failed, and once it is finished
   FrameBatch batch;
   Account account;
 };
@@ -175,6 +169,16 @@ xlatr_code give(const Record& record, Record* caller) {
   return writeRecord(record, caller) ? XLATR_OK : XLATR_ERROR_ARGUMENT;
 }
 
+xlatr_code giveRow(const std::vector<PassedOver>& rows, std::uint32_t row, xlatr_passed_over* caller) {
+  if (row >= rows.size()) {
+    return XLATR_END;
+  }
+  xlatr_passed_over record{};
+  record.name = rows[row].name.c_str();
+  record.count = rows[row].count;
+  return give(record, caller);
+}
+
 // Makes a handle for an object that is about to be opened by `open`, which may fail: the handle then tells why.
 template <class Handle, class Object, typename Open>
 xlatr_code openHandle(HandleTable<Handle, Object>& handles, Handle** out, Open open) noexcept {
@@ -207,17 +211,16 @@ FrameSource& sourceOf(const Stream& stream) {
   return *stream.source;
 }
 
-xlatr_code openStream(Stream& stream, const char* path, const xlatr_stream_options* options) {
+xlatr_code openStream(Stream& stream, const InputSource& input, const xlatr_stream_options* options) {
   xlatr_stream_options known;
   if (!readRecord(options, known)) {
     refuse("options: the record does not begin with its size");
   }
-  const std::string name = pathOf(path);
   FrameSelection selection = selectionOf(known.selection);
   FrameChanges changes = changesOf(known.changes);
-  auto source = openTrace(name, known.format);
+  auto source = openTrace(input, known.format);
   stream.source = std::make_unique<WantedFrames>(std::move(source), std::move(selection), std::move(changes));
-  stream.fileSize = platform::fileSize(name);
+  stream.size = input.size().value_or(0);
   return XLATR_OK;
 }
 
@@ -238,7 +241,7 @@ xlatr_code mergeStreams(Stream& merged, xlatr_stream** parts, std::uint32_t coun
   sources.reserve(count);
   for (std::uint32_t at = 0; at < count; ++at) {
     sources.push_back(std::move(objects[at]->source));
-    merged.fileSize += objects[at]->fileSize;
+    merged.size += objects[at]->size;
     merged.account.add(objects[at]->account);
     static_cast<void>(streams().remove(parts[at]));
   }
@@ -259,27 +262,23 @@ xlatr_code readNext(Stream& stream, xlatr_batch* out) {
 
 // ---- sinks
 
-FrameSink& sinkOf(const Sink& sink) {
-  if (sink.sink == nullptr) {
+TargetFile& openTargetOf(const Sink& sink) {
+  if (sink.target == nullptr) {
     refuse("the sink was not created, or is finished");
   }
-  return *sink.sink;
+  return *sink.target;
 }
 
 xlatr_code createSink(Sink& sink, const char* path, const xlatr_head* head, const xlatr_sink_options* options) {
-  const std::string name = pathOf(path);
-  const SinkTarget target = targetOf(options);
-  const StreamHead start = headOf(head);
-  if (!target.replaces && platform::fileExists(name)) {
-    throw FrameFailure(FrameProblem::TargetExists, name + ": the file exists and is not to be replaced");
-  }
-  sink.sink = createTrace(name, target.format, start, target.settings);
-  sink.path = name;
+  const SinkTarget wanted = targetOf(options);
+  auto target = std::make_unique<TargetFile>(pathOf(path), wanted.replaces);
+  target->create(wanted.format, headOf(head), wanted.settings);
+  sink.target = std::move(target);
   return XLATR_OK;
 }
 
 xlatr_code writeBatch(Sink& sink, const xlatr_batch* caller) {
-  FrameSink& target = sinkOf(sink);
+  TargetFile& target = openTargetOf(sink);
   xlatr_batch batch;
   if (caller == nullptr || !readRecord(caller, batch)) {
     refuse("batch: there is none, or the record does not begin with its size");
@@ -297,7 +296,7 @@ xlatr_code writeBatch(Sink& sink, const xlatr_batch* caller) {
 }
 
 xlatr_code writeArrow(Sink& sink, FrameSource& source) {
-  FrameSink& target = sinkOf(sink);
+  TargetFile& target = openTargetOf(sink);
   sink.batch.clear();
   while (source.read(sink.batch, sink.account)) {
     target.write(sink.batch, sink.account);
@@ -308,12 +307,26 @@ xlatr_code writeArrow(Sink& sink, FrameSource& source) {
 
 // ---- jobs
 
-xlatr_code createJob(Job& job, const xlatr_job_options* options) {
+// Before anything can fail, so that all are released.
+void takeInputs(const xlatr_job_options* options, std::vector<CallerInput>& inputs) {
+  xlatr_job_options known;
+  if (readRecord(options, known) && known.inputs != nullptr) {
+    inputs.reserve(known.input_count);
+    for (std::uint32_t at = 0; at < known.input_count; ++at) {
+      inputs.emplace_back(known.inputs[at]);
+    }
+  }
+}
+
+xlatr_code createJob(Job& job, const xlatr_job_options* options, std::vector<CallerInput>& inputs) {
   xlatr_job_options known;
   if (options == nullptr || !readRecord(options, known)) {
     refuse("options: there are none, or the record does not begin with its size");
   }
   job.settings = settingsOf(known);
+  for (CallerInput& input : inputs) {
+    job.settings.sources.push_back({std::move(input).source(), known.source_format});
+  }
   job.callback = known.progress;
   job.context = known.context;
   return XLATR_OK;
@@ -438,7 +451,9 @@ const char* xlatr_code_text(xlatr_code code) {
     case XLATR_ERROR_CANCELLED:
       return "it was cancelled";
     case XLATR_ERROR_SYSTEM:
-      return "the system refused";
+      return "the system refused to read the source";
+    case XLATR_ERROR_TARGET:
+      return "the system refused to write the target";
     case XLATR_ERROR_MEMORY:
       return "there is no memory left";
     default:
@@ -467,7 +482,15 @@ std::int32_t xlatr_remark_class(std::uint32_t remark) {
 }
 
 xlatr_code xlatr_stream_open(const char* path, const xlatr_stream_options* options, xlatr_stream** stream) {
-  return openHandle(streams(), stream, [&](Stream& opened) { return openStream(opened, path, options); });
+  return openHandle(streams(), stream,
+                    [&](Stream& opened) { return openStream(opened, std::string(pathOf(path)), options); });
+}
+
+xlatr_code xlatr_stream_open_input(const xlatr_input* input, const xlatr_stream_options* options,
+                                   xlatr_stream** stream) {
+  CallerInput taken(input);
+  return openHandle(streams(), stream,
+                    [&](Stream& opened) { return openStream(opened, std::move(taken).source(), options); });
 }
 
 xlatr_code xlatr_stream_merge(xlatr_stream** parts, std::uint32_t count, xlatr_stream** merged) {
@@ -486,13 +509,20 @@ xlatr_code xlatr_stream_get_account(xlatr_stream* stream, xlatr_account* account
   return with(streams(), stream, [&](Stream& open) { return give(recordOf(open.account), account); });
 }
 
+xlatr_code xlatr_stream_get_passed_over(xlatr_stream* stream, std::uint32_t row, xlatr_passed_over* passedOver) {
+  return with(streams(), stream, [&](Stream& open) {
+    open.passedOver = sourceOf(open).passedOver();
+    return giveRow(open.passedOver, row, passedOver);
+  });
+}
+
 xlatr_code xlatr_stream_get_position(xlatr_stream* stream, std::uint64_t* bytes, std::uint64_t* size) {
   return with(streams(), stream, [&](Stream& open) {
     if (bytes == nullptr || size == nullptr) {
       return XLATR_ERROR_ARGUMENT;
     }
     *bytes = sourceOf(open).bytesRead();
-    *size = open.fileSize;
+    *size = open.size;
     return XLATR_OK;
   });
 }
@@ -524,8 +554,9 @@ const char* xlatr_sink_error(xlatr_sink* sink) {
 
 xlatr_code xlatr_sink_finish(xlatr_sink* sink) {
   return with(sinks(), sink, [](Sink& open) {
-    sinkOf(open).close();
-    open.sink.reset();
+    static_cast<void>(openTargetOf(open));
+    const std::unique_ptr<TargetFile> target = std::move(open.target);  // finished, even if it fails
+    target->finish();
     return XLATR_OK;
   });
 }
@@ -535,7 +566,13 @@ xlatr_code xlatr_sink_close(xlatr_sink* sink) {
 }
 
 xlatr_code xlatr_job_create(const xlatr_job_options* options, xlatr_job** job) {
-  return openHandle(jobs(), job, [&](Job& created) { return createJob(created, options); });
+  std::vector<CallerInput> inputs;
+  const xlatr_code taken = answer([&] {
+    takeInputs(options, inputs);
+    return XLATR_OK;
+  });
+  return taken != XLATR_OK ? taken
+                           : openHandle(jobs(), job, [&](Job& created) { return createJob(created, options, inputs); });
 }
 
 xlatr_code xlatr_job_run(xlatr_job* job) {
@@ -568,6 +605,10 @@ xlatr_code xlatr_job_get_account(xlatr_job* job, xlatr_account* account) {
   return with(jobs(), job, [&](Job& open) { return give(recordOf(open.report.account), account); });
 }
 
+xlatr_code xlatr_job_get_passed_over(xlatr_job* job, std::uint32_t row, xlatr_passed_over* passedOver) {
+  return with(jobs(), job, [&](Job& open) { return giveRow(open.report.passedOver, row, passedOver); });
+}
+
 const char* xlatr_job_error(xlatr_job* job) {
   return errorOf(jobs(), job);
 }
@@ -589,7 +630,7 @@ xlatr_code xlatr_get_format(const char* path, TraceFormat* format) {
       return XLATR_ERROR_ARGUMENT;
     }
     *format = XLATR_FORMAT_NONE;
-    *format = formatOfFile(pathOf(path)).format;
+    *format = formatOfTrace(std::string(pathOf(path))).format;
     return XLATR_OK;
   });
 }

@@ -1,5 +1,5 @@
-// Why a trace can't be opened, written or converted. What the system refuses is a std::ios_base::failure; what stands
-// in a file is none of these.
+// Why a trace can't be opened, written or converted. What the system refuses of a source is a
+// std::ios_base::failure; what stands in a file is none of these.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,7 @@ enum class FrameProblem : std::uint8_t {
   NotWritten,      // the format has no writer, or the version is none of its
   TargetExists,    // and must not be replaced
   TargetIsSource,  // the same file by any name
+  TargetRefused,   // by the system: a full disk, a folder that is not there, no permission
   Cancelled,
   BadArgument,
 };

@@ -9,6 +9,7 @@
 
 #include "frames/frame_failure.hpp"
 #include "frames/merged_frames.hpp"
+#include "frames/target_file.hpp"
 #include "frames/trace_file.hpp"
 #include "platform/files.hpp"
 
@@ -22,7 +23,7 @@ std::unique_ptr<FrameSource> openSources(const std::vector<JobSource>& sources) 
   std::vector<std::unique_ptr<FrameSource>> opened;
   opened.reserve(sources.size());
   for (const JobSource& source : sources) {
-    opened.push_back(openTrace(source.path, source.format));
+    opened.push_back(openTrace(source.input, source.format));
   }
   if (opened.size() == 1) {
     return std::move(opened.front());
@@ -35,59 +36,16 @@ bool isSameFile(const std::string& one, const std::string& other) {
   return std::filesystem::equivalent(one, other, ignored);
 }
 
-void requireUsableTarget(const JobSettings& settings) {
-  if (settings.target.empty()) {
-    throw FrameFailure(FrameProblem::BadArgument, "there is no target");
-  }
-  for (const JobSource& source : settings.sources) {
-    if (isSameFile(source.path, settings.target)) {
-      throw FrameFailure(FrameProblem::TargetIsSource,
-                         settings.target + ": the target is the source; choose another name");
-    }
-  }
-  if (!settings.replacesTarget && platform::fileExists(settings.target)) {
-    throw FrameFailure(FrameProblem::TargetExists, settings.target + ": the file exists and is not to be replaced");
+void requireOtherTarget(const JobSettings& settings) {
+  const auto isTarget = [&settings](const JobSource& source) {
+    return source.input.bytes() == nullptr && isSameFile(source.input.name(), settings.target);
+  };
+  if (platform::kindOfPath(settings.target) == platform::PathKind::File &&
+      std::ranges::any_of(settings.sources, isTarget)) {
+    throw FrameFailure(FrameProblem::TargetIsSource,
+                       settings.target + ": the target is the source; choose another name");
   }
 }
-
-// A file that is removed again unless it becomes whole.
-class TargetFile {
- public:
-  explicit TargetFile(std::string path) : path_(std::move(path)) {}
-  TargetFile(const TargetFile&) = delete;
-  TargetFile& operator=(const TargetFile&) = delete;
-  ~TargetFile() {
-    sink_.reset();
-    if (created_ && !whole_) {
-      platform::removeFile(path_);
-    }
-  }
-
-  [[nodiscard]] bool isOpen() const { return sink_ != nullptr; }
-  void open(const JobSettings& settings, const StreamHead& head) {
-    const bool existed = platform::fileExists(path_);
-    try {
-      sink_ = createTrace(path_, settings.targetFormat, head, settings.sink);
-    } catch (const FrameFailure&) {
-      throw;
-    } catch (...) {
-      created_ = !existed && platform::fileExists(path_);
-      throw;
-    }
-    created_ = true;
-  }
-  void write(const FrameBatch& batch, Account& account) { sink_->write(batch, account); }
-  void close() {
-    sink_->close();
-    whole_ = true;
-  }
-
- private:
-  std::string path_;
-  std::unique_ptr<FrameSink> sink_;
-  bool created_ = false;
-  bool whole_ = false;
-};
 
 class Clock {
  public:
@@ -103,15 +61,15 @@ class Clock {
 
 JobReport runJob(const JobSettings& settings, const JobProgressFunction& progress) {
   const Clock clock;
-  requireUsableTarget(settings);
+  requireOtherTarget(settings);
+  TargetFile target(settings.target, settings.replacesTarget);
   WantedFrames source(openSources(settings.sources), settings.selection, settings.changes);
-  TargetFile target(settings.target);
   JobReport report;
   report.head = source.head();
   for (const JobSource& from : settings.sources) {
-    report.progress.bytesTotal += platform::fileSize(from.path);
+    report.progress.bytesTotal += from.input.size().value_or(0);
   }
-  target.open(settings, report.head);
+  target.create(settings.targetFormat, report.head, settings.sink);
   FrameBatch batch;
   while (source.read(batch, report.account)) {
     target.write(batch, report.account);
@@ -123,7 +81,8 @@ JobReport runJob(const JobSettings& settings, const JobProgressFunction& progres
       throw FrameFailure(FrameProblem::Cancelled, settings.target + ": the conversion was cancelled");
     }
   }
-  target.close();
+  target.finish();
+  report.passedOver = source.passedOver();
   return report;
 }
 

@@ -11,13 +11,14 @@
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
 #include "frames/wanted_frames.hpp"
+#include "io/input_file.hpp"
 #include "xlatr/xlatr.h"
 
 namespace xlatr {
 
-// One file or another source of frames.
+// One file, or other bytes of a trace.
 struct JobSource {
-  std::string path;
+  InputSource input;
   TraceFormat format = XLATR_FORMAT_NONE;  // NONE: that of its content
 };
 
@@ -44,11 +45,12 @@ using JobProgressFunction = std::function<bool(const JobProgress&)>;
 struct JobReport {
   StreamHead head = {};  // of the source, or of all sources merged
   Account account = {};
+  std::vector<PassedOver> passedOver = {};
   JobProgress progress = {};
 };
 
-// Runs to its end. Raises a FrameFailure or a std::ios_base::failure; the target is removed then, if it was created.
-// May run on several threads at once, each with its own target. `progress` may be empty.
+// Runs to its end. Raises a FrameFailure or a std::ios_base::failure; the target is then as it was before, or not
+// there. May run on several threads at once, each with its own target. `progress` may be empty.
 [[nodiscard]] JobReport runJob(const JobSettings& settings, const JobProgressFunction& progress = {});
 
 }  // namespace xlatr

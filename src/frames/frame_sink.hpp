@@ -12,6 +12,7 @@ namespace xlatr {
 
 // How a target is written. What a format has no use for is ignored.
 struct SinkSettings {
+  std::string name = {};        // for the user, of a file that is written under another one; empty for the path
   double version = 0.0;         // 0: what the format writes when no version is asked for
   std::string separator = ";";  // of a CSV target of version 1.0
   bool zipped = false;          // of an MF4 target

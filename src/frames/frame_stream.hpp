@@ -33,7 +33,7 @@ enum class PlaceUnit : std::uint8_t { Line, Record };
 
 // What a stream says before its first frame.
 struct StreamHead {
-  std::string path = {};  // empty for what is no file
+  std::string path = {};  // or the name of other bytes; empty for what is no trace
   TraceFormat format = XLATR_FORMAT_NONE;
   double version = 0.0;
   std::string producer = {};

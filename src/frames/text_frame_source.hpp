@@ -34,7 +34,8 @@ struct SemicolonComments {
 template <class Lines>
 class TextFrameSource final : public FrameSource {
  public:
-  explicit TextFrameSource(const std::string& path, Lines lines = Lines()) : input_(path), lines_(std::move(lines)) {
+  explicit TextFrameSource(const InputSource& source, Lines lines = Lines())
+      : input_(source), lines_(std::move(lines)) {
     std::string_view line;
     while (input_.next(line)) {
       ++line_;
@@ -47,7 +48,7 @@ class TextFrameSource final : public FrameSource {
         break;
       }
     }
-    head_.path = path;
+    head_.path = source.name();
     lines_.takeHead(head_);
   }
 

@@ -8,7 +8,6 @@
 
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_failure.hpp"
-#include "platform/files.hpp"
 #include "util/paths.hpp"
 #include "util/render.hpp"
 
@@ -17,10 +16,14 @@ namespace {
 
 constexpr std::size_t kStart = 4096;  // enough for the head of any text trace
 
-std::string startOfFile(const std::string& path) {
+std::string startOf(const InputSource& input) {
   std::string start(kStart, '\0');
-  platform::File file = platform::File::openForReading(path);
-  start.resize(file.read(start));
+  InputFile file(input);
+  std::size_t size = 0;
+  for (std::size_t count = 1; count > 0 && size < start.size(); size += count) {
+    count = file.read(std::span(start).subspan(size));
+  }
+  start.resize(size);
   return start;
 }
 
@@ -57,9 +60,9 @@ std::string_view looksOf(std::string_view start) {
   return std::ranges::all_of(start, isText) ? "a text of another kind" : "a binary file of another kind";
 }
 
-void requireFile(const std::string& path) {
-  if (!platform::fileExists(path)) {
-    throw FrameFailure(FrameProblem::NotFound, path + ": there is no such file");
+void requireInput(const InputSource& input) {
+  if (!input.exists()) {
+    throw FrameFailure(FrameProblem::NotFound, input.name() + ": there is no such file");
   }
 }
 
@@ -77,10 +80,10 @@ std::string versionsOf(std::span<const FrameCapacity> capacities) {
 
 }  // namespace
 
-const FormatDescriptor& formatOfFile(const std::string& path) {
-  requireFile(path);
-  const std::string start = startOfFile(path);
-  const FormatDescriptor& byName = formatOf(formatOfPath(path));
+const FormatDescriptor& formatOfTrace(const InputSource& input) {
+  requireInput(input);
+  const std::string start = startOf(input);
+  const FormatDescriptor& byName = formatOf(formatOfPath(input.name()));
   const auto recognises = [&start](const FormatDescriptor& format) {
     return format.openFrames != nullptr && format.recognises != nullptr && format.recognises(start);
   };
@@ -92,26 +95,27 @@ const FormatDescriptor& formatOfFile(const std::string& path) {
     return **found;
   }
   if (start.empty()) {
-    throw FrameFailure(FrameProblem::NotATrace, path + ": the file is empty");
+    throw FrameFailure(FrameProblem::NotATrace, input.name() + ": the file is empty");
   }
   throw FrameFailure(FrameProblem::NotATrace,
-                     path + ": this is no trace, but looks like " + std::string(looksOf(start)));
+                     input.name() + ": this is no trace, but looks like " + std::string(looksOf(start)));
 }
 
-std::unique_ptr<FrameSource> openTrace(const std::string& path, TraceFormat format) {
-  requireFile(path);
-  if (format == XLATR_FORMAT_NONE) {
-    return formatOfFile(path).openFrames(path);
-  }
-  const FormatDescriptor& known = formatOf(format);
+std::unique_ptr<FrameSource> openTrace(const InputSource& input, TraceFormat format) {
+  requireInput(input);
+  const FormatDescriptor& known = format == XLATR_FORMAT_NONE ? formatOfTrace(input) : formatOf(format);
   if (known.openFrames == nullptr) {
-    throw FrameFailure(FrameProblem::BadArgument, path + ": there is no such format of traces");
+    throw FrameFailure(FrameProblem::BadArgument, input.name() + ": there is no such format of traces");
   }
-  return known.openFrames(path);
+  if (!known.readsInOrder && !input.size()) {
+    throw FrameFailure(FrameProblem::BadArgument, input.name() + ": files of the format " +
+                                                      std::string(known.extension) +
+                                                      " are not read in order: save it to a file first");
+  }
+  return known.openFrames(input);
 }
 
-std::unique_ptr<FrameSink> createTrace(const std::string& path, TraceFormat format, const StreamHead& head,
-                                       const SinkSettings& settings) {
+TraceFormat writableFormat(const std::string& path, TraceFormat format, double version) {
   const FormatDescriptor& known = formatOf(format == XLATR_FORMAT_NONE ? formatOfPath(path) : format);
   if (known.createFrames == nullptr) {
     const std::string reason = known.format == XLATR_FORMAT_NONE
@@ -120,13 +124,17 @@ std::unique_ptr<FrameSink> createTrace(const std::string& path, TraceFormat form
     throw FrameFailure(FrameProblem::NotWritten, path + ": " + reason);
   }
   const std::span<const FrameCapacity> capacities = known.frameCapacities();
-  if (settings.version != 0.0 &&
-      std::ranges::find(capacities, settings.version, &FrameCapacity::version) == capacities.end()) {
-    throw FrameFailure(FrameProblem::NotWritten, path + ": there is no version " + versionText(settings.version) +
-                                                     " of " + std::string(known.extension) + "; there are " +
+  if (version != 0.0 && std::ranges::find(capacities, version, &FrameCapacity::version) == capacities.end()) {
+    throw FrameFailure(FrameProblem::NotWritten, path + ": there is no version " + versionText(version) + " of " +
+                                                     std::string(known.extension) + "; there are " +
                                                      versionsOf(capacities));
   }
-  return known.createFrames(path, head, settings);
+  return known.format;
+}
+
+std::unique_ptr<FrameSink> createTrace(const std::string& path, TraceFormat format, const StreamHead& head,
+                                       const SinkSettings& settings) {
+  return formatOf(writableFormat(path, format, settings.version)).createFrames(path, head, settings);
 }
 
 }  // namespace xlatr

@@ -4,8 +4,8 @@
 
 namespace xlatr {
 
-BlockInput::BlockInput(const std::string& path)
-    : file_(platform::File::openForReading(path)), buffer_(std::make_unique_for_overwrite<std::uint8_t[]>(kCapacity)) {}
+BlockInput::BlockInput(const InputSource& source)
+    : file_(source), buffer_(std::make_unique_for_overwrite<std::uint8_t[]>(kCapacity)) {}
 
 void BlockInput::seek(std::uint64_t offset) {
   file_.seek(offset);

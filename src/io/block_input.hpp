@@ -5,9 +5,8 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
 
-#include "platform/files.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -18,7 +17,7 @@ class BlockInput {
   // The most bytes that peek can show at once.
   static constexpr std::size_t kCapacity = std::size_t{256} * 1024;
 
-  explicit BlockInput(const std::string& path);
+  explicit BlockInput(const InputSource& source);
 
   // Goes on reading at this offset in bytes, which may lie beyond the end of the file.
   void seek(std::uint64_t offset);
@@ -41,7 +40,7 @@ class BlockInput {
  private:
   void fill(std::size_t count);
 
-  platform::File file_;
+  InputFile file_;
   std::unique_ptr<std::uint8_t[]> buffer_;
   std::size_t begin_ = 0;  // first byte not handed out
   std::size_t end_ = 0;    // after the last byte held

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "io/input_file.hpp"
 #include "xlatr/xlatr.h"
 
 namespace xlatr {
@@ -81,9 +82,11 @@ struct FormatDescriptor {
   // The complete way: what the files of each version that it writes can hold, the frames of a file, and a file of
   // frames. Null for what a format does not have.
   std::span<const FrameCapacity> (*frameCapacities)() = nullptr;
+  // Whether its files are read from their first byte to their last one, so that they may come from a pipe.
+  bool readsInOrder = false;
   // Whether a file may be of the format, by its first 4 KiB.
   bool (*recognises)(std::string_view start) = nullptr;
-  std::unique_ptr<FrameSource> (*openFrames)(const std::string& path) = nullptr;
+  std::unique_ptr<FrameSource> (*openFrames)(const InputSource& input) = nullptr;
   std::unique_ptr<FrameSink> (*createFrames)(const std::string& path, const StreamHead& head,
                                              const SinkSettings& settings) = nullptr;
 

@@ -9,10 +9,8 @@ constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 
 }  // namespace
 
-LineInput::LineInput(const std::string& path)
-    : file_(platform::File::openForReading(path)),
-      buffer_(std::make_unique_for_overwrite<char[]>(kBlockSize)),
-      capacity_(kBlockSize) {}
+LineInput::LineInput(const InputSource& source)
+    : file_(source), buffer_(std::make_unique_for_overwrite<char[]>(kBlockSize)), capacity_(kBlockSize) {}
 
 void LineInput::seek(std::uint64_t offset) {
   file_.seek(offset);

@@ -3,10 +3,9 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <string_view>
 
-#include "platform/files.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -14,7 +13,7 @@ namespace xlatr {
 // is longer. One thread at a time. Failures are std::ios_base::failure.
 class LineInput {
  public:
-  explicit LineInput(const std::string& path);
+  explicit LineInput(const InputSource& source);
 
   // Goes on reading at this offset in bytes.
   void seek(std::uint64_t offset);
@@ -29,7 +28,7 @@ class LineInput {
  private:
   [[nodiscard]] bool refill();
 
-  platform::File file_;
+  InputFile file_;
   std::unique_ptr<char[]> buffer_;
   std::size_t capacity_;
   std::size_t begin_ = 0;    // first byte not handed out

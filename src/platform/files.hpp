@@ -10,10 +10,18 @@ namespace xlatr::platform {
 
 // Whether there is something at the path that can hold data: a file or a device, but no folder.
 [[nodiscard]] bool fileExists(const std::string& path);
+// What stands at a path. A device is all that is neither a file nor a folder, such as a pipe.
+enum class PathKind : std::uint8_t { Nothing, File, Folder, Device };
+[[nodiscard]] PathKind kindOfPath(const std::string& path);
+// The path itself if there are no links in it, or if there is nothing behind them.
+[[nodiscard]] std::string pathBehindLinks(const std::string& path);
 // Bytes; 0 if the system does not say.
 [[nodiscard]] std::uint64_t fileSize(const std::string& path);
 // No effect if there is no file.
 void removeFile(const std::string& path);
+// In one step: under the new name there is the old file or the whole new one at any time. Both are on the same volume.
+// A file that is replaced gives its permissions to the one that replaces it. std::ios_base::failure on failure.
+void replaceFile(const std::string& path, const std::string& by);
 
 // One open file. Closed by its destructor. Failures are std::ios_base::failure with the path and the system's reason in
 // the text. On a file that is not open only isOpen and close may be called.
@@ -28,6 +36,10 @@ class File {
   [[nodiscard]] static File openForReading(const std::string& path);
   // Creates the file, or empties it if it exists.
   [[nodiscard]] static File createForWriting(const std::string& path);
+
+  // Creates the file, or opens it as it is, and locks it until it is closed or the process ends, however it ends. A
+  // file that is not open if somebody else has it locked. The lock binds only those who ask for it.
+  [[nodiscard]] static File lockForWriting(const std::string& path);
 
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
   // Fills as much of `bytes` as the file still has and returns how much that was; 0 at the end.

@@ -114,6 +114,7 @@ static void write_frames(void) {
   xlatr_sink* sink = NULL;
   int64_t far_away = INT64_MAX;
   uint8_t unknown_kind = XLATR_KIND_COUNT;
+  FILE* kept = NULL;
   CHECK(xlatr_sink_create(in_folder("b.trc"), &head, &options, &sink) == XLATR_OK);
   CHECK(xlatr_stream_next(stream, &batch) == XLATR_OK);
   CHECK(xlatr_sink_write(sink, &batch) == XLATR_OK);
@@ -134,6 +135,11 @@ static void write_frames(void) {
   CHECK(strstr(xlatr_sink_error(sink), "b.trc: the file exists") != NULL);
   CHECK(xlatr_sink_close(sink) == XLATR_OK);
   options.replace = 1;
+  CHECK(xlatr_sink_create(in_folder("b.trc"), NULL, &options, &sink) == XLATR_OK);
+  CHECK(xlatr_sink_close(sink) == XLATR_OK);
+  kept = fopen(in_folder("b.trc"), "rb");
+  CHECK(kept != NULL && fclose(kept) == 0);
+  CHECK(remove(in_folder("b.trc")) == 0);
   CHECK(xlatr_sink_create(in_folder("b.trc"), NULL, &options, &sink) == XLATR_OK);
   CHECK(xlatr_sink_close(sink) == XLATR_OK);
   CHECK(fopen(in_folder("b.trc"), "rb") == NULL);
@@ -223,20 +229,162 @@ static void refuse_targets(void) {
   CHECK(strstr(xlatr_sink_error(sink), "names no format") != NULL && xlatr_sink_close(sink) == XLATR_OK);
   CHECK(xlatr_sink_create(in_folder("a.blf"), NULL, NULL, &sink) == XLATR_ERROR_NOT_WRITTEN);
   CHECK(strstr(xlatr_sink_error(sink), ".blf are not written") != NULL && xlatr_sink_close(sink) == XLATR_OK);
-  CHECK(xlatr_sink_create(in_folder("none/a.trc"), NULL, NULL, &sink) == XLATR_ERROR_SYSTEM);
+  CHECK(xlatr_sink_create(in_folder("none/a.trc"), NULL, NULL, &sink) == XLATR_ERROR_TARGET);
   CHECK(strstr(xlatr_sink_error(sink), "none/a.trc") != NULL && xlatr_sink_close(sink) == XLATR_OK);
   source = in_folder("a.trc");
   options.target = source;
   CHECK(xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_ERROR_TARGET_IS_SOURCE);
   CHECK(xlatr_job_close(job) == XLATR_OK);
   options.target = in_folder("none/a.trc");
-  CHECK(xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_ERROR_SYSTEM);
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_ERROR_TARGET);
   CHECK(xlatr_job_close(job) == XLATR_OK);
   memset(&nothing, 0, sizeof nothing);
   nothing.release = release_stream;
   CHECK(xlatr_sink_create(in_folder("f.csv"), NULL, &replace, &sink) == XLATR_OK);
   CHECK(xlatr_sink_write_arrow(sink, &nothing) == XLATR_ERROR_ARGUMENT && nothing.release == NULL);
   CHECK(strstr(xlatr_sink_error(sink), "released already") != NULL && xlatr_sink_close(sink) == XLATR_OK);
+}
+
+/* What an input reads, and how often it was released. */
+typedef struct memory {
+  const char* bytes;
+  uint64_t size;
+  uint64_t at_once; /* 0: the function fails */
+  int released;
+} memory;
+
+static int64_t read_memory(void* context, uint64_t offset, void* buffer, uint64_t bytes) {
+  const memory* from = context;
+  uint64_t count = offset < from->size ? from->size - offset : 0;
+  if (from->at_once == 0) {
+    return -1;
+  }
+  count = count < bytes ? count : bytes;
+  count = count < from->at_once ? count : from->at_once;
+  memcpy(buffer, from->bytes + (count == 0 ? 0 : offset), (size_t)count);
+  return (int64_t)count;
+}
+
+static int64_t read_too_much(void* context, uint64_t offset, void* buffer, uint64_t bytes) {
+  (void)context;
+  (void)offset;
+  (void)buffer;
+  return (int64_t)bytes + 1;
+}
+
+static void release_memory(void* context) {
+  ++((memory*)context)->released;
+}
+
+static xlatr_input input_of(memory* from) {
+  const xlatr_input input = {
+      .size = sizeof input, .read = read_memory, .release = release_memory, .context = from, .name = "pipe.trc"};
+  return input;
+}
+
+static uint64_t rows_of(xlatr_stream* stream) {
+  xlatr_batch batch = {.size = sizeof batch};
+  uint64_t rows = 0;
+  while (xlatr_stream_next(stream, &batch) == XLATR_OK) {
+    rows += batch.rows;
+  }
+  return rows;
+}
+
+/* Traces that are no files. */
+static void read_inputs(void) {
+  memory from = {kTrace, strlen(kTrace), 7, 0};
+  xlatr_input input = input_of(&from);
+  xlatr_head head = {.size = sizeof head};
+  xlatr_stream* stream = NULL;
+  uint64_t bytes = 0;
+  uint64_t size = 0;
+  input.in_order = 1;
+  CHECK(xlatr_stream_open_input(&input, NULL, &stream) == XLATR_OK && from.released == 0);
+  CHECK(xlatr_stream_get_head(stream, &head) == XLATR_OK && head.format == XLATR_FORMAT_TRC);
+  CHECK(strcmp(head.path, "pipe.trc") == 0 && rows_of(stream) == 4);
+  CHECK(xlatr_stream_get_position(stream, &bytes, &size) == XLATR_OK && bytes == strlen(kTrace) && size == 0);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK && from.released == 1);
+  input.in_order = 0;
+  input.length = from.size;
+  input.length_known = 1;
+  CHECK(xlatr_stream_open_input(&input, NULL, &stream) == XLATR_OK && rows_of(stream) == 4);
+  CHECK(xlatr_stream_get_position(stream, &bytes, &size) == XLATR_OK && size == strlen(kTrace));
+  CHECK(xlatr_stream_close(stream) == XLATR_OK && from.released == 2);
+}
+
+static void refuse_input(const xlatr_input* input, const xlatr_stream_options* options, xlatr_code code,
+                         const char* text) {
+  xlatr_stream* stream = NULL;
+  CHECK(xlatr_stream_open_input(input, options, &stream) == code);
+  CHECK(strstr(xlatr_stream_error(stream), text) != NULL && xlatr_stream_close(stream) == XLATR_OK);
+}
+
+static void refuse_inputs(void) {
+  memory from = {kTrace, strlen(kTrace), 7, 0};
+  xlatr_input input = input_of(&from);
+  xlatr_stream_options as_mf4 = {.size = sizeof as_mf4, .format = XLATR_FORMAT_MF4};
+  const xlatr_input short_record = {.size = 4};
+  refuse_input(NULL, NULL, XLATR_ERROR_ARGUMENT, "there is none");
+  refuse_input(&short_record, NULL, XLATR_ERROR_ARGUMENT, "does not begin with its size");
+  refuse_input(&input, NULL, XLATR_ERROR_ARGUMENT, "pipe.trc: say how long it is");
+  CHECK(from.released == 1);
+  input.in_order = 1;
+  refuse_input(&input, &as_mf4, XLATR_ERROR_ARGUMENT, "files of the format .mf4 are not read in order");
+  CHECK(from.released == 2);
+  from.at_once = 0;
+  refuse_input(&input, NULL, XLATR_ERROR_SYSTEM, "pipe.trc: the caller's function can't read at byte 0");
+  input.read = read_too_much;
+  refuse_input(&input, NULL, XLATR_ERROR_SYSTEM, "pipe.trc: the caller's function can't read at byte 0");
+  input.read = NULL;
+  input.name = NULL;
+  refuse_input(&input, NULL, XLATR_ERROR_ARGUMENT, "the input: there is no function");
+  CHECK(from.released == 5);
+  CHECK(xlatr_stream_open_input(&input, NULL, NULL) == XLATR_ERROR_ARGUMENT && from.released == 6);
+}
+
+static void run_job_of_inputs(void) {
+  memory from[2] = {{kTrace, strlen(kTrace), 1000, 0}, {kTrace, strlen(kTrace), 10, 0}};
+  xlatr_input inputs[2] = {input_of(&from[0]), input_of(&from[1])};
+  const xlatr_input* const both[2] = {&inputs[0], &inputs[1]};
+  xlatr_job_options options = {
+      .size = sizeof options, .target = in_folder("from_inputs.trc"), .inputs = both, .input_count = 2};
+  xlatr_account account = {.size = sizeof account};
+  xlatr_job* job = NULL;
+  inputs[0].in_order = 1;
+  inputs[1].in_order = 1;
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_OK);
+  CHECK(xlatr_job_get_account(job, &account) == XLATR_OK && account.read == 8 && account.written == 8);
+  CHECK(xlatr_job_close(job) == XLATR_OK && from[0].released == 1 && from[1].released == 1);
+  inputs[1].read = NULL;
+  CHECK(xlatr_job_create(&options, &job) == XLATR_ERROR_ARGUMENT && from[1].released == 2);
+  CHECK(xlatr_job_close(job) == XLATR_OK && from[0].released == 2);
+}
+
+/* A log with a single FlexRay frame, which is passed over. */
+static void tell_what_is_passed_over(void) {
+  static const uint8_t kObject[32] = {'L', 'O', 'B', 'J', 32, 0, 1, 0, 32, 0, 0, 0, 41, 0, 0, 0};
+  uint8_t log[144 + sizeof kObject] = {'L', 'O', 'G', 'G', 144, 0, 0, 0};
+  memory from = {(const char*)log, sizeof log, sizeof log, 0};
+  xlatr_input input = input_of(&from);
+  const xlatr_input* const one = &input;
+  xlatr_job_options options = {
+      .size = sizeof options, .target = in_folder("passed_over.trc"), .inputs = &one, .input_count = 1};
+  xlatr_passed_over type = {.size = sizeof type};
+  xlatr_stream* stream = NULL;
+  xlatr_job* job = NULL;
+  memcpy(log + 144, kObject, sizeof kObject);
+  input.length = sizeof log;
+  input.length_known = 1;
+  CHECK(xlatr_stream_open_input(&input, NULL, &stream) == XLATR_OK);
+  CHECK(xlatr_stream_get_passed_over(stream, 0, &type) == XLATR_END && rows_of(stream) == 0);
+  CHECK(xlatr_stream_get_passed_over(stream, 0, &type) == XLATR_OK && type.count == 1);
+  CHECK(strstr(type.name, "FlexRay") != NULL && strstr(type.name, "41") != NULL);
+  CHECK(xlatr_stream_get_passed_over(stream, 1, &type) == XLATR_END);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_OK);
+  CHECK(xlatr_job_get_passed_over(job, 0, &type) == XLATR_OK && type.count == 1);
+  CHECK(xlatr_job_get_passed_over(job, 1, &type) == XLATR_END && xlatr_job_close(job) == XLATR_OK);
 }
 
 static int32_t count_calls(void* context, const xlatr_job_progress* progress) {
@@ -353,12 +501,14 @@ static void use_handle(void* none) {
   xlatr_batch batch = {.size = sizeof batch};
   xlatr_account account = {.size = sizeof account};
   xlatr_job_progress progress = {.size = sizeof progress};
+  xlatr_passed_over passed_over = {.size = sizeof passed_over};
   struct ArrowArrayStream frames;
   uint64_t bytes = 0;
   CHECK(xlatr_stream_get_head(stream, &head) == XLATR_ERROR_HANDLE);
   CHECK(xlatr_stream_next(stream, &batch) == XLATR_ERROR_HANDLE);
   CHECK(xlatr_stream_get_account(stream, &account) == XLATR_ERROR_HANDLE);
   CHECK(xlatr_stream_get_position(stream, &bytes, &bytes) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_stream_get_passed_over(stream, 0, &passed_over) == XLATR_ERROR_HANDLE);
   CHECK(xlatr_stream_export_arrow(stream, 0, &frames) == XLATR_ERROR_HANDLE);
   CHECK(xlatr_stream_error(stream) == NULL);
   CHECK(xlatr_stream_close(stream) == XLATR_ERROR_HANDLE);
@@ -372,6 +522,7 @@ static void use_handle(void* none) {
   CHECK(xlatr_job_get_progress(job, &progress) == XLATR_ERROR_HANDLE);
   CHECK(xlatr_job_get_head(job, &head) == XLATR_ERROR_HANDLE);
   CHECK(xlatr_job_get_account(job, &account) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_job_get_passed_over(job, 0, &passed_over) == XLATR_ERROR_HANDLE);
   CHECK(xlatr_job_error(job) == NULL);
   CHECK(xlatr_job_close(job) == XLATR_ERROR_HANDLE);
 }
@@ -443,6 +594,10 @@ int main(int argc, char** argv) {
   refuse_batches();
   refuse_options();
   refuse_targets();
+  read_inputs();
+  refuse_inputs();
+  run_job_of_inputs();
+  tell_what_is_passed_over();
   run_jobs();
   merge_streams();
   pass_arrow();

@@ -188,10 +188,10 @@ TEST_F(FrameJob, refusesWhatItCantDo) {
 
 TEST_F(FrameJob, tellsFormatsByContent) {
   const std::string misnamed = writeTrc("a.asc", "1 1.0 DT 1 0001 Rx - 0\r\n");
-  EXPECT_EQ(formatOfFile(misnamed).format, XLATR_FORMAT_TRC);
-  EXPECT_EQ(formatOfFile(folder_.write("b.trc", ";$FILEVERSION=1.1\n;  Checksum Type description :\n")).format,
+  EXPECT_EQ(formatOfTrace(misnamed).format, XLATR_FORMAT_TRC);
+  EXPECT_EQ(formatOfTrace(folder_.write("b.trc", ";$FILEVERSION=1.1\n;  Checksum Type description :\n")).format,
             XLATR_FORMAT_LIN);
-  EXPECT_EQ(formatOfFile(folder_.write("c.trc", "")).format, XLATR_FORMAT_TRC);
+  EXPECT_EQ(formatOfTrace(folder_.write("c.trc", "")).format, XLATR_FORMAT_TRC);
 }
 
 }  // namespace

@@ -95,7 +95,7 @@ class FramePairs : public testing::Test {
 TEST_F(FramePairs, addUpForWholeSources) {
   for (const PairTarget& kind : pairTargets()) {
     const std::string source = writeSource(kind);
-    EXPECT_EQ(formatOfFile(source).format, kind.format->format) << source;
+    EXPECT_EQ(formatOfTrace(source).format, kind.format->format) << source;
     for (const PairTarget& target : pairTargets()) {
       const Account account = convert(source, target);
       const std::string pair = nameOf(kind) + " to " + nameOf(target);

@@ -67,7 +67,7 @@ std::vector<ListedFrame> readList(const std::string& name) {
 }
 
 struct Recording {
-  std::unique_ptr<FrameSource> (*open)(const std::string& path);
+  std::unique_ptr<FrameSource> (*open)(const InputSource& input);
   const char* trace;
   const char* list;
   std::uint16_t onlyBus;  // 0 for all

@@ -8,6 +8,7 @@
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_stream.hpp"
 #include "io/format.hpp"
+#include "io/input_file.hpp"
 #include "support/temp_folder.hpp"
 
 namespace xlatr {
@@ -39,12 +40,14 @@ TEST(FrameRegistry, opensAnEmptyFileOfEachFormat) {
     if (format->openFrames == nullptr) {
       continue;
     }
-    const auto source = format->openFrames(folder.write("empty" + std::string(format->extension), ""));
+    const auto source = format->openFrames(InputSource(folder.write("empty" + std::string(format->extension), "")));
     FrameBatch batch;
     Account account;
     EXPECT_FALSE(source->read(batch, account)) << format->extension;
     EXPECT_EQ(source->head().format, format->format);
     EXPECT_EQ(account.read(), 0U);
+    // A text without a line lacks nothing; what has a layout lacks its head.
+    EXPECT_EQ(account.complete(), source->head().places == PlaceUnit::Line) << format->extension;
   }
 }
 

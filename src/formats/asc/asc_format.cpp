@@ -62,6 +62,7 @@ constinit const FormatDescriptor kAscFormat = {
     .makeSources = makeOneSource<AscSource>,
     .makeWriter = makePlainWriter<AscWriter>,
     .frameCapacities = ascCapacities,
+    .readsInOrder = true,
     .recognises = looksLikeAsc,
     .openFrames = openAscFrames,
     .createFrames = createAscFrames,

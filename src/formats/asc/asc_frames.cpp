@@ -370,8 +370,8 @@ bool looksLikeAsc(std::string_view start) {
   return false;
 }
 
-std::unique_ptr<FrameSource> openAscFrames(const std::string& path) {
-  return std::make_unique<TextFrameSource<AscLines>>(path);
+std::unique_ptr<FrameSource> openAscFrames(const InputSource& input) {
+  return std::make_unique<TextFrameSource<AscLines>>(input);
 }
 
 std::unique_ptr<FrameSink> createAscFrames(const std::string& path, const StreamHead& head,

@@ -9,6 +9,7 @@
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -19,7 +20,7 @@ namespace xlatr {
 [[nodiscard]] bool looksLikeAsc(std::string_view start);
 
 // The frames of a file, comments and lines that can't be understood among them.
-[[nodiscard]] std::unique_ptr<FrameSource> openAscFrames(const std::string& path);
+[[nodiscard]] std::unique_ptr<FrameSource> openAscFrames(const InputSource& input);
 
 // A file of frames. Below 8.0 the form is that of 7.0.0, from there on that of 8.1.0.
 [[nodiscard]] std::unique_ptr<FrameSink> createAscFrames(const std::string& path, const StreamHead& head,

@@ -25,6 +25,7 @@ constinit const FormatDescriptor kBlfFormat = {
     .supportedVersions = kVersions,
     .askCurrentVersion = blfCurrentVersion,
     .allowedTargets = kTargets,
+    .readsInOrder = true,
     .recognises = looksLikeBlf,
     .openFrames = openBlfFrames,
 };

@@ -19,7 +19,7 @@
 #include "formats/blf/blf_log_queue.hpp"
 #include "formats/blf/blf_log_remarks.hpp"
 #include "formats/blf/blf_object_frames.hpp"
-#include "platform/files.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 namespace {
@@ -50,8 +50,8 @@ std::optional<TraceStart> startOfLog(const FileHeader& header) {
   return TraceStart{.sinceEpochNs = nanoseconds(std::chrono::sys_days(date).time_since_epoch() + time).count()};
 }
 
-bool hasObjectAt(const std::string& path, std::uint64_t offset) {
-  auto file = platform::File::openForReading(path);
+bool hasObjectAt(const InputSource& source, std::uint64_t offset) {
+  InputFile file(source);
   file.seek(offset);
   std::array<char, blf_log::kObjectSignature.size()> bytes{};
   std::size_t size = 0;
@@ -63,13 +63,14 @@ bool hasObjectAt(const std::string& path, std::uint64_t offset) {
 
 // A head has one size. Where it states another, that counts if there is an object; a file without a head is looked
 // through from its first byte on.
-std::uint64_t firstObjectOf(const std::string& path, const std::optional<FileHeader>& header) {
+std::uint64_t firstObjectOf(const InputSource& source, const std::optional<FileHeader>& header) {
   constexpr std::uint64_t kUsual = kLayoutSize<blf_log::FileHead>;
   if (!header) {
     return 0;
   }
-  const bool isUsual = header->firstObject == kUsual || hasObjectAt(path, kUsual);
-  return isUsual || header->firstObject > platform::fileSize(path) || !hasObjectAt(path, header->firstObject)
+  const bool isUsual = header->firstObject == kUsual || hasObjectAt(source, kUsual);
+  return isUsual || header->firstObject > source.size().value_or(header->firstObject) ||
+                 !hasObjectAt(source, header->firstObject)
              ? kUsual
              : header->firstObject;
 }
@@ -129,7 +130,7 @@ class PassedOverObjects {
 
 class BlfFrameSource final : public FrameSource {
  public:
-  explicit BlfFrameSource(const std::string& path) : BlfFrameSource(path, blf_log::readFileHeader(path)) {}
+  explicit BlfFrameSource(const InputSource& source) : BlfFrameSource(source, blf_log::readFileHeader(source)) {}
 
   [[nodiscard]] const StreamHead& head() const override { return head_; }
   [[nodiscard]] std::uint64_t bytesRead() const override { return input_.position(); }
@@ -149,6 +150,7 @@ class BlfFrameSource final : public FrameSource {
       } else if (piece_ != Piece::End) {
         piece_ = input_.read(content_);
       } else {
+        tellIfEmpty(account);
         break;
       }
     }
@@ -157,12 +159,12 @@ class BlfFrameSource final : public FrameSource {
   }
 
  private:
-  BlfFrameSource(const std::string& path, const std::optional<FileHeader>& header)
+  BlfFrameSource(const InputSource& source, const std::optional<FileHeader>& header)
       : isLog_(header.has_value()),
-        input_(path, firstObjectOf(path, header), remarks_),
+        input_(source, firstObjectOf(source, header), remarks_),
         types_(typesByNumber()),
         parser_(remarks_, types_.longestBodies) {
-    head_.path = path;
+    head_.path = source.name();
     head_.format = XLATR_FORMAT_BLF;
     head_.places = PlaceUnit::Record;
     if (header) {
@@ -243,6 +245,14 @@ class BlfFrameSource final : public FrameSource {
     toldRemarks_ = remarks_.total();
   }
 
+  // Not even a head.
+  void tellIfEmpty(Account& account) {
+    if (!isLog_ && !isCut_ && input_.position() == 0) {
+      account.note(Remark::SourceCut, 1);
+      isCut_ = true;
+    }
+  }
+
   [[nodiscard]] Remark meaningOf(LogRemark remark) const {
     const bool isLeftOver = remark == LogRemark::StrayBytes || remark == LogRemark::StrayFileBytes;
     return remark == LogRemark::CutContainer || (isLeftOver && isCut_) ? Remark::SourceCut
@@ -272,8 +282,8 @@ bool looksLikeBlf(std::string_view start) {
   return start.starts_with(blf_log::kFileSignature);
 }
 
-std::unique_ptr<FrameSource> openBlfFrames(const std::string& path) {
-  return std::make_unique<BlfFrameSource>(path);
+std::unique_ptr<FrameSource> openBlfFrames(const InputSource& input) {
+  return std::make_unique<BlfFrameSource>(input);
 }
 
 }  // namespace xlatr

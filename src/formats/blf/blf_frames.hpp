@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "frames/frame_stream.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -14,6 +15,6 @@ namespace xlatr {
 
 // The frames of a log, read in this process. Whatever stands in the log: what is whole is read, what is not is in the
 // account, and memory is bounded.
-[[nodiscard]] std::unique_ptr<FrameSource> openBlfFrames(const std::string& path);
+[[nodiscard]] std::unique_ptr<FrameSource> openBlfFrames(const InputSource& input);
 
 }  // namespace xlatr

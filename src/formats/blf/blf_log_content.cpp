@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <limits>
 #include <new>
 #include <span>
 
@@ -64,10 +65,10 @@ class ContentInput::Inflater {
   z_stream stream_{};
 };
 
-ContentInput::ContentInput(const std::string& path, std::uint64_t firstObject, Remarks& remarks)
+ContentInput::ContentInput(const InputSource& source, std::uint64_t firstObject, Remarks& remarks)
     : remarks_(remarks),
-      file_(platform::File::openForReading(path)),
-      fileSize_(platform::fileSize(path)),
+      file_(source),
+      fileSize_(source.size().value_or(std::numeric_limits<std::uint64_t>::max())),
       scanner_(remarks, Remark::StrayFileBytes, firstObject),
       inflater_(std::make_unique<Inflater>()) {
   file_.seek(firstObject);

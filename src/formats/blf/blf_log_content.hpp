@@ -9,7 +9,7 @@
 #include "formats/blf/blf_log_queue.hpp"
 #include "formats/blf/blf_log_remarks.hpp"
 #include "formats/blf/blf_log_scanner.hpp"
-#include "platform/files.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr::blf_log {
 
@@ -27,7 +27,7 @@ class ContentInput {
  public:
   // Opens the file, whose objects begin at that offset. Throws std::ios_base::failure when it can't be read. `remarks`
   // must outlive this object.
-  ContentInput(const std::string& path, std::uint64_t firstObject, Remarks& remarks);
+  ContentInput(const InputSource& source, std::uint64_t firstObject, Remarks& remarks);
   ~ContentInput();
   ContentInput(const ContentInput&) = delete;
   ContentInput& operator=(const ContentInput&) = delete;
@@ -61,7 +61,7 @@ class ContentInput {
   void fill();
 
   Remarks& remarks_;
-  platform::File file_;
+  InputFile file_;
   std::uint64_t fileSize_;
   ByteQueue input_;
   bool atEnd_ = false;  // all of the file is in `input_` or was

@@ -4,7 +4,6 @@
 
 #include "formats/blf/blf_log_layout.hpp"
 #include "formats/blf/blf_log_queue.hpp"
-#include "platform/files.hpp"
 
 namespace xlatr::blf_log {
 namespace {
@@ -38,8 +37,8 @@ std::optional<FileHeader> parseFileHeader(std::span<const std::uint8_t> bytes) {
                     .startTime = isDate(head.startTime) ? head.startTime : Date{}};
 }
 
-std::optional<FileHeader> readFileHeader(const std::string& path) {
-  auto file = platform::File::openForReading(path);
+std::optional<FileHeader> readFileHeader(const InputSource& source) {
+  InputFile file(source);
   std::array<char, kLayoutSize<FileHead>> bytes{};
   std::size_t size = 0;
   for (std::size_t count = 1; count > 0 && size < bytes.size(); size += count) {

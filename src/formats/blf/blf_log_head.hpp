@@ -5,7 +5,8 @@
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <string>
+
+#include "io/input_file.hpp"
 
 namespace xlatr::blf_log {
 
@@ -21,7 +22,7 @@ struct FileHeader {
 [[nodiscard]] std::optional<FileHeader> parseFileHeader(std::span<const std::uint8_t> bytes);
 
 // The same from the file. Throws std::ios_base::failure when it can't be read.
-[[nodiscard]] std::optional<FileHeader> readFileHeader(const std::string& path);
+[[nodiscard]] std::optional<FileHeader> readFileHeader(const InputSource& source);
 
 // The version of the log in four decimal pairs, AABBCCDD; 0 if the number in the header is not one.
 [[nodiscard]] std::int32_t fileVersion(const FileHeader& header);

@@ -28,6 +28,7 @@ constinit const FormatDescriptor kCsvFormat = {
     .supportedVersions = kVersions,
     .makeWriter = makeCsvWriter,
     .frameCapacities = csvCapacities,
+    .readsInOrder = true,
     .recognises = looksLikeCsv,
     .openFrames = openCsvFrames,
     .createFrames = createCsvFrames,

@@ -213,9 +213,9 @@ TableKind kindOfLine(std::string_view line, bool first) {
 }
 
 // Looks for the column line: that of 2.0 is the first line, that of 1.0 ends a head of some thirty lines.
-TableKind kindOf(const std::string& path) {
+TableKind kindOf(const InputSource& source) {
   constexpr std::uint64_t kFarthest = std::uint64_t{1} << 20;
-  CsvRecordInput input(path);
+  CsvRecordInput input(source);
   CsvRecord record;
   bool first = true;
   while (input.position() < kFarthest && input.nextLine(record)) {
@@ -248,12 +248,12 @@ bool looksLikeCsv(std::string_view start) {
   return false;
 }
 
-std::unique_ptr<FrameSource> openCsvFrames(const std::string& path) {
-  const TableKind kind = kindOf(path);
+std::unique_ptr<FrameSource> openCsvFrames(const InputSource& input) {
+  const TableKind kind = kindOf(input);
   if (kind == TableKind::Table) {
-    return openCsvTable(path);
+    return openCsvTable(input);
   }
-  return std::make_unique<TextFrameSource<CsvRowLines>>(path, CsvRowLines(kind == TableKind::Rows));
+  return std::make_unique<TextFrameSource<CsvRowLines>>(input, CsvRowLines(kind == TableKind::Rows));
 }
 
 std::unique_ptr<FrameSink> createCsvFrames(const std::string& path, const StreamHead& head,

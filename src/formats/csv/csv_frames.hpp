@@ -9,6 +9,7 @@
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -20,7 +21,7 @@ namespace xlatr {
 
 // The frames of a table of any version, comments and rows that can't be understood among them. The column line tells
 // which it is; without one each line is a row that can't be understood.
-[[nodiscard]] std::unique_ptr<FrameSource> openCsvFrames(const std::string& path);
+[[nodiscard]] std::unique_ptr<FrameSource> openCsvFrames(const InputSource& input);
 
 // A table of frames. Version 1.0 unless 2.0 is asked for.
 [[nodiscard]] std::unique_ptr<FrameSink> createCsvFrames(const std::string& path, const StreamHead& head,

@@ -13,10 +13,8 @@ constexpr std::size_t kFirstCapacity = std::size_t{256} * 1024;
 
 }  // namespace
 
-CsvRecordInput::CsvRecordInput(const std::string& path)
-    : file_(platform::File::openForReading(path)),
-      buffer_(std::make_unique_for_overwrite<char[]>(kFirstCapacity)),
-      capacity_(kFirstCapacity) {}
+CsvRecordInput::CsvRecordInput(const InputSource& source)
+    : file_(source), buffer_(std::make_unique_for_overwrite<char[]>(kFirstCapacity)), capacity_(kFirstCapacity) {}
 
 // Makes room after what is held and reads on; false if there is no room, or nothing to read.
 bool CsvRecordInput::refill() {

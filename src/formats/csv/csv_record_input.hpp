@@ -4,10 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <string_view>
 
-#include "platform/files.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -31,7 +30,7 @@ class CsvRecordInput {
  public:
   static constexpr std::size_t kLongestRecord = std::size_t{4} << 20;
 
-  explicit CsvRecordInput(const std::string& path);
+  explicit CsvRecordInput(const InputSource& source);
 
   // The character between the cells, which tells where a cell begins and so may be quoted.
   void setSeparator(char separator) { separator_ = separator; }
@@ -59,7 +58,7 @@ class CsvRecordInput {
   void take(const LineEnd& end, bool broken, CsvRecord& record);
   [[nodiscard]] bool refill();
 
-  platform::File file_;
+  InputFile file_;
   std::unique_ptr<char[]> buffer_;
   std::size_t capacity_;
   std::size_t begin_ = 0;  // first byte not handed out

@@ -33,8 +33,8 @@ CsvTableColumns columnsOf(CsvRecordInput& input) {
 
 class TableSource final : public FrameSource {
  public:
-  explicit TableSource(const std::string& path) : input_(path), rows_(columnsOf(input_)) {
-    head_.path = path;
+  explicit TableSource(const InputSource& source) : input_(source), rows_(columnsOf(input_)) {
+    head_.path = source.name();
     head_.format = XLATR_FORMAT_CSV;
     head_.version = kTableVersion;
     held_ = input_.next(record_);
@@ -193,8 +193,8 @@ class TableSink final : public FrameSink {
 
 }  // namespace
 
-std::unique_ptr<FrameSource> openCsvTable(const std::string& path) {
-  return std::make_unique<TableSource>(path);
+std::unique_ptr<FrameSource> openCsvTable(const InputSource& input) {
+  return std::make_unique<TableSource>(input);
 }
 
 std::unique_ptr<FrameSink> createCsvTable(const std::string& path, const StreamHead& head,

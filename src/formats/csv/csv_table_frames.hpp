@@ -7,11 +7,12 @@
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
 // The frames of a file whose first line is a header row.
-[[nodiscard]] std::unique_ptr<FrameSource> openCsvTable(const std::string& path);
+[[nodiscard]] std::unique_ptr<FrameSource> openCsvTable(const InputSource& input);
 
 [[nodiscard]] std::unique_ptr<FrameSink> createCsvTable(const std::string& path, const StreamHead& head,
                                                         const FrameCapacity& capacity);

@@ -49,6 +49,7 @@ constinit const FormatDescriptor kLinFormat = {
     .allowedTargets = kTargets,
     .makeSources = makeOneSource<LinSource>,
     .frameCapacities = linCapacities,
+    .readsInOrder = true,
     .recognises = looksLikeLin,
     .openFrames = openLinFrames,
     .createFrames = createLinFrames,

@@ -215,8 +215,8 @@ bool looksLikeLin(std::string_view start) {
          start.find("Checksum") != std::string_view::npos;
 }
 
-std::unique_ptr<FrameSource> openLinFrames(const std::string& path) {
-  return std::make_unique<TextFrameSource<LinLines>>(path);
+std::unique_ptr<FrameSource> openLinFrames(const InputSource& input) {
+  return std::make_unique<TextFrameSource<LinLines>>(input);
 }
 
 std::unique_ptr<FrameSink> createLinFrames(const std::string& path, const StreamHead& head,

@@ -9,6 +9,7 @@
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -19,7 +20,7 @@ namespace xlatr {
 [[nodiscard]] bool looksLikeLin(std::string_view start);
 
 // The frames of a file, comments and lines that can't be understood among them.
-[[nodiscard]] std::unique_ptr<FrameSource> openLinFrames(const std::string& path);
+[[nodiscard]] std::unique_ptr<FrameSource> openLinFrames(const InputSource& input);
 
 // A file of frames.
 [[nodiscard]] std::unique_ptr<FrameSink> createLinFrames(const std::string& path, const StreamHead& head,

@@ -16,8 +16,7 @@ constexpr std::uint64_t kWindowSizeAfterJump = std::uint64_t{1} << 10;
 
 }  // namespace
 
-BlockStream::BlockStream(const std::string& path)
-    : file_(platform::File::openForReading(path)), size_(platform::fileSize(path)) {}
+BlockStream::BlockStream(const InputSource& source) : file_(source), size_(source.size().value_or(0)) {}
 
 BlockStream::BlockStream(std::vector<std::uint8_t> bytes) : size_(bytes.size()), window_(std::move(bytes)) {}
 
@@ -26,7 +25,7 @@ bool BlockStream::read(std::uint64_t position, std::span<std::uint8_t> bytes) {
     return false;
   }
   countRead(bytes.size());
-  if (bytes.size() > kWindowSize / 2 && file_.isOpen()) {
+  if (bytes.size() > kWindowSize / 2 && file_) {
     return readFile(position, bytes);
   }
   if (!readAround(position, bytes.size())) {
@@ -67,9 +66,9 @@ bool BlockStream::readAround(std::uint64_t position, std::uint64_t count) {
 }
 
 bool BlockStream::readFile(std::uint64_t position, std::span<std::uint8_t> bytes) {
-  file_.seek(position);
+  file_->seek(position);
   while (!bytes.empty()) {
-    const std::size_t count = file_.read({reinterpret_cast<char*>(bytes.data()), bytes.size()});
+    const std::size_t count = file_->read({reinterpret_cast<char*>(bytes.data()), bytes.size()});
     if (count == 0) {
       return false;  // the file became shorter
     }

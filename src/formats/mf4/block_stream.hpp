@@ -2,13 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <span>
-#include <string>
 #include <unordered_set>
 #include <vector>
 
-#include "platform/files.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -26,7 +25,7 @@ class BlockStream {
   static constexpr std::uint64_t kReadAllowance = std::uint64_t{1} << 20;
 
   // std::ios_base::failure when the file can't be opened.
-  explicit BlockStream(const std::string& path);
+  explicit BlockStream(const InputSource& source);
   // A file that is in memory.
   explicit BlockStream(std::vector<std::uint8_t> bytes);
 
@@ -50,7 +49,7 @@ class BlockStream {
   [[nodiscard]] bool readAround(std::uint64_t position, std::uint64_t count);
   [[nodiscard]] bool readFile(std::uint64_t position, std::span<std::uint8_t> bytes);
 
-  platform::File file_;  // not open for a file in memory
+  std::optional<InputFile> file_;  // nothing for a file in memory
   std::uint64_t size_ = 0;
   std::uint64_t readCount_ = 0;
   // The part of the file from which small reads are served: most blocks are short and stand close together.

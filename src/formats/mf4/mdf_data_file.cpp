@@ -5,9 +5,9 @@
 
 namespace xlatr {
 
-MdfDataFile::MdfDataFile(const std::string& path)
-    : file_(platform::File::openForReading(path)),
-      size_(platform::fileSize(path)),
+MdfDataFile::MdfDataFile(const InputSource& source)
+    : file_(source),
+      size_(source.size().value_or(0)),
       limit_(size_ > std::numeric_limits<std::uint64_t>::max() / (2 * kReadFactor)
                  ? std::numeric_limits<std::uint64_t>::max()
                  : size_ * kReadFactor + kReadAllowance) {}

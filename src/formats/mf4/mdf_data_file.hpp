@@ -4,10 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string>
 #include <vector>
 
-#include "platform/files.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -21,7 +20,7 @@ class MdfDataFile {
   static constexpr std::uint64_t kMostHeld = std::uint64_t{36} << 20;  // nine blocks of the usual size
 
   // std::ios_base::failure when the file can't be opened.
-  explicit MdfDataFile(const std::string& path);
+  explicit MdfDataFile(const InputSource& source);
 
   [[nodiscard]] std::uint64_t size() const { return size_; }
   [[nodiscard]] std::uint64_t bytesAfter(std::uint64_t position) const {
@@ -53,7 +52,7 @@ class MdfDataFile {
   bool hasOpenBlock = false;
 
  private:
-  platform::File file_;
+  InputFile file_;
   std::uint64_t size_;
   std::uint64_t limit_;
   std::uint64_t readCount_ = 0;

@@ -82,8 +82,8 @@ using Table = std::vector<const MdfGroupInfo*>;
 
 class Mf4FrameSource final : public FrameSource {
  public:
-  explicit Mf4FrameSource(const std::string& path) : stream_(path), file_(path), tree_(stream_, file_) {
-    head_.path = path;
+  explicit Mf4FrameSource(const InputSource& source) : stream_(source), file_(source), tree_(stream_, file_) {
+    head_.path = source.name();
     head_.format = XLATR_FORMAT_MF4;
     head_.places = PlaceUnit::Record;
     readTop();
@@ -338,8 +338,8 @@ bool looksLikeMf4(std::string_view start) {
   return (start.starts_with("MDF     ") || start.starts_with("UnFinMF ")) && !start.starts_with(kNoPrefixOfVersion4);
 }
 
-std::unique_ptr<FrameSource> openMf4Frames(const std::string& path) {
-  return std::make_unique<Mf4FrameSource>(path);
+std::unique_ptr<FrameSource> openMf4Frames(const InputSource& input) {
+  return std::make_unique<Mf4FrameSource>(input);
 }
 
 }  // namespace xlatr

@@ -9,6 +9,7 @@
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -19,7 +20,7 @@ namespace xlatr {
 [[nodiscard]] bool looksLikeMf4(std::string_view start);
 
 // The frames of all groups of a file in the order of their times.
-[[nodiscard]] std::unique_ptr<FrameSource> openMf4Frames(const std::string& path);
+[[nodiscard]] std::unique_ptr<FrameSource> openMf4Frames(const InputSource& input);
 
 // A file of frames.
 [[nodiscard]] std::unique_ptr<FrameSink> createMf4Frames(const std::string& path, const StreamHead& head,

@@ -137,14 +137,14 @@ const std::uint8_t* SessionSectors::nextOfRun(std::uint64_t place, Account& acco
 class BtrFrameSource final : public FrameSource {
  public:
   // One session, or all.
-  BtrFrameSource(const std::string& path, std::optional<std::size_t> session)
-      : fileSize_(platform::fileSize(path)),
-        file_(path, kSectorsHeld),
+  BtrFrameSource(const InputSource& source, std::optional<std::size_t> session)
+      : fileSize_(source.size().value_or(0)),
+        file_(source, kSectorsHeld),
         directory_(fileSize_ == 0 ? BtrDirectory() : BtrDirectory::read(file_, fileSize_ / kBtrSectorSize)),
         sectors_(file_, directory_),
         session_(session.value_or(0)),
         end_(session ? *session + 1 : directory_.sessions.size()) {
-    head_.path = path;
+    head_.path = source.name();
     head_.format = XLATR_FORMAT_BTR;
     head_.places = PlaceUnit::Record;
     if (session_ < directory_.sessions.size()) {
@@ -153,7 +153,7 @@ class BtrFrameSource final : public FrameSource {
         head_.start = TraceStart{.sinceEpochNs = *start};
       }
     }
-    if (fileSize_ % kBtrSectorSize != 0) {
+    if (fileSize_ == 0 || fileSize_ % kBtrSectorSize != 0) {
       directory_.damage.note(Remark::SourceCut, 1);
     }
     several_ = end_ - session_ > 1;
@@ -467,12 +467,12 @@ bool looksLikeBtr(std::string_view start) {
          date.second < 60;
 }
 
-std::unique_ptr<FrameSource> openBtrFrames(const std::string& path) {
-  return std::make_unique<BtrFrameSource>(path, std::nullopt);
+std::unique_ptr<FrameSource> openBtrFrames(const InputSource& input) {
+  return std::make_unique<BtrFrameSource>(input, std::nullopt);
 }
 
-std::unique_ptr<FrameSource> openBtrSessionFrames(const std::string& path, std::size_t place) {
-  auto source = std::make_unique<BtrFrameSource>(path, place);
+std::unique_ptr<FrameSource> openBtrSessionFrames(const InputSource& input, std::size_t place) {
+  auto source = std::make_unique<BtrFrameSource>(input, place);
   return place < source->sessions() ? std::move(source) : nullptr;
 }
 

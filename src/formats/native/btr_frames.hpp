@@ -10,6 +10,7 @@
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -23,10 +24,10 @@ namespace xlatr {
 // its start is that of the stream. Where there are several, an event says where each begins: "session 2 started
 // 2024-03-01 08:15:30.25". A session whose start is no date follows directly on what was before. Places count the slots
 // that hold something, ticks of the clock included.
-[[nodiscard]] std::unique_ptr<FrameSource> openBtrFrames(const std::string& path);
+[[nodiscard]] std::unique_ptr<FrameSource> openBtrFrames(const InputSource& input);
 
 // The frames of the session at that place of the directory, counted from 0, on its own clock. Null when there is none.
-[[nodiscard]] std::unique_ptr<FrameSource> openBtrSessionFrames(const std::string& path, std::size_t place);
+[[nodiscard]] std::unique_ptr<FrameSource> openBtrSessionFrames(const InputSource& input, std::size_t place);
 
 // A file of frames, in one session. Frames must come in the order of their buses' times: see FrameCapacity::stepBackNs.
 [[nodiscard]] std::unique_ptr<FrameSink> createBtrFrames(const std::string& path, const StreamHead& head,

@@ -2,10 +2,8 @@
 
 namespace xlatr {
 
-BtrSectors::BtrSectors(const std::string& path, std::size_t ahead)
-    : file_(platform::File::openForReading(path)),
-      ahead_(ahead),
-      bytes_(std::make_unique<std::uint8_t[]>(ahead * kBtrSectorSize)) {}
+BtrSectors::BtrSectors(const InputSource& source, std::size_t ahead)
+    : file_(source), ahead_(ahead), bytes_(std::make_unique<std::uint8_t[]>(ahead * kBtrSectorSize)) {}
 
 const std::uint8_t* BtrSectors::read(std::uint64_t sector) {
   if (sector - first_ >= held_) {  // also true for a sector before the first one held

@@ -3,10 +3,9 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
 
 #include "formats/native/btr_layout.hpp"
-#include "platform/files.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -14,7 +13,7 @@ namespace xlatr {
 class BtrSectors {
  public:
   // Holds `ahead` sectors, so that reading in sequence asks the system only once for them all.
-  explicit BtrSectors(const std::string& path, std::size_t ahead = 1);
+  explicit BtrSectors(const InputSource& source, std::size_t ahead = 1);
 
   // The bytes of a sector, valid until the next call; null when the file ends before the sector does.
   [[nodiscard]] const std::uint8_t* read(std::uint64_t sector);
@@ -22,7 +21,7 @@ class BtrSectors {
  private:
   void fill(std::uint64_t sector);
 
-  platform::File file_;
+  InputFile file_;
   std::size_t ahead_;
   std::unique_ptr<std::uint8_t[]> bytes_;
   std::uint64_t first_ = 0;   // the first sector held

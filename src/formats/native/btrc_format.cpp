@@ -85,6 +85,7 @@ constinit const FormatDescriptor kBtrcFormat = {
     .makeSources = makeOneSource<BtrcSource>,
     .makeWriter = makePlainWriter<BtrcWriter>,
     .frameCapacities = btrcCapacities,
+    .readsInOrder = true,
     .recognises = looksLikeBtrc,
     .openFrames = openBtrcFrames,
     .createFrames = createBtrcFrames,

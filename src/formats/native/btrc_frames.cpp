@@ -71,8 +71,8 @@ struct RawRecord {
 
 class BtrcFrameSource final : public FrameSource {
  public:
-  explicit BtrcFrameSource(const std::string& path) : input_(path) {
-    head_.path = path;
+  explicit BtrcFrameSource(const InputSource& source) : input_(source) {
+    head_.path = source.name();
     head_.format = XLATR_FORMAT_BTRC;
     head_.places = PlaceUnit::Record;
     readHead();
@@ -140,6 +140,7 @@ void BtrcFrameSource::readHead() {
   const auto bytes = input_.peek(kInfoRecordSize);
   Native_RecordInfo info;
   if (bytes.empty()) {
+    headAccount_.note(Remark::SourceCut, 1);
     return;
   }
   if (!tryReadFields(bytes, info) || info.header.type != RecordType::Info || info.header.size < kInfoRecordSize) {
@@ -472,8 +473,8 @@ bool looksLikeBtrc(std::string_view start) {
          info.header.size == kLayoutSize<Native_RecordInfo> && info.blockSize != 0;
 }
 
-std::unique_ptr<FrameSource> openBtrcFrames(const std::string& path) {
-  return std::make_unique<BtrcFrameSource>(path);
+std::unique_ptr<FrameSource> openBtrcFrames(const InputSource& input) {
+  return std::make_unique<BtrcFrameSource>(input);
 }
 
 std::unique_ptr<FrameSink> createBtrcFrames(const std::string& path, const StreamHead& head,

@@ -9,6 +9,7 @@
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
+#include "io/input_file.hpp"
 
 namespace xlatr {
 
@@ -20,7 +21,7 @@ namespace xlatr {
 
 // The frames of a file. Places count its records, those that order the file included: info, calibration, totals and
 // filling are no frames.
-[[nodiscard]] std::unique_ptr<FrameSource> openBtrcFrames(const std::string& path);
+[[nodiscard]] std::unique_ptr<FrameSource> openBtrcFrames(const InputSource& input);
 
 // A file of frames.
 [[nodiscard]] std::unique_ptr<FrameSink> createBtrcFrames(const std::string& path, const StreamHead& head,

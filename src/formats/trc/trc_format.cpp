@@ -61,6 +61,7 @@ constinit const FormatDescriptor kTrcFormat = {
     .makeSources = makeOneSource<TrcSource>,
     .makeWriter = makePlainWriter<TrcWriter>,
     .frameCapacities = trcCapacities,
+    .readsInOrder = true,
     .recognises = looksLikeTrc,
     .openFrames = openTrcFrames,
     .createFrames = createTrcFrames,

@@ -456,7 +456,7 @@ const TrcVersion& versionOf(const SinkSettings& settings) {
 class TrcFrameLines : public SemicolonComments {
  public:
   TrcFrameLines(const std::string& path, const StreamHead& head, const SinkSettings& settings)
-      : version_(versionOf(settings)), path_(path), head_(head) {}
+      : version_(versionOf(settings)), path_(settings.name.empty() ? path : settings.name), head_(head) {}
 
   [[nodiscard]] const FrameCapacity& capacity() const { return capacityOf(version_); }
 
@@ -510,8 +510,8 @@ bool looksLikeTrc(std::string_view start) {
   return findTrcVersion(keys.fileVersion()) != nullptr && start.find("Checksum") == std::string_view::npos;
 }
 
-std::unique_ptr<FrameSource> openTrcFrames(const std::string& path) {
-  return std::make_unique<TextFrameSource<TrcLines>>(path);
+std::unique_ptr<FrameSource> openTrcFrames(const InputSource& input) {
+  return std::make_unique<TextFrameSource<TrcLines>>(input);
 }
 
 std::unique_ptr<FrameSink> createTrcFrames(const std::string& path, const StreamHead& head,

@@ -1,12 +1,16 @@
 #include "platform/files.hpp"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <ios>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -20,11 +24,29 @@ namespace {
 // Some systems refuse or cut a transfer of 2 GiB and more.
 constexpr std::size_t kLargestTransfer = std::size_t{1} << 30;
 
+constexpr mode_t kAllMayReadAndWrite = 0666;  // minus the process's mask
+
 }  // namespace
 
-bool fileExists(const std::string& path) {
+PathKind kindOfPath(const std::string& path) {
   struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+  if (::stat(path.c_str(), &status) != 0) {
+    return PathKind::Nothing;
+  }
+  if (S_ISDIR(status.st_mode)) {
+    return PathKind::Folder;
+  }
+  return S_ISREG(status.st_mode) ? PathKind::File : PathKind::Device;
+}
+
+bool fileExists(const std::string& path) {
+  const PathKind kind = kindOfPath(path);
+  return kind == PathKind::File || kind == PathKind::Device;
+}
+
+std::string pathBehindLinks(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
+  return real == nullptr ? path : real.get();
 }
 
 std::uint64_t fileSize(const std::string& path) {
@@ -34,6 +56,17 @@ std::uint64_t fileSize(const std::string& path) {
 
 void removeFile(const std::string& path) {
   ::unlink(path.c_str());
+}
+
+void replaceFile(const std::string& path, const std::string& by) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0) {
+    constexpr mode_t kPermissions = 0777;
+    ::chmod(by.c_str(), status.st_mode & kPermissions);  // a file system without permissions refuses, and needs none
+  }
+  if (std::rename(by.c_str(), path.c_str()) != 0) {
+    raise(path, "create", errno);
+  }
 }
 
 File::File(int descriptor, std::string path) : descriptor_(descriptor), path_(std::move(path)) {}
@@ -66,12 +99,33 @@ File File::openForReading(const std::string& path) {
 }
 
 File File::createForWriting(const std::string& path) {
-  constexpr mode_t kAllMayReadAndWrite = 0666;  // minus the process's mask
   File file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kAllMayReadAndWrite), path);
   if (!file.isOpen()) {
     raise(path, "create", errno);
   }
   return file;
+}
+
+File File::lockForWriting(const std::string& path) {
+  for (;;) {
+    File file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kAllMayReadAndWrite), path);
+    if (!file.isOpen()) {
+      raise(path, "create", errno);
+    }
+    if (::flock(file.descriptor_, LOCK_EX | LOCK_NB) != 0) {
+      if (errno == EWOULDBLOCK) {
+        return {};
+      }
+      return file;  // a file system without locks
+    }
+    // Whoever had it before may have removed or renamed it in the meantime.
+    struct stat locked {};
+    struct stat named {};
+    if (::fstat(file.descriptor_, &locked) == 0 && ::stat(path.c_str(), &named) == 0 && locked.st_ino == named.st_ino &&
+        locked.st_dev == named.st_dev) {
+      return file;
+    }
+  }
 }
 
 std::size_t File::read(std::span<char> bytes) {

@@ -602,7 +602,7 @@ TEST(BlfFrames, areWhatIsWholeInADamagedLog) {
            Damaged{"no head", noHead, {1, 2}, {{Remark::RecordNotUnderstood, 1}}},
            Damaged{"head of another size", otherHeadSize, {1, 2}, {}},
            Damaged{"no log at all", "some text", {}, {{Remark::RecordNotUnderstood, 1}}},
-           Damaged{"nothing", "", {}, {}},
+           Damaged{"nothing", "", {}, {{Remark::SourceCut, 1}}},
        }) {
     SCOPED_TRACE(test.name);
     std::vector<std::string> expected;

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 struct NativeTarget {
   const char* name;
   std::span<const FrameCapacity> (*capacities)();
-  std::unique_ptr<FrameSource> (*open)(const std::string& path);
+  std::unique_ptr<FrameSource> (*open)(const InputSource& input);
   std::unique_ptr<FrameSink> (*create)(const std::string& path, const StreamHead& head, const SinkSettings& settings);
 };
 

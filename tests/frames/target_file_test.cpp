@@ -1,0 +1,156 @@
+#include "frames/target_file.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "frames/frame_failure.hpp"
+#include "support/temp_folder.hpp"
+
+namespace xlatr {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr TraceFormat kByExtension = XLATR_FORMAT_NONE;
+
+std::string contentOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::size_t filesIn(const std::string& folder) {
+  return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
+}
+
+template <typename Action>
+void expectFailure(FrameProblem problem, const std::string& text, Action action) {
+  try {
+    action();
+    ADD_FAILURE() << "no failure: " << text;
+  } catch (const FrameFailure& failure) {
+    EXPECT_EQ(failure.problem(), problem) << failure.what();
+    EXPECT_TRUE(std::string(failure.what()).starts_with(text)) << failure.what();
+  }
+}
+
+class TargetFileTest : public testing::Test {
+ protected:
+  // A target with one frame in it.
+  void begin(TargetFile& target) {
+    target.create(kByExtension, StreamHead{}, SinkSettings{});
+    FrameBatch batch;
+    batch.append(Frame{.id = 0x123});
+    target.write(batch, account_);
+  }
+  void write(const std::string& path, bool replaces) {
+    TargetFile target(path, replaces);
+    begin(target);
+    target.finish();
+  }
+
+  test::TempFolder folder_;
+  const std::string path_ = folder_.file("drive.trc");
+  Account account_;
+};
+
+TEST_F(TargetFileTest, hasItsNameOnlyWhenItIsWhole) {
+  {
+    TargetFile target(path_, false);
+    EXPECT_FALSE(target.isOpen());
+    begin(target);
+    EXPECT_TRUE(target.isOpen());
+    EXPECT_FALSE(fs::exists(path_));
+    EXPECT_TRUE(fs::exists(folder_.file(".drive.trc.xlatr-part")));
+    target.finish();
+    EXPECT_FALSE(target.isOpen());
+    EXPECT_TRUE(fs::exists(path_));
+  }
+  EXPECT_EQ(filesIn(folder_.path().string()), 1U);
+  // The head names the file as the user does.
+  EXPECT_NE(contentOf(path_).find(path_), std::string::npos);
+  EXPECT_EQ(contentOf(path_).find("xlatr-part"), std::string::npos);
+}
+
+TEST_F(TargetFileTest, isRemovedUnlessItIsFinished) {
+  {
+    TargetFile target(path_, false);
+    begin(target);
+  }
+  EXPECT_EQ(filesIn(folder_.path().string()), 0U);
+}
+
+TEST_F(TargetFileTest, leavesTheOldFileUntilTheNewOneIsWhole) {
+  static_cast<void>(folder_.write("drive.trc", "old"));
+  expectFailure(FrameProblem::TargetExists, path_ + ": the file exists", [&] { TargetFile(path_, false); });
+  {
+    TargetFile target(path_, true);
+    begin(target);
+    EXPECT_EQ(contentOf(path_), "old");
+  }
+  EXPECT_EQ(contentOf(path_), "old");
+  fs::permissions(path_, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+  write(path_, true);
+  EXPECT_NE(contentOf(path_), "old");
+  EXPECT_EQ(fs::status(path_).permissions(), fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+  EXPECT_EQ(filesIn(folder_.path().string()), 1U);
+}
+
+TEST_F(TargetFileTest, replacesTheFileBehindALink) {
+  const std::string old = folder_.write("old.trc", "old");
+  fs::create_symlink(old, path_);
+  write(path_, true);
+  EXPECT_TRUE(fs::is_symlink(path_));
+  EXPECT_NE(contentOf(old), "old");
+}
+
+TEST_F(TargetFileTest, writesOverWhatAKilledProcessLeft) {
+  static_cast<void>(folder_.write(".drive.trc.xlatr-part", std::string(100'000, 'x')));
+  write(path_, false);
+  EXPECT_LT(fs::file_size(path_), 10'000U);
+  EXPECT_EQ(filesIn(folder_.path().string()), 1U);
+}
+
+TEST_F(TargetFileTest, refusesATargetThatIsBeingWritten) {
+  TargetFile first(path_, false);
+  begin(first);
+  TargetFile second(path_, false);
+  expectFailure(FrameProblem::TargetRefused, path_ + ": another conversion", [&] { begin(second); });
+  first.finish();
+  EXPECT_TRUE(fs::exists(path_));
+}
+
+TEST_F(TargetFileTest, writesToADeviceAsItIs) {
+  TargetFile target("/dev/null", false);
+  target.create(XLATR_FORMAT_TRC, StreamHead{}, SinkSettings{});
+  target.finish();
+  EXPECT_TRUE(fs::is_character_file("/dev/null"));
+  EXPECT_FALSE(fs::exists("/dev/.null.xlatr-part"));
+}
+
+TEST_F(TargetFileTest, tellsWhatTheSystemRefuses) {
+  expectFailure(FrameProblem::TargetRefused, folder_.path().string() + ": this is a folder",
+                [&] { TargetFile(folder_.path().string(), true); });
+  TargetFile nowhere(folder_.file("none/a.trc"), false);
+  expectFailure(FrameProblem::TargetRefused, folder_.file("none/a.trc") + ": cannot create", [&] { begin(nowhere); });
+  TargetFile full("/dev/full", false);
+  expectFailure(FrameProblem::TargetRefused, "/dev/full: cannot write", [&] {
+    full.create(XLATR_FORMAT_TRC, StreamHead{}, SinkSettings{});
+    full.finish();
+  });
+  TargetFile unknown(folder_.file("a.xyz"), false);
+  expectFailure(FrameProblem::NotWritten, folder_.file("a.xyz"), [&] { begin(unknown); });
+  EXPECT_EQ(filesIn(folder_.path().string()), 0U);
+}
+
+TEST_F(TargetFileTest, hasRoomForTheLongestName) {
+  const std::string name = std::string(251, 'n') + ".trc";
+  write(folder_.file(name), false);
+  EXPECT_TRUE(fs::exists(folder_.file(name)));
+}
+
+}  // namespace
+}  // namespace xlatr
