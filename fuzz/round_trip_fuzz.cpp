@@ -14,6 +14,7 @@
 #include "frames/frame_sink.hpp"
 #include "io/format.hpp"
 #include "scratch_folder.hpp"
+#include "support/frame_targets.hpp"
 #include "target.hpp"
 
 namespace {
@@ -26,6 +27,7 @@ using xlatr::FrameAttribute;
 using xlatr::FrameBatch;
 using xlatr::FrameCapacity;
 using xlatr::FrameKind;
+using xlatr::test::FrameTarget;
 
 // Numbers off the front of the input; zeros when it has no more.
 class Numbers {
@@ -95,27 +97,10 @@ struct OwnedFrame {
   }
 };
 
-struct Target {
-  const xlatr::FormatDescriptor* format;
-  const FrameCapacity* capacity;
-};
-
-std::vector<Target> allTargets() {
-  std::vector<Target> targets;
-  for (const xlatr::FormatDescriptor* const format : xlatr::formatRegistry()) {
-    if (format->createFrames != nullptr) {
-      for (const FrameCapacity& capacity : format->frameCapacities()) {
-        targets.push_back({format, &capacity});
-      }
-    }
-  }
-  return targets;
-}
-
 // Writes the frames one by one, so that it shows which ones a sink drops for what came before.
-std::vector<OwnedFrame const*> writeAll(const Target& target, const std::string& path,
+std::vector<OwnedFrame const*> writeAll(const FrameTarget& target, const std::string& path,
                                         const std::vector<OwnedFrame>& frames) {
-  const auto sink = target.format->createFrames(path, {}, {.version = target.capacity->version});
+  const auto sink = target.format->createFrames(path, {}, target.settings());
   FrameBatch batch;
   Account account;
   std::vector<OwnedFrame const*> kept;
@@ -137,7 +122,7 @@ std::vector<OwnedFrame const*> writeAll(const Target& target, const std::string&
   return kept;
 }
 
-void checkRoundTrip(const Target& target, const std::string& path, const std::vector<OwnedFrame>& frames) {
+void checkRoundTrip(const FrameTarget& target, const std::string& path, const std::vector<OwnedFrame>& frames) {
   const std::vector<OwnedFrame const*> kept = writeAll(target, path, frames);
   const auto source = target.format->openFrames(path);
   FrameBatch batch;
@@ -169,9 +154,9 @@ void checkRoundTrip(const Target& target, const std::string& path, const std::ve
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const fuzz::ScratchFolder folder;
-  static const std::vector<Target> targets = allTargets();
+  static const std::vector<FrameTarget> targets = xlatr::test::frameTargets();
   Numbers numbers(std::span(data, size));
-  const Target& target = targets[static_cast<std::size_t>(numbers.take(1)) % targets.size()];
+  const FrameTarget& target = targets[static_cast<std::size_t>(numbers.take(1)) % targets.size()];
   std::vector<OwnedFrame> frames;
   while (!numbers.atEnd()) {
     frames.emplace_back(numbers);

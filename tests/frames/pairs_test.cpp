@@ -1,13 +1,15 @@
-// Every source into every target: through one job, with an account that adds up, for whole sources and for cut ones.
+// Every source into every target: through one job, with an account that adds up, for whole sources and for damaged
+// ones.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
+#include <random>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -16,6 +18,8 @@
 #include "frames/frame_sink.hpp"
 #include "frames/trace_file.hpp"
 #include "io/format.hpp"
+#include "support/frame_count.hpp"
+#include "support/frame_targets.hpp"
 #include "support/random_frames.hpp"
 #include "support/temp_folder.hpp"
 
@@ -24,40 +28,35 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct PairTarget {
-  const FormatDescriptor* format;
-  double version;
-};
+using test::FrameTarget;
 
-std::vector<PairTarget> pairTargets() {
-  std::vector<PairTarget> targets;
-  for (const FormatDescriptor* const format : formatRegistry()) {
-    if (format->createFrames != nullptr) {
-      for (const FrameCapacity& capacity : format->frameCapacities()) {
-        targets.push_back({format, capacity.version});
-      }
-    }
+// Reads a file to its end.
+Account countFrames(const std::string& path, const FormatDescriptor& format) {
+  Account account;
+  const auto source = format.openFrames(path);
+  FrameBatch batch;
+  while (source->read(batch, account)) {
+    batch.clear();
   }
-  return targets;
-}
-
-std::string nameOf(const PairTarget& target) {
-  return std::to_string(static_cast<int>(target.version * 100 + 0.5)) + std::string(target.format->extension);
+  return account;
 }
 
 class FramePairs : public testing::Test {
  protected:
   // A trace of random frames.
-  std::string writeSource(const PairTarget& kind) {
-    constexpr std::size_t kFrames = 2'000;
+  std::string writeSource(const FrameTarget& kind, std::size_t frames) {
     test::RandomFrames random(3);
     StreamHead head;
     head.start = TraceStart{.sinceEpochNs = 1'600'000'000'000'000'000};
-    const std::string path = folder_.file("source" + nameOf(kind));
-    const auto sink = kind.format->createFrames(path, head, {.version = kind.version});
+    const std::string path = folder_.file("source" + std::string(kind.format->extension));
+    const auto sink = kind.format->createFrames(path, head, kind.settings());
     FrameBatch batch;
     Account account;
-    for (std::size_t at = 0; at < kFrames; ++at) {
+    for (std::size_t at = 0; at < frames; ++at) {
+      if (batch.full()) {
+        sink->write(batch, account);
+        batch.clear();
+      }
       batch.append(random.next().view());
     }
     sink->write(batch, account);
@@ -65,84 +64,118 @@ class FramePairs : public testing::Test {
     return path;
   }
 
-  // The account of a job from a file into a new target.
-  Account convert(const std::string& source, const PairTarget& target) {
-    const JobReport report = runJob({.sources = {{source}},
-                                     .target = folder_.file("target" + nameOf(target)),
+  // A job from a file into a new target. Every frame that counts as read or written is one in the files.
+  void expectSums(const FrameTarget& kind, const std::string& source, std::uint64_t frames, const FrameTarget& target) {
+    SCOPED_TRACE(kind.name() + " to " + target.name());
+    const std::string path = folder_.file("target" + std::string(target.format->extension));
+    const JobReport report = runJob({.sources = {{source, kind.format->format}},
+                                     .target = path,
                                      .replacesTarget = true,
-                                     .sink = {.version = target.version}});
-    return report.account;
+                                     .sink = target.settings()});
+    EXPECT_EQ(report.account.read(), frames);
+    expectSums(report.account);
+    EXPECT_EQ(countFrames(path, *target.format).read(), report.account.written());
   }
 
-  static std::uint64_t sumOf(const Account& account, const Account::Count& (Account::*counts)(Remark) const) {
-    std::uint64_t sum = 0;
-    for (const RemarkInfo& remark : remarkTable()) {
-      sum += (account.*counts)(remark.remark).frames;
+  // Read = written + dropped; each of both has its reasons, and each reason its first place.
+  static void expectSums(const Account& account) {
+    using Counts = const Account::Count& (Account::*)(Remark) const;
+    EXPECT_EQ(account.read(), account.written() + account.dropped());
+    for (const auto& [counts, sum] : {std::pair<Counts, std::uint64_t>{&Account::dropped, account.dropped()},
+                                      std::pair<Counts, std::uint64_t>{&Account::commented, account.commented()}}) {
+      std::uint64_t left = sum;
+      for (const RemarkInfo& remark : remarkTable()) {
+        const Account::Count& count = (account.*counts)(remark.remark);
+        left -= count.frames;
+        EXPECT_EQ(count.frames > 0, count.first > 0) << remark.name;
+      }
+      EXPECT_EQ(left, 0U);
     }
-    return sum;
   }
 
-  // Read = written + dropped, and each of both has its reasons.
-  void expectSums(const Account& account, const std::string& pair) {
-    EXPECT_EQ(account.read(), account.written() + account.dropped()) << pair;
-    EXPECT_EQ(sumOf(account, &Account::dropped), account.dropped()) << pair;
-    EXPECT_EQ(sumOf(account, &Account::commented), account.commented()) << pair;
+  // Every target of what was made of each source.
+  template <class Damage>
+  void expectSumsOfDamaged(const Damage& damage) {
+    for (const FrameTarget& kind : test::frameTargets()) {
+      const std::string source = writeSource(kind, test::framesToTest(5'000, 200));
+      damage(source);
+      const std::uint64_t frames = countFrames(source, *kind.format).read();
+      for (const FrameTarget& target : test::frameTargets()) {
+        expectSums(kind, source, frames, target);
+      }
+    }
   }
 
   test::TempFolder folder_;
 };
 
 TEST_F(FramePairs, addUpForWholeSources) {
-  for (const PairTarget& kind : pairTargets()) {
-    const std::string source = writeSource(kind);
+  const std::size_t frames = test::framesToTest(100'000, 2'000);
+  for (const FrameTarget& kind : test::frameTargets()) {
+    const std::string source = writeSource(kind, frames);
     EXPECT_EQ(formatOfTrace(source).format, kind.format->format) << source;
-    for (const PairTarget& target : pairTargets()) {
-      const Account account = convert(source, target);
-      const std::string pair = nameOf(kind) + " to " + nameOf(target);
-      EXPECT_GT(account.read(), 500U) << pair;
-      expectSums(account, pair);
+    const std::uint64_t read = countFrames(source, *kind.format).read();
+    EXPECT_GT(read, frames / 4) << kind.name();
+    for (const FrameTarget& target : test::frameTargets()) {
+      expectSums(kind, source, read, target);
     }
   }
 }
 
 TEST_F(FramePairs, addUpForCutSources) {
-  for (const PairTarget& kind : pairTargets()) {
-    const std::string source = writeSource(kind);
-    const auto size = fs::file_size(source);
-    for (const std::uintmax_t kept : {size * 2 / 3 + 1, size / 2, std::uintmax_t{100}, std::uintmax_t{1}}) {
-      fs::resize_file(source, kept);
-      for (const FormatDescriptor* const target : formatRegistry()) {
-        if (target->createFrames == nullptr) {
-          continue;
-        }
-        const JobReport report = runJob({.sources = {{source, kind.format->format}},
-                                         .target = folder_.file("target" + std::string(target->extension)),
-                                         .replacesTarget = true});
-        expectSums(report.account,
-                   nameOf(kind) + " cut to " + std::to_string(kept) + " into " + std::string(target->extension));
-      }
+  expectSumsOfDamaged([](const std::string& source) { fs::resize_file(source, fs::file_size(source) * 2 / 3 + 1); });
+}
+
+TEST_F(FramePairs, addUpForSourcesWithOtherBytes) {
+  expectSumsOfDamaged([this](const std::string& source) {
+    const std::string name = fs::path(source).filename().string();
+    std::string bytes = folder_.read(name);
+    std::mt19937 random(5);
+    for (std::size_t count = bytes.size() / 200; count > 0; --count) {
+      bytes[random() % bytes.size()] = static_cast<char>(random() % 256);
     }
-  }
+    static_cast<void>(folder_.write(name, bytes));
+  });
+}
+
+// The lines of a text, and pieces of what is none.
+TEST_F(FramePairs, addUpForSourcesInDisorder) {
+  expectSumsOfDamaged([this](const std::string& source) {
+    const std::string name = fs::path(source).filename().string();
+    const std::string bytes = folder_.read(name);
+    std::vector<std::string_view> pieces;
+    for (std::string_view left = bytes; !left.empty(); left.remove_prefix(pieces.back().size())) {
+      constexpr std::size_t kLongest = 200;
+      const std::string_view piece = left.substr(0, kLongest);
+      const std::size_t end = piece.find('\n');
+      pieces.push_back(piece.substr(0, end == std::string_view::npos ? end : end + 1));
+    }
+    std::mt19937 random(7);
+    for (std::size_t at = 0; at < pieces.size(); ++at) {
+      std::swap(pieces[at], pieces[std::min(at + random() % 4, pieces.size() - 1)]);
+    }
+    std::string mixed;
+    for (const std::string_view piece : pieces) {
+      mixed += piece;
+    }
+    static_cast<void>(folder_.write(name, mixed));
+  });
 }
 
 // What stands behind a trace's last frame, and where it has its kin, is told.
 TEST_F(FramePairs, tellOfACut) {
-  for (const PairTarget& kind : pairTargets()) {
-    const std::string source = writeSource(kind);
-    Account whole;
-    Account cut;
-    const auto count = [&](Account& account) {
-      const auto opened = kind.format->openFrames(source);
-      FrameBatch batch;
-      while (opened->read(batch, account)) {
-        batch.clear();
-      }
-    };
-    count(whole);
-    fs::resize_file(source, fs::file_size(source) * 2 / 3 + 3);
-    count(cut);
-    EXPECT_LT(cut.read(), whole.read()) << nameOf(kind);
-    EXPECT_GT(cut.read(), whole.read() / 4) << nameOf(kind);
+  for (const FrameTarget& kind : test::frameTargets()) {
+    const std::string source = writeSource(kind, 2'000);
+    const Account whole = countFrames(source, *kind.format);
+    const auto size = fs::file_size(source);
+    fs::resize_file(source, size * 2 / 3 + 3);
+    const Account cut = countFrames(source, *kind.format);
+    EXPECT_LT(cut.read(), whole.read()) << kind.name();
+    EXPECT_GT(cut.read(), whole.read() / 4) << kind.name();
+    for (const std::uintmax_t kept : {size / 2, std::uintmax_t{100}, std::uintmax_t{1}}) {
+      fs::resize_file(source, kept);
+      EXPECT_LE(countFrames(source, *kind.format).read(), cut.read()) << kind.name() << " of " << kept;
+    }
   }
 }
 

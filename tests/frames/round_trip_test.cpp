@@ -15,6 +15,8 @@
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
 #include "io/format.hpp"
+#include "support/frame_count.hpp"
+#include "support/frame_targets.hpp"
 #include "support/frame_text.hpp"
 #include "support/random_frames.hpp"
 #include "support/temp_folder.hpp"
@@ -22,63 +24,40 @@
 namespace xlatr {
 namespace {
 
+using test::FrameTarget;
 using test::OwnedFrame;
 
-constexpr std::size_t kFrames = 100'000;
-
-struct Target {
-  const FormatDescriptor* format;
-  const FrameCapacity* capacity;
-
-  [[nodiscard]] std::string name() const {
-    return std::string(format->extension.substr(1)) + "_" +
-           std::to_string(static_cast<int>(capacity->version * 100 + 0.5));
-  }
-};
-
-std::vector<Target> allTargets() {
-  std::vector<Target> targets;
-  for (const FormatDescriptor* const format : formatRegistry()) {
-    if (format->createFrames == nullptr) {
-      continue;
-    }
-    for (const FrameCapacity& capacity : format->frameCapacities()) {
-      targets.push_back({format, &capacity});
-    }
-  }
-  return targets;
-}
-
 // What comes back of a frame. A comment has the time of what stands before it.
-std::optional<std::string> expectedOf(const Target& target, const Frame& frame, Account& account) {
+std::optional<Frame> expectedOf(const FrameTarget& target, const Frame& frame, Account& account) {
   if (whyNotHeld(*target.capacity, frame)) {
-    return target.capacity->comments ? std::optional(test::textOf(frame)) : std::nullopt;
+    return target.capacity->comments ? std::optional(frame) : std::nullopt;
   }
-  return test::textOf(frame.kind == FrameKind::Comment ? frame : reducedTo(*target.capacity, frame, account));
+  return frame.kind == FrameKind::Comment ? frame : reducedTo(*target.capacity, frame, account);
 }
 
-std::string textWithoutTimeOfComment(Frame frame) {
+Frame withoutTimeOfComment(Frame frame) {
   frame.timeNs = frame.kind == FrameKind::Comment ? 0 : frame.timeNs;
-  return test::textOf(frame);
+  return frame;
 }
 
-class RoundTrip : public testing::TestWithParam<Target> {
+class RoundTrip : public testing::TestWithParam<FrameTarget> {
  protected:
   using Frames = std::vector<OwnedFrame>;
 
   // The first difference between what the table says and what comes back, or nothing.
   std::optional<std::string> difference(const Frames& frames) {
-    const Target& target = GetParam();
+    const FrameTarget& target = GetParam();
     const std::string path = folder_.file("target" + std::string(target.format->extension));
     const Account written = write(path, frames);
-    std::vector<std::string> expected;
+    std::vector<Frame> expected;
+    expected.reserve(frames.size());
     Account reduced;
     std::size_t notHeld = 0;
     for (const OwnedFrame& owned : frames) {
       const Frame frame = owned.view();
       notHeld += whyNotHeld(*target.capacity, frame).has_value() ? 1U : 0U;
-      if (const auto text = expectedOf(target, frame, reduced)) {
-        expected.push_back(*text);
+      if (const auto kept = expectedOf(target, frame, reduced)) {
+        expected.push_back(withoutTimeOfComment(*kept));
       }
     }
     if (written.written() + written.dropped() != frames.size()) {
@@ -99,8 +78,7 @@ class RoundTrip : public testing::TestWithParam<Target> {
   Account write(const std::string& path, const Frames& frames) {
     StreamHead head;
     head.start = TraceStart{.sinceEpochNs = 1'600'000'000'123'456'000};
-    const auto sink =
-        GetParam().format->createFrames(path, head, SinkSettings{.version = GetParam().capacity->version});
+    const auto sink = GetParam().format->createFrames(path, head, GetParam().settings());
     Account account;
     FrameBatch batch;
     for (const OwnedFrame& owned : frames) {
@@ -115,30 +93,25 @@ class RoundTrip : public testing::TestWithParam<Target> {
     return account;
   }
 
-  std::optional<std::string> compare(const std::string& path, const std::vector<std::string>& expected) {
+  std::optional<std::string> compare(const std::string& path, const std::vector<Frame>& expected) {
     const auto source = GetParam().format->openFrames(path);
     FrameBatch batch;
     Account account;
     std::size_t at = 0;
     while (source->read(batch, account)) {
       for (std::size_t row = 0; row < batch.size(); ++row, ++at) {
-        const std::string text = textWithoutTimeOfComment(batch.at(row));
-        if (at >= expected.size() || text != normalised(expected[at])) {
-          return "expected: " + (at < expected.size() ? expected[at] : "nothing") + "\n     got: " + text;
+        const Frame frame = withoutTimeOfComment(batch.at(row));
+        if (at >= expected.size() || !sameFrame(frame, expected[at])) {
+          return "expected: " + (at < expected.size() ? test::textOf(expected[at]) : "nothing") +
+                 "\n     got: " + test::textOf(frame);
         }
       }
       batch.clear();
     }
     if (at != expected.size()) {
-      return "missing: " + expected[at];
+      return "missing: " + test::textOf(expected[at]);
     }
     return std::nullopt;
-  }
-
-  // Without the time of a comment that stands for itself.
-  static std::string normalised(const std::string& text) {
-    const std::size_t blank = text.find(' ');
-    return text.substr(blank).starts_with(" comment ") ? "0" + text.substr(blank) : text;
   }
 
   // The smallest of the frames that still shows a difference.
@@ -194,7 +167,8 @@ class RoundTrip : public testing::TestWithParam<Target> {
 
 TEST_P(RoundTrip, keepsWhatTheTableSays) {
   constexpr std::size_t kPart = 5'000;
-  for (std::uint32_t seed = 0; seed < kFrames / kPart; ++seed) {
+  const std::size_t wanted = test::framesToTest(100'000, 10'000);
+  for (std::uint32_t seed = 0; seed * kPart < wanted; ++seed) {
     test::RandomFrames random(seed);
     Frames frames;
     for (std::size_t at = 0; at < kPart; ++at) {
@@ -206,7 +180,7 @@ TEST_P(RoundTrip, keepsWhatTheTableSays) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, RoundTrip, testing::ValuesIn(allTargets()),
+INSTANTIATE_TEST_SUITE_P(Formats, RoundTrip, testing::ValuesIn(test::frameTargets()),
                          [](const auto& test) { return test.param.name(); });
 
 }  // namespace

@@ -1,10 +1,10 @@
 // Frames of every kind, likely ones and odd ones, for tests of what formats can hold.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <initializer_list>
+#include <iterator>
 #include <random>
 #include <string>
 #include <string_view>
@@ -195,7 +195,7 @@ class RandomFrames {
         frame.attributes.set(static_cast<FrameAttribute>(below(kFrameAttributeCount)), number());
         break;
       case 6:
-        frame.timeNs = pick<std::int64_t>({-1, -499, -500, -1'000, -1'000'000'000});
+        frame.timeNs = pick<std::int64_t>({-1, -499, -500, -1'000, -1'000'000'000, kFarthestNs, -kFarthestNs});
         break;
       case 7:
         made.text = text();
@@ -221,12 +221,49 @@ class RandomFrames {
   }
 
   std::string text() {
-    static constexpr std::array<std::string_view, 24> kPieces = {
-        "Bus",      "Sleep", " ",      "  ",          "\t", "\n", "\r",       "\\",    "=",   ";",   "//",  "--",
-        "\xC3\xA9", "0",     "xlatr:", "data time=1", "\"", ",",  "BUSHEAVY", "ERROR", "1.5", "CAN", "RTR", "x"};
+    // Words, separators, and what readers take for parts of a line or for a whole one.
+    static constexpr std::string_view kPieces[] = {"Bus",
+                                                   "Sleep",
+                                                   " ",
+                                                   "  ",
+                                                   "\t",
+                                                   "\n",
+                                                   "\r",
+                                                   "\\",
+                                                   "=",
+                                                   ";",
+                                                   "//",
+                                                   "--",
+                                                   "\xC3\xA9",
+                                                   "0",
+                                                   "xlatr:",
+                                                   "data time=1",
+                                                   "\"",
+                                                   ",",
+                                                   "BUSHEAVY",
+                                                   "ERROR",
+                                                   "1.5",
+                                                   "CAN",
+                                                   "RTR",
+                                                   "x",
+                                                   "12",
+                                                   "BusOff",
+                                                   "BusOff, BusPassive",
+                                                   "chip status bus off",
+                                                   "123 Rx d 0",
+                                                   "1 123 Rx d 0",
+                                                   "2d Rx 1 FF",
+                                                   "ECC: 01010101",
+                                                   "Flags = 1 Code = 3",
+                                                   "Comment: 0",
+                                                   "Comment: 0 x",
+                                                   "Env := 1",
+                                                   "1 Statistic: D 1",
+                                                   "1 Statistic: Rx d 0 ID = 5",
+                                                   "Begin TriggerBlock"};
     std::string made;
     for (std::uint32_t left = below(6); left > 0; --left) {
-      made += kPieces[below(kPieces.size())];
+      made += kPieces[below(std::size(kPieces))];
     }
     return made;
   }

@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -15,10 +12,9 @@
 #include "formats/asc/asc_message.hpp"
 #include "formats/asc/asc_writer.hpp"
 #include "formats/lin/lin_message.hpp"
-#include "formats/trc/trc_frames.hpp"
-#include "formats/trc/trc_message.hpp"
-#include "formats/trc/trc_reader.hpp"
+#include "io/format.hpp"
 #include "messages/can_dlc.hpp"
+#include "support/both_ways.hpp"
 #include "support/frame_text.hpp"
 #include "support/temp_folder.hpp"
 #include "support/writer_stubs.hpp"
@@ -100,28 +96,10 @@ class AscFrameSink : public testing::Test {
 
   // What the two ways write for a TRC trace.
   std::string compatibleOf(const std::string& trc, double version) {
-    TrcReader reader{TrcInfo(TraceFileInfo(trc))};
-    reader.setActive(true);
-    AscWriter writer(folder_.file("compatible.asc"), true, version);
-    writer.setActive(true);
-    writer.WriteHeader(reader.getTrace());
-    BrixMessage message;
-    while (reader.readInto(message)) {
-      writer.WriteMessage(message);
-    }
-    writer.setActive(false);
-    return folder_.read("compatible.asc");
+    return test::compatibleOf<AscWriter>(folder_, trc, true, version);
   }
   std::string completeOf(const std::string& trc, double version) {
-    const auto source = openTrcFrames(trc);
-    const auto sink = createAscFrames(folder_.file("complete.asc"), source->head(), {.version = version});
-    FrameBatch batch;
-    while (source->read(batch, account_)) {
-      sink->write(batch, account_);
-      batch.clear();
-    }
-    sink->close();
-    return folder_.read("complete.asc");
+    return test::completeOf(folder_, trc, formatOf(XLATR_FORMAT_ASC), account_, {.version = version});
   }
 
   test::TempFolder folder_;
@@ -350,148 +328,6 @@ TEST_F(AscFrameSink, writesWhatAsc2logReads) {
   EXPECT_EQ(foundByAsc2log(folder_),
             (Texts{"can0 123#0102", "can0 18ABCDEF#0102030405060708", "can0 123##1" + bytes.substr(0, 24),
                    "can0 123#R8", "can0 00000123#R", error, error, "can1 1FFFFFFF##2" + bytes}));
-}
-
-// ---- anything comes back as the table says
-
-class RandomFrames {
- public:
-  explicit RandomFrames(std::uint32_t seed) : random_(seed) {}
-
-  Frame next() {
-    static constexpr std::array<std::string_view, 24> kTexts = {"",
-                                                                "word",
-                                                                "two words",
-                                                                "  blanks  ",
-                                                                "two  blanks",
-                                                                "BusOff",
-                                                                "BusOff, BusPassive",
-                                                                "chip status bus off",
-                                                                "1 123 Rx d 0",
-                                                                "123 Rx d 0",
-                                                                "ECC: 01010101",
-                                                                "Flags = 1 Code = 3",
-                                                                "Comment: 0 x",
-                                                                "Comment: 0",
-                                                                "Env := 1",
-                                                                "1 Statistic: D 1",
-                                                                "1 Statistic: Rx d 0 ID = 5",
-                                                                "2d Rx 1 FF",
-                                                                "line\nend",
-                                                                "back\\slash",
-                                                                "\t",
-                                                                "12",
-                                                                " xlatr: data time=1",
-                                                                "Begin TriggerBlock"};
-    static constexpr std::array<std::int64_t, 8> kTimes = {0, 1, 499, 500, -500, 1'500'000, kFarthestNs, -kFarthestNs};
-    Frame frame;
-    frame.timeNs = kTimes[pick(kTimes.size())];
-    frame.kind = static_cast<FrameKind>(pick(kFrameKindCount));
-    frame.bus = static_cast<std::uint16_t>(pick(4) == 0 ? pick(300) : pick(3));
-    frame.flags = static_cast<std::uint16_t>(number() & 0x1FF & (pick(2) == 0 ? 0x1FFU : number()));
-    if (frame.has(kTx)) {
-      frame.unset(kRx);
-    }
-    frame.id = number() >> pick(32);
-    frame.data = std::span(kBytes).first(pick(3) == 0 ? kDlcLengths[pick(16)] : pick(9));
-    frame.dlc = static_cast<std::uint16_t>(pick(17));
-    if (pick(2) == 0) {
-      frame.text = kTexts[pick(kTexts.size())];
-    }
-    for (std::size_t at = 0; at < kFrameAttributeCount && pick(2) == 0; ++at) {
-      frame.attributes.set(static_cast<FrameAttribute>(pick(kFrameAttributeCount)),
-                           pick(3) == 0 ? number() : static_cast<std::uint32_t>(pick(5)));
-    }
-    if (pick(2) == 0) {
-      makeUsual(frame);
-    }
-    return frame;
-  }
-
- private:
-  std::uint32_t number() { return static_cast<std::uint32_t>(random_()); }
-  std::size_t pick(std::size_t count) { return random_() % count; }
-
-  // Most random frames are of no version; these are nearly of one.
-  void makeUsual(Frame& frame) {
-    const bool lin = frame.kind == FrameKind::Lin;
-    frame.id = lin ? frame.id & 0x3F : frame.id & (frame.has(kX) ? 0x1FFFFFFFU : 0x7FFU);
-    if (frame.kind != FrameKind::Data && !lin && frame.kind != FrameKind::Remote) {
-      frame.id = 0;
-    }
-    if (frame.kind != FrameKind::Data && !lin) {
-      frame.data = {};
-    }
-    frame.unset(frame_flag::kXl);
-    if (frame.kind == FrameKind::Error || frame.kind == FrameKind::Counters || frame.kind == FrameKind::Status) {
-      static constexpr std::array kUsual = {FrameAttribute::ErrorType, FrameAttribute::ErrorPosition,
-                                            FrameAttribute::TxErrors, FrameAttribute::RxErrors};
-      for (const FrameAttribute attribute : kUsual) {
-        if (pick(2) == 0) {
-          frame.attributes.set(attribute, static_cast<std::uint32_t>(pick(4)));
-        }
-      }
-    }
-    if (frame.kind == FrameKind::Status && pick(2) == 0) {
-      static constexpr std::array<std::uint32_t, 5> kStates = {0, 4, 8, 16, 0x40010};
-      frame.attributes.set(FrameAttribute::BusState, kStates[pick(kStates.size())]);
-    }
-  }
-
-  std::mt19937 random_;
-};
-
-// A comment has nothing else that must come back.
-Frame onlyTextOfComment(const Frame& frame) {
-  if (frame.kind != FrameKind::Comment) {
-    return frame;
-  }
-  Frame comment;
-  comment.kind = FrameKind::Comment;
-  comment.text = frame.text.value_or("");
-  return comment;
-}
-
-// As the table says that it comes back.
-Frame expectedOf(const FrameCapacity& capacity, const Frame& frame, Account& account) {
-  return whyNotHeld(capacity, frame) ? frame : reducedTo(capacity, frame, account);
-}
-
-TEST_F(AscFrameSink, writesWhatComesBackAsTheTableSays) {
-  constexpr int kFrames = 20'000;
-  for (const FrameCapacity& capacity : ascCapacities()) {
-    if (capacity.version > 8.0) {
-      continue;  // the same as 8.0
-    }
-    RandomFrames random(7);
-    std::vector<Frame> frames;
-    Account expectedAccount;
-    Texts expected;
-    for (int count = 0; count < kFrames; ++count) {
-      frames.push_back(random.next());
-      const Frame back = onlyTextOfComment(expectedOf(capacity, frames.back(), expectedAccount));
-      expected.push_back(test::textOf(back));
-    }
-    write(frames, capacity.version);
-    EXPECT_EQ(account_.written(), frames.size());
-    EXPECT_GT(account_.commented(), 0U);
-    EXPECT_LT(account_.commented(), frames.size() * 3 / 4);
-    const auto source = openAscFrames(folder_.file("target.asc"));
-    FrameBatch batch;
-    Account account;
-    std::size_t at = 0;
-    while (source->read(batch, account)) {
-      for (std::size_t row = 0; row < batch.size(); ++row, ++at) {
-        ASSERT_LT(at, expected.size());
-        const Frame frame = onlyTextOfComment(batch.at(row));
-        ASSERT_EQ(test::textOf(frame), expected[at])
-            << "version " << capacity.version << ", frame " << at + 1 << ": " << test::textOf(frames[at]);
-      }
-      batch.clear();
-    }
-    EXPECT_EQ(at, expected.size());
-    EXPECT_EQ(account.noted(Remark::LineNotUnderstood).frames, 0U);
-  }
 }
 
 TEST(AscCapacities, standInTheOrderOfTheVersions) {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "formats/csv/csv_both_ways.hpp"
+#include "formats/csv/csv_frames.hpp"
 #include "formats/csv/csv_mapping.hpp"
 #include "formats/csv/csv_message.hpp"
 #include "formats/lin/lin_frames.hpp"

@@ -14,8 +14,9 @@
 #include "formats/native/btr_info.hpp"
 #include "formats/native/btr_session_reader.hpp"
 #include "formats/native/btr_session_writer.hpp"
-#include "formats/trc/trc_frames.hpp"
-#include "formats/trc/trc_reader.hpp"
+#include "formats/trc/trc_info.hpp"
+#include "io/format.hpp"
+#include "support/both_ways.hpp"
 #include "support/btr_image.hpp"
 #include "support/frame_text.hpp"
 #include "support/temp_folder.hpp"
@@ -480,28 +481,9 @@ TEST_F(BtrFrames, ofATraceAreTheSameBytesOnBothWays) {
     }
   }
   const std::string path = folder_.write("source.trc", trace);
-  TrcReader reader{TrcInfo(TraceFileInfo(path))};
-  BtrSessionWriter writer(folder_.file("compatible.btr"));
-  reader.setActive(true);
-  writer.setActive(true);
-  writer.WriteHeader(reader.getTrace());
-  BrixMessage message;
-  while (reader.readInto(message)) {
-    ASSERT_TRUE(message.getValid());
-    writer.WriteMessage(message);
-  }
-  writer.setActive(false);
-
-  source_ = openTrcFrames(path);
-  const auto sink = createBtrFrames(folder_.file("complete.btr"), source_->head(), {});
-  FrameBatch batch;
-  while (source_->read(batch, account_)) {
-    sink->write(batch, account_);
-    batch.clear();
-  }
-  sink->close();
+  const std::string complete = test::completeOf(folder_, path, formatOf(XLATR_FORMAT_BTR), account_);
+  EXPECT_EQ(complete, test::compatibleOf<BtrSessionWriter>(folder_, path));
   EXPECT_EQ(account_.written(), 1'200U);
-  EXPECT_EQ(folder_.read("complete.btr"), folder_.read("compatible.btr"));
 }
 
 }  // namespace

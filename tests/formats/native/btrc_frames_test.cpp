@@ -13,8 +13,10 @@
 
 #include "formats/native/btrc_reader.hpp"
 #include "formats/native/btrc_writer.hpp"
-#include "formats/trc/trc_frames.hpp"
-#include "formats/trc/trc_reader.hpp"
+#include "formats/trc/trc_info.hpp"
+#include "formats/trc/trc_message.hpp"
+#include "io/format.hpp"
+#include "support/both_ways.hpp"
 #include "support/btrc_image.hpp"
 #include "support/frame_text.hpp"
 #include "support/temp_folder.hpp"
@@ -500,28 +502,9 @@ TEST_F(BtrcFrames, ofATraceAreTheSameBytesOnBothWays) {
     }
   }
   const std::string path = folder_.write("source.trc", trace);
-  TrcReader reader{TrcInfo(TraceFileInfo(path))};
-  BtrcWriter writer(folder_.file("compatible.btrc"));
-  reader.setActive(true);
-  writer.setActive(true);
-  writer.WriteHeader(reader.getTrace());
-  BrixMessage message;
-  while (reader.readInto(message)) {
-    ASSERT_TRUE(message.getValid());
-    writer.WriteMessage(message);
-  }
-  writer.setActive(false);
-
-  source_ = openTrcFrames(path);
-  const auto sink = createBtrcFrames(folder_.file("complete.btrc"), source_->head(), {});
-  FrameBatch batch;
-  while (source_->read(batch, account_)) {
-    sink->write(batch, account_);
-    batch.clear();
-  }
-  sink->close();
+  const std::string complete = test::completeOf(folder_, path, formatOf(XLATR_FORMAT_BTRC), account_);
+  EXPECT_EQ(complete, test::compatibleOf<BtrcWriter>(folder_, path));
   EXPECT_EQ(account_.written(), 2'700U);
-  EXPECT_EQ(folder_.read("complete.btrc"), folder_.read("compatible.btrc"));
 }
 
 }  // namespace
