@@ -162,6 +162,19 @@ TEST_F(FramePairs, addUpForSourcesInDisorder) {
   });
 }
 
+TEST_F(FramePairs, areRecognisedWithoutAStart) {
+  FrameBatch batch;
+  batch.append(Frame{.bus = 1, .flags = frame_flag::kReceived, .place = 1});
+  for (const FrameTarget& kind : test::frameTargets()) {
+    const std::string path = folder_.file("source");
+    const auto sink = kind.format->createFrames(path, {}, kind.settings());
+    Account account;
+    sink->write(batch, account);
+    sink->close();
+    EXPECT_EQ(formatOfTrace(path).format, kind.format->format) << kind.name();
+  }
+}
+
 // What stands behind a trace's last frame, and where it has its kin, is told.
 TEST_F(FramePairs, tellOfACut) {
   for (const FrameTarget& kind : test::frameTargets()) {

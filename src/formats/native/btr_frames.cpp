@@ -462,9 +462,10 @@ bool looksLikeBtr(std::string_view start) {
     return false;
   }
   const SessionDateTime& date = first.dateAndTime;
+  const bool noDate = date.month == 0 && date.day == 0;
+  const bool isDate = date.month >= 1 && date.month <= 12 && date.day >= 1 && date.day <= 31;
   return first.version >= 1 && first.version <= kHighestVersion && first.continued <= 1 && first.isUsed() &&
-         date.month >= 1 && date.month <= 12 && date.day >= 1 && date.day <= 31 && date.hour < 24 && date.minute < 60 &&
-         date.second < 60;
+         (noDate || isDate) && date.hour < 24 && date.minute < 60 && date.second < 60;
 }
 
 std::unique_ptr<FrameSource> openBtrFrames(const InputSource& input) {
