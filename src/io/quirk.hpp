@@ -14,6 +14,16 @@ namespace xlatr {
 
 enum class Quirk : std::uint8_t {
   TrcBus255IsNone,
+  TrcBusOneIsGuessed,
+  TrcFilePerBus,
+  TrcNotHeldUnsaid,
+  TrcErrorTypeLost,
+  TrcCountersAreErrors,
+  TrcCountersHaveAnId,
+  TrcStateWordsLost,
+  TrcCommentsLeftOut,
+  TrcMillisecondsAreCut,
+  TrcStartOf1000Ms,
   AscHeadTakesTenLines,
   AscShortLineEnds,
   AscOldVersionsRefused,
@@ -27,6 +37,13 @@ enum class Quirk : std::uint8_t {
   AscLinRefused,
   AscRelativeSkips,
   AscRemoteAsFd,
+  AscNotHeldUnsaid,
+  AscSessionsInOldLines,
+  AscSessionErrorsShifted,
+  AscStateWordsLost,
+  AscEventsAreFrames,
+  AscCommentsKeepTheirMark,
+  AscCommentsGetABlank,
   AscStartOf1000,
   LinEventsRefused,
   LinNoneRefused,
@@ -40,6 +57,7 @@ enum class Quirk : std::uint8_t {
   CsvBusGuessed,
   CsvDirectionGuessed,
   CsvLinAsCan,
+  CsvDetailsLeftOut,
   CsvFewCellsRead,
   CsvEmptyCellsMoveOthers,
   CsvMissingColumnIsTheFirst,
@@ -47,18 +65,26 @@ enum class Quirk : std::uint8_t {
   BtrStepBackIsAWrap,
   BtrStampsFromTheStart,
   BtrStatusIsUnmarked,
+  BtrCountersAreErrors,
+  BtrErrorTypesAreIds,
+  BtrLongDlcsLeftOut,
   BtrBusesWrap,
   BtrHasNoTicks,
+  BtrEarlyTimesWrap,
   BtrStartIsCut,
+  BtrNoStartIs1970,
   BtrDamageEndsSessions,
   BtrLeavesOutUnsaid,
   BtrcSentDataIsCut,
+  BtrcDlcIsLength,
   BtrcRemoteStatesRoom,
   BtrcTextsEndInBlanks,
   BtrcLongTextIsTheLast,
   BtrcEventsAreTexts,
+  BtrcXlLeftOut,
   BtrcBusesWrap,
   BtrcStatusBitsLost,
+  BtrcEarlyTimesWrap,
   BtrcNotesLeftOut,
   BtrcStartIsUnscaled,
   BtrcStartFromDays,
@@ -66,11 +92,15 @@ enum class Quirk : std::uint8_t {
   Mf4FieldsEndWithTheirFirstBytes,
   Mf4ZippedPayloadsStayZipped,
   Mf4TableValuesAreKeys,
+  Mf4BusesWrap,
+  Mf4ErrorDirectionLost,
+  Mf4ErrorPositionLost,
+  Mf4OtherFramesNotRead,
   Mf4UnfinishedRefused,
   Mf4VariableGroupsRefused,
   Mf4InvalidationRefused,
 };
-inline constexpr std::size_t kQuirkCount = 56;
+inline constexpr std::size_t kQuirkCount = 86;
 
 struct QuirkInfo {
   Quirk quirk;
@@ -88,15 +118,15 @@ struct QuirkInfo {
 class Way {
  public:
   // All of them, or none.
-  [[nodiscard]] static constexpr Way compatible() { return Way((std::uint64_t{1} << kQuirkCount) - 1); }
-  [[nodiscard]] static constexpr Way complete() { return Way(0); }
+  [[nodiscard]] static constexpr Way compatible() { return Way(true); }
+  [[nodiscard]] static constexpr Way complete() { return Way(false); }
 
-  [[nodiscard]] constexpr bool has(Quirk quirk) const { return (quirks_ >> static_cast<unsigned>(quirk) & 1U) != 0; }
+  [[nodiscard]] constexpr bool has(Quirk /*quirk*/) const { return hasAll_; }
 
  private:
-  explicit constexpr Way(std::uint64_t quirks) : quirks_(quirks) {}
+  explicit constexpr Way(bool hasAll) : hasAll_(hasAll) {}
 
-  std::uint64_t quirks_;
+  bool hasAll_;
 };
 
 }  // namespace xlatr

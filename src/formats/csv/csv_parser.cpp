@@ -22,8 +22,10 @@ bool readCell(CsvCells& cells, CsvMessage& message) {
   if constexpr (kReader == nullptr) {
     return true;
   } else {
-    if (!kWay.has(Quirk::CsvMissingColumnIsTheFirst) && !message.columns.has(kColumn.column)) {
-      return !kColumn.needed;
+    if constexpr (!kWay.has(Quirk::CsvMissingColumnIsTheFirst)) {
+      if (!message.columns.has(kColumn.column)) {
+        return !kColumn.needed;
+      }
     }
     return kReader(cells, message.columns.place(kColumn.column), message);
   }
