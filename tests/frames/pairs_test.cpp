@@ -48,7 +48,7 @@ class FramePairs : public testing::Test {
     test::RandomFrames random(3);
     StreamHead head;
     head.start = TraceStart{.sinceEpochNs = 1'600'000'000'000'000'000};
-    const std::string path = folder_.file("source" + std::string(kind.format->extension));
+    std::string path = folder_.file("source" + std::string(kind.format->extension));
     const auto sink = kind.format->createFrames(path, head, kind.settings());
     FrameBatch batch;
     Account account;
