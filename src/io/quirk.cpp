@@ -130,7 +130,9 @@ constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
      "what a CAN XL frame lacks of its five fields is written as `FF`, `FFFFFFFF` or `0`", "it is written as `-`",
      "CsvQuirks.missingXlFieldsFilled"},
     {Quirk::CsvErrorsAsInTheSource, XLATR_FORMAT_CSV, "csv_errors_as_in_the_source",
-     "the bytes and the identifier of an error frame or of error counters are those of the source's format and version",
+     "the bytes and the identifier of an error frame, of error counters or of a status are those of the source's "
+     "format "
+     "and version",
      "every table has them in one form: for an error its type as a bit, its direction, its position and both counters",
      "CsvQuirks.errorsAsInTheSource"},
     {Quirk::CsvBusGuessed, XLATR_FORMAT_CSV, "csv_bus_guessed",
@@ -170,7 +172,8 @@ constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
      "times count from the start of the session, and its clock is written as 0",
      "BtrFrames.countFromTheStartOfTheirSession"},
     {Quirk::BtrStatusIsUnmarked, XLATR_FORMAT_BTR, "btr_status_is_unmarked",
-     "a bus status is written as an unused slot with data, and is not read again",
+     "a bus status is written as an unused slot with data, which is not read again, and one that is marked as such is "
+     "read as an error frame",
      "it is written as a status and read, from such slots too", "BtrFrames.recoverAStatusThatIsNotMarked"},
     {Quirk::BtrCountersAreErrors, XLATR_FORMAT_BTR, "btr_counters_are_errors",
      "the error counters of a session are error frames in other formats", "they are error counters",

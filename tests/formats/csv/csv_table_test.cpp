@@ -166,6 +166,10 @@ TEST_F(CsvTable, hasCommentsForRowsThatAreNotUnderstood) {
   EXPECT_EQ(account_.noted(Remark::LineNotUnderstood), (Account::Count{14, 3}));
 }
 
+TEST_F(CsvTable, hasCommentsWithoutAText) {
+  EXPECT_EQ(read("time_ns,kind,text\n5,comment, xlatr: comment time=0.000000006 bus=1\n"), Texts{"6 comment 1 0 \"\""});
+}
+
 TEST_F(CsvTable, keepsWhatABrokenRowSays) {
   EXPECT_EQ(read("time_ns,text\n1,\"a\n2,b\n"), (Texts{"0 comment 0 0 \"1,\"a\"", "2 data 0 0 \"b\""}));
   EXPECT_EQ(account_.noted(Remark::LineNotUnderstood), (Account::Count{1, 2}));

@@ -348,6 +348,16 @@ TEST_F(BtrcFrames, writeLongTextsInPieces) {
   }
 }
 
+TEST_F(BtrcFrames, cutTextsThatNoTraceHas) {
+  const std::string longest(FrameBatch::kLongestText, 'x');
+  const std::string text = longest + "y";
+  Frame comment = frameOf(FrameKind::Comment, 0, 0);
+  comment.text = text;
+  EXPECT_EQ(writeAndRead({comment, dataFrame(1'000)}),
+            (Texts{"0 comment 0 0 \"" + longest + "\"", "1000 data 1 123 Rx dlc4 [01020304]"}));
+  EXPECT_EQ(account_.noted(Remark::TextCut).frames, 1U);
+}
+
 TEST_F(BtrcFrames, writeOtherStatusesAsTexts) {
   Frame light = frameOf(FrameKind::Status);
   light.attributes.set(FrameAttribute::BusState, 4 | 8);

@@ -110,6 +110,16 @@ TEST_F(TrcFrames, ofVersion30HaveXl) {
                    "2500000 data 1 123 Tx XL [01]"}));
 }
 
+TEST_F(TrcFrames, keepBytesThatSayNothingOfTheirKind) {
+  EXPECT_EQ(readVersion("1.3",
+                        "1)  1.001 1  Error 0000 - 3  01 02 03\n"
+                        "2)  2.002 1  Warng FFFFFFFF - 2  00 04\n"),
+            (Texts{"1001000 counters 1 0 [010203]", "2002000 status 1 0 [0004]"}));
+  EXPECT_EQ(read(";BRIX-Net: Net\n", "1)   1841  FFFFFFFF  2  00 04 LOST\n"),
+            (Texts{"1841000000 status 0 0 [0004] \"LOST\""}));
+  EXPECT_TRUE(account_.complete());
+}
+
 TEST_F(TrcFrames, keepEveryDigitOfATime) {
   EXPECT_EQ(readVersion("1.2",
                         "1) 9007199254.740993 1 Rx 0001 0\n"
@@ -128,12 +138,13 @@ TEST_F(TrcFrames, haveCommentsForAllElse) {
                         "what is this\n"
                         "2) 1e300 1 Rx 0001 0\n"
                         "3) 2.000 70000 Rx 0001 0\n"
-                        "4) 3.000 1 Rx 0001 0\n"),
+                        "4) 3.000 1 Rx 0001 0\n"
+                        "5) -9000000000001.000 1 Rx 0001 0\n"),
             (Texts{"1000000 data 1 1 Rx", "1000000 comment 0 0 \" lunch\"", "1000000 comment 0 0 \"what is this\"",
                    "1000000 comment 0 0 \"2) 1e300 1 Rx 0001 0\"", "1000000 comment 0 0 \"3) 2.000 70000 Rx 0001 0\"",
-                   "3000000 data 1 1 Rx"}));
-  EXPECT_EQ(account_.read(), 6U);
-  EXPECT_EQ(account_.noted(Remark::LineNotUnderstood), (Account::Count{3, 5}));
+                   "3000000 data 1 1 Rx", "3000000 comment 0 0 \"5) -9000000000001.000 1 Rx 0001 0\""}));
+  EXPECT_EQ(account_.read(), 7U);
+  EXPECT_EQ(account_.noted(Remark::LineNotUnderstood), (Account::Count{4, 5}));
 }
 
 TEST_F(TrcFrames, haveTextsInUtf8) {

@@ -33,6 +33,7 @@ TEST(TrcHeaderKeys, findsTheFileVersion) {
       {"the mark of an old program", {";  made by BRIX Scope"}, 1.0},
       {"the mark of an old network", {";  BRIX-Net: can1"}, 1.0},
       {"a network without a name is no mark", {";  BRIX-Net: "}, 0.0},
+      {"a network without a blank is no mark", {";  BRIX-Net:can1"}, 0.0},
       {"a network after two blanks is no mark", {";  BRIX-Net:  can1"}, 0.0},
       {"the key before the mark", {";  BRIX Scope", ";$FILEVERSION=1.2"}, 1.2},
       {"neither", {";  a comment", ""}, 0.0},
@@ -59,6 +60,8 @@ TEST(TrcHeaderKeys, findsTheStartTime) {
       // One character after the colon is dropped even if it is a digit: day 26 becomes day 6.
       {"text without a blank", {";   Start time:26.07.2021 06:00:00.0"}, 44383.25},
       {"no text", {";   Start time: yesterday"}, 0.0},
+      {"text of another shape", {";   Start time: 26/07/2021 06:00:00.0"}, 0.0},
+      {"text without seconds", {";   Start time: 26.07.2021 06:00:x"}, 0.0},
       {"nothing", {";"}, 0.0},
   };
   for (const auto& test : cases) {
