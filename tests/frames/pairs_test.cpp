@@ -93,7 +93,7 @@ class FramePairs : public testing::Test {
     }
   }
 
-  // Every target of what was made of each source.
+  // The newest version of every target, of what was made of each source.
   template <class Damage>
   void expectSumsOfDamaged(const Damage& damage) {
     for (const FrameTarget& kind : test::frameTargets()) {
@@ -101,7 +101,9 @@ class FramePairs : public testing::Test {
       damage(source);
       const std::uint64_t frames = countFrames(source, *kind.format).read();
       for (const FrameTarget& target : test::frameTargets()) {
-        expectSums(kind, source, frames, target);
+        if (target.capacity == &target.format->frameCapacities().back()) {
+          expectSums(kind, source, frames, target);
+        }
       }
     }
   }
@@ -110,7 +112,7 @@ class FramePairs : public testing::Test {
 };
 
 TEST_F(FramePairs, addUpForWholeSources) {
-  const std::size_t frames = test::framesToTest(100'000, 2'000);
+  const std::size_t frames = test::framesToTest(100'000, 1'000);
   for (const FrameTarget& kind : test::frameTargets()) {
     const std::string source = writeSource(kind, frames);
     EXPECT_EQ(formatOfTrace(source).format, kind.format->format) << source;
