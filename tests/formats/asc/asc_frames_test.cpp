@@ -63,6 +63,14 @@ AscMessage compatible(std::string_view line, double version) {
   return message;
 }
 
+TEST(AscLines, areNoFramesForAnyWordThatIsNone) {
+  for (const char* const line :
+       {"0.1 1 123 Xx d 0", "0.1 1 wheel Rx d 1 01 IDX = 3", "0.1 x ErrorFrame ECC Flags = 1 Code = 3",
+        "0.1 CAN x Status:error counter change (Zelkworks) - TxErr: 8 RxErr: 1"}) {
+    EXPECT_FALSE(compatible(line, 8.1).valid) << line;
+  }
+}
+
 TEST_F(AscFrames, haveBusIdentifierAndDirection) {
   EXPECT_EQ(readVersion("7.0.0",
                         "   0.000001 1  123             Rx   d 2 0A FF\n"

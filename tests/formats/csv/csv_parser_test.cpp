@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "formats/csv/csv_message.hpp"
+#include "io/quirk.hpp"
 #include "platform/thread.hpp"
 #include "util/failures.hpp"
 
@@ -319,6 +320,32 @@ TEST(CsvMessage, resetLeavesTheSeparatorAndTheColumns) {
   EXPECT_EQ(message.parsingText, "");
   EXPECT_EQ(message.comment, "");
   EXPECT_EQ(message.wideRow, fresh.wideRow);
+}
+
+// The cells of a row by their places, without those that may be anything.
+std::vector<std::size_t> neededCells(Way way) {
+  const std::vector<std::string> cells = {"1",  "10.5",     "1", "Rx", "XL", "0123", "0", "0A",
+                                          "01", "12345678", "1", "0",  "2",  "0A",   "B0"};
+  std::vector<std::size_t> needed;
+  for (std::size_t bad = 0; bad < cells.size(); ++bad) {
+    std::string row;
+    for (std::size_t at = 0; at < cells.size(); ++at) {
+      row += (at == 0 ? "" : ";") + (at == bad ? "?" : cells[at]);
+    }
+    const CsvColumnLine line = parseCsvColumnLine(kWide);
+    CsvMessage message(line.separator);
+    message.columns = line.columns;
+    message.parseRow(row, false, way);
+    if (!message.valid) {
+      needed.push_back(bad);
+    }
+  }
+  return needed;
+}
+
+TEST(CsvParser, refusesARowForAnyCellThatCounts) {
+  EXPECT_EQ(neededCells(Way::compatible()), (std::vector<std::size_t>{2, 3, 4, 5, 12, 13, 14}));
+  EXPECT_EQ(neededCells(Way::complete()), (std::vector<std::size_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}));
 }
 
 }  // namespace

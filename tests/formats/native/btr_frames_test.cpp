@@ -462,6 +462,26 @@ TEST_F(BtrFrames, comeBackAsTheTableSays) {
   EXPECT_EQ(written_.written() + written_.dropped(), frames.size());
 }
 
+TEST_F(BtrFrames, areRecognisedByTheFirstSession) {
+  const std::string bytes = BtrImage(2).session(0, {}).sector(1, {}, {}).bytes();
+  EXPECT_TRUE(looksLikeBtr(bytes));
+  EXPECT_FALSE(looksLikeBtr(bytes.substr(0, 511)));
+  // The version, and the fields of the date, of which a month and a day of 0 are no date.
+  const struct {
+    std::size_t offset;
+    char value;
+  } cases[] = {{0, 0}, {0, 4}, {9, 60}, {10, 60}, {11, 24}, {13, 0}, {13, 32}, {14, 0}, {14, 13}};
+  for (const auto& [offset, value] : cases) {
+    std::string other = bytes;
+    other[offset] = value;
+    EXPECT_FALSE(looksLikeBtr(other)) << offset << ": " << static_cast<int>(value);
+  }
+  std::string dateless = bytes;
+  dateless[13] = 0;
+  dateless[14] = 0;
+  EXPECT_TRUE(looksLikeBtr(dateless));
+}
+
 // What holds nothing that a quirk touches.
 TEST_F(BtrFrames, ofATraceAreTheSameBytesOnBothWays) {
   std::string trace = ";$FILEVERSION=2.1\n;$STARTTIME=45352.5\n;$COLUMNS=N,O,T,B,I,d,R,L,D\n";
