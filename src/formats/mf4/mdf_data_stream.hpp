@@ -29,11 +29,15 @@ class MdfDataStream {
   // The bytes there, and kPadding readable ones after them. Null if they are not all there; then available() and
   // gapEnd() say more. They stay until the next call.
   [[nodiscard]] const std::uint8_t* at(std::uint64_t offset, std::size_t count) {
-    if (offset >= begin_ && offset - begin_ <= filled_ &&
-        count <= filled_ - static_cast<std::size_t>(offset - begin_)) {
-      return buffer_.data() + (offset - begin_);
-    }
-    return refill(offset, count);
+    const std::uint8_t* const bytes = peek(offset, count);
+    return bytes != nullptr ? bytes : refill(offset, count);
+  }
+  // The same of bytes that are at hand already, without moving those.
+  [[nodiscard]] const std::uint8_t* peek(std::uint64_t offset, std::size_t count) const {
+    return offset >= begin_ && offset - begin_ <= filled_ &&
+                   count <= filled_ - static_cast<std::size_t>(offset - begin_)
+               ? buffer_.data() + (offset - begin_)
+               : nullptr;
   }
   // Bytes at this offset before the data end or have a gap, after at() found that they are too few.
   [[nodiscard]] std::uint64_t available(std::uint64_t offset) const {
