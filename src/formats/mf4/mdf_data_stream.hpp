@@ -62,6 +62,11 @@ class MdfDataStream {
   void discard();
   [[nodiscard]] bool openPart();
   [[nodiscard]] bool startPart();
+  // Whether reading can go back in the part at no cost.
+  [[nodiscard]] bool isOpenAnywhere() const {
+    return part_.form == MdfPartForm::Plain || (part_.form == MdfPartForm::Zipped && held_ && held_->isHeld());
+  }
+  void releaseParts();
   [[nodiscard]] std::size_t produce(std::span<std::uint8_t> out);
   void loseRest();
 
@@ -82,6 +87,7 @@ class MdfDataStream {
   std::uint64_t gapEnd_ = 0;     // while the part is broken from `produced_` on
   bool damaged_ = false;
   bool cut_ = false;
+  std::unique_ptr<MdfHeldPart> held_;
   std::unique_ptr<MdfInflater> inflater_;
   std::unique_ptr<MdfTransposedPart> transposed_;
 };
