@@ -99,19 +99,16 @@ std::optional<std::span<const std::uint8_t>> MdfFrameLayout::storedPayload(const
   if (payload_->variable && payload_->inOrder) {
     return payload_->variable->next(kLongestPayload);
   }
-  const auto offset = payload_->position->read(row);
-  if (!offset) {
-    return std::nullopt;
-  }
+  const std::uint64_t offset = payload_->position->read(row).value_or(0);
   if (payload_->variable) {
-    return payload_->variable->at(*offset, kLongestPayload);
+    return payload_->variable->at(offset, kLongestPayload);
   }
-  const std::uint8_t* bytes = payload_->stored->at(*offset, kLengthSize);
+  const std::uint8_t* bytes = payload_->stored->at(offset, kLengthSize);
   const std::uint32_t size = bytes != nullptr ? loadLittle<std::uint32_t>(bytes) : 0;
   if (bytes == nullptr || size > kLongestPayload) {
     return std::nullopt;
   }
-  bytes = payload_->stored->at(*offset, kLengthSize + size);
+  bytes = payload_->stored->at(offset, kLengthSize + size);
   return bytes != nullptr ? std::optional(std::span(bytes + kLengthSize, size)) : std::nullopt;
 }
 

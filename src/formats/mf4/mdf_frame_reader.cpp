@@ -115,7 +115,6 @@ bool MdfSortedReader::passGap(Column& column) {
 }
 
 MdfFrameLayout* MdfSortedReader::finish() {
-  ended_ = true;
   bool cut = false;
   bool damaged = false;
   for (const auto& column : columns_) {
@@ -141,7 +140,7 @@ MdfFrameLayout* MdfSortedReader::finish() {
 }
 
 MdfFrameLayout* MdfSortedReader::load() {
-  while (!ended_) {
+  while (true) {
     if (index_ >= count_) {
       return finish();
     }
@@ -159,7 +158,6 @@ MdfFrameLayout* MdfSortedReader::load() {
       return layout_.get();
     }
   }
-  return nullptr;
 }
 
 MdfUnsortedReader::MdfUnsortedReader(const MdfLayoutContext& context, std::uint64_t dataLink, std::uint8_t idSize,
@@ -200,7 +198,6 @@ bool MdfUnsortedReader::passGap() {
 }
 
 MdfFrameLayout* MdfUnsortedReader::finish() {
-  ended_ = true;
   if (stream_.isCut() || stream_.available(position_) > 0) {
     note(Remark::SourceCut);
   }
@@ -255,7 +252,7 @@ MdfUnsortedReader::Step MdfUnsortedReader::step() {
 }
 
 MdfFrameLayout* MdfUnsortedReader::load() {
-  while (!ended_ && rows_.count == 0) {
+  while (rows_.count == 0) {
     const Step first = step();
     if (first == Step::Unknown) {
       note(Remark::RecordNotUnderstood);
@@ -264,13 +261,13 @@ MdfFrameLayout* MdfUnsortedReader::load() {
       return finish();
     }
   }
-  while (rows_.count > 0 && rows_.count < MdfRows::kMost) {
+  while (rows_.count < MdfRows::kMost) {
     const Step next = step();
     if (next != Step::Row && next != Step::Passed) {
       break;
     }
   }
-  return ended_ ? nullptr : current_->layout.get();
+  return current_->layout.get();
 }
 
 }  // namespace xlatr

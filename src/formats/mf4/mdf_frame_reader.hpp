@@ -48,7 +48,7 @@ class MdfFrameReader {
   MdfFrameReader(const MdfFrameReader&) = delete;
   MdfFrameReader& operator=(const MdfFrameReader&) = delete;
 
-  // Fills `rows_` and says what they are of; null at the end.
+  // Fills `rows_`, which are empty, and says what they are of; null at the end, after which nobody asks again.
   [[nodiscard]] virtual MdfFrameLayout* load() = 0;
   void note(Remark remark) { state_.notes.note(remark, state_.record + 1); }
 
@@ -94,7 +94,6 @@ class MdfSortedReader final : public MdfFrameReader {
   std::unique_ptr<MdfFrameLayout> layout_;
   std::uint64_t count_;
   std::uint64_t index_ = 0;
-  bool ended_ = false;
 };
 
 // Records of several groups, each with the id of its group before it.
@@ -137,7 +136,6 @@ class MdfUnsortedReader final : public MdfFrameReader {
   Group* current_ = nullptr;                      // that of the rows
   std::array<std::uint16_t, kSmallIds> small_{};  // one more than the index of the group; 0 for none
   std::unordered_map<std::uint64_t, std::size_t> large_;
-  bool ended_ = false;
 };
 
 }  // namespace xlatr

@@ -47,10 +47,6 @@ std::optional<DecimalParts> shortestDecimal(double value) {
     static_cast<void>(std::from_chars(at, end.ptr, exponent));
   }
   parts.exponent += exponent;
-  while (parts.digits != 0 && parts.digits % 10 == 0) {
-    parts.digits /= 10;
-    ++parts.exponent;
-  }
   return parts;
 }
 

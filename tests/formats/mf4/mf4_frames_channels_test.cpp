@@ -386,5 +386,170 @@ TEST(Mf4FrameChannels, areLinEventsWithAndWithoutAnIdentifier) {
   EXPECT_EQ(readMembers({{.name = "BusChannel", .byteOffset = 8}}, {{2, 0}}, "LIN_Frame").damaged(), 1U);
 }
 
+TEST(Mf4FrameChannels, haveTimesOfTablesInTheirUnit) {
+  MdfFileBuilder file;
+  const std::uint64_t ranges = file.conversion(6, {0, 1, 1.5}, "ms");
+  EXPECT_EQ(timesOf(readTimes(file, {.bitCount = 8, .conversion = ranges}, {{0}})), Times{1'500'000});
+  MdfFileBuilder fine;
+  const std::uint64_t picoseconds = fine.conversion(6, {0, 1, 1.5}, "ps");
+  EXPECT_EQ(readTimes(fine, {.bitCount = 8, .conversion = picoseconds}, {{0}}).damaged(), 1U);
+}
+
+TEST(Mf4FrameChannels, haveTimesOfHalvesThatAreNone) {
+  MdfFileBuilder file;
+  const ReadFile read = readTimes(file, {.dataType = 4, .bitCount = 16, .conversion = file.conversion(1, {0, 1}, "s")},
+                                  {{0x00, 0x7C}, {0x01, 0x7C}, {0x01, 0x00}});
+  EXPECT_EQ(timesOf(read), Times{60});
+  EXPECT_EQ(read.damaged(), 2U);
+}
+
+TEST(Mf4FrameChannels, haveNumbersAfterTheirFrame) {
+  for (const char* const name : {"CAN_DataFrame_2", "Bus\\CAN_DataFrame", "CAN_DataFrame"}) {
+    MdfFileBuilder file;
+    const std::string prefix = std::string(name) + ".";
+    EXPECT_EQ(readMembers(file, {{.name = prefix + "ID", .byteOffset = 8, .bitCount = 16}}, {{1, 0, 0}}, name).frames,
+              Texts{"1 data 0 1"});
+  }
+  for (const char* const name : {"CAN_DataFrame_x", "MyCAN_DataFrame", "CAN_DataFrames"}) {
+    EXPECT_EQ(readMembers({kId}, {{1, 0, 0}}, name).frames, Texts()) << name;
+  }
+}
+
+TEST(Mf4FrameChannels, mayBeGrouped) {
+  MdfFileBuilder file;
+  const std::uint64_t inner = file.channels({{.name = "BRS", .byteOffset = 10}, {.name = "EDL", .byteOffset = 11}});
+  EXPECT_EQ(readMembers(file, {kId, {.name = "Flags", .byteOffset = 10, .bitCount = 16, .composition = inner}},
+                        {{1, 0, 1, 1, 0}})
+                .frames,
+            Texts{"1 data 0 1 FD BRS"});
+  MdfFileBuilder flat;
+  EXPECT_EQ(readMembers(flat, {kId, {.name = "Flags.EDL", .byteOffset = 10}}, {{1, 0, 1, 0}}).frames,
+            Texts{"1 data 0 1 FD"});
+}
+
+// Compositions that lead into themselves end.
+TEST(Mf4FrameChannels, mayLeadAnywhere) {
+  MdfFileBuilder loop;
+  const std::uint64_t last = loop.channel(kId);
+  loop.setLink(last, 0, last);
+  const std::uint64_t frame = loop.channel({.name = "CAN_DataFrame", .byteOffset = 8, .composition = last});
+  const std::uint64_t time = loop.channel({.name = "t", .type = 2, .bitCount = 64, .unit = loop.text("ns")}, frame);
+  loop.setLink(frame, 0, 12);
+  const std::uint64_t group = loop.group({.channels = time, .cycles = 1, .dataBytes = 10});
+  loop.setLink(group, 0, 12);
+  loop.setFirstDataGroup(loop.dataGroup(group, loop.data(join({le(1, 8), le(1, 2)}))));
+  const ReadFile read = readFile(loop);
+  EXPECT_EQ(read.frames, Texts{"1 data 0 1"});
+  EXPECT_GE(read.damaged(), 1U);
+
+  MdfFileBuilder array;
+  EXPECT_EQ(readMembers(array, {{.name = "ID", .byteOffset = 8, .bitCount = 16, .composition = array.text("no array")}},
+                        {{1, 0, 0}})
+                .frames,
+            Texts{"1 data 0 1"});
+}
+
+TEST(Mf4FrameChannels, countFramesWhoseConversionCanNotBeRead) {
+  const auto damageOf = [](auto&& conversionIn) {
+    MdfFileBuilder file;
+    ChannelSpec id = kId;
+    id.conversion = conversionIn(file);
+    const ReadFile read = readMembers(file, {id}, {{1, 0, 0}});
+    EXPECT_EQ(read.frames, Texts());
+    return read.damaged();
+  };
+  EXPECT_GE(damageOf([](MdfFileBuilder& file) { return file.conversion(1, {1}); }), 1U);
+  EXPECT_GE(damageOf([](MdfFileBuilder& file) { return file.conversion(2, {1, 2, 3}); }), 1U);
+  EXPECT_GE(damageOf([](MdfFileBuilder& file) { return file.conversion(4, {}); }), 1U);
+  EXPECT_GE(damageOf([](MdfFileBuilder& file) { return file.conversion(99, {1, 2}); }), 1U);
+  EXPECT_GE(damageOf([](MdfFileBuilder& file) { return file.text("no conversion"); }), 1U);
+}
+
+TEST(Mf4FrameChannels, haveConversionsThatChangeNothing) {
+  MdfFileBuilder file;
+  ChannelSpec id = kId;
+  id.conversion = file.conversion(0, {});
+  EXPECT_EQ(readMembers(file, {id}, {{1, 0, 0}}).frames, Texts{"1 data 0 1"});
+}
+
+// Values beyond all keys, and those of real numbers that are none.
+TEST(Mf4FrameChannels, lackWhatTheirTablesDoNotHave) {
+  MdfFileBuilder ranges;
+  ChannelSpec bus = {.name = "BusChannel", .dataType = 4, .byteOffset = 10, .bitCount = 32};
+  bus.conversion = ranges.conversion(6, {0, 1, 5, 3, 4, 6});
+  const auto record = [](float value) { return join({{1, 0}, real32(value), {0}}); };
+  EXPECT_EQ(readMembers(ranges, {kId, bus}, {record(1), record(2), record(4), record(-1)}).frames,
+            (Texts{"1 data 5 1", "2 data 0 1", "3 data 6 1", "4 data 0 1"}));
+  for (const std::uint8_t type : {std::uint8_t{4}, std::uint8_t{5}}) {
+    MdfFileBuilder table;
+    bus.conversion = table.conversion(type, {1, 5, std::nan(""), 9, 3, 7});
+    EXPECT_EQ(readMembers(table, {kId, bus}, {record(std::nanf("")), record(1), record(9)}).frames,
+              (Texts{"1 data 0 1", "2 data 5 1", "3 data 7 1"}));
+  }
+}
+
+// Each row of words may lead to one more conversion, but not without an end.
+TEST(Mf4FrameChannels, haveConversionsOfLittleDepth) {
+  MdfFileBuilder file;
+  std::uint64_t conversion = file.conversion(1, {0, 1});
+  for (int at = 0; at < 6; ++at) {
+    conversion = file.block("CC", {0, 0, 0, 0, conversion, 0},
+                            join({le(7, 1), le(0, 3), le(2, 2), le(1, 2), le(0, 16), real(1.0)}));
+  }
+  ChannelSpec bus = {.name = "BusChannel", .byteOffset = 10};
+  bus.conversion = conversion;
+  EXPECT_EQ(readMembers(file, {kId, bus}, {{1, 0, 1, 0}}).frames, Texts{"1 data 0 1"});
+}
+
+TEST(Mf4FrameChannels, sayWhichLinFramesAreNone) {
+  const ChannelSpec id = {.name = "ID", .byteOffset = 8, .flags = kInvalidBit, .invalidBit = 0};
+  const ChannelSpec data = {
+      .name = "DataBytes", .dataType = 10, .byteOffset = 9, .bitCount = 8, .flags = kInvalidBit, .invalidBit = 1};
+  const ReadFile read =
+      readMembers({id, data}, {{1, 0xAA, 0}, {2, 0xAA, 1}, {3, 0xAA, 2}}, "LIN_Frame", 0x400, "LIN 4");
+  EXPECT_EQ(read.frames, Texts{"1 lin 4 1 dlc1 [AA]"});
+  EXPECT_EQ(read.account.noted(Remark::RecordNotUnderstood), (Account::Count{2, 2}));
+  EXPECT_EQ(read.account.noted(Remark::BusGuessed), (Account::Count{3, 1}));
+}
+
+// The values of a sorted group have no record of their own.
+TEST(Mf4FrameChannels, haveNoBytesInGroupsOfFixedLength) {
+  MdfFileBuilder file;
+  const std::uint64_t values = file.group({.dataBytes = 4});
+  const std::uint64_t parts = file.channels(
+      {kId, {.name = "DataBytes", .type = 1, .dataType = 10, .byteOffset = 10, .bitCount = 32, .data = values}});
+  const std::uint64_t group =
+      file.group({.channels = file.topChannels("CAN_DataFrame", parts), .cycles = 1, .dataBytes = 14}, values);
+  file.setFirstDataGroup(file.dataGroup(group, file.data(join({le(1, 8), le(1, 2), le(0, 4)}))));
+  const ReadFile read = readFile(file);
+  ASSERT_FALSE(read.frames.empty());
+  EXPECT_EQ(read.frames.front(), "1 data 0 1");
+}
+
+TEST(Mf4FrameChannels, areThoseOfOtherBusesToo) {
+  MdfFileBuilder file;
+  const std::uint64_t flexRay = file.channels(
+      {{.name = "t", .type = 2, .bitCount = 64, .flags = 0}, {.name = "FLX_Frame", .dataType = 10, .byteOffset = 8}});
+  const std::uint64_t other =
+      file.dataGroup(file.group({.channels = flexRay, .cycles = 1, .dataBytes = 9}), file.data(ByteList(9)));
+  const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = 1});
+  file.setFirstDataGroup(file.dataGroup(group, file.data(MdfFileBuilder::record(1)), 0, other));
+  const ReadFile read = readFile(file);
+  EXPECT_EQ(read.frames, Texts{"1 data 1 123 Rx dlc2 [1122]"});
+  EXPECT_EQ(read.damaged(), 1U);
+}
+
+TEST(Mf4FrameHead, mayHaveNoStartAndNoProducer) {
+  MdfFileBuilder file;
+  file.sortedFile({});
+  constexpr std::uint64_t kHeaderData = 64 + 24 + 48;
+  file.patch(kHeaderData, le(0, 8));
+  const std::uint64_t history = file.block("FH", {0, file.text("<FHcomment><tool_id>Log")}, ByteList(16));
+  file.setLink(MdfFileBuilder::kHeader, 1, history);
+  const ReadFile read = readFile(file);
+  EXPECT_EQ(read.head.start, std::nullopt);
+  EXPECT_EQ(read.head.producer, "Stranger");
+}
+
 }  // namespace
 }  // namespace xlatr

@@ -485,5 +485,139 @@ TEST(Mf4FrameData, readsUnsortedRecordsThatTakeTurns) {
   }
 }
 
+// Longer than anything, so that the next record has no number.
+TEST(Mf4FrameData, endsAfterAGapWithoutAnEnd) {
+  MdfFileBuilder file;
+  const std::uint64_t good = file.data(someRecords(0, 1));
+  addGroup(file, addList(file, {good, 0x7FFFFFF8, good}, 0xFFFFFFFFFFFFFF00), 3);
+  expectDamage(readFile(file), {frameAt(0)});
+}
+
+TEST(Mf4FrameData, losesBlocksWithoutALength) {
+  MdfFileBuilder file;
+  const std::uint64_t good = file.data(someRecords(0, 1));
+  addGroup(file, addList(file, {0x7FFFFFF8, good}, 0), 1);
+  expectDamage(readFile(file), {frameAt(0)});
+}
+
+TEST(Mf4FrameData, isCutInTheHeadOfAZippedBlock) {
+  MdfFileBuilder file;
+  const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = 1});
+  const std::uint64_t dataGroup = file.dataGroup(group, 0);
+  file.setFirstDataGroup(dataGroup);
+  file.setLink(dataGroup, 2, file.block("DZ", {}, le(0, 8)));
+  expectDamage(readFile(file), {});
+}
+
+// More than is taken in at once, most of which is nothing.
+TEST(Mf4FrameData, hasStreamsWithAnythingAfterThem) {
+  ByteList block = zippedBlock(manyRecords(50));
+  block.resize(std::size_t{9} << 20);
+  const ByteList size = le(block.size() - 24, 8);
+  std::copy(size.begin(), size.end(), block.begin() + 16);
+  MdfFileBuilder file;
+  addGroup(file, file.block("DZ", {}, block), 50);
+  const ReadFile read = readFile(file);
+  expectMany(read, 50);
+  EXPECT_EQ(read.damaged(), 0U);
+}
+
+// Rows of a large block with bytes after the last whole one, in a list.
+TEST(Mf4FrameData, goesOnAfterARowThatEndsInAnotherBlock) {
+  constexpr std::size_t kCount = 360'000;
+  const ByteList record = MdfFileBuilder::record(7'000, 7);
+  ByteList all;
+  all.reserve(kCount * kRecord);
+  for (std::size_t at = 0; at < kCount; ++at) {
+    all.insert(all.end(), record.begin(), record.end());
+  }
+  MdfFileBuilder file;
+  const auto split = static_cast<std::ptrdiff_t>(all.size()) - 13;
+  const ByteList front(all.begin(), all.begin() + split);
+  const std::uint64_t large = file.block("DZ", {}, zippedBlock(transposed(front, kRecord), 1, kRecord));
+  const std::uint64_t rest = file.data({all.begin() + split, all.end()});
+  const std::uint64_t list = file.block("DL", {0, large, rest},
+                                        join({le(0, 4), le(2, 4), le(0, 8), le(static_cast<std::uint64_t>(split), 8)}));
+  addGroup(file, list, kCount);
+  const ReadFile read = readFile(file);
+  ASSERT_EQ(read.frames.size(), kCount);
+  EXPECT_EQ(read.frames.back(), frameAt(7));
+  EXPECT_EQ(read.damaged(), 0U);
+}
+
+TEST(Mf4FrameData, isLostInLargeBlocksThatAreBroken) {
+  ByteList block = zippedBlock(ByteList(std::size_t{12} << 20), 1, kRecord);
+  block.resize(block.size() / 2);
+  const ByteList wide = zippedBlock(ByteList(std::size_t{12} << 20), 1, 1'000);
+  for (const ByteList& lost : {block, wide}) {
+    MdfFileBuilder file;
+    const std::uint64_t list = addList(
+        file, {file.block("DZ", {}, lost), file.data(someRecords((12 << 20) / kRecord, 1))}, std::uint64_t{12} << 20);
+    addGroup(file, list, (std::uint64_t{12} << 20) / kRecord + 1);
+    const ReadFile read = readFile(file);
+    EXPECT_LE(read.frames.size(), 1U);
+    EXPECT_GE(read.damaged(), 1U);
+  }
+}
+
+// More groups than have their blocks held as a whole.
+TEST(Mf4FrameData, isZippedInManyGroups) {
+  constexpr std::size_t kRows = 50'000;
+  MdfFileBuilder file;
+  const ByteList record = MdfFileBuilder::record(5);
+  ByteList rows;
+  for (std::size_t at = 0; at < kRows; ++at) {
+    rows.insert(rows.end(), record.begin(), record.end());
+    rows.resize(80 * (at + 1));
+  }
+  const ByteList block = zippedBlock(rows);
+  std::uint64_t next = 0;
+  for (int at = 0; at < 9; ++at) {
+    const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = kRows, .dataBytes = 80});
+    next = file.dataGroup(group, file.block("DZ", {}, block), 0, next);
+  }
+  file.setFirstDataGroup(next);
+  const test::TempFolder folder;
+  const auto source = openMf4Frames(folder.write("trace.mf4", file.asText()));
+  FrameBatch batch;
+  Account account;
+  while (source->read(batch, account)) {
+    batch.clear();
+  }
+  EXPECT_EQ(account.read(), 9 * kRows);
+  EXPECT_EQ(account.noted(Remark::RecordNotUnderstood).frames, 0U);
+}
+
+TEST(Mf4FrameData, isFoundBackwardAmongUnsortedValuesAlone) {
+  MdfFileBuilder file;
+  const std::uint64_t values = file.group({.cycles = 2, .dataBytes = 0, .recordId = 2, .flags = 1});
+  const std::uint64_t parts = file.channels({
+      {.name = "ID", .byteOffset = 8, .bitCount = 16},
+      {.name = "DataBytes", .type = 1, .dataType = 10, .byteOffset = 10, .bitCount = 32, .data = values},
+  });
+  const std::uint64_t frames = file.group(
+      {.channels = file.topChannels("CAN_DataFrame", parts), .cycles = 4, .dataBytes = 14, .recordId = 1}, values);
+  const auto record = [](std::uint64_t time, std::uint32_t offset) {
+    return join({le(1, 1), le(time, 8), le(1, 2), le(offset, 4)});
+  };
+  // The last value is cut.
+  const ByteList records = join({le(2, 1),
+                                 le(1, 4),
+                                 {0xAA},
+                                 record(1, 5),
+                                 record(2, 0),
+                                 record(3, 99),
+                                 record(4, 5),
+                                 le(2, 1),
+                                 le(2, 4),
+                                 {0xBB, 0xCC},
+                                 le(2, 1),
+                                 le(9, 2)});
+  file.setFirstDataGroup(file.dataGroup(frames, file.data(records), 1));
+  const ReadFile read = readFile(file);
+  EXPECT_EQ(read.frames, (Texts{"1 data 0 1 dlc2 [BBCC]", "2 data 0 1 dlc1 [AA]", "4 data 0 1 dlc2 [BBCC]"}));
+  EXPECT_GE(read.damaged(), 1U);
+}
+
 }  // namespace
 }  // namespace xlatr
