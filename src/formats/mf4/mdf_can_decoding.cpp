@@ -86,9 +86,13 @@ bool setId(CanFrame& frame, std::uint64_t raw, bool marked, bool isSaid) {
   return !(tooLong && isSaid) && (raw & ~kKnownBits) == 0;
 }
 
+bool hasDlc(const MdfCanMembers& members, std::size_t at) {
+  return members.dlc.isAtMost(at, kDlcLengths.size() - 1);
+}
+
 void setRemote(CanFrame& frame, const MdfCanMembers& members, std::size_t at) {
   frame.kind = FrameKind::Remote;
-  if (members.dlc.isAtMost(at, kDlcLengths.size() - 1)) {
+  if (hasDlc(members, at)) {
     frame.dlc = static_cast<std::uint16_t>(members.dlc.values[at]);
     frame.set(frame_flag::kDlcKnown);
   } else if (members.length.isAtMost(at, kLongestFdFrame)) {
@@ -97,12 +101,8 @@ void setRemote(CanFrame& frame, const MdfCanMembers& members, std::size_t at) {
   }
 }
 
-bool hasDlc(const MdfCanMembers& members, std::size_t at) {
-  return members.dlc.isAtMost(at, kDlcLengths.size() - 1);
-}
-
 // Of groups that say nothing of CAN FD, what only its frames have says it.
-bool isFd(std::uint16_t bits, bool isSaid) {
+bool isFdFrame(std::uint16_t bits, bool isSaid) {
   return (bits & (isSaid ? frame_flag::kFd : frame_flag::kBrs | frame_flag::kEsi)) != 0;
 }
 
@@ -110,7 +110,7 @@ std::optional<std::uint64_t> statedLength(const MdfCanMembers& members, std::siz
   if (members.length.known[at] || !hasDlc(members, at)) {
     return members.length.get(at);
   }
-  const bool mayBeLong = !fdIsSaid || isFd(members.bits[at], fdIsSaid);
+  const bool mayBeLong = !fdIsSaid || isFdFrame(members.bits[at], fdIsSaid);
   return std::min<std::uint64_t>(kDlcLengths[static_cast<std::size_t>(members.dlc.values[at])],
                                  mayBeLong ? kLongestFdFrame : kLongestClassicFrame);
 }
@@ -123,7 +123,7 @@ bool setData(CanFrame& frame, const MdfCanMembers& members, std::size_t at, std:
     frame.dlc = static_cast<std::uint16_t>(lengthToXlDlc(length));
     return true;
   }
-  const bool stated = isFd(members.bits[at], fdIsSaid);
+  const bool stated = isFdFrame(members.bits[at], fdIsSaid);
   const bool fd = stated || size > kLongestClassicFrame;
   frame.set(fd ? frame_flag::kFd : std::uint16_t{0});
   frame.set(fd ? members.bits[at] & (frame_flag::kBrs | frame_flag::kEsi) : std::uint16_t{0});

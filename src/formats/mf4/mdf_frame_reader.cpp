@@ -32,7 +32,7 @@ std::size_t MdfFrameReader::countRun(const FrameBatch& batch, std::size_t self, 
   const std::size_t fitting = (FrameBatch::kByteCapacity - bytes) / (layout_->longestData() + 1) + 1;
   const std::size_t end = std::min(rows_.count, at_ + std::min(fitting, FrameBatch::kCapacity - batch.size()));
   std::size_t at = at_ + 1;
-  while (at < end && known_[at] && (other == nullptr || MdfTurn{times_[at], self} < *other)) {
+  while (at < end && known_[at] && (other == nullptr || MdfTurn{times_[at], self}.isBefore(*other))) {
     ++at;
   }
   return at - at_;
@@ -40,7 +40,7 @@ std::size_t MdfFrameReader::countRun(const FrameBatch& batch, std::size_t self, 
 
 std::optional<std::int64_t> MdfFrameReader::read(FrameBatch& batch, std::size_t self, const MdfTurn* other) {
   std::optional<std::int64_t> time = nextTime();
-  while (time && !batch.full() && (other == nullptr || MdfTurn{*time, self} < *other)) {
+  while (time && !batch.full() && (other == nullptr || MdfTurn{*time, self}.isBefore(*other))) {
     const std::size_t count = countRun(batch, self, other);
     layout_->readFrames({rows_, at_}, count, times_.data() + at_, state_.record, batch, state_.notes);
     at_ += count;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -29,7 +28,9 @@ struct MdfTurn {
   std::int64_t timeNs;
   std::size_t reader;
 
-  auto operator<=>(const MdfTurn&) const = default;
+  [[nodiscard]] bool isBefore(const MdfTurn& other) const {
+    return timeNs < other.timeNs || (timeNs == other.timeNs && reader < other.reader);
+  }
 };
 
 // Frames in the order of their records.

@@ -37,7 +37,7 @@ bool isVirtual(const ChannelBlockData& data) {
   return is(data.cnType, MdfChannelType::VirtualData) || data.cnType == kVirtualTime;
 }
 
-bool isReal(std::uint8_t dataType) {
+bool isRealNumber(std::uint8_t dataType) {
   return is(dataType, MdfDataType::RealLittle) || is(dataType, MdfDataType::RealBig);
 }
 
@@ -53,7 +53,7 @@ bool MdfValue::setNumber(const ChannelBlockData& data, std::uint64_t dataBytes) 
   number_ = MdfNumberField::of(data, Way::complete());
   if (is(data.cnDataType, MdfDataType::SignedLittle) || is(data.cnDataType, MdfDataType::SignedBig)) {
     form_ = Form::Signed;
-  } else if (isReal(data.cnDataType)) {
+  } else if (isRealNumber(data.cnDataType)) {
     form_ = data.cnBitCount == 64 ? Form::Real64 : data.cnBitCount == 32 ? Form::Real32 : Form::Real16;
     return form_ != Form::Real16 || data.cnBitCount == 16;
   }

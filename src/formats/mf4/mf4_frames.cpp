@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -107,6 +106,7 @@ class Mf4FrameSource final : public FrameSource {
   void makeSorted(const MdfLayoutContext& context, const Table& table);
   [[nodiscard]] std::vector<Table> sortedTables() const;
   [[nodiscard]] const MdfGroupInfo* groupAt(std::uint64_t position) const;
+  [[nodiscard]] static bool isLater(const MdfTurn& left, const MdfTurn& right) { return right.isBefore(left); }
   void enqueue(std::size_t reader, std::optional<std::int64_t> timeNs);
   void noteDamage() { state_.notes.note(Remark::RecordNotUnderstood, 1); }
 
@@ -290,7 +290,7 @@ void Mf4FrameSource::enqueue(std::size_t reader, std::optional<std::int64_t> tim
     return;
   }
   queue_.push_back({*timeNs, reader});
-  std::ranges::push_heap(queue_, std::greater<>());
+  std::ranges::push_heap(queue_, isLater);
 }
 
 bool Mf4FrameSource::read(FrameBatch& batch, Account& account) {
@@ -302,7 +302,7 @@ bool Mf4FrameSource::read(FrameBatch& batch, Account& account) {
   }
   // The earliest reader goes on until another one is earlier.
   while (!queue_.empty() && !batch.full()) {
-    std::ranges::pop_heap(queue_, std::greater<>());
+    std::ranges::pop_heap(queue_, isLater);
     const std::size_t reader = queue_.back().reader;
     queue_.pop_back();
     enqueue(reader, readers_[reader]->read(batch, reader, queue_.empty() ? nullptr : &queue_.front()));
