@@ -298,7 +298,7 @@ void writeFile(std::string_view form, std::uint64_t size, const char* path) {
 }
 
 void readFile(const char* path) {
-  const auto source = xlatr::openMf4Frames(path);
+  const auto source = xlatr::openMf4Frames(std::string(path));
   xlatr::FrameBatch batch;
   xlatr::Account account;
   while (source->read(batch, account)) {
