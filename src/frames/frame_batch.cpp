@@ -19,7 +19,7 @@ FrameBatch::FrameBatch()
 
 void FrameBatch::clear() {
   size_ = 0;
-  data_.clear();
+  dataSize_ = 0;
   text_.clear();
   textValidity_.clear();
   for (std::uint32_t left = attributes_; left != 0; left &= left - 1) {
@@ -39,7 +39,8 @@ void FrameBatch::append(const Frame& frame) {
   if (attributes_ != 0 || !frame.attributes.empty()) {
     appendAttributes(frame.attributes);
   }
-  data_.insert(data_.end(), frame.data.begin(), frame.data.end());
+  std::copy_n(frame.data.data(), frame.data.size(), roomForData(frame.data.size()));
+  dataSize_ += frame.data.size();
   if (frame.text) {
     text_.insert(text_.end(), frame.text->begin(), frame.text->end());
   }
@@ -50,9 +51,42 @@ void FrameBatch::append(const Frame& frame) {
   flags_[row] = frame.flags;
   dlcs_[row] = frame.dlc;
   places_[row] = frame.place;
-  dataOffsets_[row + 1] = static_cast<std::int32_t>(data_.size());
+  dataOffsets_[row + 1] = static_cast<std::int32_t>(dataSize_);
   textOffsets_[row + 1] = static_cast<std::int32_t>(text_.size());
   size_ = row + 1;
+}
+
+void FrameBatch::growData(std::size_t count) {
+  constexpr std::size_t kSmallest = std::size_t{64} << 10;
+  data_.resize(std::max({kSmallest, dataSize_ + count, data_.size() + data_.size() / 2}));
+}
+
+FrameBatch::FreeRows FrameBatch::freeRows(std::size_t count, std::size_t dataSize) {
+  const std::size_t row = size_;
+  if (count > kCapacity - row) {
+    throw std::length_error("The batch is full");
+  }
+  return {.times = times_.data() + row,
+          .kinds = kinds_.data() + row,
+          .buses = buses_.data() + row,
+          .ids = ids_.data() + row,
+          .flags = flags_.data() + row,
+          .dlcs = dlcs_.data() + row,
+          .dataEnds = dataOffsets_.data() + row + 1,
+          .places = places_.data() + row,
+          .data = roomForData(dataSize),
+          .dataBegin = static_cast<std::int32_t>(dataSize_)};
+}
+
+void FrameBatch::appendFilled(std::size_t count) {
+  std::fill_n(textOffsets_.begin() + static_cast<std::ptrdiff_t>(size_) + 1, count,
+              static_cast<std::int32_t>(text_.size()));
+  size_ += count;
+  dataSize_ = static_cast<std::size_t>(dataOffsets_[size_]);
+  textValidity_.grow(size_);
+  for (std::uint32_t left = attributes_; left != 0; left &= left - 1) {
+    attributeColumns_[static_cast<std::size_t>(std::countr_zero(left))].fillTo(size_);
+  }
 }
 
 void FrameBatch::AttributeColumn::fillTo(std::size_t rows) {
@@ -107,9 +141,9 @@ void keepBits(RowBits& bits, std::span<const std::uint8_t> wanted) {
   bits.shrink(to);
 }
 
-// Moves the bytes of the wanted rows to the front, and their offsets with them.
+// Moves the bytes of the wanted rows to the front, and their offsets with them. Returns how many bytes they have.
 template <typename Bytes>
-void keepBytes(Bytes& bytes, ColumnBuffer<std::int32_t>& offsets, std::span<const std::uint8_t> wanted) {
+std::size_t keepBytes(Bytes& bytes, ColumnBuffer<std::int32_t>& offsets, std::span<const std::uint8_t> wanted) {
   std::size_t to = 0;
   std::int32_t end = 0;
   for (std::size_t row = 0; row < wanted.size(); ++row) {
@@ -122,7 +156,7 @@ void keepBytes(Bytes& bytes, ColumnBuffer<std::int32_t>& offsets, std::span<cons
     end += length;
     offsets[++to] = end;
   }
-  bytes.resize(static_cast<std::size_t>(end));
+  return static_cast<std::size_t>(end);
 }
 
 }  // namespace
@@ -135,8 +169,8 @@ void FrameBatch::keep(std::span<const std::uint8_t> wanted) {
   keepValues(flags_, wanted);
   keepValues(dlcs_, wanted);
   keepValues(places_, wanted);
-  keepBytes(data_, dataOffsets_, wanted);
-  keepBytes(text_, textOffsets_, wanted);
+  dataSize_ = keepBytes(data_, dataOffsets_, wanted);
+  text_.resize(keepBytes(text_, textOffsets_, wanted));
   keepBits(textValidity_, wanted);
   size_ -= static_cast<std::size_t>(std::ranges::count(wanted, std::uint8_t{0}));
   for (std::uint32_t left = attributes_; left != 0; left &= left - 1) {

@@ -30,6 +30,8 @@ class RowBits {
     bytes_.back() = static_cast<std::uint8_t>(bytes_.back() | unsigned{value} << row % 8);
   }
   void clear() { bytes_.clear(); }
+  // Adds rows without the bit until there are as many.
+  void grow(std::size_t rows) { bytes_.resize((rows + 7) / 8); }
   // Removes the rows from this one on.
   void shrink(std::size_t rows);
   void set(std::size_t row, bool value) {
@@ -60,11 +62,30 @@ class FrameBatch {
   void clear();
   [[nodiscard]] std::size_t size() const { return size_; }
   [[nodiscard]] bool empty() const { return size_ == 0; }
-  [[nodiscard]] bool full() const { return size() >= kCapacity || data_.size() + text_.size() >= kByteCapacity; }
+  [[nodiscard]] bool full() const { return size() >= kCapacity || dataSize_ + text_.size() >= kByteCapacity; }
 
   // Copies the frame to the end. Whoever fills a batch stops when it is full; a frame that has no row any more raises
   // std::length_error.
   void append(const Frame& frame);
+
+  // The fields of the next rows, for those who fill them column by column.
+  struct FreeRows {
+    std::int64_t* times;
+    std::uint8_t* kinds;
+    std::uint16_t* buses;
+    std::uint32_t* ids;
+    std::uint16_t* flags;
+    std::uint16_t* dlcs;
+    std::int32_t* dataEnds;  // in all data of the batch
+    std::uint64_t* places;
+    std::uint8_t* data;
+    std::int32_t dataBegin;
+  };
+  // Room for so many rows, which together have up to `dataSize` bytes of data; std::length_error if they are too many.
+  // What is written there counts once appendFilled() is called, and stays where it is until then.
+  [[nodiscard]] FreeRows freeRows(std::size_t count, std::size_t dataSize);
+  // Adds the rows, of which there is none without a value for each of the fields. They have no text and no attributes.
+  void appendFilled(std::size_t count);
 
   // Keeps the rows that have something else than 0 here, in their order. As many as there are rows.
   void keep(std::span<const std::uint8_t> wanted);
@@ -85,7 +106,7 @@ class FrameBatch {
   [[nodiscard]] std::span<const std::uint16_t> flags() const { return std::span(flags_).first(size_); }
   [[nodiscard]] std::span<const std::uint16_t> dlcs() const { return std::span(dlcs_).first(size_); }
   [[nodiscard]] std::span<const std::int32_t> dataOffsets() const { return std::span(dataOffsets_).first(size_ + 1); }
-  [[nodiscard]] std::span<const std::uint8_t> data() const { return data_; }
+  [[nodiscard]] std::span<const std::uint8_t> data() const { return std::span(data_).first(dataSize_); }
   [[nodiscard]] std::span<const std::int32_t> textOffsets() const { return std::span(textOffsets_).first(size_ + 1); }
   [[nodiscard]] std::string_view text() const { return {text_.data(), text_.size()}; }
   [[nodiscard]] std::span<const std::uint8_t> textValidity() const { return textValidity_.bytes(); }
@@ -108,6 +129,14 @@ class FrameBatch {
   };
 
   void appendAttributes(const FrameAttributes& attributes);
+  // The place of so many more bytes after the data.
+  [[nodiscard]] std::uint8_t* roomForData(std::size_t count) {
+    if (count > data_.size() - dataSize_) {
+      growData(count);
+    }
+    return data_.data() + dataSize_;
+  }
+  void growData(std::size_t count);
 
   // The columns of fixed width have kCapacity rows from the beginning, of which `size_` are in use.
   std::size_t size_ = 0;
@@ -120,7 +149,8 @@ class FrameBatch {
   ColumnBuffer<std::int32_t> dataOffsets_;
   ColumnBuffer<std::int32_t> textOffsets_;
   ColumnBuffer<std::uint64_t> places_;
-  ColumnBuffer<std::uint8_t> data_;
+  ColumnBuffer<std::uint8_t> data_;  // the first `dataSize_` bytes of it are in use
+  std::size_t dataSize_ = 0;
   ColumnBuffer<char> text_;
   RowBits textValidity_;
   std::uint32_t attributes_ = 0;

@@ -17,10 +17,15 @@ using BitsOfSize = std::conditional_t<
     kSize == 1, std::uint8_t,
     std::conditional_t<kSize == 2, std::uint16_t, std::conditional_t<kSize == 4, std::uint32_t, std::uint64_t>>>;
 
-// Compilers turn these loops into one move on machines with the same byte order.
+// One move on machines with the same byte order. Compilers make that of the loops themselves only where they see enough
+// of the address.
 template <class Bits>
 [[nodiscard]] constexpr Bits gatherLittle(const std::uint8_t* bytes) {
   Bits bits = 0;
+  if (std::endian::native == std::endian::little && !std::is_constant_evaluated()) {
+    std::memcpy(&bits, bytes, sizeof bits);
+    return bits;
+  }
   for (std::size_t index = 0; index < sizeof(Bits); ++index) {
     bits = static_cast<Bits>(bits | static_cast<Bits>(static_cast<Bits>(bytes[index]) << (8 * index)));
   }

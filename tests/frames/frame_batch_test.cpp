@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <stdexcept>
@@ -116,6 +117,38 @@ TEST(FrameBatch, isLikeNewAfterClearing) {
   batch.append(errorFrame());
   EXPECT_TRUE(sameFrame(batch.at(0), dataFrame()));
   EXPECT_TRUE(sameFrame(batch.at(1), errorFrame()));
+}
+
+TEST(FrameBatch, isFilledColumnByColumn) {
+  FrameBatch batch;
+  batch.append(errorFrame());
+  batch.append(eventFrame());
+  const FrameBatch::FreeRows rows = batch.freeRows(2, kBytes.size());
+  for (std::size_t row = 0; row < 2; ++row) {
+    rows.times[row] = -5;
+    rows.kinds[row] = static_cast<std::uint8_t>(FrameKind::Data);
+    rows.buses[row] = 2;
+    rows.ids[row] = 0x1ABCDEF0;
+    rows.flags[row] = frame_flag::kExtended | frame_flag::kReceived;
+    rows.dlcs[row] = 3;
+    rows.places[row] = 17;
+  }
+  std::ranges::copy(kBytes, rows.data);
+  rows.dataEnds[0] = rows.dataBegin + 3;
+  rows.dataEnds[1] = rows.dataBegin + 3;
+  EXPECT_EQ(batch.size(), 2U);
+  batch.appendFilled(2);
+  batch.append(eventFrame());
+  Frame empty = dataFrame();
+  empty.data = {};
+  const std::array expected = {errorFrame(), eventFrame(), dataFrame(), empty, eventFrame()};
+  ASSERT_EQ(batch.size(), expected.size());
+  for (std::size_t row = 0; row < expected.size(); ++row) {
+    EXPECT_TRUE(sameFrame(batch.at(row), expected[row])) << row;
+  }
+  EXPECT_EQ(batch.at(2).place, 17U);
+  EXPECT_EQ(batch.attribute(FrameAttribute::TxErrors).size(), expected.size());
+  EXPECT_THROW(static_cast<void>(batch.freeRows(FrameBatch::kCapacity, 0)), std::length_error);
 }
 
 TEST(FrameBatch, isFullByRowsOrByBytes) {

@@ -1,6 +1,7 @@
 #include "formats/mf4/mdf_channel_search.hpp"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "formats/mf4/block_texts.hpp"
@@ -14,7 +15,7 @@ constexpr auto errorBit(ErrorCode code) {
   return static_cast<std::uint32_t>(code);
 }
 
-constexpr std::array<MdfFrameName, kMdfFrameNameCount> kNames = {{
+constexpr std::array<MdfFrameName, 13> kNames = {{
     {"CAN_DataFrame", FrameKind::Data},
     {"CAN_RemoteFrame", FrameKind::Remote},
     {"CAN_ErrorFrame", FrameKind::Error},
@@ -195,10 +196,6 @@ std::uint16_t busNumberOf(MdfTree& tree, std::uint64_t source, std::uint64_t acq
 }
 
 }  // namespace
-
-const std::array<MdfFrameName, kMdfFrameNameCount>& mdfFrameNames() {
-  return kNames;
-}
 
 std::vector<MdfGroupInfo> findMdfGroups(MdfTree& tree, std::uint64_t firstDataGroup) {
   std::vector<MdfGroupInfo> groups;

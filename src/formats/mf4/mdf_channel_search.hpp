@@ -1,7 +1,6 @@
 // The channels of a group that say something of a frame, found by their names.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -22,8 +21,6 @@ struct MdfFrameName {
   std::uint32_t linErrors = 0;      // ErrorCode, of a LIN frame that went wrong
   std::string_view eventText = {};  // of a LIN event
 };
-inline constexpr std::size_t kMdfFrameNameCount = 13;
-[[nodiscard]] const std::array<MdfFrameName, kMdfFrameNameCount>& mdfFrameNames();
 
 // What a member of a frame says.
 enum class MdfMember : std::uint8_t {

@@ -17,7 +17,7 @@ class MdfDataFile {
  public:
   static constexpr std::uint64_t kReadFactor = 16;
   static constexpr std::uint64_t kReadAllowance = std::uint64_t{16} << 20;
-  static constexpr std::uint64_t kMostHeld = std::uint64_t{36} << 20;  // nine blocks of the usual size
+  static constexpr std::uint64_t kMostHeld = std::uint64_t{28} << 20;  // seven blocks of the usual size
 
   // std::ios_base::failure when the file can't be opened.
   explicit MdfDataFile(const InputSource& source);
@@ -50,6 +50,8 @@ class MdfDataFile {
 
   // Whether the writer stated no length for its last data block.
   bool hasOpenBlock = false;
+  // For what a stream reads and uses up at once.
+  std::vector<std::uint8_t> scratch;
 
  private:
   InputFile file_;

@@ -8,11 +8,16 @@ namespace xlatr {
 
 void MdfDataStream::close() {
   closed_ = true;
-  inflater_.reset();
-  transposed_.reset();
+  releaseParts();
   buffer_ = {};
   begin_ = 0;
   filled_ = 0;
+}
+
+void MdfDataStream::releaseParts() {
+  held_.reset();
+  inflater_.reset();
+  transposed_.reset();
 }
 
 const std::uint8_t* MdfDataStream::refill(std::uint64_t offset, std::size_t count) {
@@ -66,9 +71,9 @@ void MdfDataStream::goBack(std::uint64_t offset) {
   gapEnd_ = 0;
   ended_ = false;
   if (hasPart_ && offset >= partBegin_) {
-    file_.charge(part_.form == MdfPartForm::Plain ? 0 : part_.stored);
+    file_.charge(isOpenAnywhere() ? 0 : part_.stored);
     produced_ = partBegin_;
-    hasPart_ = part_.form == MdfPartForm::Plain || startPart();
+    hasPart_ = isOpenAnywhere() || startPart();
     if (!hasPart_) {
       ended_ = true;
     }
@@ -101,7 +106,7 @@ bool MdfDataStream::skipTo(std::uint64_t offset) {
     }
     const std::uint64_t end = partBegin_ + part_.length;
     const std::uint64_t next = std::min(offset, end);
-    if (part_.form == MdfPartForm::Zipped && next < end && !inflater_->skip(next - produced_)) {
+    if (part_.form == MdfPartForm::Zipped && !isOpenAnywhere() && next < end && !inflater_->skip(next - produced_)) {
       loseRest();
       continue;
     }
@@ -115,8 +120,7 @@ bool MdfDataStream::skipTo(std::uint64_t offset) {
 bool MdfDataStream::openPart() {
   if (ended_ || !parts_.next(part_)) {
     ended_ = true;
-    inflater_.reset();
-    transposed_.reset();
+    releaseParts();
     return false;
   }
   partBegin_ = produced_;
@@ -134,6 +138,12 @@ bool MdfDataStream::startPart() {
     case MdfPartForm::Plain:
       return true;
     case MdfPartForm::Zipped:
+      if (!held_) {
+        held_ = std::make_unique<MdfHeldPart>(file_);
+      }
+      if (held_->start(part_)) {
+        return true;
+      }
       if (!inflater_) {
         inflater_ = std::make_unique<MdfInflater>(file_);
       }
@@ -143,7 +153,11 @@ bool MdfDataStream::startPart() {
       if (!transposed_) {
         transposed_ = std::make_unique<MdfTransposedPart>(file_);
       }
-      return transposed_->start(part_);
+      if (!transposed_->start(part_)) {
+        return false;
+      }
+      damaged_ = damaged_ || !transposed_->isWhole();
+      return true;
     case MdfPartForm::Lost:
       break;
   }
@@ -171,6 +185,7 @@ std::size_t MdfDataStream::produce(std::span<std::uint8_t> out) {
     const std::uint64_t at = produced_ - partBegin_;
     const std::uint64_t left = part_.length - at;
     if (left == 0) {
+      damaged_ = damaged_ || (part_.form == MdfPartForm::Zipped && !isOpenAnywhere() && !inflater_->isWhole());
       hasPart_ = false;
       continue;
     }
@@ -178,6 +193,9 @@ std::size_t MdfDataStream::produce(std::span<std::uint8_t> out) {
     std::size_t got = 0;
     if (part_.form == MdfPartForm::Plain) {
       got = file_.read(part_.position + at, piece);
+    } else if (isOpenAnywhere()) {
+      held_->read(at, piece);
+      got = piece.size();
     } else {
       got = part_.form == MdfPartForm::Zipped ? inflater_->inflate(piece) : transposed_->read(at, piece);
     }

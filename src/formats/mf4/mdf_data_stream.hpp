@@ -29,11 +29,15 @@ class MdfDataStream {
   // The bytes there, and kPadding readable ones after them. Null if they are not all there; then available() and
   // gapEnd() say more. They stay until the next call.
   [[nodiscard]] const std::uint8_t* at(std::uint64_t offset, std::size_t count) {
-    if (offset >= begin_ && offset - begin_ <= filled_ &&
-        count <= filled_ - static_cast<std::size_t>(offset - begin_)) {
-      return buffer_.data() + (offset - begin_);
-    }
-    return refill(offset, count);
+    const std::uint8_t* const bytes = peek(offset, count);
+    return bytes != nullptr ? bytes : refill(offset, count);
+  }
+  // The same of bytes that are at hand already, without moving those.
+  [[nodiscard]] const std::uint8_t* peek(std::uint64_t offset, std::size_t count) const {
+    return offset >= begin_ && offset - begin_ <= filled_ &&
+                   count <= filled_ - static_cast<std::size_t>(offset - begin_)
+               ? buffer_.data() + (offset - begin_)
+               : nullptr;
   }
   // Bytes at this offset before the data end or have a gap, after at() found that they are too few.
   [[nodiscard]] std::uint64_t available(std::uint64_t offset) const {
@@ -58,6 +62,11 @@ class MdfDataStream {
   void discard();
   [[nodiscard]] bool openPart();
   [[nodiscard]] bool startPart();
+  // Whether reading can go back in the part at no cost.
+  [[nodiscard]] bool isOpenAnywhere() const {
+    return part_.form == MdfPartForm::Plain || (part_.form == MdfPartForm::Zipped && held_ && held_->isHeld());
+  }
+  void releaseParts();
   [[nodiscard]] std::size_t produce(std::span<std::uint8_t> out);
   void loseRest();
 
@@ -78,6 +87,7 @@ class MdfDataStream {
   std::uint64_t gapEnd_ = 0;     // while the part is broken from `produced_` on
   bool damaged_ = false;
   bool cut_ = false;
+  std::unique_ptr<MdfHeldPart> held_;
   std::unique_ptr<MdfInflater> inflater_;
   std::unique_ptr<MdfTransposedPart> transposed_;
 };

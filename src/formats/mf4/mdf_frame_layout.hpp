@@ -8,88 +8,21 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "formats/mf4/mdf_channel_search.hpp"
-#include "formats/mf4/mdf_conversion.hpp"
 #include "formats/mf4/mdf_data_stream.hpp"
-#include "formats/mf4/mdf_number_field.hpp"
-#include "formats/mf4/mdf_time_scale.hpp"
+#include "formats/mf4/mdf_record_value.hpp"
 #include "formats/mf4/mdf_tree.hpp"
 #include "formats/mf4/mdf_variable_records.hpp"
 #include "frames/account.hpp"
 #include "frames/frame.hpp"
+#include "frames/frame_batch.hpp"
 
 namespace xlatr {
 
-// The records that make a frame: one, or of a file that is stored by columns one of each column.
-struct MdfRow {
-  static constexpr std::size_t kMostColumns = 24;
-
-  std::array<const std::uint8_t*, kMostColumns> records{};  // with MdfDataStream::kPadding readable bytes after each
-  std::array<const std::uint8_t*, kMostColumns> invalid{};  // their invalidation bits; null where there are none
-  std::uint64_t index = 0;                                  // of the record in its group
-};
-
-// A number of a record.
-class MdfValue {
- public:
-  // Nothing for a channel that has no number, or lies outside of records of this size.
-  [[nodiscard]] static std::optional<MdfValue> of(MdfTree& tree, const MdfChannel& channel,
-                                                  const ChannelGroupBlockData& group);
-
-  // Nothing if the record says that the value is invalid, and for what the conversion says nothing of.
-  [[nodiscard]] std::optional<std::uint64_t> read(const MdfRow& row) const {
-    return isPlain_ ? std::optional(number_.read(row.records[column_])) : readConverted(row);
-  }
-  [[nodiscard]] bool isValid(const MdfRow& row) const;
-  // Of times: the value before any conversion.
-  [[nodiscard]] std::optional<std::int64_t> readTime(const MdfRow& row, const MdfTimeScale& scale) const;
-  [[nodiscard]] std::optional<double> readReal(const MdfRow& row) const;
-
- private:
-  enum class Form : std::uint8_t { Unsigned, Signed, Real16, Real32, Real64, Index };
-  static constexpr std::int64_t kAlwaysValid = -1;
-  static constexpr std::int64_t kNeverValid = -2;
-  static constexpr std::uint32_t kMostPrepared = 8;  // bits of a number whose results are worked out before
-
-  friend class MdfTimeReader;
-
-  [[nodiscard]] std::uint64_t bits(const MdfRow& row) const {
-    return form_ == Form::Index ? row.index : number_.read(row.records[column_]);
-  }
-  [[nodiscard]] double realOf(std::uint64_t bits) const;
-  [[nodiscard]] std::int64_t signedOf(std::uint64_t bits) const;
-  [[nodiscard]] std::optional<std::uint64_t> converted(std::uint64_t bits) const;
-  [[nodiscard]] std::optional<std::uint64_t> readConverted(const MdfRow& row) const;
-
-  MdfNumberField number_;
-  std::uint32_t column_ = 0;
-  bool isPlain_ = false;
-  Form form_ = Form::Unsigned;
-  std::uint32_t bitCount_ = 0;
-  std::int64_t invalidBit_ = kAlwaysValid;
-  bool lacksConversion_ = false;  // there is one that can't be read
-  std::shared_ptr<const MdfConversion> conversion_;
-  std::shared_ptr<const std::vector<std::optional<std::uint64_t>>> prepared_;
-};
-
-// The time of a record.
-class MdfTimeReader {
- public:
-  [[nodiscard]] static std::optional<MdfTimeReader> of(MdfTree& tree, const MdfChannel& channel,
-                                                       const ChannelGroupBlockData& group);
-
-  [[nodiscard]] std::optional<std::int64_t> read(const MdfRow& row) const;
-  // Whether the file does not say in which unit its times are.
-  [[nodiscard]] bool isGuessed() const { return guessed_; }
-
- private:
-  MdfValue value_;
-  std::optional<MdfTimeScale> scale_;  // nothing for a conversion that is not linear
-  std::int64_t nsPerUnit_ = 1'000'000'000;
-  bool guessed_ = false;
-};
+struct MdfCanMembers;
 
 // What a layout is made with.
 struct MdfLayoutContext {
@@ -111,14 +44,21 @@ class MdfFrameLayout {
   [[nodiscard]] static std::unique_ptr<MdfFrameLayout> make(const MdfLayoutContext& context,
                                                             const std::vector<const MdfGroupInfo*>& columns);
 
-  // Fills a frame, which must be like a new one, but for its place. False for a record that is invalid or is no frame.
-  // What the frame refers to stays until the next call. What had to be guessed is noted.
-  [[nodiscard]] bool read(const MdfRow& row, Frame& frame, std::uint64_t place, Account& account);
+  // Puts what the rows have of times; those without a time, or marked as invalid, are no frames.
+  void readTimes(const MdfRows& rows, std::int64_t* times, bool* known) const;
+  // Adds the frames of `count` rows from the row on, which have these times, to a batch that has room for them. The
+  // record before the first of them has the number `record`; what had to be guessed, or is no frame, is noted.
+  void readFrames(const MdfRow& first, std::size_t count, const std::int64_t* times, std::uint64_t record,
+                  FrameBatch& batch, Account& account);
+  // No frame has more bytes.
+  [[nodiscard]] std::size_t longestData() const;
   // Frees what is held.
   void close();
 
  private:
   static constexpr std::size_t kNoValue = 0xFF;
+  static constexpr std::array<std::uint8_t, 8> kNoBytes{};
+  static constexpr std::span<const std::uint8_t> kNoData{kNoBytes.data(), 0};
 
   struct Payload {
     std::uint32_t offset = 0;  // in the record
@@ -128,7 +68,7 @@ class MdfFrameLayout {
     std::unique_ptr<MdfDataStream> stored;
     std::unique_ptr<MdfVariableRecords> variable;
     bool inOrder = false;
-    std::optional<MdfValue> validity;
+    MdfValue validity;
   };
 
   MdfFrameLayout() = default;
@@ -144,18 +84,38 @@ class MdfFrameLayout {
     const std::size_t slot = slots_[static_cast<std::size_t>(member)];
     return slot == kNoValue ? std::nullopt : values_[slot].read(row);
   }
-  [[nodiscard]] bool isSet(MdfMember member, const MdfRow& row) const { return get(member, row).value_or(0) != 0; }
 
-  void readBus(const MdfRow& row, Frame& frame, std::uint64_t place, Account& account) const;
-  [[nodiscard]] bool readId(const MdfRow& row, Frame& frame, std::uint64_t place, Account& account) const;
-  void readDirection(const MdfRow& row, Frame& frame) const;
-  void readRemote(const MdfRow& row, Frame& frame) const;
-  [[nodiscard]] bool readData(const MdfRow& row, Frame& frame, std::uint64_t place, Account& account);
+  // Data and remote frames, in mdf_can_decoding.cpp.
+  void readCanFrames(const MdfRow& first, std::size_t count, const std::int64_t* times, std::uint64_t record,
+                     FrameBatch& batch, Account& account);
+  void readMembers(const MdfRow& first, std::size_t count, MdfCanMembers& members) const;
+  void readNumbers(MdfMember member, const MdfRow& first, std::size_t count, MdfNumbers& numbers) const;
+  void readBits(MdfMember member, const MdfRow& first, std::size_t count, std::uint16_t bit, std::uint16_t* bits) const;
+
+  // All others, one by one. The frame must be like a new one. False for a record that is no frame. What the frame
+  // refers to stays until the next call.
+  [[nodiscard]] bool readOther(const MdfRow& row, Frame& frame, std::uint64_t place, Account& account);
   [[nodiscard]] bool readLin(const MdfRow& row, Frame& frame, std::uint64_t place, Account& account);
   void readError(const MdfRow& row, Frame& frame) const;
   void readLinEvent(const MdfRow& row, Frame& frame);
-  // The payload of a frame that has `length` bytes, where that is stated. Nothing if it can't be found.
+
+  // A frame that names no bus is one of the group's. False if that, or nothing, had to be taken.
+  [[nodiscard]] bool setBus(std::optional<std::uint64_t> named, std::uint16_t& bus) const {
+    constexpr std::uint64_t kHighest = 0xFFFF;
+    const bool usable = named && *named <= kHighest;
+    bus = usable ? static_cast<std::uint16_t>(*named) : busNumber_;
+    return usable || (!named && busNumber_ == 0);
+  }
+  // The payload of a frame that has `length` bytes, where that is stated, and 8 readable bytes after it. Nothing if it
+  // can't be found.
   [[nodiscard]] std::optional<std::span<const std::uint8_t>> readPayload(const MdfRow& row,
+                                                                         std::optional<std::uint64_t> length) {
+    if (plainPayload_ && length && *length <= payload_->size && *length <= kLongestPayload) {
+      return std::span(row.record(payload_->column) + payload_->offset, static_cast<std::size_t>(*length));
+    }
+    return findPayload(row, length);
+  }
+  [[nodiscard]] std::optional<std::span<const std::uint8_t>> findPayload(const MdfRow& row,
                                                                          std::optional<std::uint64_t> length);
   [[nodiscard]] std::optional<std::span<const std::uint8_t>> storedPayload(const MdfRow& row);
 
@@ -165,6 +125,7 @@ class MdfFrameLayout {
   std::array<std::uint8_t, kMdfMemberCount> slots_{};
   std::vector<MdfValue> values_;
   std::optional<Payload> payload_;
+  bool plainPayload_ = false;  // it stands in the record and is always valid
   std::uint16_t busNumber_ = 0;
   std::string eventText_;
 };

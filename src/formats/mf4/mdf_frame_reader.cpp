@@ -1,20 +1,53 @@
 #include "formats/mf4/mdf_frame_reader.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "util/little_endian.hpp"
 
 namespace xlatr {
 
-bool MdfFrameReader::readRow(MdfFrameLayout& layout, const MdfRow& row) {
-  const std::uint64_t place = ++state_.record;
-  frame_.reset();
-  if (!layout.read(row, frame_, place, state_.notes)) {
-    state_.notes.note(Remark::RecordNotUnderstood, place);
-    return false;
+std::optional<std::int64_t> MdfFrameReader::nextTime() {
+  while (true) {
+    for (; at_ < rows_.count; ++at_) {
+      if (known_[at_]) {
+        return times_[at_];
+      }
+      note(Remark::RecordNotUnderstood);
+      ++state_.record;
+    }
+    rows_.count = 0;
+    at_ = 0;
+    layout_ = load();
+    if (layout_ == nullptr) {
+      return std::nullopt;
+    }
+    layout_->readTimes(rows_, times_.data(), known_.data());
   }
-  frame_.place = place;
-  return true;
+}
+
+// The rows from the next one on that can be read at once.
+std::size_t MdfFrameReader::countRun(const FrameBatch& batch, std::size_t self, const MdfTurn* other) const {
+  const std::size_t bytes = std::min(FrameBatch::kByteCapacity, batch.data().size() + batch.text().size());
+  const std::size_t fitting = (FrameBatch::kByteCapacity - bytes) / (layout_->longestData() + 1) + 1;
+  const std::size_t end = std::min(rows_.count, at_ + std::min(fitting, FrameBatch::kCapacity - batch.size()));
+  std::size_t at = at_ + 1;
+  while (at < end && known_[at] && (other == nullptr || MdfTurn{times_[at], self}.isBefore(*other))) {
+    ++at;
+  }
+  return at - at_;
+}
+
+std::optional<std::int64_t> MdfFrameReader::read(FrameBatch& batch, std::size_t self, const MdfTurn* other) {
+  std::optional<std::int64_t> time = nextTime();
+  while (time && !batch.full() && (other == nullptr || MdfTurn{*time, self}.isBefore(*other))) {
+    const std::size_t count = countRun(batch, self, other);
+    layout_->readFrames({rows_, at_}, count, times_.data() + at_, state_.record, batch, state_.notes);
+    at_ += count;
+    state_.record += count;
+    time = nextTime();
+  }
+  return time;
 }
 
 MdfSortedReader::MdfSortedReader(const MdfLayoutContext& context, const std::vector<const MdfGroupInfo*>& columns,
@@ -28,33 +61,42 @@ MdfSortedReader::MdfSortedReader(const MdfLayoutContext& context, const std::vec
                    .dataBytes = group->data.cgDataBytes,
                    .invalidationBytes = group->data.cgInvalBytes}));
   }
+  rows_.columns.resize(columns_.size());
 }
 
-// The record of the row in a column; false if it is not there.
-bool MdfSortedReader::load(std::size_t at) {
+std::size_t MdfSortedReader::find(std::size_t at, std::size_t count) {
   Column& column = *columns_[at];
   if (column.stride == 0) {
     if (column.records.at(0, 1) == nullptr && column.records.gapEnd() == 0) {
-      return false;
+      return 0;
     }
     column.apart = column.records.isValues();
     column.stride = column.dataBytes + (column.apart ? 0 : column.invalidationBytes);
   }
   if (index_ > (std::numeric_limits<std::uint64_t>::max() - column.stride) / column.stride) {
-    return false;
+    return 0;
   }
-  const std::uint8_t* const record = column.records.at(index_ * column.stride, static_cast<std::size_t>(column.stride));
+  const std::uint64_t begin = index_ * column.stride;
+  const std::uint8_t* const record = column.records.at(begin, static_cast<std::size_t>(column.stride));
   if (record == nullptr) {
-    return false;
+    return 0;
   }
-  row_.records[at] = record;
-  if (column.invalidationBytes == 0) {
-    return true;
+  std::uint64_t there = column.records.available(begin) / column.stride;
+  const std::uint8_t* invalid = column.invalidationBytes != 0 ? record + column.dataBytes : nullptr;
+  std::uint64_t invalidStride = column.stride;
+  if (column.apart && column.invalidationBytes != 0) {
+    invalidStride = column.invalidationBytes;
+    invalid = column.invalidation.at(index_ * invalidStride, static_cast<std::size_t>(invalidStride));
+    there =
+        invalid == nullptr ? 1 : std::min(there, column.invalidation.available(index_ * invalidStride) / invalidStride);
   }
-  row_.invalid[at] = column.apart ? column.invalidation.at(index_ * column.invalidationBytes,
-                                                           static_cast<std::size_t>(column.invalidationBytes))
-                                  : record + column.dataBytes;
-  return true;
+  const auto found = static_cast<std::size_t>(std::min<std::uint64_t>(count, there));
+  MdfRows::Column& places = rows_.columns[at];
+  for (std::size_t row = 0; row < found; ++row) {
+    places.records[row] = record + row * column.stride;
+    places.invalid[row] = invalid != nullptr ? invalid + row * invalidStride : nullptr;
+  }
+  return found;
 }
 
 // Goes to the first whole record after bytes that can't be read.
@@ -72,8 +114,7 @@ bool MdfSortedReader::passGap(Column& column) {
   return true;
 }
 
-bool MdfSortedReader::finish() {
-  ended_ = true;
+MdfFrameLayout* MdfSortedReader::finish() {
   bool cut = false;
   bool damaged = false;
   for (const auto& column : columns_) {
@@ -95,30 +136,28 @@ bool MdfSortedReader::finish() {
     note(Remark::RecordNotUnderstood);
   }
   layout_->close();
-  return false;
+  return nullptr;
 }
 
-bool MdfSortedReader::next() {
-  while (!ended_) {
+MdfFrameLayout* MdfSortedReader::load() {
+  while (true) {
     if (index_ >= count_) {
       return finish();
     }
-    bool isThere = true;
-    for (std::size_t at = 0; at < columns_.size() && isThere; ++at) {
-      isThere = load(at);
-      if (!isThere && !passGap(*columns_[at])) {
+    auto count = static_cast<std::size_t>(std::min<std::uint64_t>(MdfRows::kMost, count_ - index_));
+    for (std::size_t at = 0; at < columns_.size() && count > 0; ++at) {
+      count = find(at, count);
+      if (count == 0 && !passGap(*columns_[at])) {
         return finish();
       }
     }
-    if (!isThere) {
-      continue;
-    }
-    row_.index = index_++;
-    if (readRow(*layout_, row_)) {
-      return true;
+    if (count > 0) {
+      rows_.firstIndex = index_;
+      rows_.count = count;
+      index_ += count;
+      return layout_.get();
     }
   }
-  return false;
 }
 
 MdfUnsortedReader::MdfUnsortedReader(const MdfLayoutContext& context, std::uint64_t dataLink, std::uint8_t idSize,
@@ -128,6 +167,7 @@ MdfUnsortedReader::MdfUnsortedReader(const MdfLayoutContext& context, std::uint6
       idSize_(idSize),
       idMask_(~std::uint64_t{0} >> (64U - 8U * idSize)),
       groups_(std::move(groups)) {
+  rows_.columns.resize(1);
   for (std::size_t at = 0; at < groups_.size(); ++at) {
     const std::uint64_t id = groups_[at].recordId;
     if (id < kSmallIds && at < std::numeric_limits<std::uint16_t>::max()) {
@@ -157,8 +197,7 @@ bool MdfUnsortedReader::passGap() {
   return true;
 }
 
-bool MdfUnsortedReader::finish() {
-  ended_ = true;
+MdfFrameLayout* MdfUnsortedReader::finish() {
   if (stream_.isCut() || stream_.available(position_) > 0) {
     note(Remark::SourceCut);
   }
@@ -171,52 +210,64 @@ bool MdfUnsortedReader::finish() {
       group.layout->close();
     }
   }
-  return false;
+  return nullptr;
 }
 
-bool MdfUnsortedReader::next() {
+MdfUnsortedReader::Step MdfUnsortedReader::step() {
   constexpr std::size_t kLengthSize = 4;
-  while (!ended_) {
-    const std::uint8_t* bytes = stream_.at(position_, idSize_);
-    if (bytes == nullptr) {
-      if (passGap()) {
-        continue;
-      }
-      return finish();
-    }
-    Group* const group = groupOf(loadLittle<std::uint64_t>(bytes) & idMask_);
-    if (group == nullptr) {
+  const std::uint8_t* record = bytes(idSize_);
+  if (record == nullptr) {
+    return Step::Missing;
+  }
+  Group* const group = groupOf(loadLittle<std::uint64_t>(record) & idMask_);
+  if (group == nullptr) {
+    return Step::Unknown;
+  }
+  if (group->layout && rows_.count > 0 && group != current_) {
+    return Step::Other;
+  }
+  std::uint64_t size = idSize_ + group->dataBytes + group->invalidationBytes;
+  if (group->variable) {
+    record = bytes(idSize_ + kLengthSize);
+    size = record == nullptr ? 0 : idSize_ + kLengthSize + loadLittle<std::uint32_t>(record + idSize_);
+  } else if (group->layout) {
+    record = bytes(static_cast<std::size_t>(size));
+  }
+  if (record == nullptr) {
+    return Step::Missing;
+  }
+  position_ += size;
+  if (!group->layout) {
+    return Step::Passed;
+  }
+  if (rows_.count == 0) {
+    current_ = group;
+    rows_.firstIndex = group->index;
+  }
+  ++group->index;
+  rows_.columns.front().records[rows_.count] = record + idSize_;
+  rows_.columns.front().invalid[rows_.count] = record + idSize_ + group->dataBytes;
+  ++rows_.count;
+  return Step::Row;
+}
+
+MdfFrameLayout* MdfUnsortedReader::load() {
+  while (rows_.count == 0) {
+    const Step first = step();
+    if (first == Step::Unknown) {
       note(Remark::RecordNotUnderstood);
-      if (passGap()) {
-        continue;
-      }
+    }
+    if ((first == Step::Unknown || first == Step::Missing) && !passGap()) {
       return finish();
-    }
-    std::uint64_t size = idSize_ + group->dataBytes + group->invalidationBytes;
-    if (group->variable) {
-      bytes = stream_.at(position_, idSize_ + kLengthSize);
-      size = bytes == nullptr ? 0 : idSize_ + kLengthSize + loadLittle<std::uint32_t>(bytes + idSize_);
-    } else if (group->layout) {
-      bytes = stream_.at(position_, static_cast<std::size_t>(size));
-    }
-    if (bytes == nullptr) {
-      if (passGap()) {
-        continue;
-      }
-      return finish();
-    }
-    position_ += size;
-    if (!group->layout) {
-      continue;
-    }
-    row_.records[0] = bytes + idSize_;
-    row_.invalid[0] = bytes + idSize_ + group->dataBytes;
-    row_.index = group->index++;
-    if (readRow(*group->layout, row_)) {
-      return true;
     }
   }
-  return false;
+  while (rows_.count < MdfRows::kMost) {
+    const Step next = step();
+    if (next != Step::Row && next != Step::Passed) {
+      break;
+    }
+  }
+  return current_->layout.get();
 }
 
 }  // namespace xlatr

@@ -6,13 +6,14 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
 #include "formats/mf4/mdf_data_stream.hpp"
 #include "formats/mf4/mdf_frame_layout.hpp"
 #include "frames/account.hpp"
-#include "frames/frame.hpp"
+#include "frames/frame_batch.hpp"
 
 namespace xlatr {
 
@@ -22,29 +23,46 @@ struct MdfReadingState {
   Account notes;
 };
 
+// When a frame happened, and which of the readers has it: the order of frames.
+struct MdfTurn {
+  std::int64_t timeNs;
+  std::size_t reader;
+
+  [[nodiscard]] bool isBefore(const MdfTurn& other) const {
+    return timeNs < other.timeNs || (timeNs == other.timeNs && reader < other.reader);
+  }
+};
+
 // Frames in the order of their records.
 class MdfFrameReader {
  public:
   virtual ~MdfFrameReader() = default;
 
-  // Goes to the next frame; false at the end. Records that are no frames are told in the state.
-  [[nodiscard]] virtual bool next() = 0;
-  // Its data and text stay until the next call of next().
-  [[nodiscard]] const Frame& frame() const { return frame_; }
+  // The time of the next record that has one; nothing at the end. Those that have none are told in the state.
+  [[nodiscard]] std::optional<std::int64_t> nextTime();
+  // Adds frames to the batch, from the one whose time nextTime() gave on, until the batch is full, another reader has
+  // its turn, or there are no more. Returns the time of the next.
+  [[nodiscard]] std::optional<std::int64_t> read(FrameBatch& batch, std::size_t self, const MdfTurn* other);
 
  protected:
   explicit MdfFrameReader(MdfReadingState& state) : state_(state) {}
   MdfFrameReader(const MdfFrameReader&) = delete;
   MdfFrameReader& operator=(const MdfFrameReader&) = delete;
 
+  // Fills `rows_`, which are empty, and says what they are of; null at the end, after which nobody asks again.
+  [[nodiscard]] virtual MdfFrameLayout* load() = 0;
   void note(Remark remark) { state_.notes.note(remark, state_.record + 1); }
-  // One more record; whether it is a frame.
-  [[nodiscard]] bool readRow(MdfFrameLayout& layout, const MdfRow& row);
 
-  Frame frame_;
+  MdfRows rows_;
 
  private:
+  [[nodiscard]] std::size_t countRun(const FrameBatch& batch, std::size_t self, const MdfTurn* other) const;
+
   MdfReadingState& state_;
+  MdfFrameLayout* layout_ = nullptr;  // of the rows
+  std::size_t at_ = 0;                // the next of them
+  std::array<std::int64_t, MdfRows::kMost> times_;
+  std::array<bool, MdfRows::kMost> known_;
 };
 
 inline constexpr std::uint64_t kMdfUnknownCount = std::numeric_limits<std::uint64_t>::max();
@@ -56,7 +74,7 @@ class MdfSortedReader final : public MdfFrameReader {
   MdfSortedReader(const MdfLayoutContext& context, const std::vector<const MdfGroupInfo*>& columns,
                   std::unique_ptr<MdfFrameLayout> layout, std::uint64_t count, MdfReadingState& state);
 
-  [[nodiscard]] bool next() override;
+  [[nodiscard]] MdfFrameLayout* load() override;
 
  private:
   struct Column {
@@ -68,16 +86,15 @@ class MdfSortedReader final : public MdfFrameReader {
     bool apart = false;
   };
 
-  [[nodiscard]] bool load(std::size_t column);
+  // Finds records of a column from `index_` on, up to `count`, and returns how many there are.
+  [[nodiscard]] std::size_t find(std::size_t column, std::size_t count);
   [[nodiscard]] bool passGap(Column& column);
-  [[nodiscard]] bool finish();
+  [[nodiscard]] MdfFrameLayout* finish();
 
   std::vector<std::unique_ptr<Column>> columns_;
   std::unique_ptr<MdfFrameLayout> layout_;
   std::uint64_t count_;
   std::uint64_t index_ = 0;
-  MdfRow row_;
-  bool ended_ = false;
 };
 
 // Records of several groups, each with the id of its group before it.
@@ -95,24 +112,31 @@ class MdfUnsortedReader final : public MdfFrameReader {
   MdfUnsortedReader(const MdfLayoutContext& context, std::uint64_t dataLink, std::uint8_t idSize,
                     std::vector<Group> groups, MdfReadingState& state);
 
-  [[nodiscard]] bool next() override;
+  [[nodiscard]] MdfFrameLayout* load() override;
 
  private:
   static constexpr std::size_t kSmallIds = 256;
 
   [[nodiscard]] Group* groupOf(std::uint64_t id);
+  // What stands at the position: another row, something to be passed over, a row of another group, nothing that can be
+  // read, or a record of no group.
+  enum class Step : std::uint8_t { Row, Passed, Other, Missing, Unknown };
+  // Takes it in, unless bytes at hand would have to move that rows lie in.
+  [[nodiscard]] Step step();
+  [[nodiscard]] const std::uint8_t* bytes(std::size_t count) {
+    return rows_.count == 0 ? stream_.at(position_, count) : stream_.peek(position_, count);
+  }
   [[nodiscard]] bool passGap();
-  [[nodiscard]] bool finish();
+  [[nodiscard]] MdfFrameLayout* finish();
 
   MdfDataStream stream_;
   std::uint8_t idSize_;
   std::uint64_t idMask_;
   std::uint64_t position_ = 0;
   std::vector<Group> groups_;
+  Group* current_ = nullptr;                      // that of the rows
   std::array<std::uint16_t, kSmallIds> small_{};  // one more than the index of the group; 0 for none
   std::unordered_map<std::uint64_t, std::size_t> large_;
-  MdfRow row_;
-  bool ended_ = false;
 };
 
 }  // namespace xlatr

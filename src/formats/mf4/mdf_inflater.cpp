@@ -7,6 +7,12 @@
 #include "formats/mf4/zipped_bytes.hpp"
 
 namespace xlatr {
+namespace {
+
+// Writers make blocks of four megabytes.
+constexpr std::uint64_t kLargestHeld = std::uint64_t{8} << 20;
+
+}  // namespace
 
 MdfInflater::MdfInflater(MdfDataFile& file) : file_(file) {}
 
@@ -29,6 +35,7 @@ MdfInflater::~MdfInflater() {
 void MdfInflater::start(std::uint64_t position, std::uint64_t stored) {
   ready_ = ready_ ? inflateReset(&stream_) == Z_OK : inflateInit(&stream_) == Z_OK;
   ended_ = !ready_;
+  whole_ = false;
   stream_.avail_in = 0;
   position_ = position;
   left_ = stored;
@@ -60,8 +67,14 @@ std::size_t MdfInflater::inflate(std::span<std::uint8_t> out) {
     done += piece - stream_.avail_out;
     // Z_BUF_ERROR: nothing came in and nothing went out.
     ended_ = result != Z_OK;
+    whole_ = result == Z_STREAM_END;
   }
   return done;
+}
+
+bool MdfInflater::isWhole() {
+  std::uint8_t more = 0;
+  return inflate({&more, 1}) == 0 && whole_;
 }
 
 bool MdfInflater::skip(std::uint64_t count) {
@@ -74,6 +87,35 @@ bool MdfInflater::skip(std::uint64_t count) {
     count -= piece;
   }
   return true;
+}
+
+bool inflateWhole(MdfDataFile& file, const MdfDataPart& part, std::span<std::uint8_t> out) {
+  if (part.stored > kLargestHeld) {
+    return false;
+  }
+  std::vector<std::uint8_t>& zipped = file.scratch;
+  zipped.resize(static_cast<std::size_t>(part.stored));
+  return file.readAll(part.position, zipped) && inflateWhole(zipped, out);
+}
+
+bool MdfHeldPart::start(const MdfDataPart& part) {
+  file_.release(granted_);
+  granted_ = 0;
+  if (part.length == 0 || part.length > kLargestHeld || !file_.hold(part.length)) {
+    return false;
+  }
+  granted_ = part.length;
+  bytes_.resize(static_cast<std::size_t>(part.length));
+  if (!inflateWhole(file_, part, bytes_)) {
+    release();
+  }
+  return isHeld();
+}
+
+void MdfHeldPart::release() {
+  file_.release(granted_);
+  granted_ = 0;
+  bytes_ = {};
 }
 
 void MdfTransposedPart::release() {
@@ -96,7 +138,8 @@ bool MdfTransposedPart::start(const MdfDataPart& part) {
   granted_ = length_;
   columnBytes_.resize(static_cast<std::size_t>(length_));
   held_.resize(columnBytes_.size());
-  const std::size_t got = first_.inflate(columnBytes_);
+  whole_ = inflateWhole(file_, part, columnBytes_);
+  const std::size_t got = whole_ ? columnBytes_.size() : first_.inflate(columnBytes_);
   std::fill(columnBytes_.begin() + static_cast<std::ptrdiff_t>(got), columnBytes_.end(), std::uint8_t{0});
   const auto whole = static_cast<std::size_t>(rowCount_ * width_);
   transpose(std::span(columnBytes_).first(whole), static_cast<std::size_t>(width_), std::span(held_).first(whole));
@@ -120,6 +163,7 @@ bool MdfTransposedPart::startColumns() {
       return false;
     }
   }
+  whole_ = first_.skip(length_ % width_) && first_.isWhole();
   return true;
 }
 

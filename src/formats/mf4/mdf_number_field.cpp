@@ -1,5 +1,6 @@
 #include "formats/mf4/mdf_number_field.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace xlatr {
@@ -31,6 +32,18 @@ MdfNumberField MdfNumberField::of(const ChannelBlockData& data, Way way) {
   number.shift = static_cast<std::uint8_t>(above + data.cnBitOffset);
   number.mask = lowBits(data.cnBitCount) & lowBits(8 * byteCount - data.cnBitOffset);
   return number;
+}
+
+// Most fields are plain, and a loop without questions is several times as fast.
+void MdfNumberField::read(const std::uint8_t* const* records, std::size_t count, std::uint64_t* numbers) const {
+  if (isBigEndian || isWide) {
+    std::transform(records, records + count, numbers, [this](const std::uint8_t* record) { return read(record); });
+    return;
+  }
+  const MdfNumberField field = *this;
+  for (std::size_t at = 0; at < count; ++at) {
+    numbers[at] = (loadLittle<std::uint64_t>(records[at] + field.offset) >> field.shift) & field.mask;
+  }
 }
 
 std::uint64_t MdfNumberField::readWide(const std::uint8_t* record) const {

@@ -50,6 +50,8 @@ struct MdfNumberField {
     const auto bytes = loadLittle<std::uint64_t>(record + offset);
     return ((isBigEndian ? swapBytes(bytes) : bytes) >> shift) & mask;
   }
+  // The same of several records.
+  void read(const std::uint8_t* const* records, std::size_t count, std::uint64_t* numbers) const;
 
  private:
   [[nodiscard]] std::uint64_t readWide(const std::uint8_t* record) const;

@@ -47,10 +47,6 @@ std::optional<DecimalParts> shortestDecimal(double value) {
     static_cast<void>(std::from_chars(at, end.ptr, exponent));
   }
   parts.exponent += exponent;
-  while (parts.digits != 0 && parts.digits % 10 == 0) {
-    parts.digits /= 10;
-    ++parts.exponent;
-  }
   return parts;
 }
 
@@ -122,6 +118,10 @@ MdfTimeScale::MdfTimeScale(double offset, double factor, int unitExponent) {
   denominator_ = denominator;
   mostWhole_ = static_cast<std::uint64_t>(kFarthestNs) / std::max<std::uint64_t>(numerator_, 1);
   offsetNs_ = offsetParts->negative ? -static_cast<std::int64_t>(*offsetNs) : static_cast<std::int64_t>(*offsetNs);
+  if (denominator_ == 1 && !negative_) {
+    const std::int64_t room = kFarthestNs - std::max<std::int64_t>(offsetNs_, 0);
+    endOfSimple_ = static_cast<std::uint64_t>(room) / std::max<std::uint64_t>(numerator_, 1);
+  }
 }
 
 std::optional<int> MdfTimeScale::unitExponentOf(std::string_view unit) {
@@ -163,17 +163,7 @@ std::optional<std::int64_t> MdfTimeScale::ofMagnitude(std::uint64_t magnitude, b
   return timeOf(negative != negative_ ? -ns : ns, offsetNs_);
 }
 
-std::optional<std::int64_t> MdfTimeScale::ofCount(std::uint64_t count) const {
-  return ofMagnitude(count, false);
-}
-
-std::optional<std::int64_t> MdfTimeScale::ofCount(std::int64_t count) const {
-  const auto bits = static_cast<std::uint64_t>(count);
-  return ofMagnitude(count < 0 ? ~bits + 1 : bits, count < 0);
-}
-
-// The part before the point is a count; that after it is small, so that nothing is lost of it.
-std::optional<std::int64_t> MdfTimeScale::ofReal(double count) const {
+std::optional<std::int64_t> MdfTimeScale::ofAnyReal(double count) const {
   constexpr double kMostWhole = 9.0e18;
   if (!exact_ || denominator_ != 1 || !(std::fabs(count) < kMostWhole)) {
     return wholeNanoseconds(count * factor_ + offset_);

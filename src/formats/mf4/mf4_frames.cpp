@@ -100,22 +100,14 @@ class Mf4FrameSource final : public FrameSource {
   [[nodiscard]] bool read(FrameBatch& batch, Account& account) override;
 
  private:
-  // The next frame of a reader.
-  struct Entry {
-    std::int64_t timeNs;
-    std::size_t reader;
-  };
-
   void readTop();
   void makeReaders();
   void makeUnsorted(const MdfLayoutContext& context, const MdfGroupInfo& first);
   void makeSorted(const MdfLayoutContext& context, const Table& table);
   [[nodiscard]] std::vector<Table> sortedTables() const;
   [[nodiscard]] const MdfGroupInfo* groupAt(std::uint64_t position) const;
-  void start();
-  [[nodiscard]] static bool isLater(const Entry& left, const Entry& right) {
-    return left.timeNs > right.timeNs || (left.timeNs == right.timeNs && left.reader > right.reader);
-  }
+  [[nodiscard]] static bool isLater(const MdfTurn& left, const MdfTurn& right) { return right.isBefore(left); }
+  void enqueue(std::size_t reader, std::optional<std::int64_t> timeNs);
   void noteDamage() { state_.notes.note(Remark::RecordNotUnderstood, 1); }
 
   BlockStream stream_;
@@ -131,7 +123,7 @@ class Mf4FrameSource final : public FrameSource {
   std::size_t streams_ = 0;
   MdfReadingState state_;
   std::vector<std::unique_ptr<MdfFrameReader>> readers_;
-  std::vector<Entry> queue_;  // a heap, the earliest on top
+  std::vector<MdfTurn> queue_;  // a heap, the earliest on top
   bool started_ = false;
 };
 
@@ -181,7 +173,7 @@ std::vector<Table> Mf4FrameSource::sortedTables() const {
       continue;
     }
     const auto [found, isNew] = tableOf.try_emplace({group.remoteMaster, group.frame}, tables.size());
-    const bool fits = !group.whole && !isNew && tables[found->second].size() < MdfRow::kMostColumns;
+    const bool fits = !group.whole && !isNew && tables[found->second].size() < MdfRows::kMostColumns;
     if (fits) {
       tables[found->second].push_back(&group);
       continue;
@@ -291,40 +283,29 @@ void Mf4FrameSource::makeUnsorted(const MdfLayoutContext& context, const MdfGrou
   }
 }
 
-void Mf4FrameSource::start() {
-  started_ = true;
-  for (std::size_t at = 0; at < readers_.size(); ++at) {
-    if (readers_[at]->next()) {
-      queue_.push_back({readers_[at]->frame().timeNs, at});
-    }
+// A reader that has no time has no more frames.
+void Mf4FrameSource::enqueue(std::size_t reader, std::optional<std::int64_t> timeNs) {
+  if (!timeNs) {
+    readers_[reader].reset();
+    return;
   }
-  std::ranges::make_heap(queue_, isLater);
+  queue_.push_back({*timeNs, reader});
+  std::ranges::push_heap(queue_, isLater);
 }
 
-// The earliest reader goes on until another one is earlier, so that a single one costs no comparison.
 bool Mf4FrameSource::read(FrameBatch& batch, Account& account) {
   if (!started_) {
-    start();
+    started_ = true;
+    for (std::size_t at = 0; at < readers_.size(); ++at) {
+      enqueue(at, readers_[at]->nextTime());
+    }
   }
+  // The earliest reader goes on until another one is earlier.
   while (!queue_.empty() && !batch.full()) {
     std::ranges::pop_heap(queue_, isLater);
-    Entry entry = queue_.back();
+    const std::size_t reader = queue_.back().reader;
     queue_.pop_back();
-    MdfFrameReader& reader = *readers_[entry.reader];
-    bool hasMore = true;
-    do {
-      batch.append(reader.frame());
-      hasMore = reader.next();
-      if (hasMore) {
-        entry.timeNs = reader.frame().timeNs;
-      }
-    } while (hasMore && !batch.full() && (queue_.empty() || !isLater(entry, queue_.front())));
-    if (hasMore) {
-      queue_.push_back(entry);
-      std::ranges::push_heap(queue_, isLater);
-    } else {
-      readers_[entry.reader].reset();
-    }
+    enqueue(reader, readers_[reader]->read(batch, reader, queue_.empty() ? nullptr : &queue_.front()));
   }
   account.add(std::exchange(state_.notes, Account()));
   account.addRead(batch.size());

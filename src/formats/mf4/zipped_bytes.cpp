@@ -1,9 +1,13 @@
 #include "formats/mf4/zipped_bytes.hpp"
 
 #include <zlib.h>
+#ifdef XLATR_WITH_LIBDEFLATE
+#include <libdeflate.h>
+#endif
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 
 #include "formats/mf4/block_failures.hpp"
 #include "util/failures.hpp"
@@ -56,6 +60,21 @@ void inflateInto(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> o
     throwProcessingFailure(kInflateFailure);
   }
 }
+
+#ifdef XLATR_WITH_LIBDEFLATE
+bool inflateWhole(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> out) {
+  struct Free {
+    void operator()(libdeflate_decompressor* decompressor) const { libdeflate_free_decompressor(decompressor); }
+  };
+  const std::unique_ptr<libdeflate_decompressor, Free> decompressor(libdeflate_alloc_decompressor());
+  return decompressor != nullptr && libdeflate_zlib_decompress(decompressor.get(), zipped.data(), zipped.size(),
+                                                               out.data(), out.size(), nullptr) == LIBDEFLATE_SUCCESS;
+}
+#else
+bool inflateWhole(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> out) {
+  return Inflater().inflateAll(zipped, out);
+}
+#endif
 
 void deflateInto(std::span<const std::uint8_t> bytes, std::vector<std::uint8_t>& out) {
   uLongf size = compressBound(static_cast<uLong>(bytes.size()));

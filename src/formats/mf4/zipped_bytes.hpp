@@ -12,6 +12,10 @@ namespace xlatr {
 // kInflateFailure.
 void inflateInto(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> out);
 
+// The same without a failure: whether it is a stream of as many bytes. Takes half of the time, or less, where
+// libdeflate is there. What `out` holds when it is not is of no use.
+[[nodiscard]] bool inflateWhole(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> out);
+
 // Squeezes bytes into one whole stream, at zlib's default level. Raises kDeflateFailure.
 void deflateInto(std::span<const std::uint8_t> bytes, std::vector<std::uint8_t>& out);
 

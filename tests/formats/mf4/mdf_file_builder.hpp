@@ -49,6 +49,8 @@ struct ChannelSpec {
   std::uint64_t composition = 0;
   std::uint64_t conversion = 0;
   std::uint64_t data = 0;
+  std::uint32_t invalidBit = 0;
+  std::uint64_t unit = 0;
 };
 
 struct GroupSpec {
@@ -109,9 +111,9 @@ class MdfFileBuilder {
 
   std::uint64_t channel(const ChannelSpec& spec, std::uint64_t next = 0) {
     const std::uint64_t name = text(spec.name);
-    return block("CN", {next, spec.composition, name, 0, spec.conversion, spec.data, 0, 0},
+    return block("CN", {next, spec.composition, name, 0, spec.conversion, spec.data, spec.unit, 0},
                  join({le(spec.type, 1), le(0, 1), le(spec.dataType, 1), le(spec.bitOffset, 1), le(spec.byteOffset, 4),
-                       le(spec.bitCount, 4), le(spec.flags, 4), le(0, 8), le(0, 48)}));
+                       le(spec.bitCount, 4), le(spec.flags, 4), le(spec.invalidBit, 4), le(0, 4), le(0, 48)}));
   }
   // The position of the first.
   std::uint64_t channels(const std::vector<ChannelSpec>& specs) {
