@@ -54,13 +54,15 @@ void MdfBlockOutput::patch(std::uint64_t position, std::uint64_t value) {
 }
 
 std::uint64_t MdfBlockOutput::writeBlock() {
-  if (!zipped_) {
-    const std::uint64_t position = appendBlock(headOf(BlockTypeId::DT, {}, records_.size()));
+  if (!form_.zipped) {
+    const std::uint64_t position = appendBlock(headOf(form_.type, {}, records_.size()));
     write(records_);
     return position;
   }
   deflateInto(records_, squeezed_);
+  const std::string_view letters = blockTypeIdToText(form_.type);
   DataZippedBlockData data;
+  data.dzOrgBlockType = {letters[0], letters[1]};
   data.dzOrgDataLength = records_.size();
   data.dzDataLength = squeezed_.size();
   Bytes head = headOf(BlockTypeId::DZ, {}, kLayoutSize<DataZippedBlockData> + squeezed_.size());
@@ -88,7 +90,7 @@ void MdfBlockOutput::link(std::uint64_t block) {
   }
   if (nextLink_ == 0) {
     nextLink_ = dataLink_;
-    if (zipped_) {
+    if (form_.zipped) {
       constexpr std::array<std::uint64_t, 1> kNoList{};
       HeaderListBlockData data;
       data.hlZipType = static_cast<std::uint8_t>(MdfZipType::Deflate);
