@@ -1,7 +1,6 @@
 // Writing frames as an MF4 file.
 #include <algorithm>
 #include <array>
-#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -10,10 +9,10 @@
 #include <string>
 #include <utility>
 
-#include "formats/mf4/block_base.hpp"
 #include "formats/mf4/mdf_frame_codes.hpp"
 #include "formats/mf4/mdf_frame_output.hpp"
 #include "formats/mf4/mdf_frame_schema.hpp"
+#include "formats/mf4/mdf_payload_choice.hpp"
 #include "formats/mf4/mf4_frames.hpp"
 #include "messages/error_type.hpp"
 #include "util/little_endian.hpp"
@@ -135,6 +134,7 @@ class Mf4FrameSink final : public FrameSink {
   Mf4FrameSink(const std::string& path, const StreamHead& head, const SinkSettings& settings)
       : capacity_(capacityOfVersion(kCapacities, settings.version)),
         compact_(settings.compact),
+        zipped_(settings.zipped),
         output_(path, head.start, formOf(capacity_.version, settings)) {}
 
   void write(const FrameBatch& batch, Account& account) override {
@@ -161,7 +161,6 @@ class Mf4FrameSink final : public FrameSink {
   [[nodiscard]] MdfFrameGroup groupOf(const Frame& frame) const;
   void take(const Frame& frame);
   void endWaiting();
-  [[nodiscard]] bool isShorterStored() const;
   void append(const Frame& frame);
   [[nodiscard]] RecordFiller begin(const Frame& frame, MdfFrameGroup group, std::size_t bytesAfterTime);
   void appendCan(const Frame& frame, MdfFrameGroup group);
@@ -172,6 +171,7 @@ class Mf4FrameSink final : public FrameSink {
 
   const FrameCapacity& capacity_;
   bool compact_;
+  bool zipped_;
   MdfFrameOutput output_;
   // Of a compact file: whether it is decided what the records of CAN FD frames hold, and the frames that wait for that.
   bool longDecided_ = false;
@@ -220,28 +220,11 @@ void Mf4FrameSink::take(const Frame& frame) {
 
 void Mf4FrameSink::endWaiting() {
   longDecided_ = true;
-  output_.setPayload(MdfFrameGroup::LongData, isShorterStored() ? MdfPayload::Stored : MdfPayload::Long);
+  output_.setPayload(MdfFrameGroup::LongData, shorterPayload(*waiting_, zipped_));
   const std::unique_ptr<FrameBatch> frames = std::move(waiting_);
   for (std::size_t row = 0; row < frames->size(); ++row) {
     append(frames->at(row));
   }
-}
-
-// By the frames that wait.
-bool Mf4FrameSink::isShorterStored() const {
-  constexpr std::size_t kBytesOfValue = sizeof(std::uint64_t) + sizeof(std::uint32_t);  // its place, its length
-  std::size_t inRecords = 0;
-  std::size_t stored = 0;
-  std::bitset<MdfFrameOutput::kBusCount> buses;
-  for (std::size_t row = 0; row < waiting_->size(); ++row) {
-    const Frame frame = waiting_->at(row);
-    if (groupOf(frame) == MdfFrameGroup::LongData) {
-      inRecords += kLongestFdData;
-      stored += kBytesOfValue + frame.data.size();
-      buses.set(frame.bus);
-    }
-  }
-  return stored + buses.count() * kHeaderSectionSize < inRecords;
 }
 
 void Mf4FrameSink::append(const Frame& frame) {
