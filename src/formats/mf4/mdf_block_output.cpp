@@ -79,6 +79,8 @@ void MdfBlockOutput::flush() {
   link(writeBlock());
   written_ += records_.size();
   records_.clear();
+  // So that the link, too, is there if the process ends here.
+  output_.flush();
 }
 
 // The offset of the first block is 0.
