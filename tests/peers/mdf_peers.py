@@ -29,9 +29,12 @@ CHECKSUM_ERROR, NO_RESPONSE = 1, 32
 class RandomFrames:
     """Frames of every kind that the files hold, on a few buses, in the order of their times."""
 
-    def __init__(self, seed: int, fd_lengths: tuple[int, ...]) -> None:
+    def __init__(self, seed: int, fd_lengths: tuple[int, ...], payload_count: int = 0) -> None:
+        """Make CAN FD frames of these lengths; with a count, their payloads come again after so many frames."""
         self._random = random.Random(seed)
         self._fd_lengths = fd_lengths
+        self._payloads = [self._random.randbytes(self._random.choice(fd_lengths)) for _ in range(payload_count)]
+        self._fd_count = 0
         self._time_ns = -5_000
 
     def take(self, count: int) -> list[Frame]:
@@ -62,9 +65,12 @@ class RandomFrames:
         from frames_library import BRS, ESI, FD
 
         frame = self._with_id(self._base("data"))
-        length = self._random.choice(self._fd_lengths)
+        data = self._random.randbytes(self._random.choice(self._fd_lengths))
+        if self._payloads:
+            data = self._payloads[self._fd_count % len(self._payloads)]
+        self._fd_count += 1
         flags = frame.flags | FD | self._random.choice((0, BRS, ESI, BRS | ESI))
-        return frame._replace(flags=flags, dlc=FD_LENGTHS.index(length), data=self._random.randbytes(length))
+        return frame._replace(flags=flags, dlc=FD_LENGTHS.index(len(data)), data=data)
 
     def _remote(self) -> Frame:
         from frames_library import DLC_KNOWN
@@ -184,18 +190,19 @@ def require_same(found: Iterable[Frame], expected: Iterable[Frame], what: str) -
 
 def check_written(library: FramesLibrary, folder: Path) -> None:
     """Every form of file, of random frames."""
-    forms: list[tuple[str, tuple[int, ...], dict[str, Any], bool]] = [
-        ("plain", FD_LENGTHS, {}, False),
-        ("plain 4.10", FD_LENGTHS, {"version": 4.1}, False),
-        ("zipped", FD_LENGTHS, {"zipped": 1}, False),
-        ("compact with short FD", FD_LENGTHS, {"compact": 1}, True),
-        ("compact with long FD", (48, 64), {"compact": 1}, False),
-        ("compact and zipped", FD_LENGTHS, {"compact": 1, "zipped": 1}, False),
-        ("compact and zipped, with FD of any length", (0, 1, 64), {"compact": 1, "zipped": 1}, False),
+    compact, zipped = {"compact": 1}, {"zipped": 1}
+    forms: list[tuple[str, RandomFrames, dict[str, Any], bool]] = [
+        ("plain", RandomFrames(1, FD_LENGTHS), {}, False),
+        ("plain 4.10", RandomFrames(2, FD_LENGTHS), {"version": 4.1}, False),
+        ("zipped", RandomFrames(3, FD_LENGTHS), zipped, False),
+        ("compact with short FD", RandomFrames(4, FD_LENGTHS), compact, True),
+        ("compact with long FD", RandomFrames(5, (48, 64)), compact, False),
+        ("compact and zipped", RandomFrames(6, FD_LENGTHS), compact | zipped, False),
+        ("compact and zipped, payloads that come again", RandomFrames(7, (16, 20), 1_000), compact | zipped, True),
     ]
     path = folder / "written.mf4"
-    for seed, (name, fd_lengths, options, stored) in enumerate(forms):
-        frames = RandomFrames(seed, fd_lengths).take(20_000)
+    for name, source, options, stored in forms:
+        frames = source.take(20_000)
         sink = library.create(path, START_NS, **options)
         sink.write(frames)
         sink.finish()
