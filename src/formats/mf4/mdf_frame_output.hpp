@@ -35,6 +35,9 @@ class MdfFrameOutput {
 
   MdfFrameOutput(const std::string& path, const std::optional<TraceStart>& start, const MdfFrameOutputForm& form);
 
+  MdfFrameOutput(const MdfFrameOutput&) = delete;
+  MdfFrameOutput& operator=(const MdfFrameOutput&) = delete;
+
   // Counts, until the first record of this kind is appended.
   void setPayload(MdfFrameGroup kind, MdfPayload payload) { form_.payloads[static_cast<std::size_t>(kind)] = payload; }
   [[nodiscard]] MdfPayload payloadOf(MdfFrameGroup kind) const {

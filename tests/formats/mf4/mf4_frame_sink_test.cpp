@@ -14,6 +14,8 @@
 #include "formats/mf4/mdf_reader.hpp"
 #include "formats/mf4/mf4_frames.hpp"
 #include "support/frame_text.hpp"
+#include "support/mf4_checker.hpp"
+#include "support/random_frames.hpp"
 #include "support/temp_folder.hpp"
 
 namespace xlatr {
@@ -214,6 +216,34 @@ TEST(Mf4FrameSink, makesShortRecordsWhereTheyAreAskedFor) {
     return std::filesystem::file_size(path);
   };
   EXPECT_EQ(sizeOf(false) - sizeOf(true), 56'000U);
+}
+
+// What comes back is what the table says.
+TEST(Mf4FrameSink, keepsRandomFramesInEveryForm) {
+  for (const bool zipped : {false, true}) {
+    for (const bool compact : {false, true}) {
+      const test::TempFolder folder;
+      const std::string path = folder.file("target.mf4");
+      const auto sink = createMf4Frames(path, {}, {.zipped = zipped, .compact = compact});
+      test::RandomFrames random(7);
+      FrameBatch batch;
+      Account account;
+      Account reductions;
+      Texts expected;
+      for (int at = 0; at < 3'000; ++at) {
+        const test::OwnedFrame made = random.next();
+        batch.append(made.view());
+        if (!whyNotHeld(mf4Capacities().back(), made.view())) {
+          expected.push_back(test::textOf(reducedTo(mf4Capacities().back(), made.view(), reductions)));
+        }
+      }
+      sink->write(batch, account);
+      sink->close();
+      EXPECT_EQ(account.written(), expected.size());
+      EXPECT_EQ(framesOf(path), expected);
+      EXPECT_EQ(test::faultsOf(test::checkMf4(bytesOf(path))), "");
+    }
+  }
 }
 
 TEST(Mf4FrameSink, dropsWhatNoRecordHolds) {
