@@ -164,9 +164,7 @@ class PeerFile:
     def stores_fd_apart(self) -> bool:
         """Whether a group keeps payloads as signal data."""
         variable_length = 1
-        return any(
-            channel.channel_type == variable_length for group in self.mdf.groups for channel in group.channels
-        )
+        return any(channel.channel_type == variable_length for group in self.mdf.groups for channel in group.channels)
 
     def first_bytes(self, bus: int) -> list[int]:
         """Return the first data bytes of an identifier's frames on a bus, as a signal of a data base."""
@@ -237,10 +235,13 @@ def check_unfinished(library: FramesLibrary, folder: Path) -> None:
     """A file whose writer was stopped holds what it wrote until then."""
     for name, count, options in (("unfinished", 70_000, {}), ("unfinished and compact", 200_000, {"compact": 1})):
         frames = RandomFrames(99, (1, 2)).take(count)
-        sink = library.create(folder / "open.mf4", START_NS, **options)
+        # The file has another name until it is finished.
+        shutil.rmtree(folder / "open", ignore_errors=True)
+        (folder / "open").mkdir()
+        sink = library.create(folder / "open" / "target.mf4", START_NS, **options)
         sink.write(frames)
         path = folder / "unfinished.mf4"
-        shutil.copyfile(folder / "open.mf4", path)
+        shutil.copyfile(next((folder / "open").iterdir()), path)
         sink.close()
         own = library.read(path)
         assert 0 < len(own) < len(frames), f"{name}: {len(own)} frames"
