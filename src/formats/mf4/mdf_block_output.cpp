@@ -32,11 +32,14 @@ void MdfBlockOutput::write(std::span<const std::uint8_t> bytes) {
   end_ += bytes.size();
 }
 
+std::uint64_t MdfBlockOutput::nextBlock() const {
+  return (end_ + kBlockAlignment - 1) / kBlockAlignment * kBlockAlignment;
+}
+
 void MdfBlockOutput::startBlock() {
   constexpr std::array<std::uint8_t, kBlockAlignment> kZeros{};
   output_.seek(end_);
-  write(
-      std::span(kZeros).first(static_cast<std::size_t>((kBlockAlignment - end_ % kBlockAlignment) % kBlockAlignment)));
+  write(std::span(kZeros).first(static_cast<std::size_t>(nextBlock() - end_)));
 }
 
 std::uint64_t MdfBlockOutput::appendBlock(std::span<const std::uint8_t> bytes) {

@@ -43,7 +43,9 @@ class MdfBlockOutput {
   // Writes what was collected.
   void flush();
 
-  // Appends bytes at the next multiple of 8 and returns where they are.
+  // Where the next block of the file will be: at a multiple of 8.
+  [[nodiscard]] std::uint64_t nextBlock() const;
+  // Appends bytes there and returns where they are.
   std::uint64_t appendBlock(std::span<const std::uint8_t> bytes);
   void patch(std::uint64_t position, std::uint64_t value);
 

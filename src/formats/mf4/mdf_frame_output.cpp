@@ -10,7 +10,6 @@
 namespace xlatr {
 namespace {
 
-constexpr std::uint64_t kBlockAlignment = 8;
 constexpr std::uint64_t kUnfinishedFlagsPosition = 60;
 constexpr std::uint16_t kOnlyCountsAreMissing = 0x1;
 constexpr std::string_view kUnfinished = "UnFinMF ";
@@ -105,7 +104,7 @@ std::uint16_t MdfFrameOutput::addGroup(MdfFrameGroup kind, std::uint16_t bus) {
   const auto id = static_cast<std::uint16_t>(groups_.size());
   BlockChain<ChannelGroupBlock> list;
   ChannelGroupBlock& block = list.add(makeMdfFrameGroup({kind, payloadOf(kind), static_cast<std::uint8_t>(id), bus}));
-  const std::uint64_t position = (end_ + kBlockAlignment - 1) / kBlockAlignment * kBlockAlignment;
+  const std::uint64_t position = records_->nextBlock();
   std::uint64_t nextFree = position;
   placeTree(list, nextFree);
   linkMdfPayload(block);
