@@ -41,7 +41,7 @@ struct Forms {
 };
 
 std::size_t sizeInFile(const Bytes& bytes, bool zipped) {
-  if (!zipped || bytes.empty()) {
+  if (!zipped) {
     return bytes.size();
   }
   std::vector<std::uint8_t> squeezed;

@@ -1,6 +1,7 @@
 // Frames written as MF4 files.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -100,6 +101,13 @@ FrameBatch everyKind() {
   lin.attributes.set(FrameAttribute::ChecksumModel, 2);
   lin.attributes.set(FrameAttribute::LinErrors, 1);
   batch.append(lin);
+  // Nobody sent the four bytes that were asked for.
+  Frame silent = frameOf(FrameKind::Lin, 6);
+  silent.id = 7;
+  silent.dlc = 4;
+  silent.attributes.set(FrameAttribute::Checksum, 0);
+  silent.attributes.set(FrameAttribute::LinErrors, 32);
+  batch.append(silent);
   return batch;
 }
 
@@ -112,6 +120,7 @@ const Texts kEveryKind = {
     "4 overload 1 0 Rx",
     "5 lin 1 3F Rx dlc2 [1122] checksum=90",
     "5 lin 1 3F Rx enhanced dlc2 [1122] checksum=90 checksum_model=2 lin_errors=1",
+    "6 lin 1 7 Rx dlc4 checksum=0 lin_errors=32",
 };
 
 TEST(Mf4FrameSink, writesEveryKindInEveryForm) {
@@ -257,9 +266,24 @@ TEST(Mf4FrameSink, dropsWhatNoRecordHolds) {
   Frame bus = dataFrame(1, 1);
   bus.bus = 256;
   batch.append(bus);
-  Frame error = frameOf(FrameKind::Error, 1);
-  error.attributes.set(FrameAttribute::ErrorPosition, 1);
-  batch.append(error);
+  struct Detail {
+    FrameKind kind;
+    FrameAttribute attribute;
+    std::uint32_t value;
+  };
+  constexpr std::array kDetails = {
+      Detail{FrameKind::Error, FrameAttribute::ErrorPosition, 2},
+      Detail{FrameKind::Error, FrameAttribute::ErrorPosition, 258},
+      Detail{FrameKind::Error, FrameAttribute::ErrorType, 4},
+      Detail{FrameKind::Lin, FrameAttribute::LinErrors, 33},
+      Detail{FrameKind::Lin, FrameAttribute::Checksum, 256},
+      Detail{FrameKind::Lin, FrameAttribute::ChecksumModel, 4},
+  };
+  for (const Detail& detail : kDetails) {
+    Frame frame = frameOf(detail.kind, 1);
+    frame.attributes.set(detail.attribute, detail.value);
+    batch.append(frame);
+  }
   Account account;
   const auto sink = createMf4Frames(path, {}, {});
   sink->write(batch, account);
@@ -267,7 +291,7 @@ TEST(Mf4FrameSink, dropsWhatNoRecordHolds) {
   EXPECT_EQ(account.written(), 0U);
   EXPECT_EQ(account.dropped(Remark::KindNotHeld).frames, 5U);
   EXPECT_EQ(account.dropped(Remark::BusNotHeld).frames, 1U);
-  EXPECT_EQ(account.dropped(Remark::DetailNotHeld).frames, 1U);
+  EXPECT_EQ(account.dropped(Remark::DetailNotHeld).frames, kDetails.size());
   EXPECT_EQ(framesOf(path), Texts());
 }
 
