@@ -9,9 +9,9 @@
 #include <fstream>
 #include <ios>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <random>
-#include <set>
 #include <span>
 #include <string>
 #include <utility>
