@@ -7,12 +7,14 @@
 #include <cstddef>
 #include <cstdlib>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace xlatr::test {
 namespace {
 
 constexpr std::uint64_t kHeadSize = 24;
+constexpr std::uint64_t kMaximumLength = 5;  // a kind of channel
 
 struct BlockRule {
   std::string_view id;
@@ -28,14 +30,16 @@ constexpr std::array kRules = {
     BlockRule{"FH", 2, 16, {"FH", "MD"}},
     BlockRule{"MD", 0, 0, {}},
     BlockRule{"TX", 0, 0, {}},
-    BlockRule{"DG", 4, 8, {"DG", "CG", "DT DZ", ""}},
+    BlockRule{"DG", 4, 8, {"DG", "CG", "DT DZ DL HL", ""}},
     BlockRule{"CG", 6, 32, {"CG", "CN", "TX", "SI", "", ""}},
-    BlockRule{"CN", 8, 72, {"CN", "CN", "TX", "SI", "CC", "SD", "", ""}},
+    BlockRule{"CN", 8, 72, {"CN", "CN", "TX", "SI", "CC", "SD DZ DL HL CN", "", ""}},
     BlockRule{"CC", 4, 40, {"", "TX", "", ""}},
     BlockRule{"SI", 3, 8, {"TX", "TX", ""}},
     BlockRule{"DT", 0, 0, {}},
     BlockRule{"SD", 0, 0, {}},
     BlockRule{"DZ", 0, 0, {}},
+    BlockRule{"DL", 2, 16, {"DL", "DT SD DZ"}},  // with one entry
+    BlockRule{"HL", 1, 8, {"DL"}},
 };
 
 struct Block {
@@ -171,15 +175,18 @@ class Checker {
     return std::string(bytes.substr(0, end));
   }
 
-  void checkSource(std::uint64_t link) {
+  // Returns its name.
+  std::string checkSource(std::uint64_t link) {
     const Block source = visit(link, "SI");
     if (!source) {
-      return;
+      return {};
     }
-    require(u8(source.data) == 2 && u8(source.data + 1) == 2, source.offset, "not a CAN bus");
+    require(u8(source.data) == 2 && (u8(source.data + 1) == 2 || u8(source.data + 1) == 3), source.offset,
+            "not a CAN or LIN bus");
     require(allZero(source.data + 2, 6), source.offset, "reserved bytes");
-    checkText(visit(source.links[0], "TX"), false);
+    std::string name = checkText(visit(source.links[0], "TX"), false);
     checkText(visit(source.links[1], "TX"), false);
+    return name;
   }
 
   void checkConversion(std::uint64_t link) {
@@ -193,6 +200,8 @@ class Checker {
 
   // A chain of channels. `frame` is the record, or the composition that they are components of.
   void checkChannels(std::uint64_t first, const Channel& frame, std::uint64_t& masters) {
+    std::set<std::uint64_t> channels;
+    std::vector<std::uint64_t> lengths;  // the channels that payloads have for their lengths
     for (Block block = visit(first, "CN"); block; block = visit(block.links[0], "CN")) {
       const std::uint64_t type = u8(block.data);
       const std::uint64_t firstBit = u32(block.data + 4) * 8 + u8(block.data + 3);
@@ -208,22 +217,35 @@ class Checker {
       masters += type == 2 ? 1 : 0;
       checkSource(block.links[3]);
       checkConversion(block.links[4]);
-      if (const Block signal = visit(block.links[5], "SD")) {
-        checkSignalData(signal);
+      channels.insert(block.offset);
+      if (type == kMaximumLength && block.links[5] != 0) {
+        lengths.push_back(block.links[5]);
+      } else {
+        for (const std::string& part : partsOf(block.links[5], "SD")) {
+          checkSignalData(block.links[5], part);
+        }
       }
       checkChannels(block.links[1], {channel.name, channel.firstBit, channel.endBit}, masters);
     }
+    for (const std::uint64_t length : lengths) {
+      require(channels.contains(length), length, "is no channel beside the one that has it for its length");
+    }
   }
 
-  void checkSignalData(const Block& block) {
-    std::uint64_t position = 0;
-    while (position < block.dataSize) {
-      const std::uint64_t room = block.dataSize - position;
-      const std::uint64_t length = room < 4 ? room : u32(block.data + position);
-      if (!require(room >= 4 && length <= room - 4, block.offset, "a value crosses the end of the signal data")) {
+  void checkSignalData(std::uint64_t offset, std::string_view data) {
+    while (!data.empty()) {
+      std::uint64_t length = data.size();
+      if (data.size() >= 4) {
+        length = 0;
+        for (std::size_t index = 4; index-- > 0;) {
+          length = length << 8 | static_cast<unsigned char>(data[index]);
+        }
+      }
+      if (!require(data.size() >= 4 && length <= data.size() - 4, offset,
+                   "a value crosses the end of the signal data")) {
         return;
       }
-      position += 4 + length;
+      data.remove_prefix(4 + length);
     }
   }
 
@@ -243,7 +265,7 @@ class Checker {
     }
     require(!layouts.empty(), block.offset, "a data group without channel groups");
     require(idSize > 0 || layouts.size() == 1, block.offset, "a sorted data group has one channel group");
-    countRecords(block, idSize, dataOf(visit(block.links[2], "DT DZ")), layouts);
+    countRecords(block, idSize, partsOf(block.links[2], "DT"), layouts);
   }
 
   void checkChannelGroup(const Block& block, std::map<std::uint64_t, RecordLayout>& layouts) {
@@ -259,27 +281,51 @@ class Checker {
     std::uint64_t masters = 0;
     checkChannels(block.links[1], {"", 0, size * 8}, masters);
     require(masters == 1, block.offset, "has " + std::to_string(masters) + " master channels");
-    checkSource(block.links[3]);
+    group.source = checkSource(block.links[3]);
     const bool added = layouts.emplace(group.recordId, RecordLayout{report_.groups.size(), size, block.offset}).second;
     require(added, block.offset, "two groups with one record id");
     report_.groups.push_back(std::move(group));
   }
 
-  std::string dataOf(const Block& block) {
+  // The data of the blocks, of which there is one, or a list.
+  std::vector<std::string> partsOf(std::uint64_t offset, const std::string& type) {
+    const std::string single = type + " DZ";
+    Block block = visit(offset, single + " DL HL");
     if (!block) {
       return {};
     }
-    const std::string_view bytes = file_.substr(block.data, block.dataSize);
-    return block.id == "DT" ? std::string(bytes) : inflated(block, bytes);
+    if (block.id == "DT" || block.id == "SD" || block.id == "DZ") {
+      return {dataOf(block, type)};
+    }
+    const bool zipped = block.id == "HL";
+    if (zipped) {
+      require(allZero(block.data, 8), block.offset, "not the head of a list of deflated blocks");
+      block = visit(block.links[0], "DL");
+    }
+    std::vector<std::string> parts;
+    std::uint64_t size = 0;
+    for (; block; block = visit(block.links[0], "DL")) {
+      require(allZero(block.data, 4) && u32(block.data + 4) == 1, block.offset, "not a list of one block");
+      require(u64(block.data + 8) == size, block.offset, "another offset of the data");
+      const Block part = visit(block.links[1], zipped ? "DZ" : type);
+      parts.push_back(part ? dataOf(part, type) : std::string());
+      size += parts.back().size();
+    }
+    return parts;
   }
 
-  std::string inflated(const Block& block, std::string_view bytes) {
+  std::string dataOf(const Block& block, std::string_view type) {
+    const std::string_view bytes = file_.substr(block.data, block.dataSize);
+    return block.id == type ? std::string(bytes) : inflated(block, bytes, type);
+  }
+
+  std::string inflated(const Block& block, std::string_view bytes, std::string_view type) {
     constexpr std::size_t kFieldsSize = 24;
     if (!require(bytes.size() > kFieldsSize, block.offset, "no room for zipped data")) {
       return {};
     }
     const std::uint64_t size = u64(block.data + 8);
-    require(bytes.substr(0, 2) == "DT" && allZero(block.data + 2, 6), block.offset, "not zipped records");
+    require(bytes.substr(0, 2) == type && allZero(block.data + 2, 6), block.offset, "not zipped " + std::string(type));
     require(u64(block.data + 16) == bytes.size() - kFieldsSize, block.offset, "another size of zipped data");
     std::string data(size, '\0');
     uLongf length = size;
@@ -290,9 +336,22 @@ class Checker {
     return data;
   }
 
-  void countRecords(const Block& block, std::uint64_t idSize, const std::string& data,
+  void countRecords(const Block& block, std::uint64_t idSize, const std::vector<std::string>& parts,
                     const std::map<std::uint64_t, RecordLayout>& layouts) {
     std::map<std::uint64_t, std::uint64_t> counts;
+    for (const std::string& data : parts) {
+      countRecordsOf(block, idSize, data, layouts, counts);
+    }
+    for (const auto& [id, layout] : layouts) {
+      require(counts[id] == report_.groups[layout.group].cycleCount, layout.offset,
+              "has " + std::to_string(counts[id]) + " records, but states " +
+                  std::to_string(report_.groups[layout.group].cycleCount));
+    }
+  }
+
+  void countRecordsOf(const Block& block, std::uint64_t idSize, const std::string& data,
+                      const std::map<std::uint64_t, RecordLayout>& layouts,
+                      std::map<std::uint64_t, std::uint64_t>& counts) {
     std::size_t position = 0;
     while (position < data.size() && !layouts.empty()) {
       const auto layout = idSize == 0 ? layouts.begin() : layouts.find(static_cast<unsigned char>(data[position]));
@@ -303,11 +362,6 @@ class Checker {
       ++counts[layout->first];
       report_.groups[layout->second.group].records += data.substr(position + idSize, layout->second.size);
       position += idSize + layout->second.size;
-    }
-    for (const auto& [id, layout] : layouts) {
-      require(counts[id] == report_.groups[layout.group].cycleCount, layout.offset,
-              "has " + std::to_string(counts[id]) + " records, but states " +
-                  std::to_string(report_.groups[layout.group].cycleCount));
     }
   }
 

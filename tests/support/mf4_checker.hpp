@@ -9,7 +9,8 @@
 namespace xlatr::test {
 
 struct Mf4Group {
-  std::string name;  // the acquisition name
+  std::string name;    // the acquisition name
+  std::string source;  // the name of the bus
   std::uint64_t dataGroup = 0;
   std::uint64_t recordId = 0;
   std::uint64_t cycleCount = 0;
@@ -31,8 +32,10 @@ struct Mf4Report {
 // - blocks do not overlap, and there is nothing but padding between them and after the last one;
 // - texts end in zeros, names are not empty, the records of a group have one master channel, channels lie inside their
 //   record and components inside their composition;
-// - the data of a data group are whole records of its channel groups, as many as their cycle counts say; zipped data
-//   inflate to the stated size.
+// - the data of a data group, one block or a list of them, are whole records of its channel groups, none of them in two
+//   blocks, and as many as their cycle counts say; zipped data inflate to the stated size, lists state where in the
+//   data their blocks begin;
+// - signal data are whole values; a payload that has a channel for its length has one of the same frame.
 [[nodiscard]] Mf4Report checkMf4(std::string_view file);
 
 // The faults, one per line.

@@ -207,6 +207,11 @@ class BlockChain final : public BlockList {
     addBlock(std::move(block));
     return added;
   }
+  // Of a link that is no list: takes the place of the block that hangs on it.
+  void set(std::unique_ptr<Block> block) {
+    blocks_.clear();
+    addBlock(std::move(block));
+  }
 
  private:
   BlockStream* stream_ = nullptr;

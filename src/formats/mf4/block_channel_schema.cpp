@@ -182,6 +182,12 @@ std::unique_ptr<DataGroupBlock> DataGroupBlock::createTree(const MdfLayoutOption
   return group;
 }
 
+std::unique_ptr<DataGroupBlock> DataGroupBlock::createEmpty() {
+  auto group = std::make_unique<DataGroupBlock>();
+  group->data.dgRecIdSize = 1;
+  return group;
+}
+
 void addDataGroups(const MdfLayoutOptions& options, BlockChain<DataGroupBlock>& groups) {
   for (const auto kind : kindsFrom(options, BusEventFrameType::DataFrame)) {
     if (kind == BusEventFrameType::DataFrame || options.isSorted()) {

@@ -140,13 +140,15 @@ class ChannelBlock final : public DescribedBlock<ChannelBlockData> {
   [[nodiscard]] ChannelConversionBlock* conversion();
   // Null for no link and for a channel group, whose records are the values of the channel.
   [[nodiscard]] std::unique_ptr<IDataBlock> dataLink() const;
+  // Offset in the file of that link.
+  [[nodiscard]] std::uint64_t dataLinkPosition() const { return position() + kHeaderSectionSize + kLinkSize * kData; }
   [[nodiscard]] bool isByteArray() const {
     return data.cnDataType == static_cast<std::uint8_t>(MdfDataType::ByteArray);
   }
 
   // For blocks to be written.
   void setName(std::string_view text);
-  void setSource(std::unique_ptr<SourceInformationBlock> source) { source_.add(std::move(source)); }
+  void setSource(std::unique_ptr<SourceInformationBlock> source) { source_.set(std::move(source)); }
   void setConversion(std::unique_ptr<ChannelConversionBlock> conversion) { conversion_.add(std::move(conversion)); }
 
   [[nodiscard]] std::vector<TreeChild> children() override;

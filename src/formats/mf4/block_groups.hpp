@@ -72,7 +72,7 @@ class ChannelGroupBlock final : public DescribedBlock<ChannelGroupBlockData> {
 
   // For blocks to be written.
   void setName(std::string_view text);
-  void setSource(std::unique_ptr<SourceInformationBlock> source) { source_.add(std::move(source)); }
+  void setSource(std::unique_ptr<SourceInformationBlock> source) { source_.set(std::move(source)); }
 
   [[nodiscard]] std::vector<TreeChild> children() override;
   [[nodiscard]] bool hasValidLinkCount() const override { return links().size() == 6 || links().size() == 7; }
@@ -109,6 +109,8 @@ class DataGroupBlock final : public DescribedBlock<DataGroupBlockData> {
   // Its data link leads to where the tree below it ends, until the data block is written.
   [[nodiscard]] static std::unique_ptr<DataGroupBlock> createTree(const MdfLayoutOptions& options,
                                                                   BusEventFrameType kind);
+  // An unsorted group to be written, whose channel groups and data are added to the file later.
+  [[nodiscard]] static std::unique_ptr<DataGroupBlock> createEmpty();
 
   [[nodiscard]] BlockChain<ChannelGroupBlock>& channelGroups() { return channelGroups_; }
   [[nodiscard]] ChannelGroupBlock* firstChannelGroup() { return channelGroups_.at(0); }

@@ -67,12 +67,19 @@ std::unique_ptr<FileHistoryBlock> FileHistoryBlock::createInUtc() {
   return block;
 }
 
-std::unique_ptr<HeaderBlock> HeaderBlock::createTree(const MdfLayoutOptions& options, UnsignedNanoseconds start,
-                                                     std::unique_ptr<FileHistoryBlock> history) {
+std::unique_ptr<HeaderBlock> HeaderBlock::createTree(const MdfLayoutOptions& options, UnsignedNanoseconds start) {
   auto header = std::make_unique<HeaderBlock>();
   header->data.hdStartTimeNs = start.count();
-  header->history_.add(std::move(history));
+  header->history_.add(FileHistoryBlock::create());
   addDataGroups(options, header->dataGroups_);
+  header->placeAll();
+  return header;
+}
+
+std::unique_ptr<HeaderBlock> HeaderBlock::createEmptyTree(std::unique_ptr<FileHistoryBlock> history) {
+  auto header = std::make_unique<HeaderBlock>();
+  header->history_.add(std::move(history));
+  header->dataGroups_.add(DataGroupBlock::createEmpty());
   header->placeAll();
   return header;
 }

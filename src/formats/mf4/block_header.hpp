@@ -116,9 +116,10 @@ class HeaderBlock final : public DescribedBlock<HeaderBlockData> {
   explicit HeaderBlock(BlockStream& stream);
 
   // The whole tree of a file to be written, placed. The start is in nanoseconds since 1970.
-  [[nodiscard]] static std::unique_ptr<HeaderBlock> createTree(
-      const MdfLayoutOptions& options, UnsignedNanoseconds start,
-      std::unique_ptr<FileHistoryBlock> history = FileHistoryBlock::create());
+  [[nodiscard]] static std::unique_ptr<HeaderBlock> createTree(const MdfLayoutOptions& options,
+                                                               UnsignedNanoseconds start);
+  // The same with one data group that is empty.
+  [[nodiscard]] static std::unique_ptr<HeaderBlock> createEmptyTree(std::unique_ptr<FileHistoryBlock> history);
   // The bytes of the whole tree. Channel hierarchies, attachments and events raise kBlockNotWritten.
   void appendTreeBytes(Bytes& bytes);
 

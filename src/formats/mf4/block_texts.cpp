@@ -64,6 +64,13 @@ std::unique_ptr<SourceInformationBlock> SourceInformationBlock::createForChannel
   return create("", "");
 }
 
+std::unique_ptr<SourceInformationBlock> SourceInformationBlock::createForBus(std::uint8_t busType,
+                                                                             std::string_view name) {
+  auto block = create(name, name);
+  block->data.siBusType = busType;
+  return block;
+}
+
 std::vector<TreeChild> SourceInformationBlock::children() {
   return {{0, &name_}, {1, &path_}};
 }

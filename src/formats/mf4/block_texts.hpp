@@ -40,6 +40,7 @@ inline constexpr std::uint64_t kLongestText = 4096;
 
 inline constexpr std::uint8_t kSourceIsBus = 2;
 inline constexpr std::uint8_t kBusIsCan = 2;
+inline constexpr std::uint8_t kBusIsLin = 3;
 
 struct SourceInformationBlockData {
   static constexpr BlockTypeId kType = BlockTypeId::SI;
@@ -67,6 +68,9 @@ class SourceInformationBlock final : public DescribedBlock<SourceInformationBloc
   [[nodiscard]] static std::unique_ptr<SourceInformationBlock> createForGroup();
   // The source of a channel: neither.
   [[nodiscard]] static std::unique_ptr<SourceInformationBlock> createForChannel();
+  // A bus of one of the kinds above, as its name and as its path.
+  [[nodiscard]] static std::unique_ptr<SourceInformationBlock> createForBus(std::uint8_t busType,
+                                                                            std::string_view name);
 
   [[nodiscard]] std::vector<TreeChild> children() override;
   [[nodiscard]] bool hasValidLinkCount() const override { return links().size() == 3; }

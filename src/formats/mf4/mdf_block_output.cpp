@@ -32,11 +32,14 @@ void MdfBlockOutput::write(std::span<const std::uint8_t> bytes) {
   end_ += bytes.size();
 }
 
+std::uint64_t MdfBlockOutput::nextBlock() const {
+  return (end_ + kBlockAlignment - 1) / kBlockAlignment * kBlockAlignment;
+}
+
 void MdfBlockOutput::startBlock() {
   constexpr std::array<std::uint8_t, kBlockAlignment> kZeros{};
   output_.seek(end_);
-  write(
-      std::span(kZeros).first(static_cast<std::size_t>((kBlockAlignment - end_ % kBlockAlignment) % kBlockAlignment)));
+  write(std::span(kZeros).first(static_cast<std::size_t>(nextBlock() - end_)));
 }
 
 std::uint64_t MdfBlockOutput::appendBlock(std::span<const std::uint8_t> bytes) {
@@ -54,13 +57,15 @@ void MdfBlockOutput::patch(std::uint64_t position, std::uint64_t value) {
 }
 
 std::uint64_t MdfBlockOutput::writeBlock() {
-  if (!zipped_) {
-    const std::uint64_t position = appendBlock(headOf(BlockTypeId::DT, {}, records_.size()));
+  if (!form_.zipped) {
+    const std::uint64_t position = appendBlock(headOf(form_.type, {}, records_.size()));
     write(records_);
     return position;
   }
   deflateInto(records_, squeezed_);
+  const std::string_view letters = blockTypeIdToText(form_.type);
   DataZippedBlockData data;
+  data.dzOrgBlockType = {letters[0], letters[1]};
   data.dzOrgDataLength = records_.size();
   data.dzDataLength = squeezed_.size();
   Bytes head = headOf(BlockTypeId::DZ, {}, kLayoutSize<DataZippedBlockData> + squeezed_.size());
@@ -77,6 +82,8 @@ void MdfBlockOutput::flush() {
   link(writeBlock());
   written_ += records_.size();
   records_.clear();
+  // So that the link, too, is there if the process ends here.
+  output_.flush();
 }
 
 // The offset of the first block is 0.
@@ -88,7 +95,7 @@ void MdfBlockOutput::link(std::uint64_t block) {
   }
   if (nextLink_ == 0) {
     nextLink_ = dataLink_;
-    if (zipped_) {
+    if (form_.zipped) {
       constexpr std::array<std::uint64_t, 1> kNoList{};
       HeaderListBlockData data;
       data.hlZipType = static_cast<std::uint8_t>(MdfZipType::Deflate);

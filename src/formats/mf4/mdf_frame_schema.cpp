@@ -1,14 +1,17 @@
 #include "formats/mf4/mdf_frame_schema.hpp"
 
+#include <algorithm>
 #include <array>
 #include <span>
 #include <string>
 #include <utility>
 
+#include "formats/mf4/block_channels.hpp"
+#include "formats/mf4/block_texts.hpp"
+
 namespace xlatr {
 namespace {
 
-constexpr std::uint8_t kBusIsLin = 3;
 constexpr std::uint8_t kTimeSync = 1;
 constexpr std::uint32_t kBytesBeforeFrame = 8;
 
@@ -67,17 +70,17 @@ std::unique_ptr<ChannelBlock> makeMember(const GroupRow& group, const MemberRow&
   return channel;
 }
 
-std::unique_ptr<SourceInformationBlock> makeSource(const GroupRow& group) {
-  auto source = SourceInformationBlock::createForGroup();
-  if (group.kind != MdfFrameGroup::Overload) {
-    source->data.siBusType = kBusIsLin;
+std::unique_ptr<SourceInformationBlock> makeSource(const MdfFrameGroupForm& form) {
+  const bool isLin = form.kind >= MdfFrameGroup::Lin && form.kind <= MdfFrameGroup::LinTransmissionError;
+  std::string name(isLin ? "LIN" : "CAN");
+  if (form.bus != 0) {
+    name.append(std::to_string(form.bus));
   }
-  return source;
+  return SourceInformationBlock::createForBus(isLin ? kBusIsLin : kBusIsCan, name);
 }
 
 std::unique_ptr<ChannelGroupBlock> makeGroup(const GroupRow& row) {
   auto group = std::make_unique<ChannelGroupBlock>();
-  group->data.cgRecordId = static_cast<std::uint64_t>(row.kind);
   group->data.cgFlags = kGroupBusEvent | kGroupPlainBusEvent;
   group->data.cgDataBytes = kBytesBeforeFrame + row.frameBytes;
   group->channels().add(makeTime());
@@ -87,44 +90,53 @@ std::unique_ptr<ChannelGroupBlock> makeGroup(const GroupRow& row) {
   frame->data.cnBitCount = 8 * row.frameBytes;
   frame->data.cnFlags = kChannelBusEvent;
   frame->setName(row.name);
-  frame->setSource(makeSource(row));
   for (const MemberRow& member : row.members) {
     frame->composition().add(makeMember(row, member));
   }
   group->channels().add(std::move(frame));
   group->setName(row.name);
-  group->setSource(makeSource(row));
   return group;
+}
+
+// One that every written file has.
+std::unique_ptr<ChannelGroupBlock> makeCommonGroup(const MdfFrameGroupForm& form) {
+  MdfLayoutOptions options;
+  options.largePayload = form.payload == MdfPayload::Long;
+  options.layout = form.payload == MdfPayload::Stored ? MdfLayout::SignalData : MdfLayout::Unsorted;
+  const auto kind =
+      form.kind == MdfFrameGroup::LongData ? BusEventFrameType::DataFrame : static_cast<BusEventFrameType>(form.kind);
+  return ChannelGroupBlock::createTree(options, kind);
 }
 
 }  // namespace
 
-void completeMdfGroup(ChannelGroupBlock& group) {
-  for (ChannelBlock& channel : group.channels()) {
+std::unique_ptr<ChannelGroupBlock> makeMdfFrameGroup(const MdfFrameGroupForm& form) {
+  const auto* const row = std::ranges::find(kGroups, form.kind, &GroupRow::kind);
+  std::unique_ptr<ChannelGroupBlock> group = row != kGroups.end() ? makeGroup(*row) : makeCommonGroup(form);
+  group->data.cgRecordId = form.recordId;
+  group->setSource(makeSource(form));
+  for (ChannelBlock& channel : group->channels()) {
     if (channel.data.cnType == static_cast<std::uint8_t>(MdfChannelType::Master)) {
       channel.data.cnDataType = static_cast<std::uint8_t>(MdfDataType::SignedLittle);
+    } else {
+      channel.setSource(makeSource(form));
     }
+  }
+  return group;
+}
+
+void linkMdfPayload(ChannelGroupBlock& group) {
+  for (ChannelBlock& channel : group.channels()) {
     std::uint64_t length = 0;
     for (ChannelBlock& member : channel.composition()) {
       length = member.name().ends_with(".DataLength") ? member.position() : length;
     }
     for (ChannelBlock& member : channel.composition()) {
-      if (member.name().ends_with(".DataBytes")) {
+      if (member.data.cnType == static_cast<std::uint8_t>(MdfChannelType::MaximumLength)) {
         member.setLink(ChannelBlock::kData, length);
       }
     }
   }
-}
-
-std::unique_ptr<ChannelGroupBlock> makeMdfFrameGroup(MdfFrameGroup kind) {
-  for (const GroupRow& row : kGroups) {
-    if (row.kind == kind) {
-      return makeGroup(row);
-    }
-  }
-  auto group = ChannelGroupBlock::createTree(MdfLayoutOptions(), BusEventFrameType::DataFrame);
-  group->data.cgRecordId = static_cast<std::uint64_t>(MdfFrameGroup::LongData);
-  return group;
 }
 
 }  // namespace xlatr

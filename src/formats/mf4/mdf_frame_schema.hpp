@@ -1,6 +1,7 @@
 // The groups of a file that is written on the complete way: those of every written file, and those that only it has.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -10,11 +11,9 @@
 
 namespace xlatr {
 
-// The groups by their record ids. Files begin with the first three; the others are added when they are needed.
+// What the records of a group are. After the record id and the time, 8 bytes, which is a whole number of nanoseconds:
 //
-// After the record id and the time, 8 bytes, which is a whole number of nanoseconds:
-//
-//   Data, Remote, Error as mdf_record.hpp says, LongData as Data with room for 64 bytes
+//   Data, Remote, Error as mdf_record.hpp says; LongData as Data
 //   Overload                0 bus  1 flags (bit 0 sent)
 //   Lin...                  0 bus  1 identifier  2 flags (bit 0 sent)  3 length  4 bytes received  5 checksum
 //                           6 model of the checksum (mdf_frame_codes.hpp)  7 reserved  8 the bytes, 8 of them
@@ -26,15 +25,25 @@ enum class MdfFrameGroup : std::uint8_t {
   Lin,
   LinChecksumError,
   LinTransmissionError,
-  LongData
+  LongData  // CAN FD frames of a file whose classic ones have short records
 };
 inline constexpr std::size_t kMdfFrameGroupCount = 8;
 
-// Changes a group that was made for every written file: its times count nanoseconds, and the length of a payload is
-// linked to it. The group must be placed.
-void completeMdfGroup(ChannelGroupBlock& group);
+// What of the payload of a data frame stands in its record: 8 bytes, 64 bytes, or where in the signal data it is.
+enum class MdfPayload : std::uint8_t { Short, Long, Stored };
 
-// One of those that are added, with all its channels. Not placed.
-[[nodiscard]] std::unique_ptr<ChannelGroupBlock> makeMdfFrameGroup(MdfFrameGroup kind);
+struct MdfFrameGroupForm {
+  MdfFrameGroup kind = MdfFrameGroup::Data;
+  MdfPayload payload = MdfPayload::Long;  // of Data and LongData
+  std::uint8_t recordId = 0;
+  std::uint32_t bus = 0;  // 0: of no bus, or of several
+};
+
+// A group with all its channels. Not placed. Its source is the bus: "CAN1", "LIN2", or "CAN" where it is none alone.
+[[nodiscard]] std::unique_ptr<ChannelGroupBlock> makeMdfFrameGroup(const MdfFrameGroupForm& form);
+
+// Of a group that is placed: links a payload that stands in the records to its length, so that readers do not take what
+// it is filled up with for data.
+void linkMdfPayload(ChannelGroupBlock& group);
 
 }  // namespace xlatr

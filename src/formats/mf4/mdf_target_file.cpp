@@ -37,7 +37,7 @@ std::uint64_t payloadLinkPositionOf(HeaderBlock& header) {
   if (channel == nullptr) {
     throwProcessingFailure(kNoSuchChannel);
   }
-  return channel->position() + kHeaderSectionSize + ChannelBlock::kData * kLinkSize;
+  return channel->dataLinkPosition();
 }
 
 }  // namespace

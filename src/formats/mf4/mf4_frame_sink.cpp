@@ -5,15 +5,15 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <utility>
 
-#include "formats/mf4/block_header.hpp"
-#include "formats/mf4/mdf_block_output.hpp"
 #include "formats/mf4/mdf_frame_codes.hpp"
+#include "formats/mf4/mdf_frame_output.hpp"
 #include "formats/mf4/mdf_frame_schema.hpp"
+#include "formats/mf4/mdf_payload_choice.hpp"
 #include "formats/mf4/mf4_frames.hpp"
-#include "io/buffered_output.hpp"
-#include "messages/can_dlc.hpp"
 #include "messages/error_type.hpp"
 #include "util/little_endian.hpp"
 
@@ -89,6 +89,17 @@ std::uint8_t flagsOfFrame(const Frame& frame) {
                                    bit(frame_flag::kExtended, kExtendedBit));
 }
 
+MdfFrameGroup groupOfLin(const Frame& frame) {
+  const std::uint32_t errors = frame.attributes.get(FrameAttribute::LinErrors).value_or(0);
+  if (errors == 0) {
+    return MdfFrameGroup::Lin;
+  }
+  return errors == kChecksumBit ? MdfFrameGroup::LinChecksumError : MdfFrameGroup::LinTransmissionError;
+}
+
+constexpr std::size_t kShortPayload = 8;
+constexpr std::size_t kBytesOfCanFrame = 8;  // without the payload
+
 // Puts numbers and bytes one after the other.
 class RecordFiller {
  public:
@@ -100,6 +111,14 @@ class RecordFiller {
     at_ += sizeof(Number);
   }
   void putByte(std::size_t value) { put(static_cast<std::uint8_t>(value)); }
+  // What data and remote frames have before the payload.
+  void putCanFrame(const Frame& frame, std::size_t length) {
+    put(frame.id);
+    putByte(frame.bus);
+    put(flagsOfFrame(frame));
+    putByte(frame.dlc);
+    putByte(length);
+  }
   // Filled up with zeros.
   void putBytes(std::span<const std::uint8_t> bytes, std::size_t room) {
     at_ = std::copy(bytes.begin(), bytes.end(), at_);
@@ -113,11 +132,10 @@ class RecordFiller {
 class Mf4FrameSink final : public FrameSink {
  public:
   Mf4FrameSink(const std::string& path, const StreamHead& head, const SinkSettings& settings)
-      : capacity_(capacityOfVersion(kCapacities, settings.version)), compact_(settings.compact) {
-    output_.open(path);
-    writeTree(head);
-    blocks_.emplace(output_, end_, dataLink_, settings.zipped);
-  }
+      : capacity_(capacityOfVersion(kCapacities, settings.version)),
+        compact_(settings.compact),
+        zipped_(settings.zipped),
+        output_(path, head.start, formOf(capacity_.version, settings)) {}
 
   void write(const FrameBatch& batch, Account& account) override {
     for (std::size_t row = 0; row < batch.size(); ++row) {
@@ -127,104 +145,46 @@ class Mf4FrameSink final : public FrameSink {
         continue;
       }
       account.addWritten(1);
-      append(reducedTo(capacity_, frame, account));
+      take(reducedTo(capacity_, frame, account));
     }
   }
 
   void close() override {
-    blocks_->flush();
-    for (const Group& group : groups_) {
-      if (group.countPosition != 0) {
-        blocks_->patch(group.countPosition, group.count);
-      }
+    if (waiting_) {
+      endWaiting();
     }
-    // Last of all: until here the file says that it is not finished.
-    output_.seek(0);
-    output_.write("MDF     ");
-    output_.seek(kUnfinishedFlagsPosition);
-    output_.write(std::string_view("\0\0", 2));
     output_.close();
   }
 
  private:
-  static constexpr std::uint64_t kUnfinishedFlagsPosition = 60;
-  static constexpr std::size_t kShortPayload = 8;
-  static constexpr std::size_t kBytesBeforePayload = 1 + 8 + 8;
-
-  struct Group {
-    std::uint64_t countPosition = 0;  // 0: the file does not have it
-    std::uint64_t count = 0;
-  };
-
-  void writeTree(const StreamHead& head);
-  void addGroup(MdfFrameGroup kind);
+  static MdfFrameOutputForm formOf(double version, const SinkSettings& settings);
   [[nodiscard]] MdfFrameGroup groupOf(const Frame& frame) const;
+  void take(const Frame& frame);
+  void endWaiting();
   void append(const Frame& frame);
   [[nodiscard]] RecordFiller begin(const Frame& frame, MdfFrameGroup group, std::size_t bytesAfterTime);
   void appendCan(const Frame& frame, MdfFrameGroup group);
+  void appendRemote(const Frame& frame);
   void appendError(const Frame& frame);
+  void appendOverload(const Frame& frame);
   void appendLin(const Frame& frame, MdfFrameGroup group);
 
   const FrameCapacity& capacity_;
   bool compact_;
-  BufferedOutput output_;
-  std::uint64_t end_ = 0;
-  std::uint64_t dataLink_ = 0;       // the place of the data group's link
-  std::uint64_t nextGroupLink_ = 0;  // the place of the last group's link to the next one
-  std::array<Group, kMdfFrameGroupCount> groups_;
-  std::optional<MdfBlockOutput> blocks_;
+  bool zipped_;
+  MdfFrameOutput output_;
+  // Of a compact file: whether it is decided what the records of CAN FD frames hold, and the frames that wait for that.
+  bool longDecided_ = false;
+  std::unique_ptr<FrameBatch> waiting_;
 };
 
-void setStart(HeaderBlockData& data, const std::optional<TraceStart>& start) {
-  constexpr std::int64_t kNsOfMinute = 60'000'000'000;
-  std::int64_t ns = start ? start->sinceEpochNs : 0;
-  if (start && start->zoneMinutes) {
-    data.hdTimeFlags = kTimeOffsetsValid;
-    data.hdTzOffsetMin = static_cast<std::int16_t>(*start->zoneMinutes);
-    ns = shiftedTime(ns, -*start->zoneMinutes * kNsOfMinute);
+MdfFrameOutputForm Mf4FrameSink::formOf(double version, const SinkSettings& settings) {
+  MdfFrameOutputForm form{.version = version, .zipped = settings.zipped};
+  form.payloads.fill(MdfPayload::Long);
+  if (settings.compact) {
+    form.payloads[static_cast<std::size_t>(MdfFrameGroup::Data)] = MdfPayload::Short;
   }
-  data.hdStartTimeNs = static_cast<std::uint64_t>(std::max<std::int64_t>(0, ns));
-}
-
-void Mf4FrameSink::writeTree(const StreamHead& head) {
-  constexpr std::uint16_t kOnlyCountsAreMissing = 0x1;
-  constexpr std::string_view kUnfinished = "UnFinMF ";
-  const MdfLayoutOptions options{.largePayload = !compact_};
-  const auto header = HeaderBlock::createTree(options, UnsignedNanoseconds(0), FileHistoryBlock::createInUtc());
-  setStart(header->data, head.start);
-  DataGroupBlock& dataGroup = *header->firstDataGroup();
-  dataGroup.setLink(DataGroupBlock::kData, 0);
-  dataLink_ = dataGroup.dataLinkPosition();
-  for (ChannelGroupBlock& group : dataGroup.channelGroups()) {
-    completeMdfGroup(group);
-    groups_[static_cast<std::size_t>(group.data.cgRecordId)].countPosition = group.cycleCountPosition();
-    nextGroupLink_ = group.position() + kHeaderSectionSize;
-  }
-  FileIdentificationBlock identification = FileIdentificationBlock::forVersion(capacity_.version);
-  std::copy(kUnfinished.begin(), kUnfinished.end(), identification.idFile.begin());
-  identification.idUnfinishedFlags = kOnlyCountsAreMissing;
-  Bytes bytes;
-  appendFields(bytes, identification);
-  header->appendTreeBytes(bytes);
-  output_.write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-  end_ = bytes.size();
-}
-
-// Before the block with its first record is in the file.
-void Mf4FrameSink::addGroup(MdfFrameGroup kind) {
-  constexpr std::uint64_t kAlignment = 8;
-  BlockChain<ChannelGroupBlock> list;
-  ChannelGroupBlock& group = list.add(makeMdfFrameGroup(kind));
-  const std::uint64_t position = (end_ + kAlignment - 1) / kAlignment * kAlignment;
-  std::uint64_t nextFree = position;
-  placeTree(list, nextFree);
-  completeMdfGroup(group);
-  Bytes bytes;
-  appendTree(list, bytes);
-  blocks_->appendBlock(bytes);
-  blocks_->patch(nextGroupLink_, position);
-  nextGroupLink_ = position + kHeaderSectionSize;
-  groups_[static_cast<std::size_t>(kind)].countPosition = group.cycleCountPosition();
+  return form;
 }
 
 MdfFrameGroup Mf4FrameSink::groupOf(const Frame& frame) const {
@@ -235,61 +195,80 @@ MdfFrameGroup Mf4FrameSink::groupOf(const Frame& frame) const {
       return MdfFrameGroup::Error;
     case FrameKind::Overload:
       return MdfFrameGroup::Overload;
-    case FrameKind::Lin: {
-      const std::uint32_t errors = frame.attributes.get(FrameAttribute::LinErrors).value_or(0);
-      return errors == 0
-                 ? MdfFrameGroup::Lin
-                 : (errors == kChecksumBit ? MdfFrameGroup::LinChecksumError : MdfFrameGroup::LinTransmissionError);
-    }
+    case FrameKind::Lin:
+      return groupOfLin(frame);
     default:
       return compact_ && frame.has(frame_flag::kFd) ? MdfFrameGroup::LongData : MdfFrameGroup::Data;
   }
 }
 
-void Mf4FrameSink::append(const Frame& frame) {
-  const MdfFrameGroup kind = groupOf(frame);
-  Group& group = groups_[static_cast<std::size_t>(kind)];
-  if (group.countPosition == 0) {
-    addGroup(kind);
+// From the first CAN FD frame of a compact file on, as many frames wait as a batch holds: by them it is decided where
+// the payloads of such frames go.
+void Mf4FrameSink::take(const Frame& frame) {
+  if (!waiting_ && (longDecided_ || groupOf(frame) != MdfFrameGroup::LongData)) {
+    append(frame);
+    return;
   }
-  ++group.count;
+  if (!waiting_) {
+    waiting_ = std::make_unique<FrameBatch>();
+  }
+  waiting_->append(frame);
+  if (waiting_->full()) {
+    endWaiting();
+  }
+}
+
+void Mf4FrameSink::endWaiting() {
+  longDecided_ = true;
+  output_.setPayload(MdfFrameGroup::LongData, shorterPayload(*waiting_, zipped_));
+  const std::unique_ptr<FrameBatch> frames = std::move(waiting_);
+  for (std::size_t row = 0; row < frames->size(); ++row) {
+    append(frames->at(row));
+  }
+}
+
+void Mf4FrameSink::append(const Frame& frame) {
   switch (frame.kind) {
+    case FrameKind::Remote:
+      appendRemote(frame);
+      break;
     case FrameKind::Error:
       appendError(frame);
       break;
-    case FrameKind::Overload: {
-      RecordFiller record = begin(frame, kind, 2);
-      record.putByte(frame.bus);
-      record.put(flagsOfFrame(frame));
+    case FrameKind::Overload:
+      appendOverload(frame);
       break;
-    }
     case FrameKind::Lin:
-      appendLin(frame, kind);
+      appendLin(frame, groupOf(frame));
       break;
     default:
-      appendCan(frame, kind);
+      appendCan(frame, groupOf(frame));
       break;
   }
 }
 
 RecordFiller Mf4FrameSink::begin(const Frame& frame, MdfFrameGroup group, std::size_t bytesAfterTime) {
-  RecordFiller record(blocks_->append(1 + sizeof(frame.timeNs) + bytesAfterTime));
-  record.put(static_cast<std::uint8_t>(group));
+  RecordFiller record(output_.append(group, frame.bus, sizeof(frame.timeNs) + bytesAfterTime));
   record.put(static_cast<std::uint64_t>(frame.timeNs));
   return record;
 }
 
 void Mf4FrameSink::appendCan(const Frame& frame, MdfFrameGroup group) {
-  constexpr std::size_t kBytesOfFrame = 8;
-  const bool remote = frame.kind == FrameKind::Remote;
-  const std::size_t room = remote ? 0 : group == MdfFrameGroup::LongData || !compact_ ? kLongestFdData : kShortPayload;
-  RecordFiller record = begin(frame, group, kBytesOfFrame + room);
-  record.put(frame.id);
-  record.putByte(frame.bus);
-  record.put(flagsOfFrame(frame));
-  record.putByte(frame.dlc);
-  record.putByte(remote ? std::min<std::size_t>(frame.dlc, kShortPayload) : frame.data.size());
-  record.putBytes(frame.data, room);
+  const MdfPayload payload = output_.payloadOf(group);
+  const std::size_t room = payload == MdfPayload::Long ? kLongestFdData : kShortPayload;
+  const std::uint64_t place = payload == MdfPayload::Stored ? output_.store(group, frame.bus, frame.data) : 0;
+  RecordFiller record = begin(frame, group, kBytesOfCanFrame + room);
+  record.putCanFrame(frame, frame.data.size());
+  if (payload == MdfPayload::Stored) {
+    record.put(place);
+  } else {
+    record.putBytes(frame.data, room);
+  }
+}
+
+void Mf4FrameSink::appendRemote(const Frame& frame) {
+  RecordFiller record = begin(frame, MdfFrameGroup::Remote, kBytesOfCanFrame);
+  record.putCanFrame(frame, std::min<std::size_t>(frame.dlc, kShortPayload));
 }
 
 void Mf4FrameSink::appendError(const Frame& frame) {
@@ -303,6 +282,13 @@ void Mf4FrameSink::appendError(const Frame& frame) {
   record.putByte(position ? *position - kMdfFirstBitPosition : kMdfNoErrorDetail);
 }
 
+void Mf4FrameSink::appendOverload(const Frame& frame) {
+  constexpr std::size_t kBytesOfFrame = 2;
+  RecordFiller record = begin(frame, MdfFrameGroup::Overload, kBytesOfFrame);
+  record.putByte(frame.bus);
+  record.put(flagsOfFrame(frame));
+}
+
 void Mf4FrameSink::appendLin(const Frame& frame, MdfFrameGroup group) {
   constexpr std::size_t kBytesOfFrame = 16;
   const auto model = frame.attributes.get(FrameAttribute::ChecksumModel);
@@ -314,7 +300,7 @@ void Mf4FrameSink::appendLin(const Frame& frame, MdfFrameGroup group) {
   record.putByte(frame.data.size());
   record.putByte(frame.attributes.get(FrameAttribute::Checksum).value_or(0));
   record.put(static_cast<std::uint8_t>(model ? kMdfChecksumModels[*model].number : kMdfNoChecksumModel));
-  record.put(std::uint8_t{0});
+  record.putByte(0);
   record.putBytes(frame.data, kShortPayload);
 }
 

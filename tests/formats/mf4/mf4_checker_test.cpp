@@ -82,7 +82,7 @@ TEST(Mf4Checker, findsEveryFault) {
       {2280 + 8, 40, "overlaps"},
       {2344 + 24, 0, "empty text"},
       {2376 + 56, 7, "not a linear conversion"},
-      {2544 + 48, 3, "not a CAN bus"},
+      {2544 + 48, 3, "not a CAN or LIN bus"},
       {8040 + 24, 7, "no record at 0"},
       {8040 + 8, 42, "impossible length"},
       {8040 + 8, 24, "has 0 records, but states 1"},

@@ -1,6 +1,7 @@
 // Frames written as MF4 files.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -14,6 +15,8 @@
 #include "formats/mf4/mdf_reader.hpp"
 #include "formats/mf4/mf4_frames.hpp"
 #include "support/frame_text.hpp"
+#include "support/mf4_checker.hpp"
+#include "support/random_frames.hpp"
 #include "support/temp_folder.hpp"
 
 namespace xlatr {
@@ -98,6 +101,13 @@ FrameBatch everyKind() {
   lin.attributes.set(FrameAttribute::ChecksumModel, 2);
   lin.attributes.set(FrameAttribute::LinErrors, 1);
   batch.append(lin);
+  // Nobody sent the four bytes that were asked for.
+  Frame silent = frameOf(FrameKind::Lin, 6);
+  silent.id = 7;
+  silent.dlc = 4;
+  silent.attributes.set(FrameAttribute::Checksum, 0);
+  silent.attributes.set(FrameAttribute::LinErrors, 32);
+  batch.append(silent);
   return batch;
 }
 
@@ -110,6 +120,7 @@ const Texts kEveryKind = {
     "4 overload 1 0 Rx",
     "5 lin 1 3F Rx dlc2 [1122] checksum=90",
     "5 lin 1 3F Rx enhanced dlc2 [1122] checksum=90 checksum_model=2 lin_errors=1",
+    "6 lin 1 7 Rx dlc4 checksum=0 lin_errors=32",
 };
 
 TEST(Mf4FrameSink, writesEveryKindInEveryForm) {
@@ -216,6 +227,34 @@ TEST(Mf4FrameSink, makesShortRecordsWhereTheyAreAskedFor) {
   EXPECT_EQ(sizeOf(false) - sizeOf(true), 56'000U);
 }
 
+// What comes back is what the table says.
+TEST(Mf4FrameSink, keepsRandomFramesInEveryForm) {
+  for (const bool zipped : {false, true}) {
+    for (const bool compact : {false, true}) {
+      const test::TempFolder folder;
+      const std::string path = folder.file("target.mf4");
+      const auto sink = createMf4Frames(path, {}, {.zipped = zipped, .compact = compact});
+      test::RandomFrames random(7);
+      FrameBatch batch;
+      Account account;
+      Account reductions;
+      Texts expected;
+      for (int at = 0; at < 3'000; ++at) {
+        const test::OwnedFrame made = random.next();
+        batch.append(made.view());
+        if (!whyNotHeld(mf4Capacities().back(), made.view())) {
+          expected.push_back(test::textOf(reducedTo(mf4Capacities().back(), made.view(), reductions)));
+        }
+      }
+      sink->write(batch, account);
+      sink->close();
+      EXPECT_EQ(account.written(), expected.size());
+      EXPECT_EQ(framesOf(path), expected);
+      EXPECT_EQ(test::faultsOf(test::checkMf4(bytesOf(path))), "");
+    }
+  }
+}
+
 TEST(Mf4FrameSink, dropsWhatNoRecordHolds) {
   const test::TempFolder folder;
   const std::string path = folder.file("target.mf4");
@@ -227,9 +266,24 @@ TEST(Mf4FrameSink, dropsWhatNoRecordHolds) {
   Frame bus = dataFrame(1, 1);
   bus.bus = 256;
   batch.append(bus);
-  Frame error = frameOf(FrameKind::Error, 1);
-  error.attributes.set(FrameAttribute::ErrorPosition, 1);
-  batch.append(error);
+  struct Detail {
+    FrameKind kind;
+    FrameAttribute attribute;
+    std::uint32_t value;
+  };
+  constexpr std::array kDetails = {
+      Detail{FrameKind::Error, FrameAttribute::ErrorPosition, 2},
+      Detail{FrameKind::Error, FrameAttribute::ErrorPosition, 258},
+      Detail{FrameKind::Error, FrameAttribute::ErrorType, 4},
+      Detail{FrameKind::Lin, FrameAttribute::LinErrors, 33},
+      Detail{FrameKind::Lin, FrameAttribute::Checksum, 256},
+      Detail{FrameKind::Lin, FrameAttribute::ChecksumModel, 4},
+  };
+  for (const Detail& detail : kDetails) {
+    Frame frame = frameOf(detail.kind, 1);
+    frame.attributes.set(detail.attribute, detail.value);
+    batch.append(frame);
+  }
   Account account;
   const auto sink = createMf4Frames(path, {}, {});
   sink->write(batch, account);
@@ -237,7 +291,7 @@ TEST(Mf4FrameSink, dropsWhatNoRecordHolds) {
   EXPECT_EQ(account.written(), 0U);
   EXPECT_EQ(account.dropped(Remark::KindNotHeld).frames, 5U);
   EXPECT_EQ(account.dropped(Remark::BusNotHeld).frames, 1U);
-  EXPECT_EQ(account.dropped(Remark::DetailNotHeld).frames, 1U);
+  EXPECT_EQ(account.dropped(Remark::DetailNotHeld).frames, kDetails.size());
   EXPECT_EQ(framesOf(path), Texts());
 }
 
