@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <random>
 #include <stdexcept>
 #include <string>
 
 #include "tracegen/generator.hpp"
+#include "xlatr/frames.h"
 #include "xlatr/objects.h"
 #include "xlatr/xlatr.h"
 
@@ -119,11 +121,37 @@ void convert(const std::string& source, const std::string& target, TraceFormat f
   }
 }
 
-void measure(benchmark::State& state, const Source& source, TraceFormat format, double version) {
+// The same on the complete way.
+void convertCompletely(const std::string& source, const std::string& target, TraceFormat format, double version) {
+  xlatr_sink_options sink{};
+  sink.size = sizeof sink;
+  sink.format = format;
+  sink.version = version;
+  sink.replace = 1;
+  const char* const sources[] = {source.c_str()};
+  xlatr_job_options options{};
+  options.size = sizeof options;
+  options.sources = sources;
+  options.source_count = 1;
+  options.target = target.c_str();
+  options.sink = &sink;
+  xlatr_job* job = nullptr;
+  const bool done = xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_OK;
+  const std::string text = done ? "" : xlatr_job_error(job);
+  xlatr_job_close(job);
+  if (!done) {
+    throw std::runtime_error(text);
+  }
+}
+
+using Conversion = void (*)(const std::string& source, const std::string& target, TraceFormat format, double version);
+
+void measure(benchmark::State& state, const Source& source, TraceFormat format, double version,
+             Conversion conversion = convert) {
   const std::string target = benchFolder().path("target");  // gets the extension of its format
   try {
     for ([[maybe_unused]] auto step : state) {
-      convert(source.path, target, format, version);
+      conversion(source.path, target, format, version);
     }
   } catch (const std::runtime_error& failure) {
     state.SkipWithError(failure.what());
@@ -240,6 +268,58 @@ void convertPlainToBtrc(benchmark::State& state) {
   measure(state, plainSource(), XLATR_FORMAT_BTRC, 1.0);
 }
 
+// The plain traffic as the library writes it into this format.
+Source makeOf(const std::string& name, TraceFormat format, double version) {
+  Source source{.path = benchFolder().path(name), .size = plainSource().size};
+  convert(plainSource().path, source.path, format, version);
+  source.size.bytes = std::filesystem::file_size(source.path);
+  return source;
+}
+
+const Source& plainBtrc() {
+  static const Source source = makeBinary("pair.btrc", true);
+  return source;
+}
+
+const Source& plainMf4() {
+  static const Source source = makeOf("pair.mf4", XLATR_FORMAT_MF4, 4.1);
+  return source;
+}
+
+const Source& plainLog8() {
+  return plainLog(80);
+}
+
+// What both ways convert.
+struct Pair {
+  const char* name;
+  const Source& (*source)();
+  TraceFormat format;
+  double version;
+};
+
+constexpr Pair kPairs[] = {
+    {"TRC to TRC", plainSource, XLATR_FORMAT_TRC, 2.1}, {"TRC to ASC", plainSource, XLATR_FORMAT_ASC, 8.0},
+    {"TRC to CSV", plainSource, XLATR_FORMAT_CSV, 1.0}, {"TRC to BTRC", plainSource, XLATR_FORMAT_BTRC, 1.0},
+    {"TRC to MF4", plainSource, XLATR_FORMAT_MF4, 4.1}, {"mixed TRC to TRC", mixedSource, XLATR_FORMAT_TRC, 2.1},
+    {"ASC to TRC", plainLog8, XLATR_FORMAT_TRC, 2.1},   {"ASC to CSV", plainLog8, XLATR_FORMAT_CSV, 1.0},
+    {"BTRC to TRC", plainBtrc, XLATR_FORMAT_TRC, 2.1},  {"BTRC to ASC", plainBtrc, XLATR_FORMAT_ASC, 8.0},
+    {"MF4 to TRC", plainMf4, XLATR_FORMAT_TRC, 2.1},
+};
+
+// The argument is the pair.
+void convertCompatible(benchmark::State& state) {
+  const Pair& pair = kPairs[state.range(0)];
+  state.SetLabel(pair.name);
+  measure(state, pair.source(), pair.format, pair.version);
+}
+
+void convertComplete(benchmark::State& state) {
+  const Pair& pair = kPairs[state.range(0)];
+  state.SetLabel(pair.name);
+  measure(state, pair.source(), pair.format, pair.version, convertCompletely);
+}
+
 BENCHMARK(readPlainByObjects)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 BENCHMARK(convertPlain)
     ->ArgName("version_x10")
@@ -310,6 +390,17 @@ BENCHMARK(convertMixedFromBtrc)
     ->MeasureProcessCPUTime()
     ->UseRealTime();
 BENCHMARK(convertPlainToBtrc)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+
+BENCHMARK(convertCompatible)
+    ->DenseRange(0, std::size(kPairs) - 1)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+BENCHMARK(convertComplete)
+    ->DenseRange(0, std::size(kPairs) - 1)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
 
 }  // namespace
 

@@ -1,7 +1,9 @@
 #include "frames/frame_batch.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <cstring>
 #include <stdexcept>
 
 namespace xlatr {
@@ -120,64 +122,91 @@ void RowBits::shrink(std::size_t rows) {
 
 namespace {
 
+// The rows that are wanted, in their order. Made once for all columns, so that the loops over these have no branch that
+// nobody can foresee.
+class WantedRows {
+ public:
+  explicit WantedRows(std::span<const std::uint8_t> wanted) {
+    for (std::size_t row = 0; row < wanted.size(); ++row) {
+      rows_[count_] = static_cast<std::uint16_t>(row);
+      count_ += wanted[row] != 0 ? 1U : 0U;
+    }
+  }
+
+  [[nodiscard]] std::size_t count() const { return count_; }
+  [[nodiscard]] std::span<const std::uint16_t> all() const { return std::span(rows_).first(count_); }
+
+ private:
+  std::array<std::uint16_t, FrameBatch::kCapacity> rows_;  // anything from `count_` on
+  std::size_t count_ = 0;
+};
+
 // Moves the wanted values to the front.
 template <typename Values>
-void keepValues(Values& values, std::span<const std::uint8_t> wanted) {
+void keepValues(Values& values, const WantedRows& rows) {
   std::size_t to = 0;
-  for (std::size_t row = 0; row < wanted.size(); ++row) {
-    values[to] = values[row];
-    to += wanted[row] != 0 ? 1U : 0U;
+  for (const std::size_t row : rows.all()) {
+    values[to++] = values[row];
   }
 }
 
-void keepBits(RowBits& bits, std::span<const std::uint8_t> wanted) {
-  std::size_t to = 0;
-  for (std::size_t row = 0; row < wanted.size(); ++row) {
-    if (wanted[row] != 0) {
-      bits.set(to, bits.at(row));
-      ++to;
+void keepBits(RowBits& bits, const WantedRows& rows) {
+  const auto isZero = [](std::uint8_t byte) { return byte == 0; };
+  if (!std::ranges::all_of(bits.bytes(), isZero)) {
+    std::size_t to = 0;
+    for (const std::size_t row : rows.all()) {
+      bits.set(to++, bits.at(row));
     }
   }
-  bits.shrink(to);
+  bits.shrink(rows.count());
 }
 
 // Moves the bytes of the wanted rows to the front, and their offsets with them. Returns how many bytes they have.
 template <typename Bytes>
-std::size_t keepBytes(Bytes& bytes, ColumnBuffer<std::int32_t>& offsets, std::span<const std::uint8_t> wanted) {
-  std::size_t to = 0;
-  std::int32_t end = 0;
-  for (std::size_t row = 0; row < wanted.size(); ++row) {
-    if (wanted[row] == 0) {
-      continue;
-    }
-    const std::int32_t begin = offsets[row];
-    const std::int32_t length = offsets[row + 1] - begin;
-    std::copy_n(bytes.begin() + begin, length, bytes.begin() + end);
-    end += length;
-    offsets[++to] = end;
+std::size_t keepBytes(Bytes& bytes, ColumnBuffer<std::int32_t>& offsets, const WantedRows& rows) {
+  constexpr std::size_t kFullFrame = 8;
+  if (bytes.empty()) {
+    return 0;  // and all offsets are
   }
-  return static_cast<std::size_t>(end);
+  std::size_t to = 0;
+  std::size_t end = 0;
+  for (const std::size_t row : rows.all()) {
+    const auto begin = static_cast<std::size_t>(offsets[row]);
+    const std::size_t length = static_cast<std::size_t>(offsets[row + 1]) - begin;
+    if (length == kFullFrame) {
+      // Nearly all frames: of a known length, a copy is no call. It may overlap.
+      std::array<typename Bytes::value_type, kFullFrame> frame;
+      std::memcpy(frame.data(), bytes.data() + begin, kFullFrame);
+      std::memcpy(bytes.data() + end, frame.data(), kFullFrame);
+    } else if (length != 0) {
+      std::memmove(bytes.data() + end, bytes.data() + begin, length);
+    }
+    end += length;
+    offsets[++to] = static_cast<std::int32_t>(end);
+  }
+  return end;
 }
 
 }  // namespace
 
 void FrameBatch::keep(std::span<const std::uint8_t> wanted) {
-  keepValues(times_, wanted);
-  keepValues(kinds_, wanted);
-  keepValues(buses_, wanted);
-  keepValues(ids_, wanted);
-  keepValues(flags_, wanted);
-  keepValues(dlcs_, wanted);
-  keepValues(places_, wanted);
-  dataSize_ = keepBytes(data_, dataOffsets_, wanted);
-  text_.resize(keepBytes(text_, textOffsets_, wanted));
-  keepBits(textValidity_, wanted);
-  size_ -= static_cast<std::size_t>(std::ranges::count(wanted, std::uint8_t{0}));
+  const WantedRows rows(wanted);
+  keepValues(times_, rows);
+  keepValues(kinds_, rows);
+  keepValues(buses_, rows);
+  keepValues(ids_, rows);
+  keepValues(flags_, rows);
+  keepValues(dlcs_, rows);
+  keepValues(places_, rows);
+  dataSize_ = keepBytes(data_, dataOffsets_, rows);
+  text_.resize(keepBytes(text_, textOffsets_, rows));
+  keepBits(textValidity_, rows);
+  size_ = rows.count();
   for (std::uint32_t left = attributes_; left != 0; left &= left - 1) {
     AttributeColumn& column = attributeColumns_[static_cast<std::size_t>(std::countr_zero(left))];
-    keepValues(column.values, wanted);
+    keepValues(column.values, rows);
     column.values.resize(size_);
-    keepBits(column.validity, wanted);
+    keepBits(column.validity, rows);
   }
 }
 
@@ -194,11 +223,16 @@ void FrameBatch::mapBuses(std::span<const std::uint16_t> table) {
 }
 
 Frame FrameBatch::at(std::size_t row) const {
+  Frame frame;
+  get(row, frame);
+  return frame;
+}
+
+void FrameBatch::get(std::size_t row, Frame& frame) const {
   const auto slice = [row](const ColumnBuffer<std::int32_t>& offsets, auto bytes) {
     const auto begin = static_cast<std::size_t>(offsets[row]);
     return bytes.subspan(begin, static_cast<std::size_t>(offsets[row + 1]) - begin);
   };
-  Frame frame;
   frame.timeNs = times_[row];
   frame.kind = static_cast<FrameKind>(kinds_[row]);
   frame.bus = buses_[row];
@@ -207,10 +241,12 @@ Frame FrameBatch::at(std::size_t row) const {
   frame.dlc = dlcs_[row];
   frame.place = places_[row];
   frame.data = slice(dataOffsets_, std::span<const std::uint8_t>(data_));
+  frame.text.reset();
   if (textValidity_.at(row)) {
     const auto characters = slice(textOffsets_, std::span<const char>(text_));
     frame.text = std::string_view(characters.data(), characters.size());
   }
+  frame.attributes.clear();
   for (std::uint32_t left = attributes_; left != 0; left &= left - 1) {
     const auto attribute = static_cast<FrameAttribute>(std::countr_zero(left));
     const AttributeColumn& column = attributeColumns_[static_cast<std::size_t>(attribute)];
@@ -218,7 +254,6 @@ Frame FrameBatch::at(std::size_t row) const {
       frame.attributes.set(attribute, column.values[row]);
     }
   }
-  return frame;
 }
 
 std::span<const std::uint32_t> FrameBatch::attribute(FrameAttribute attribute) const {

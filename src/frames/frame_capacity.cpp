@@ -83,7 +83,8 @@ std::uint16_t dlcOf(const FrameCapacity& capacity, const Frame& frame) {
   if (several && frame.dlc > kClassic && frame.dlc < kDlcLengths.size()) {
     return frame.dlc;
   }
-  return static_cast<std::uint16_t>(lengthToDlc(length));
+  // Nearly all frames have no more bytes than this, and no code but their length.
+  return static_cast<std::uint16_t>(length <= kClassic ? length : lengthToDlc(length));
 }
 
 // Bytes that are no payload, or an identifier where there is none.
@@ -125,14 +126,14 @@ std::int64_t rounded(std::int64_t time, std::int64_t resolution) {
 // One frame that loses what a file can't hold.
 class Reduction {
  public:
-  Reduction(const FrameCapacity& capacity, const Frame& frame, Account& account)
+  Reduction(const FrameCapacity& capacity, Frame& frame, Account& account)
       : capacity_(capacity), kind_(capacity.of(frame.kind)), frame_(frame), account_(account) {}
 
-  Frame result() {
+  void run() {
     if (capacity_.whole) {
       dropContradiction();
       roundTime();
-      return frame_;
+      return;
     }
     reduceFlags();
     reduceDlc();
@@ -141,7 +142,6 @@ class Reduction {
     settleChecksumModel();
     reduceBus();
     roundTime();
-    return frame_;
   }
 
  private:
@@ -285,7 +285,7 @@ class Reduction {
 
   const FrameCapacity& capacity_;
   const KindCapacity& kind_;
-  Frame frame_;
+  Frame& frame_;
   Account& account_;
 };
 
@@ -342,8 +342,14 @@ std::optional<Remark> whyNotHeld(const FrameCapacity& capacity, const Frame& fra
   return std::nullopt;
 }
 
+void reduceTo(const FrameCapacity& capacity, Frame& frame, Account& account) {
+  Reduction(capacity, frame, account).run();
+}
+
 Frame reducedTo(const FrameCapacity& capacity, const Frame& frame, Account& account) {
-  return Reduction(capacity, frame, account).result();
+  Frame reduced = frame;
+  reduceTo(capacity, reduced, account);
+  return reduced;
 }
 
 }  // namespace xlatr

@@ -110,8 +110,9 @@ template <typename... Attributes>
 // Why a frame can't stand in such a file; nothing if it can, reduced or not.
 [[nodiscard]] std::optional<Remark> whyNotHeld(const FrameCapacity& capacity, const Frame& frame);
 
-// The frame as it comes back from such a file, which must be able to hold it. What is lost on the way is noted in the
-// account. Times are rounded to the nearest one, halves away from zero.
+// Makes the frame what comes back from such a file, which must be able to hold it. What is lost on the way is noted in
+// the account. Times are rounded to the nearest one, halves away from zero.
+void reduceTo(const FrameCapacity& capacity, Frame& frame, Account& account);
 [[nodiscard]] Frame reducedTo(const FrameCapacity& capacity, const Frame& frame, Account& account);
 
 }  // namespace xlatr

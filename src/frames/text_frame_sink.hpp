@@ -21,7 +21,7 @@ inline constexpr std::string_view kLineEnd = "\r\n";  // on every platform
 // - `const FrameCapacity& capacity()`: what the files of its version can hold.
 // - `kCommentMark`: what a comment begins with.
 // - `void appendHeader(TextBuffer& out)`: appends the lines before the first frame, each with kLineEnd.
-// - `void appendFrame(TextBuffer& out, const Frame& frame)`: appends the line of a frame as reducedTo() made it, with
+// - `void appendFrame(TextBuffer& out, const Frame& frame)`: appends the line of a frame as reduceTo() made it, with
 //   kLineEnd. Never a comment.
 // - `void appendEnd(TextBuffer& out)`: appends the lines after the last frame.
 // - only if comments have no mark: `bool standsAsComment(std::string_view line)`: whether the text of a comment is read
@@ -38,7 +38,8 @@ class TextFrameSink final : public FrameSink {
 
   void write(const FrameBatch& batch, Account& account) override {
     for (std::size_t row = 0; row < batch.size(); ++row) {
-      write(batch.at(row), account);
+      batch.get(row, frame_);
+      write(frame_, account);
       if (out_.size() >= kBlock) {
         hand();
       }
@@ -60,7 +61,8 @@ class TextFrameSink final : public FrameSink {
     out_.clear();
   }
 
-  void write(const Frame& frame, Account& account) {
+  // Changes the frame.
+  void write(Frame& frame, Account& account) {
     const FrameCapacity& capacity = lines_.capacity();
     if (const std::optional<Remark> reason = whyNotHeld(capacity, frame)) {
       appendFrameLine(frame);
@@ -72,7 +74,8 @@ class TextFrameSink final : public FrameSink {
       appendComment(frame);
       return;
     }
-    lines_.appendFrame(out_, reducedTo(capacity, frame, account));
+    reduceTo(capacity, frame, account);
+    lines_.appendFrame(out_, frame);
     inHeader_ = false;
   }
 
@@ -106,6 +109,7 @@ class TextFrameSink final : public FrameSink {
   Lines lines_;
   BufferedOutput output_;
   TextBuffer out_;
+  Frame frame_;  // the one that is being written
   bool inHeader_ = true;
 };
 

@@ -17,12 +17,16 @@ using BitsOfSize = std::conditional_t<
     kSize == 1, std::uint8_t,
     std::conditional_t<kSize == 2, std::uint16_t, std::conditional_t<kSize == 4, std::uint32_t, std::uint64_t>>>;
 
-// One move on machines with the same byte order. Compilers make that of the loops themselves only where they see enough
-// of the address.
+// Whether a number stands in memory as it stands in files, so that it can be copied. Compilers turn some of the loops
+// below into such a copy, but not all.
+[[nodiscard]] constexpr bool canCopyLittle() {
+  return !std::is_constant_evaluated() && std::endian::native == std::endian::little;
+}
+
 template <class Bits>
 [[nodiscard]] constexpr Bits gatherLittle(const std::uint8_t* bytes) {
   Bits bits = 0;
-  if (std::endian::native == std::endian::little && !std::is_constant_evaluated()) {
+  if (canCopyLittle()) {
     std::memcpy(&bits, bytes, sizeof bits);
     return bits;
   }
@@ -45,6 +49,10 @@ template <class Number>
 requires std::is_arithmetic_v<Number>
 constexpr void storeLittle(std::uint8_t* bytes, Number value) {
   const auto bits = std::bit_cast<detail::BitsOfSize<sizeof(Number)>>(value);
+  if (detail::canCopyLittle()) {
+    std::memcpy(bytes, &bits, sizeof bits);
+    return;
+  }
   for (std::size_t index = 0; index < sizeof(Number); ++index) {
     bytes[index] = static_cast<std::uint8_t>(bits >> (8 * index));
   }

@@ -77,6 +77,15 @@ template <class IsOfClass>
                     [](char a, char b) { return toUpperAscii(a) == toUpperAscii(b); });
 }
 
+// Whether the text starts, or ends, with the other if the case of ASCII letters is ignored.
+[[nodiscard]] constexpr bool startsWithIgnoreCase(std::string_view text, std::string_view start) {
+  return text.size() >= start.size() && equalsIgnoreCase(text.substr(0, start.size()), start);
+}
+
+[[nodiscard]] constexpr bool endsWithIgnoreCase(std::string_view text, std::string_view end) {
+  return text.size() >= end.size() && equalsIgnoreCase(text.substr(text.size() - end.size()), end);
+}
+
 // Where `upperCase`, which has no lower-case letters, begins in the text if the case of ASCII letters is ignored; npos
 // if it is not there.
 [[nodiscard]] std::size_t findIgnoreCase(std::string_view text, std::string_view upperCase);

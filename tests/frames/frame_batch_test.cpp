@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -149,6 +151,46 @@ TEST(FrameBatch, isFilledColumnByColumn) {
   EXPECT_EQ(batch.at(2).place, 17U);
   EXPECT_EQ(batch.attribute(FrameAttribute::TxErrors).size(), expected.size());
   EXPECT_THROW(static_cast<void>(batch.freeRows(FrameBatch::kCapacity, 0)), std::length_error);
+}
+
+TEST(FrameBatch, keepsTheWantedRowsWhole) {
+  constexpr std::array<std::uint8_t, 64> kLong = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+  std::vector<Frame> frames;
+  for (std::size_t row = 0; row < 300; ++row) {
+    Frame frame = row % 7 == 0 ? errorFrame() : row % 5 == 0 ? eventFrame() : dataFrame();
+    if (frame.kind == FrameKind::Data) {
+      constexpr std::array<std::size_t, 4> kLengths = {8, 64, 0, 3};
+      frame.data = std::span(kLong).first(kLengths[row % kLengths.size()]);
+    }
+    frame.place = row;
+    frames.push_back(frame);
+  }
+  // Of all frames, and of those without a text and of those without bytes.
+  for (const FrameKind onlyKind : {FrameKind::Comment, FrameKind::Data, FrameKind::Error}) {
+    for (const std::size_t step : {1U, 2U, 3U, 10U, 1000U}) {
+      FrameBatch batch;
+      std::vector<std::uint8_t> wanted;
+      std::vector<Frame> expected;
+      for (const Frame& frame : frames) {
+        if (onlyKind != FrameKind::Comment && frame.kind != onlyKind) {
+          continue;
+        }
+        batch.append(frame);
+        wanted.push_back(frame.place % step == step - 1 ? std::uint8_t{1} : std::uint8_t{0});
+        if (wanted.back() != 0) {
+          expected.push_back(frame);
+        }
+      }
+      batch.keep(wanted);
+      ASSERT_EQ(batch.size(), expected.size()) << step;
+      batch.append(dataFrame());
+      expected.push_back(dataFrame());
+      for (std::size_t row = 0; row < expected.size(); ++row) {
+        EXPECT_TRUE(sameFrame(batch.at(row), expected[row])) << step << ", " << row;
+        EXPECT_EQ(batch.at(row).place, expected[row].place) << step << ", " << row;
+      }
+    }
+  }
 }
 
 TEST(FrameBatch, isFullByRowsOrByBytes) {

@@ -191,6 +191,19 @@ TEST(Ascii, knowsTheLettersOfAsciiOnly) {
   }
 }
 
+TEST(StartsAndEndsWithIgnoreCase, compareNoMoreThanTheOtherText) {
+  EXPECT_TRUE(startsWithIgnoreCase("Begin TriggerBlock", "begin"));
+  EXPECT_TRUE(startsWithIgnoreCase("begin", "BEGIN"));
+  EXPECT_TRUE(startsWithIgnoreCase("", ""));
+  EXPECT_FALSE(startsWithIgnoreCase("begi", "begin"));
+  EXPECT_FALSE(startsWithIgnoreCase("a begin", "begin"));
+  EXPECT_TRUE(endsWithIgnoreCase("End TriggerBlock", "BLOCK"));
+  EXPECT_TRUE(endsWithIgnoreCase("block", "block"));
+  EXPECT_TRUE(endsWithIgnoreCase("block", ""));
+  EXPECT_FALSE(endsWithIgnoreCase("lock", "block"));
+  EXPECT_FALSE(endsWithIgnoreCase("block ", "block"));
+}
+
 TEST(FindIgnoreCase, findsAnUpperCaseTextInAnyCase) {
   EXPECT_EQ(findIgnoreCase("Begin TriggerBlock", "TRIGGERBLOCK"), 6U);
   EXPECT_EQ(findIgnoreCase("aab", "AB"), 1U);

@@ -26,14 +26,6 @@ constexpr std::string_view kTransmitCount = " - TxErr: ";
 constexpr std::string_view kReceiveCount = " RxErr: ";
 constexpr std::string_view kUserComment = "Comment: 0";  // of no other event
 
-bool startsWithIgnoreCase(std::string_view text, std::string_view start) {
-  return text.size() >= start.size() && equalsIgnoreCase(text.substr(0, start.size()), start);
-}
-
-bool endsWithIgnoreCase(std::string_view text, std::string_view end) {
-  return text.size() >= end.size() && equalsIgnoreCase(text.substr(text.size() - end.size()), end);
-}
-
 bool isTrimmed(std::string_view text) {
   return !text.empty() && trimmed(text).size() == text.size();
 }

@@ -15,11 +15,13 @@
 #include "formats/asc/asc_frame_parser.hpp"
 #include "formats/asc/asc_head_keys.hpp"
 #include "formats/asc/asc_message.hpp"
+#include "formats/asc/asc_plain_lines.hpp"
 #include "formats/asc/asc_printer.hpp"
 #include "frames/text_frame_sink.hpp"
 #include "frames/text_frame_source.hpp"
 #include "messages/can_dlc.hpp"
 #include "util/decimal.hpp"
+#include "util/plain_fields.hpp"
 #include "util/render.hpp"
 #include "util/text.hpp"
 
@@ -213,14 +215,17 @@ class AscLines {
   }
 
   [[nodiscard]] bool understand(std::string_view line, Frame& frame) {
+    if (understandPlain(line, frame)) {
+      return true;
+    }
     if (!hasTime(line)) {
       return understandUntimed(line, frame);
     }
     message_.reset();
     message_.hexBase = keys_.hexBase();
     AscTokens tokens(line, Way::complete());
-    const std::string_view time = tokens.take();
-    if (!takeTime(time)) {
+    const std::optional<std::int64_t> time = nanosecondsOf(tokens.take());
+    if (!time || !takeTime(*time)) {
       return false;
     }
     frame.timeNs = now_;
@@ -233,6 +238,19 @@ class AscLines {
   }
 
  private:
+  // Data frames as nearly all lines have them.
+  bool understandPlain(std::string_view line, Frame& frame) {
+    constexpr unsigned kNanosecondDigits = 9;
+    PlainFields fields(line);
+    std::int64_t time = 0;
+    if (!keys_.hexBase() || !fields.takeScaled<kNanosecondDigits>(time) || !takePlainAscFrame(fields, bytes_, frame)) {
+      return false;
+    }
+    const bool known = takeTime(time);
+    frame.timeNs = now_;
+    return known;
+  }
+
   void take(const std::string& words, std::string_view line) {
     keys_.look(words);
     if (!start_ && words.starts_with("date")) {
@@ -256,17 +274,16 @@ class AscLines {
   }
 
   // Moves on to the time of a line. Relative times are summed, even those of lines that can't be understood.
-  bool takeTime(std::string_view token) {
-    const std::optional<std::int64_t> time = nanosecondsOf(token);
-    if (!time || *time < -kFarthestNs || *time > kFarthestNs) {
+  bool takeTime(std::int64_t time) {
+    if (time < -kFarthestNs || time > kFarthestNs) {
       return false;
     }
     if (!keys_.relativeTimestamps()) {
-      now_ = *time;
+      now_ = time;
       return true;
     }
-    const bool tooFar = *time > 0 ? now_ > kFarthestNs - *time : now_ < -kFarthestNs - *time;
-    now_ += tooFar ? 0 : *time;
+    const bool tooFar = time > 0 ? now_ > kFarthestNs - time : now_ < -kFarthestNs - time;
+    now_ += tooFar ? 0 : time;
     return !tooFar;
   }
 
@@ -275,6 +292,7 @@ class AscLines {
   std::optional<std::int64_t> blockStart_;
   bool blockSeen_ = false;
   AscMessage message_;
+  std::array<std::uint8_t, kLongestAscFrame> bytes_;  // those of a plain line
   std::int64_t now_ = 0;
 };
 

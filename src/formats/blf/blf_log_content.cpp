@@ -6,6 +6,7 @@
 #include <limits>
 #include <new>
 #include <span>
+#include <utility>
 
 #include "formats/blf/blf_log_layout.hpp"
 
@@ -17,6 +18,9 @@ constexpr std::size_t kStep = std::size_t{256} * 1024;
 
 // Producers fill a container with some hundred kilobytes. Beyond this it is a bomb.
 constexpr std::uint64_t kMostContent = std::uint64_t{256} << 20;
+
+// Up to this size, packed or not, a container is inflated at once. Those of most producers have 128 KiB.
+constexpr std::uint64_t kMostAtOnce = std::uint64_t{1} << 20;
 
 }  // namespace
 
@@ -140,6 +144,7 @@ void ContentInput::beginContainer(std::uint64_t size) {
 void ContentInput::beginContent(std::uint32_t method) {
   if (method == kZlib) {
     inflater_->restart();
+    containerBegins_ = true;
     state_ = State::Inflating;
   } else if (method == kStored) {
     state_ = State::Copying;
@@ -166,7 +171,29 @@ Piece ContentInput::copy(ByteQueue& content) {
   return Piece::More;
 }
 
+bool ContentInput::inflateWhole(ByteQueue& content) {
+  if (left_ > kMostAtOnce || statedContent_ > kMostAtOnce) {
+    return false;
+  }
+  while (input_.size() < left_ && !atEnd_) {
+    fill();
+  }
+  const auto packed = static_cast<std::size_t>(std::min<std::uint64_t>(left_, input_.size()));
+  const auto stated = static_cast<std::size_t>(statedContent_);
+  const std::size_t consumed = wholeInflater_.inflate(input_.bytes().first(packed), content.room(stated));
+  if (consumed == 0) {
+    return false;
+  }
+  content.add(stated);
+  take(consumed);
+  return true;
+}
+
 Piece ContentInput::inflate(ByteQueue& content) {
+  if (std::exchange(containerBegins_, false) && inflateWhole(content)) {
+    state_ = State::BetweenObjects;
+    return Piece::More;
+  }
   const std::size_t packed = available();
   const auto [outcome, consumed, produced] = inflater_->inflate(input_.bytes().first(packed), content.room(kStep));
   content.add(produced);

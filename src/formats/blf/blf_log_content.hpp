@@ -10,6 +10,7 @@
 #include "formats/blf/blf_log_remarks.hpp"
 #include "formats/blf/blf_log_scanner.hpp"
 #include "io/input_file.hpp"
+#include "util/whole_inflater.hpp"
 
 namespace xlatr::blf_log {
 
@@ -54,6 +55,8 @@ class ContentInput {
   void beginContent(std::uint32_t method);
   [[nodiscard]] Piece copy(ByteQueue& content);
   [[nodiscard]] Piece inflate(ByteQueue& content);
+  // Whether all of the container was inflated. One that is large, damaged or not as it says is not.
+  [[nodiscard]] bool inflateWhole(ByteQueue& content);
   [[nodiscard]] Piece skip();
   // How many bytes of the container or the object are in `input_`, which is filled when it is empty.
   [[nodiscard]] std::size_t available();
@@ -71,7 +74,9 @@ class ContentInput {
   std::uint64_t containerOffset_ = 0;
   std::uint64_t statedContent_ = 0;  // what the container says
   std::uint64_t content_ = 0;        // what it has given so far
+  bool containerBegins_ = false;     // nothing of it has been inflated
   std::unique_ptr<Inflater> inflater_;
+  WholeInflater wholeInflater_;
 };
 
 }  // namespace xlatr::blf_log

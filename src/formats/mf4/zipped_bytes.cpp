@@ -1,9 +1,6 @@
 #include "formats/mf4/zipped_bytes.hpp"
 
 #include <zlib.h>
-#ifdef XLATR_WITH_LIBDEFLATE
-#include <libdeflate.h>
-#endif
 
 #include <algorithm>
 #include <cstddef>
@@ -11,6 +8,7 @@
 
 #include "formats/mf4/block_failures.hpp"
 #include "util/failures.hpp"
+#include "util/whole_inflater.hpp"
 
 namespace xlatr {
 namespace {
@@ -61,20 +59,9 @@ void inflateInto(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> o
   }
 }
 
-#ifdef XLATR_WITH_LIBDEFLATE
 bool inflateWhole(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> out) {
-  struct Free {
-    void operator()(libdeflate_decompressor* decompressor) const { libdeflate_free_decompressor(decompressor); }
-  };
-  const std::unique_ptr<libdeflate_decompressor, Free> decompressor(libdeflate_alloc_decompressor());
-  return decompressor != nullptr && libdeflate_zlib_decompress(decompressor.get(), zipped.data(), zipped.size(),
-                                                               out.data(), out.size(), nullptr) == LIBDEFLATE_SUCCESS;
+  return WholeInflater().inflate(zipped, out) > 0 || Inflater().inflateAll(zipped, out);
 }
-#else
-bool inflateWhole(std::span<const std::uint8_t> zipped, std::span<std::uint8_t> out) {
-  return Inflater().inflateAll(zipped, out);
-}
-#endif
 
 void deflateInto(std::span<const std::uint8_t> bytes, std::vector<std::uint8_t>& out) {
   uLongf size = compressBound(static_cast<uLong>(bytes.size()));

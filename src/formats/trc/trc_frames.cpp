@@ -14,6 +14,7 @@
 #include "formats/trc/trc_header_keys.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_parser.hpp"
+#include "formats/trc/trc_plain_lines.hpp"
 #include "formats/trc/trc_printer.hpp"
 #include "formats/trc/trc_version.hpp"
 #include "frames/shown_bytes.hpp"
@@ -333,6 +334,9 @@ class TrcLines : public SemicolonComments {
     if (version_ == nullptr) {
       return false;
     }
+    if (takePlainTrcFrame(line, *version_, columns_, bytes_, frame)) {
+      return true;
+    }
     message_.reset();
     message_.columnSet = columns_;
     const TrcLineRemains remains = parseTrcLine(line, *version_, message_);
@@ -355,6 +359,7 @@ class TrcLines : public SemicolonComments {
   const TrcVersion* version_ = nullptr;  // null for one that nobody knows
   TrcColumnSet columns_ = 0;
   BrixMessage message_;
+  std::array<std::uint8_t, kLongestPlainTrcFrame> bytes_;  // those of a plain line
 };
 
 // ---- from a frame to a line's message
