@@ -253,10 +253,17 @@ class Reduction {
     }
   }
 
+  [[nodiscard]] bool holdsErrorPosition() const {
+    const auto position = frame_.attributes.get(FrameAttribute::ErrorPosition);
+    return !position || (*position >= capacity_.lowestErrorPosition && *position <= capacity_.highestErrorPosition);
+  }
+
   void reduceAttributes() {
     const std::uint32_t present = frame_.attributes.present();
-    if ((present & ~kind_.attributes) != 0) {
-      frame_.attributes = frame_.attributes.only(kind_.attributes);
+    const std::uint32_t held =
+        holdsErrorPosition() ? kind_.attributes : kind_.attributes & ~attributeBits(FrameAttribute::ErrorPosition);
+    if ((present & ~held) != 0) {
+      frame_.attributes = frame_.attributes.only(held);
       account_.note(Remark::DetailLost, frame_.place);
     }
     const std::uint32_t missing = fills() ? kind_.filled & ~present : 0;

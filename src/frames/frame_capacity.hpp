@@ -67,6 +67,9 @@ struct FrameCapacity {
   bool needsRemoteDlc = false;    // a remote frame without one is taken to have DLC 0
   bool enhancedChecksum = false;  // of LIN frames
   bool hiddenLinData = false;     // LIN frames with a length and without bytes
+  // Of error frames: those before and after it are lost.
+  std::uint32_t lowestErrorPosition = 0;
+  std::uint32_t highestErrorPosition = std::numeric_limits<std::uint32_t>::max();
 
   // Whether there is room for all that the frame's attributes and text say, where that is more than the rows of kinds
   // tell. Null if it is not.

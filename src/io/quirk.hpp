@@ -94,13 +94,12 @@ enum class Quirk : std::uint8_t {
   Mf4TableValuesAreKeys,
   Mf4BusesWrap,
   Mf4ErrorDirectionLost,
-  Mf4ErrorPositionLost,
   Mf4OtherFramesNotRead,
   Mf4UnfinishedRefused,
   Mf4VariableGroupsRefused,
   Mf4InvalidationRefused,
 };
-inline constexpr std::size_t kQuirkCount = 86;
+inline constexpr std::size_t kQuirkCount = 85;
 
 struct QuirkInfo {
   Quirk quirk;

@@ -275,7 +275,6 @@ std::span<const Difference> differences() {
        {kAnyMf4},
        {trc(1.1, 1.3)}},
       {Quirk::Mf4ErrorDirectionLost, {"an error while sending"}, {trc(1.1, 3.0)}, {kAnyMf4}},
-      {Quirk::Mf4ErrorPositionLost, {"an error without details"}, {trc(1.1, 3.0)}, {kAnyMf4}},
       {Quirk::AscErrorsRefused, {"an overload"}, {kAnyAsc}, {kAnyTrc, kAnyCsv}},
       {Quirk::Mf4OtherFramesNotRead, {"an overload"}, {kAnyMf4}, {kAnyTrc}},
       {Quirk::BtrStatusIsUnmarked, {"bus off", "a light bus", "a state of many bits"}, {kAnyTrc}, {kAnyBtr}},

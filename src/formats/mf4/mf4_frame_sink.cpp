@@ -33,9 +33,7 @@ bool fitsRecord(const Frame& frame) {
     return frame.attributes.get(name).value_or(absent);
   };
   if (frame.kind == FrameKind::Error) {
-    const std::uint32_t position = attribute(FrameAttribute::ErrorPosition, kMdfFirstBitPosition);
-    return attribute(FrameAttribute::ErrorType, 0) <= kOtherError && position >= kMdfFirstBitPosition &&
-           position - kMdfFirstBitPosition < kMdfNoErrorDetail;
+    return attribute(FrameAttribute::ErrorType, 0) <= kOtherError;
   }
   if (frame.kind == FrameKind::Lin) {
     const auto errors = frame.attributes.get(FrameAttribute::LinErrors);
@@ -55,6 +53,8 @@ consteval FrameCapacity rowOfVersion(double version) {
     capacity.of(kind) = frame;
   }
   capacity.of(FrameKind::Error).attributes = attributeBits(FrameAttribute::ErrorType, FrameAttribute::ErrorPosition);
+  capacity.lowestErrorPosition = kMdfFirstBitPosition;
+  capacity.highestErrorPosition = kMdfFirstBitPosition + kMdfNoErrorDetail - 1;
   capacity.of(FrameKind::Lin).attributes =
       attributeBits(FrameAttribute::Checksum, FrameAttribute::ChecksumModel, FrameAttribute::LinErrors);
   capacity.of(FrameKind::Lin).filled = attributeBits(FrameAttribute::Checksum);

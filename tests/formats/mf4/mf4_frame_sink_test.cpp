@@ -255,6 +255,28 @@ TEST(Mf4FrameSink, keepsRandomFramesInEveryForm) {
   }
 }
 
+TEST(Mf4FrameSink, leavesOutPositionsOfErrorsThatNoRecordHolds) {
+  const test::TempFolder folder;
+  const std::string path = folder.file("target.mf4");
+  FrameBatch batch;
+  for (const std::uint32_t position : {2U, 3U, 257U, 258U}) {
+    Frame frame = frameOf(FrameKind::Error, 1);
+    frame.attributes.set(FrameAttribute::ErrorPosition, position);
+    batch.append(frame);
+  }
+  Account account;
+  const auto sink = createMf4Frames(path, {}, {});
+  sink->write(batch, account);
+  sink->close();
+  EXPECT_EQ(account.written(), 4U);
+  EXPECT_EQ(account.noted(Remark::DetailLost).frames, 2U);
+  const Texts frames = framesOf(path);
+  ASSERT_EQ(frames.size(), 4U);
+  for (std::size_t at = 0; at < frames.size(); ++at) {
+    EXPECT_EQ(frames[at].find("error_position=") != std::string::npos, at == 1 || at == 2) << frames[at];
+  }
+}
+
 TEST(Mf4FrameSink, dropsWhatNoRecordHolds) {
   const test::TempFolder folder;
   const std::string path = folder.file("target.mf4");
@@ -272,8 +294,6 @@ TEST(Mf4FrameSink, dropsWhatNoRecordHolds) {
     std::uint32_t value;
   };
   constexpr std::array kDetails = {
-      Detail{FrameKind::Error, FrameAttribute::ErrorPosition, 2},
-      Detail{FrameKind::Error, FrameAttribute::ErrorPosition, 258},
       Detail{FrameKind::Error, FrameAttribute::ErrorType, 4},
       Detail{FrameKind::Lin, FrameAttribute::LinErrors, 33},
       Detail{FrameKind::Lin, FrameAttribute::Checksum, 256},
