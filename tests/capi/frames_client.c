@@ -347,8 +347,12 @@ static void run_job_of_inputs(void) {
   memory from[2] = {{kTrace, strlen(kTrace), 1000, 0}, {kTrace, strlen(kTrace), 10, 0}};
   xlatr_input inputs[2] = {input_of(&from[0]), input_of(&from[1])};
   const xlatr_input* const both[2] = {&inputs[0], &inputs[1]};
-  xlatr_job_options options = {
-      .size = sizeof options, .target = in_folder("from_inputs.trc"), .inputs = both, .input_count = 2};
+  const xlatr_sink_options replace = {.size = sizeof replace, .replace = 1};
+  xlatr_job_options options = {.size = sizeof options,
+                               .target = in_folder("from_inputs.trc"),
+                               .sink = &replace,
+                               .inputs = both,
+                               .input_count = 2};
   xlatr_account account = {.size = sizeof account};
   xlatr_job* job = NULL;
   inputs[0].in_order = 1;
@@ -368,8 +372,12 @@ static void tell_what_is_passed_over(void) {
   memory from = {(const char*)log, sizeof log, sizeof log, 0};
   xlatr_input input = input_of(&from);
   const xlatr_input* const one = &input;
-  xlatr_job_options options = {
-      .size = sizeof options, .target = in_folder("passed_over.trc"), .inputs = &one, .input_count = 1};
+  const xlatr_sink_options replace = {.size = sizeof replace, .replace = 1};
+  xlatr_job_options options = {.size = sizeof options,
+                               .target = in_folder("passed_over.trc"),
+                               .sink = &replace,
+                               .inputs = &one,
+                               .input_count = 1};
   xlatr_passed_over type = {.size = sizeof type};
   xlatr_stream* stream = NULL;
   xlatr_job* job = NULL;
