@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <cstdlib>
 #include <map>
@@ -116,7 +117,7 @@ class Checker {
   void checkIdentification() {
     require(file_.substr(0, 8) == "MDF     ", 0, "not an MDF file");
     const std::string text(file_.substr(8, 4));
-    report_.version = std::strtod(text.c_str(), nullptr);
+    static_cast<void>(std::from_chars(text.data(), text.data() + text.size(), report_.version));  // in any locale
     const auto stated = static_cast<std::uint64_t>(report_.version * 100.0 + 0.5);
     require(stated == u16(28), 28, "the versions of the identification differ");
     require(stated >= 400 && stated < 500, 8, "not version 4: " + text);

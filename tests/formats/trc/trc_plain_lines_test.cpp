@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <charconv>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,10 +52,17 @@ const std::array kPlainTraces = {
               "      2        10.500 FB 2  18ABCDEF Rx -  -  -  -        - - 3    FF FE FD"}},
 };
 
+// In any locale.
+double versionOf(std::string_view text) {
+  double version = 0.0;
+  std::from_chars(text.data(), text.data() + text.size(), version);
+  return version;
+}
+
 std::optional<std::string> plainTextOf(const PlainTrc& trace, std::string_view line) {
   Frame frame;
   std::array<std::uint8_t, kLongestPlainTrcFrame> bytes{};
-  const TrcVersion* const version = findTrcVersion(std::stod(trace.version));
+  const TrcVersion* const version = findTrcVersion(versionOf(trace.version));
   if (!takePlainTrcFrame(line, *version, trace.columns, bytes, frame)) {
     return std::nullopt;
   }
