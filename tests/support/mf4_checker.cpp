@@ -6,7 +6,6 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
-#include <cstdlib>
 #include <map>
 #include <set>
 #include <utility>
