@@ -144,7 +144,8 @@ Places addGroups(Writer& out, bool unsorted) {
     put(data, static_cast<std::uint32_t>(kRecordSize));
     put(data, std::uint32_t{0});
     group = out.block("CG", {group, id == 0 ? channels : 0, 0, 0, 0, 0}, data);
-    places.counts[id] = group + 24 + 6 * 8 + 8;
+    constexpr std::uint64_t kCountAt = 80;  // in the block, after its head, six links and the record id
+    places.counts[id] = group + kCountAt;
   }
   ByteList data(8);
   data[0] = unsorted ? 1 : 0;
