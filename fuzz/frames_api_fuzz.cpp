@@ -70,17 +70,17 @@ class Calls {
     streams_.closeAll(xlatr_stream_close);
     sinks_.closeAll(xlatr_sink_close);
     jobs_.closeAll(xlatr_job_close);
-    require(releasedInputs_ == madeInputs_);
+    require(releasedInputs_ == madeInputs_ && releasedOutputs_ == madeOutputs_);
   }
   Calls(const Calls&) = delete;
   Calls& operator=(const Calls&) = delete;
 
   void make() {
     static constexpr std::array kCalls = {
-        &Calls::openStream,  &Calls::merge,      &Calls::useStream,  &Calls::next,
-        &Calls::closeStream, &Calls::createSink, &Calls::write,      &Calls::writeOwn,
-        &Calls::useSink,     &Calls::closeSink,  &Calls::passArrow,  &Calls::createJob,
-        &Calls::useJob,      &Calls::runJob,     &Calls::readTables, &Calls::openInput};
+        &Calls::openStream, &Calls::merge,       &Calls::useStream, &Calls::next,    &Calls::closeStream,
+        &Calls::createSink, &Calls::write,       &Calls::writeOwn,  &Calls::useSink, &Calls::closeSink,
+        &Calls::passArrow,  &Calls::createJob,   &Calls::useJob,    &Calls::runJob,  &Calls::readTables,
+        &Calls::openInput,  &Calls::createOutput};
     (this->*kCalls[arguments_.choice(kCalls.size())])();
   }
 
@@ -120,6 +120,26 @@ class Calls {
     made.format = arguments_.flag() ? arguments_.format() : 0;
     made.zipped = arguments_.flag() ? 1 : 0;
     made.compact = arguments_.flag() ? 1 : 0;
+    made.keep_partial = arguments_.flag() ? 1 : 0;
+    if (arguments_.isNull()) {
+      made.split_buses = arguments_.flag() ? 1 : 0;
+      made.split_bytes = arguments_.flag() ? std::uint64_t{arguments_.word()} << 8U : 0;
+      made.split_ns = std::int64_t{arguments_.byte()} << 28U;
+    }
+    return made;
+  }
+
+  // A place for bytes, which may refuse them.
+  xlatr_output output() {
+    ++madeOutputs_;
+    auto made = sized<xlatr_output>();
+    made.context = this;
+    made.write = [](void* context, const void* bytes, std::uint64_t count) {
+      require(bytes != nullptr && count > 0);
+      return static_cast<Calls*>(context)->atOnce_ == 0 ? -1 : 0;
+    };
+    made.release = [](void* context) { ++static_cast<Calls*>(context)->releasedOutputs_; };
+    made.name = arguments_.isNull() ? nullptr : path();
     return made;
   }
 
@@ -211,6 +231,13 @@ class Calls {
     xlatr_sink_create(paths_[at].c_str(), &head, &options, &sink);
     sinks_.add(sink);
   }
+  void createOutput() {
+    const xlatr_output made = output();
+    const xlatr_sink_options options = sinkOptions();
+    xlatr_sink* sink = nullptr;
+    xlatr_sink_create_output(&made, nullptr, &options, &sink);
+    sinks_.add(sink);
+  }
   // What a stream gives, a sink takes.
   void write() {
     auto batch = sized<xlatr_batch>();
@@ -253,6 +280,8 @@ class Calls {
   void useSink() {
     xlatr_sink* const sink = sinks_.choose(arguments_);
     checkAccount(sink, xlatr_sink_get_account);
+    auto written = sized<xlatr_written>();
+    xlatr_sink_get_written(sink, arguments_.byte(), &written);
     xlatr_sink_error(sink);
     if (arguments_.flag()) {
       xlatr_sink_finish(sink);
@@ -289,6 +318,12 @@ class Calls {
       options.inputs = inputs.data();
       options.input_count = 1;
     }
+    xlatr_output bytesOut{};
+    if (arguments_.isNull()) {
+      bytesOut = output();
+      options.output = &bytesOut;
+    }
+    options.strict = arguments_.flag() ? 1 : 0;
     xlatr_job* job = nullptr;
     xlatr_job_create(&options, &job);
     jobs_.add(job);
@@ -301,6 +336,8 @@ class Calls {
     xlatr_job_get_progress(job, &progress);
     auto passedOver = sized<xlatr_passed_over>();
     xlatr_job_get_passed_over(job, arguments_.byte(), &passedOver);
+    auto written = sized<xlatr_written>();
+    xlatr_job_get_written(job, arguments_.byte(), &written);
     xlatr_job_error(job);
     if (arguments_.isNull()) {
       xlatr_job_cancel(job);
@@ -345,6 +382,8 @@ class Calls {
   std::uint8_t atOnce_ = 0;
   std::size_t madeInputs_ = 0;
   std::size_t releasedInputs_ = 0;
+  std::size_t madeOutputs_ = 0;
+  std::size_t releasedOutputs_ = 0;
   std::vector<std::string> paths_;
   Handles<xlatr_stream> streams_;
   Handles<xlatr_sink> sinks_;

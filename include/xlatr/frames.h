@@ -55,7 +55,8 @@ enum {
   XLATR_ERROR_SYSTEM = -9,      /* the system refused to read */
   XLATR_ERROR_MEMORY = -10,     /* the system has no memory left */
   XLATR_ERROR_UNEXPECTED = -11, /* a state that should not occur */
-  XLATR_ERROR_TARGET = -12      /* the system refused to write: a full disk, a folder that is not there */
+  XLATR_ERROR_TARGET = -12,     /* the system refused to write: a full disk, a folder that is not there */
+  XLATR_ERROR_INCOMPLETE = -13  /* not everything came over, and that was not wanted */
 };
 
 /* What a code means, as a sentence's end. Stays for ever. Any thread. */
@@ -158,6 +159,7 @@ typedef struct xlatr_head {
   uint64_t frames;             /* as the file states it */
   const char* path;            /* "" for what is no file */
   const char* producer;        /* "" if the file names none */
+  uint32_t unfinished;         /* 1: the file says that its writer was stopped before the end */
 } xlatr_head;
 
 /* ---- accounting */
@@ -235,8 +237,10 @@ typedef struct xlatr_selection {
   uint32_t id_count;
   uint32_t other_buses; /* 1: the buses that no rule names */
   uint32_t other_ids;
-  uint32_t kinds;      /* one bit for each kind; 0 for all */
-  uint32_t directions; /* XLATR_FLAG_RECEIVED, XLATR_FLAG_TRANSMITTED; 0 for all */
+  uint32_t kinds;          /* one bit for each kind; 0 for all */
+  uint32_t directions;     /* XLATR_FLAG_RECEIVED, XLATR_FLAG_TRANSMITTED; 0 for all */
+  uint32_t absolute_times; /* 1: from_ns and until_ns count from 1970 on the clock of the trace, which must state its
+                              start */
 } xlatr_selection;
 
 /* What is changed of every frame that is wanted. */
@@ -303,6 +307,10 @@ XLATR_API xlatr_code xlatr_stream_close(xlatr_stream* stream);
 /* A trace that is written. */
 typedef struct xlatr_sink xlatr_sink;
 
+/* A trace may be split into several files, each of which is a whole trace whose times count from the start of all. The
+ * path then has places to fill in: %b the bus, %n the number of the part, %t when it begins ("20240301-080000", or
+ * seconds since the start of the trace if it does not say when that was), %% a percent sign; %3n is 001. A path without
+ * any gets "_BUS%b" for the buses and "_%3n" for the parts. What names no bus goes where the frame before it went. */
 typedef struct xlatr_sink_options {
   uint64_t size;
   TraceFormat format;    /* 0: that of the path's extension */
@@ -311,16 +319,45 @@ typedef struct xlatr_sink_options {
   uint32_t zipped;       /* of an MF4 target */
   uint32_t compact;      /* of an MF4 target: records as short as their frames */
   const char* separator; /* of a CSV target of version 1.0; null: ";" */
+  uint32_t keep_partial; /* 1: what is not finished stays under a name that says so: drive.partial.trc */
+  uint32_t split_buses;  /* 1: files for each bus, of which there may be 64 */
+  uint64_t split_bytes;  /* a file grows to about this size; an MF4 file, whose blocks are that large, may be 4 MiB
+                            larger. 0: to any */
+  int64_t split_ns;      /* a file has the frames of one multiple of this time; 0: of all times */
 } xlatr_sink_options;
+
+/* A trace that goes to no file: its bytes go to a function of the caller, in order. MF4 and BTR are not written so. */
+typedef struct xlatr_output {
+  uint64_t size;
+  /* Takes all of the bytes. Below 0 is a failure. Called on the thread that calls the library. */
+  int32_t (*write)(void* context, const void* bytes, uint64_t count);
+  void (*release)(void* context); /* called once, when the library needs the context no more; may be null */
+  void* context;
+  const char* name; /* stands for the path in failures and in the trace; its extension may name the format. May be
+                       null */
+} xlatr_output;
+
+/* A file that was written. */
+typedef struct xlatr_written {
+  uint64_t size;
+  const char* path;
+  uint64_t bytes;
+  uint64_t frames; /* that were put into it, some of them perhaps as comments or not at all */
+} xlatr_written;
 
 /* Creates a file, which has another name until it is finished: under its own there is the old file, or none, before.
  * `head`, which says when the trace started, and `options` may be null. */
 XLATR_API xlatr_code xlatr_sink_create(const char* path, const xlatr_head* head, const xlatr_sink_options* options,
                                        xlatr_sink** sink);
+/* The same for what is no file. The output is released by the end of the sink, or at once if the function fails. */
+XLATR_API xlatr_code xlatr_sink_create_output(const xlatr_output* output, const xlatr_head* head,
+                                              const xlatr_sink_options* options, xlatr_sink** sink);
 /* Of the batch, the text must be UTF-8 and every column but the last ones must be there; a batch that breaks this is
  * XLATR_ERROR_ARGUMENT, and nothing of it is written. */
 XLATR_API xlatr_code xlatr_sink_write(xlatr_sink* sink, const xlatr_batch* batch);
 XLATR_API xlatr_code xlatr_sink_get_account(xlatr_sink* sink, xlatr_account* account);
+/* The files that are finished, by a number from 0; XLATR_END beyond the last. */
+XLATR_API xlatr_code xlatr_sink_get_written(xlatr_sink* sink, uint32_t row, xlatr_written* written);
 XLATR_API const char* xlatr_sink_error(xlatr_sink* sink);
 /* Finishes the file. The handle stays, for the account and the text of a failure. */
 XLATR_API xlatr_code xlatr_sink_finish(xlatr_sink* sink);
@@ -357,22 +394,27 @@ typedef struct xlatr_job_options {
   void* context;
   const xlatr_input* const* inputs; /* sources that are no files, besides those that are */
   uint32_t input_count;
+  uint32_t strict;            /* 1: the job fails if not everything comes over, but for the rounding of times */
+  const xlatr_output* output; /* instead of `target`, if it is not null */
+  uint32_t align_starts;      /* 1: several sources are taken to have started together, whatever they state */
+  uint32_t close_gaps;        /* 1: a source that begins after all before it have ended follows at once */
 } xlatr_job_options;
 
-/* Takes a copy of all that the options hold; nothing is opened yet. The inputs are released by the end of the job, or
- * at once if the function fails. */
+/* Takes a copy of all that the options hold; nothing is opened yet. The inputs and the output are released by the end
+ * of the job, or at once if the function fails. */
 XLATR_API xlatr_code xlatr_job_create(const xlatr_job_options* options, xlatr_job** job);
 /* Runs to the end, on this thread. A job that failed or was cancelled leaves no target, or the one that was
- * there before. A job runs once. */
+ * there before; parts of a split target that were finished before stay, unless it is strict. A job runs once. */
 XLATR_API xlatr_code xlatr_job_run(xlatr_job* job);
 /* The job ends soon with XLATR_ERROR_CANCELLED, or at once when it is started. Any thread. */
 XLATR_API xlatr_code xlatr_job_cancel(xlatr_job* job);
 /* Any thread. */
 XLATR_API xlatr_code xlatr_job_get_progress(xlatr_job* job, xlatr_job_progress* progress);
-/* After the end. */
+/* After the end; of a job that failed or was cancelled, how far it came. */
 XLATR_API xlatr_code xlatr_job_get_head(xlatr_job* job, xlatr_head* head);
 XLATR_API xlatr_code xlatr_job_get_account(xlatr_job* job, xlatr_account* account);
 XLATR_API xlatr_code xlatr_job_get_passed_over(xlatr_job* job, uint32_t row, xlatr_passed_over* passed_over);
+XLATR_API xlatr_code xlatr_job_get_written(xlatr_job* job, uint32_t row, xlatr_written* written);
 XLATR_API const char* xlatr_job_error(xlatr_job* job);
 XLATR_API xlatr_code xlatr_job_close(xlatr_job* job);
 

@@ -233,6 +233,13 @@ class Stream {
     require(xlatr_stream_get_account(handle_.get(), &account));
     return account;
   }
+  // Of the file, in bytes, so far.
+  [[nodiscard]] std::uint64_t bytesRead() const {
+    std::uint64_t bytes = 0;
+    std::uint64_t size = 0;
+    require(xlatr_stream_get_position(handle_.get(), &bytes, &size));
+    return bytes;
+  }
   // Hands the rest out as an Arrow stream, which its consumer releases. The stream is used up.
   void exportArrow(ArrowArrayStream& out, std::uint32_t attributes = 0) {
     require(xlatr_stream_export_arrow(handle_.get(), attributes, &out));
@@ -324,6 +331,15 @@ class Sink {
                 const xlatr_sink_options* options = nullptr) {
     xlatr_sink* handle = nullptr;
     const xlatr_code code = xlatr_sink_create(path.c_str(), head, options, &handle);
+    handle_.reset(handle);
+    require(code);
+  }
+
+  // The output's context is released by the end of the sink.
+  explicit Sink(const xlatr_output& output, const xlatr_head* head = nullptr,
+                const xlatr_sink_options* options = nullptr) {
+    xlatr_sink* handle = nullptr;
+    const xlatr_code code = xlatr_sink_create_output(&output, head, options, &handle);
     handle_.reset(handle);
     require(code);
   }

@@ -57,6 +57,7 @@ FrameSelection selectionOf(const xlatr_selection* caller) {
     selection.fromNs = record.from_ns;
     selection.untilNs = record.until_ns;
   }
+  selection.absolute = record.absolute_times != 0;
   for (const xlatr_bus_rule& rule : arrayOf(record.buses, record.bus_count, "buses")) {
     selection.buses.push_back({rule.first, rule.last});
   }
@@ -103,14 +104,20 @@ FrameChanges changesOf(const xlatr_changes* caller) {
 SinkTarget targetOf(const xlatr_sink_options* caller) {
   const auto record = known(caller, "options");
   SinkTarget target;
-  target.format = record.format;
-  target.replaces = record.replace != 0;
-  target.settings.version = record.version;
-  target.settings.zipped = record.zipped != 0;
-  target.settings.compact = record.compact != 0;
+  target.writing.format = record.format;
+  target.writing.replaces = record.replace != 0;
+  target.writing.keepsPartial = record.keep_partial != 0;
+  SinkSettings& sink = target.writing.sink;
+  sink.version = record.version;
+  sink.zipped = record.zipped != 0;
+  sink.compact = record.compact != 0;
   if (record.separator != nullptr) {
-    target.settings.separator = record.separator;
+    sink.separator = record.separator;
   }
+  if (record.split_ns < 0) {
+    refuse("split_ns: the time of a part is negative");
+  }
+  target.split = {.bytes = record.split_bytes, .ns = record.split_ns, .buses = record.split_buses != 0};
   return target;
 }
 
@@ -122,11 +129,12 @@ JobSettings settingsOf(const xlatr_job_options& options) {
     }
     settings.sources.push_back({std::string(path), options.source_format});
   }
-  settings.target = options.target == nullptr ? "" : options.target;
+  settings.target = std::string(options.target == nullptr ? "" : options.target);
   SinkTarget target = targetOf(options.sink);
-  settings.targetFormat = target.format;
-  settings.replacesTarget = target.replaces;
-  settings.sink = std::move(target.settings);
+  settings.writing = std::move(target.writing);
+  settings.split = target.split;
+  settings.strict = options.strict != 0;
+  settings.merging = {.alignsStarts = options.align_starts != 0, .closesGaps = options.close_gaps != 0};
   settings.selection = selectionOf(options.selection);
   settings.changes = changesOf(options.changes);
   return settings;
@@ -163,6 +171,7 @@ xlatr_head recordOf(const StreamHead& head) {
   record.frames_known = head.frames ? 1 : 0;
   record.frames = head.frames.value_or(0);
   record.places_are_records = head.places == PlaceUnit::Record ? 1 : 0;
+  record.unfinished = head.unfinished ? 1 : 0;
   return record;
 }
 
@@ -213,6 +222,21 @@ xlatr_job_progress recordOf(const JobProgress& progress) {
   record.frames_read = progress.framesRead;
   record.seconds = progress.seconds;
   record.bytes_per_second = progress.seconds > 0.0 ? static_cast<double>(progress.bytesRead) / progress.seconds : 0.0;
+  return record;
+}
+
+xlatr_written recordOf(const WrittenFile& file) {
+  xlatr_written record{};
+  record.path = file.name.c_str();
+  record.bytes = file.bytes;
+  record.frames = file.frames;
+  return record;
+}
+
+xlatr_passed_over recordOf(const PassedOver& row) {
+  xlatr_passed_over record{};
+  record.name = row.name.c_str();
+  record.count = row.count;
   return record;
 }
 

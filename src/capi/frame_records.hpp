@@ -11,8 +11,9 @@
 #include "frames/frame_batch.hpp"
 #include "frames/frame_job.hpp"
 #include "frames/frame_selection.hpp"
-#include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
+#include "frames/split_target.hpp"
+#include "frames/target_file.hpp"
 #include "frames/wanted_frames.hpp"
 #include "xlatr/frames.h"
 
@@ -62,11 +63,10 @@ template <class Record>
 [[nodiscard]] FrameChanges changesOf(const xlatr_changes* caller);
 [[nodiscard]] JobSettings settingsOf(const xlatr_job_options& options);
 
-// A target's settings.
+// How a target is written.
 struct SinkTarget {
-  TraceFormat format = XLATR_FORMAT_NONE;
-  bool replaces = false;
-  SinkSettings settings = {};
+  TargetSettings writing = {};
+  SplitSettings split = {};
 };
 [[nodiscard]] SinkTarget targetOf(const xlatr_sink_options* caller);
 
@@ -77,6 +77,9 @@ struct SinkTarget {
 // The columns belong to the batch.
 [[nodiscard]] xlatr_batch recordOf(const FrameBatch& batch);
 [[nodiscard]] xlatr_job_progress recordOf(const JobProgress& progress);
+// The texts belong to the file or the row.
+[[nodiscard]] xlatr_written recordOf(const WrittenFile& file);
+[[nodiscard]] xlatr_passed_over recordOf(const PassedOver& row);
 
 // The frame of a row of a caller's batch, which was found to be valid.
 [[nodiscard]] Frame frameOf(const xlatr_batch& batch, std::size_t row);

@@ -5,12 +5,14 @@
 #include <ios>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "capi/caller_input.hpp"
+#include "capi/caller_output.hpp"
 #include "capi/frame_handles.hpp"
 #include "capi/frame_records.hpp"
 #include "frames/arrow_export.hpp"
@@ -19,11 +21,12 @@
 #include "frames/frame_failure.hpp"
 #include "frames/frame_job.hpp"
 #include "frames/merged_frames.hpp"
-#include "frames/target_file.hpp"
+#include "frames/split_target.hpp"
 #include "frames/trace_file.hpp"
 #include "frames/wanted_frames.hpp"
 #include "io/format.hpp"
 #include "io/input_file.hpp"
+#include "io/output_target.hpp"
 #include "util/mutex.hpp"
 #include "xlatr/frames.h"
 
@@ -46,6 +49,8 @@ xlatr_code codeOf(FrameProblem problem) {
       return XLATR_ERROR_TARGET;
     case FrameProblem::Cancelled:
       return XLATR_ERROR_CANCELLED;
+    case FrameProblem::Incomplete:
+      return XLATR_ERROR_INCOMPLETE;
     case FrameProblem::BadArgument:
       return XLATR_ERROR_ARGUMENT;
   }
@@ -105,9 +110,10 @@ struct Stream {
 
 struct Sink {
   std::string error;
-  std::unique_ptr<TargetFile> target;  // null if creating failed, and once it is finished
+  std::unique_ptr<SplitTarget> target;  // null if creating failed, and once it is finished
   FrameBatch batch;
   Account account;
+  std::vector<WrittenFile> files;  // as told last
 };
 
 struct Job {
@@ -169,14 +175,9 @@ xlatr_code give(const Record& record, Record* caller) {
   return writeRecord(record, caller) ? XLATR_OK : XLATR_ERROR_ARGUMENT;
 }
 
-xlatr_code giveRow(const std::vector<PassedOver>& rows, std::uint32_t row, xlatr_passed_over* caller) {
-  if (row >= rows.size()) {
-    return XLATR_END;
-  }
-  xlatr_passed_over record{};
-  record.name = rows[row].name.c_str();
-  record.count = rows[row].count;
-  return give(record, caller);
+template <class Row, class Record>
+xlatr_code giveRow(const std::vector<Row>& rows, std::uint32_t row, Record* caller) {
+  return row < rows.size() ? give(recordOf(rows[row]), caller) : XLATR_END;
 }
 
 // Makes a handle for an object that is about to be opened by `open`, which may fail: the handle then tells why.
@@ -262,23 +263,32 @@ xlatr_code readNext(Stream& stream, xlatr_batch* out) {
 
 // ---- sinks
 
-TargetFile& openTargetOf(const Sink& sink) {
+SplitTarget& openTargetOf(const Sink& sink) {
   if (sink.target == nullptr) {
     refuse("the sink was not created, or is finished");
   }
   return *sink.target;
 }
 
-xlatr_code createSink(Sink& sink, const char* path, const xlatr_head* head, const xlatr_sink_options* options) {
-  const SinkTarget wanted = targetOf(options);
-  auto target = std::make_unique<TargetFile>(pathOf(path), wanted.replaces);
-  target->create(wanted.format, headOf(head), wanted.settings);
+xlatr_code createSink(Sink& sink, OutputTarget to, const xlatr_head* head, const xlatr_sink_options* options) {
+  SinkTarget wanted = targetOf(options);
+  auto target = std::make_unique<SplitTarget>(std::move(to), std::move(wanted.writing), wanted.split);
+  target->create(headOf(head));
   sink.target = std::move(target);
   return XLATR_OK;
 }
 
+xlatr_code finishSink(Sink& sink) {
+  static_cast<void>(openTargetOf(sink));
+  const std::unique_ptr<SplitTarget> target = std::move(sink.target);  // finished, even if it fails
+  target->writeRest(sink.account);
+  target->finish();
+  sink.files = target->files();
+  return XLATR_OK;
+}
+
 xlatr_code writeBatch(Sink& sink, const xlatr_batch* caller) {
-  TargetFile& target = openTargetOf(sink);
+  SplitTarget& target = openTargetOf(sink);
   xlatr_batch batch;
   if (caller == nullptr || !readRecord(caller, batch)) {
     refuse("batch: there is none, or the record does not begin with its size");
@@ -296,7 +306,7 @@ xlatr_code writeBatch(Sink& sink, const xlatr_batch* caller) {
 }
 
 xlatr_code writeArrow(Sink& sink, FrameSource& source) {
-  TargetFile& target = openTargetOf(sink);
+  SplitTarget& target = openTargetOf(sink);
   sink.batch.clear();
   while (source.read(sink.batch, sink.account)) {
     target.write(sink.batch, sink.account);
@@ -307,24 +317,39 @@ xlatr_code writeArrow(Sink& sink, FrameSource& source) {
 
 // ---- jobs
 
+// What a job reads and writes that is no file.
+struct CallerEnds {
+  std::vector<CallerInput> inputs;
+  std::optional<CallerOutput> output;
+};
+
 // Before anything can fail, so that all are released.
-void takeInputs(const xlatr_job_options* options, std::vector<CallerInput>& inputs) {
+void takeEnds(const xlatr_job_options* options, CallerEnds& ends) {
   xlatr_job_options known;
-  if (readRecord(options, known) && known.inputs != nullptr) {
-    inputs.reserve(known.input_count);
+  if (!readRecord(options, known)) {
+    return;
+  }
+  if (known.output != nullptr) {
+    ends.output.emplace(known.output);
+  }
+  if (known.inputs != nullptr) {
+    ends.inputs.reserve(known.input_count);
     for (std::uint32_t at = 0; at < known.input_count; ++at) {
-      inputs.emplace_back(known.inputs[at]);
+      ends.inputs.emplace_back(known.inputs[at]);
     }
   }
 }
 
-xlatr_code createJob(Job& job, const xlatr_job_options* options, std::vector<CallerInput>& inputs) {
+xlatr_code createJob(Job& job, const xlatr_job_options* options, CallerEnds& ends) {
   xlatr_job_options known;
   if (options == nullptr || !readRecord(options, known)) {
     refuse("options: there are none, or the record does not begin with its size");
   }
   job.settings = settingsOf(known);
-  for (CallerInput& input : inputs) {
+  if (ends.output) {
+    job.settings.target = std::move(*ends.output).target();
+  }
+  for (CallerInput& input : ends.inputs) {
     job.settings.sources.push_back({std::move(input).source(), known.source_format});
   }
   job.callback = known.progress;
@@ -352,9 +377,9 @@ xlatr_code runJob(Job& job) {
     refuse("the job has run already");
   }
   if (job.cancelled.load()) {
-    throw FrameFailure(FrameProblem::Cancelled, job.settings.target + ": the conversion was cancelled");
+    throw FrameFailure(FrameProblem::Cancelled, job.settings.target.name() + ": the conversion was cancelled");
   }
-  job.report = xlatr::runJob(job.settings, [&job](const JobProgress& progress) { return goesOn(job, progress); });
+  xlatr::runJob(job.settings, job.report, [&job](const JobProgress& progress) { return goesOn(job, progress); });
   return XLATR_OK;
 }
 
@@ -454,6 +479,8 @@ const char* xlatr_code_text(xlatr_code code) {
       return "the system refused to read the source";
     case XLATR_ERROR_TARGET:
       return "the system refused to write the target";
+    case XLATR_ERROR_INCOMPLETE:
+      return "not everything came over";
     case XLATR_ERROR_MEMORY:
       return "there is no memory left";
     default:
@@ -537,7 +564,15 @@ xlatr_code xlatr_stream_close(xlatr_stream* stream) {
 
 xlatr_code xlatr_sink_create(const char* path, const xlatr_head* head, const xlatr_sink_options* options,
                              xlatr_sink** sink) {
-  return openHandle(sinks(), sink, [&](Sink& created) { return createSink(created, path, head, options); });
+  return openHandle(sinks(), sink,
+                    [&](Sink& created) { return createSink(created, std::string(pathOf(path)), head, options); });
+}
+
+xlatr_code xlatr_sink_create_output(const xlatr_output* output, const xlatr_head* head,
+                                    const xlatr_sink_options* options, xlatr_sink** sink) {
+  CallerOutput taken(output);
+  return openHandle(sinks(), sink,
+                    [&](Sink& created) { return createSink(created, std::move(taken).target(), head, options); });
 }
 
 xlatr_code xlatr_sink_write(xlatr_sink* sink, const xlatr_batch* batch) {
@@ -548,17 +583,21 @@ xlatr_code xlatr_sink_get_account(xlatr_sink* sink, xlatr_account* account) {
   return with(sinks(), sink, [&](Sink& open) { return give(recordOf(open.account), account); });
 }
 
+xlatr_code xlatr_sink_get_written(xlatr_sink* sink, std::uint32_t row, xlatr_written* written) {
+  return with(sinks(), sink, [&](Sink& open) {
+    if (open.target != nullptr) {
+      open.files = open.target->files();
+    }
+    return giveRow(open.files, row, written);
+  });
+}
+
 const char* xlatr_sink_error(xlatr_sink* sink) {
   return errorOf(sinks(), sink);
 }
 
 xlatr_code xlatr_sink_finish(xlatr_sink* sink) {
-  return with(sinks(), sink, [](Sink& open) {
-    static_cast<void>(openTargetOf(open));
-    const std::unique_ptr<TargetFile> target = std::move(open.target);  // finished, even if it fails
-    target->finish();
-    return XLATR_OK;
-  });
+  return with(sinks(), sink, [](Sink& open) { return finishSink(open); });
 }
 
 xlatr_code xlatr_sink_close(xlatr_sink* sink) {
@@ -566,13 +605,13 @@ xlatr_code xlatr_sink_close(xlatr_sink* sink) {
 }
 
 xlatr_code xlatr_job_create(const xlatr_job_options* options, xlatr_job** job) {
-  std::vector<CallerInput> inputs;
+  CallerEnds ends;
   const xlatr_code taken = answer([&] {
-    takeInputs(options, inputs);
+    takeEnds(options, ends);
     return XLATR_OK;
   });
   return taken != XLATR_OK ? taken
-                           : openHandle(jobs(), job, [&](Job& created) { return createJob(created, options, inputs); });
+                           : openHandle(jobs(), job, [&](Job& created) { return createJob(created, options, ends); });
 }
 
 xlatr_code xlatr_job_run(xlatr_job* job) {
@@ -607,6 +646,10 @@ xlatr_code xlatr_job_get_account(xlatr_job* job, xlatr_account* account) {
 
 xlatr_code xlatr_job_get_passed_over(xlatr_job* job, std::uint32_t row, xlatr_passed_over* passedOver) {
   return with(jobs(), job, [&](Job& open) { return giveRow(open.report.passedOver, row, passedOver); });
+}
+
+xlatr_code xlatr_job_get_written(xlatr_job* job, std::uint32_t row, xlatr_written* written) {
+  return with(jobs(), job, [&](Job& open) { return giveRow(open.report.files, row, written); });
 }
 
 const char* xlatr_job_error(xlatr_job* job) {

@@ -139,6 +139,9 @@ void Conversion::takeOption(const ConversionOption& option) {
     case XLATR_OPTION_SORTED:
       settings_.sorted = option.value.flag != 0;
       break;
+    case XLATR_OPTION_SAFE:
+      safe_ = option.value.flag != 0;
+      break;
     default:
       break;
   }
@@ -166,8 +169,8 @@ void Conversion::addWorkers(const TraceFileInfo& file, Workers& workers) {
   for (FormatSource& made : sourcesOf(format, file, sessions_)) {
     std::string path =
         made.session ? targetPath_.pathOfSession(format.sessionMarker, *made.session) : targetPath_.path();
-    workers.push_back(std::make_unique<ConversionWorker>(WorkOrder{file, &target_, std::move(path), version, settings_},
-                                                         std::move(made.source), events_));
+    workers.push_back(std::make_unique<ConversionWorker>(
+        WorkOrder{file, &target_, std::move(path), version, settings_, safe_}, std::move(made.source), events_));
   }
 }
 

@@ -79,6 +79,7 @@ class Conversion {
   double targetVersion_ = -1.0;
   SessionSelection sessions_;
   WriterSettings settings_;
+  bool safe_ = false;
   ConversionResult* const result_;
   void (*const onFinished_)(void*);
   void* const context_;

@@ -90,9 +90,12 @@ void ConversionWorker::run() {
     events_.signal(finishedEvent_);
   } catch (const std::exception& failure) {
     closeAllWritersQuietly();
-    reportFailure(textOf(failure));
+    const std::string text = named(textOf(failure));
+    dropSafeFiles();
+    reportFailure(text);
   } catch (...) {
     closeAllWritersQuietly();
+    dropSafeFiles();
     reportFailure(kUnknownException);
   }
   source_.reset();
@@ -122,6 +125,7 @@ void ConversionWorker::convert() {
   if (!firstOpenFailure_.empty()) {
     throwProcessingFailure(firstOpenFailure_);
   }
+  finishSafeFiles();
   percent_.store(100.0F, std::memory_order_relaxed);
 }
 
@@ -162,6 +166,10 @@ void ConversionWorker::openFirstWriter() {
 }
 
 void ConversionWorker::activate(ITraceWriter& writer) {
+  if (order_.safe) {
+    safeFiles_.push_back(std::make_unique<SafeFile>(writer.getTargetPath(), true));
+    writer.setOutput(safeFiles_.back()->reserve());
+  }
   writer.setActive(true);
   outputFiles_.push_back(getFileName(writer.getTargetPath()));
   source_->writeHeader(writer);
@@ -250,6 +258,30 @@ void ConversionWorker::closeAllWriters() {
   if (firstFailure) {
     std::rethrow_exception(firstFailure);
   }
+}
+
+// A conversion that was abandoned did not come to the end of its source.
+void ConversionWorker::finishSafeFiles() {
+  if (abandoned_.load(std::memory_order_relaxed)) {
+    dropSafeFiles();
+  }
+  for (const auto& file : safeFiles_) {
+    file->finish();
+  }
+}
+
+void ConversionWorker::dropSafeFiles() noexcept {
+  if (order_.safe) {
+    safeFiles_.clear();
+    outputFiles_.clear();
+  }
+}
+
+std::string ConversionWorker::named(std::string text) const {
+  for (const auto& file : safeFiles_) {
+    text = file->named(std::move(text));
+  }
+  return text;
 }
 
 void ConversionWorker::closeAllWritersQuietly() noexcept {

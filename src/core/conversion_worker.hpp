@@ -15,6 +15,7 @@
 #include "core/events.hpp"
 #include "core/waiting_comments.hpp"
 #include "io/format.hpp"
+#include "io/safe_file.hpp"
 #include "io/trace_info.hpp"
 #include "io/trace_source.hpp"
 #include "io/trace_writer.hpp"
@@ -28,6 +29,7 @@ struct WorkOrder {
   std::string targetPath;
   double targetVersion;
   WriterSettings settings;
+  bool safe = false;  // targets have their names when all of them are whole
 };
 
 // Owns a reader, writers and the thread that moves the messages from the reader to the writers. One of two events tells
@@ -67,6 +69,9 @@ class ConversionWorker {
   void writeComment(std::optional<std::uint32_t> bus, std::string_view text);
   void warnOfInvalidBuses();
   void closeAllWriters();
+  void finishSafeFiles();
+  void dropSafeFiles() noexcept;
+  [[nodiscard]] std::string named(std::string text) const;
   void closeAllWritersQuietly() noexcept;
   void reportFailure(std::string text);
   [[nodiscard]] std::string fileNameOfTarget() const;
@@ -90,6 +95,7 @@ class ConversionWorker {
   std::unordered_set<std::uint32_t> unopenedBuses_;
   std::string firstOpenFailure_;
   WaitingComments waitingComments_;
+  std::vector<std::unique_ptr<SafeFile>> safeFiles_;
   std::set<std::uint32_t> invalidBuses_;
 
   std::thread thread_;

@@ -75,6 +75,12 @@ bool Account::complete() const {
   return commented_ == 0 && dropped_ == dropped(Remark::NotSelected).frames && std::ranges::all_of(notedBy_, isNone);
 }
 
+bool Account::completeButForRounding() const {
+  Account unrounded = *this;
+  unrounded.notedBy_[index(Remark::TimeRounded)] = {};
+  return unrounded.complete();
+}
+
 void Account::add(const Account& other) {
   read_ += other.read_;
   written_ += other.written_;

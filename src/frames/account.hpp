@@ -96,6 +96,8 @@ class Account {
   [[nodiscard]] const Count& noted(Remark remark) const { return notedBy_[index(remark)]; }
   // Whether everything that was wanted came over as it was.
   [[nodiscard]] bool complete() const;
+  // The same, but that times may have been rounded to those that the target has.
+  [[nodiscard]] bool completeButForRounding() const;
 
   // Adds another account, of a stream that came after this one.
   void add(const Account& other);

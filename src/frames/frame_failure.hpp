@@ -16,6 +16,7 @@ enum class FrameProblem : std::uint8_t {
   TargetIsSource,  // the same file by any name
   TargetRefused,   // by the system: a full disk, a folder that is not there, no permission
   Cancelled,
+  Incomplete,  // not everything came over, and that was not wanted
   BadArgument,
 };
 

@@ -1,22 +1,17 @@
 #include "frames/frame_job.hpp"
 
-#include <algorithm>
 #include <chrono>
-#include <filesystem>
 #include <memory>
-#include <system_error>
 #include <utility>
 
 #include "frames/frame_failure.hpp"
 #include "frames/merged_frames.hpp"
-#include "frames/target_file.hpp"
 #include "frames/trace_file.hpp"
-#include "platform/files.hpp"
 
 namespace xlatr {
 namespace {
 
-std::unique_ptr<FrameSource> openSources(const std::vector<JobSource>& sources) {
+std::unique_ptr<FrameSource> openSources(const std::vector<JobSource>& sources, const MergeSettings& merging) {
   if (sources.empty()) {
     throw FrameFailure(FrameProblem::BadArgument, "there is no source");
   }
@@ -28,22 +23,27 @@ std::unique_ptr<FrameSource> openSources(const std::vector<JobSource>& sources) 
   if (opened.size() == 1) {
     return std::move(opened.front());
   }
-  return std::make_unique<MergedFrames>(std::move(opened));
+  return std::make_unique<MergedFrames>(std::move(opened), merging);
 }
 
-bool isSameFile(const std::string& one, const std::string& other) {
-  std::error_code ignored;
-  return std::filesystem::equivalent(one, other, ignored);
+// What must not be written over.
+TargetSettings withSources(const JobSettings& settings) {
+  TargetSettings writing = settings.writing;
+  for (const JobSource& source : settings.sources) {
+    if (source.input.bytes() == nullptr) {
+      writing.sources.push_back(source.input.name());
+    }
+  }
+  return writing;
 }
 
-void requireOtherTarget(const JobSettings& settings) {
-  const auto isTarget = [&settings](const JobSource& source) {
-    return source.input.bytes() == nullptr && isSameFile(source.input.name(), settings.target);
-  };
-  if (platform::kindOfPath(settings.target) == platform::PathKind::File &&
-      std::ranges::any_of(settings.sources, isTarget)) {
-    throw FrameFailure(FrameProblem::TargetIsSource,
-                       settings.target + ": the target is the source; choose another name");
+// Before the target has its name.
+void requireAll(const JobSettings& settings, SplitTarget& target, JobReport& report) {
+  if (settings.strict && !report.account.completeButForRounding()) {
+    target.removeFinished();
+    report.files.clear();
+    throw FrameFailure(FrameProblem::Incomplete,
+                       settings.target.name() + ": not everything would come over, so that nothing was written");
   }
 }
 
@@ -59,31 +59,32 @@ class Clock {
 
 }  // namespace
 
-JobReport runJob(const JobSettings& settings, const JobProgressFunction& progress) {
+void runJob(const JobSettings& settings, JobReport& report, const JobProgressFunction& progress) {
   const Clock clock;
-  requireOtherTarget(settings);
-  TargetFile target(settings.target, settings.replacesTarget);
-  WantedFrames source(openSources(settings.sources), settings.selection, settings.changes);
-  JobReport report;
+  SplitTarget target(settings.target, withSources(settings), settings.split);
+  WantedFrames source(openSources(settings.sources, settings.merging), settings.selection, settings.changes);
   report.head = source.head();
   for (const JobSource& from : settings.sources) {
     report.progress.bytesTotal += from.input.size().value_or(0);
   }
-  target.create(settings.targetFormat, report.head, settings.sink);
+  target.create(report.head);
   FrameBatch batch;
   while (source.read(batch, report.account)) {
     target.write(batch, report.account);
     batch.clear();
+    report.files = target.files();
     report.progress.bytesRead = source.bytesRead();
     report.progress.framesRead = report.account.read();
     report.progress.seconds = clock.seconds();
     if (progress && !progress(report.progress)) {
-      throw FrameFailure(FrameProblem::Cancelled, settings.target + ": the conversion was cancelled");
+      throw FrameFailure(FrameProblem::Cancelled, settings.target.name() + ": the conversion was cancelled");
     }
   }
-  target.finish();
   report.passedOver = source.passedOver();
-  return report;
+  target.writeRest(report.account);
+  requireAll(settings, target, report);
+  target.finish();
+  report.files = target.files();
 }
 
 }  // namespace xlatr

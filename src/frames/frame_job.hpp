@@ -8,10 +8,13 @@
 
 #include "frames/account.hpp"
 #include "frames/frame_selection.hpp"
-#include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
+#include "frames/merged_frames.hpp"
+#include "frames/split_target.hpp"
+#include "frames/target_file.hpp"
 #include "frames/wanted_frames.hpp"
 #include "io/input_file.hpp"
+#include "io/output_target.hpp"
 #include "xlatr/xlatr.h"
 
 namespace xlatr {
@@ -24,10 +27,11 @@ struct JobSource {
 
 struct JobSettings {
   std::vector<JobSource> sources = {};  // at least one; several are merged by time
-  std::string target = {};
-  TraceFormat targetFormat = XLATR_FORMAT_NONE;  // NONE: that of the extension
-  bool replacesTarget = false;
-  SinkSettings sink = {};
+  OutputTarget target = std::string();
+  TargetSettings writing = {};
+  SplitSettings split = {};
+  MergeSettings merging = {};
+  bool strict = false;  // it fails if not everything comes over, but for the rounding of times
   FrameSelection selection = {};
   FrameChanges changes = {};
 };
@@ -47,10 +51,12 @@ struct JobReport {
   Account account = {};
   std::vector<PassedOver> passedOver = {};
   JobProgress progress = {};
+  std::vector<WrittenFile> files = {};
 };
 
 // Runs to its end. Raises a FrameFailure or a std::ios_base::failure; the target is then as it was before, or not
-// there. May run on several threads at once, each with its own target. `progress` may be empty.
-[[nodiscard]] JobReport runJob(const JobSettings& settings, const JobProgressFunction& progress = {});
+// there, and so is the part of a split target that was being written. `report` says how far it came. May run on several
+// threads at once, each with its own target. `progress` may be empty.
+void runJob(const JobSettings& settings, JobReport& report, const JobProgressFunction& progress = {});
 
 }  // namespace xlatr

@@ -38,6 +38,7 @@ inline constexpr FrameKindSet kAllFrameKinds = (1U << kFrameKindCount) - 1;
 struct FrameSelection {
   std::optional<std::int64_t> fromNs = {};   // since the start of the trace
   std::optional<std::int64_t> untilNs = {};  // this time is not wanted any more
+  bool absolute = false;                     // both count from 1970 on the clock of the trace
   std::vector<BusRule> buses = {};
   bool otherBuses = false;  // those that no rule names are wanted
   std::vector<IdentifierRule> identifiers = {};

@@ -12,14 +12,13 @@ namespace xlatr {
 
 // How a target is written. What a format has no use for is ignored.
 struct SinkSettings {
-  std::string name = {};        // for the user, of a file that is written under another one; empty for the path
   double version = 0.0;         // 0: what the format writes when no version is asked for
   std::string separator = ";";  // of a CSV target of version 1.0
   bool zipped = false;          // of an MF4 target
   bool compact = false;         // of an MF4 target: records as short as their frames
 };
 
-// One trace that is written. Made for a path, the head of what comes, and settings; it replaces a file that exists.
+// One trace that is written. Made for a target, the head of what comes, and settings; it replaces a file that exists.
 // Raises std::ios_base::failure when the system refuses, from its construction on. One thread at a time.
 //
 // A sink puts every frame to account once: as written, commented or dropped. It asks the row of its version in the
@@ -32,6 +31,8 @@ class FrameSink {
   virtual void write(const FrameBatch& batch, Account& account) = 0;
   // Finishes the file; nothing can be written after it.
   virtual void close() = 0;
+  // How large the file is by now, without what waits to be zipped or put in order.
+  [[nodiscard]] virtual std::uint64_t bytesWritten() const = 0;
 
  protected:
   FrameSink() = default;

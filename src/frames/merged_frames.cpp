@@ -18,14 +18,16 @@ std::int64_t commonClock(const TraceStart& start) {
 
 }  // namespace
 
-MergedFrames::MergedFrames(std::vector<std::unique_ptr<FrameSource>> sources) : inputs_(sources.size()) {
+MergedFrames::MergedFrames(std::vector<std::unique_ptr<FrameSource>> sources, const MergeSettings& settings)
+    : inputs_(sources.size()), settings_(settings) {
   for (std::size_t at = 0; at < sources.size(); ++at) {
     inputs_[at].source = std::move(sources[at]);
   }
   const auto headOf = [](const Input& input) -> const StreamHead& { return input.source->head(); };
   head_ = headOf(inputs_.front());
-  const bool allKnown =
-      std::ranges::all_of(inputs_, [&](const Input& input) { return headOf(input).start.has_value(); });
+  const bool allKnown = !settings_.alignsStarts && std::ranges::all_of(inputs_, [&](const Input& input) {
+    return headOf(input).start.has_value();
+  });
   if (allKnown) {
     const auto clockOf = [&](const Input& input) { return commonClock(*headOf(input).start); };
     const auto earliest = std::ranges::min_element(inputs_, {}, clockOf);
@@ -61,6 +63,16 @@ MergedFrames::Input* MergedFrames::next(Account& account) {
   return first;
 }
 
+// The silence between recordings is that before the first frame of one when all that began before have ended.
+void MergedFrames::closeGap(const Input& input, std::int64_t timeNs) {
+  const auto goesOn = [](const Input& other) { return other.begun && !other.ended; };
+  if (any_ && !input.begun && timeNs > lastNs_ && std::ranges::none_of(inputs_, goesOn)) {
+    shiftNs_ = shiftedTime(shiftNs_, lastNs_ - timeNs);
+  }
+  any_ = true;
+  lastNs_ = std::max(lastNs_, timeNs);
+}
+
 bool MergedFrames::read(FrameBatch& batch, Account& account) {
   while (!batch.full()) {
     Input* const input = next(account);
@@ -69,6 +81,11 @@ bool MergedFrames::read(FrameBatch& batch, Account& account) {
     }
     Frame frame = input->batch.at(input->row++);
     frame.timeNs = shiftedTime(frame.timeNs, input->offsetNs);
+    if (settings_.closesGaps) {
+      closeGap(*input, frame.timeNs);
+      input->begun = true;
+    }
+    frame.timeNs = shiftedTime(frame.timeNs, shiftNs_);
     batch.append(frame);
   }
   return !batch.empty();

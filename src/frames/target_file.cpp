@@ -1,70 +1,51 @@
 #include "frames/target_file.hpp"
 
 #include <algorithm>
-#include <cstddef>
+#include <exception>
+#include <filesystem>
 #include <ios>
-#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "frames/frame_failure.hpp"
 #include "frames/trace_file.hpp"
-#include "util/utf8.hpp"
+#include "platform/files.hpp"
 
 namespace xlatr {
 namespace {
 
-// ".drive.trc.xlatr-part": hidden, in the target's folder, and the same each time, so that a fragment is found again.
-std::string nameBeside(std::string_view path) {
-  constexpr std::string_view kEnd = ".xlatr-part";
-  constexpr std::size_t kLongestName = 255;  // bytes, of most file systems
-  const std::size_t nameAt = path.rfind('/') + 1;
-  std::string_view name = path.substr(nameAt);
-  name = name.substr(0, utf8Boundary(name, std::min(name.size(), kLongestName - kEnd.size() - 1)));
-  std::string beside(path.substr(0, nameAt));
-  beside += '.';
-  beside += name;
-  beside += kEnd;
-  return beside;
+FrameProblem problemOf(TargetRefusal::Reason reason) {
+  return reason == TargetRefusal::Reason::Exists ? FrameProblem::TargetExists : FrameProblem::TargetRefused;
 }
 
-// The text of a failure with the name that the user knows.
-std::string named(std::string text, const std::string& written, const std::string& path) {
-  return text.starts_with(written) ? text.replace(0, written.size(), path) : text;
+bool isSameFile(const std::string& one, const std::string& other) {
+  std::error_code ignored;
+  return std::filesystem::equivalent(one, other, ignored);
+}
+
+void requireOtherThan(const std::vector<std::string>& sources, const std::string& target) {
+  const auto isTarget = [&target](const std::string& source) { return isSameFile(source, target); };
+  if (platform::kindOfPath(target) == platform::PathKind::File && std::ranges::any_of(sources, isTarget)) {
+    throw FrameFailure(FrameProblem::TargetIsSource, target + ": the target is the source; choose another name");
+  }
 }
 
 }  // namespace
 
-TargetFile::TargetFile(std::string path, bool replaces) : path_(std::move(path)) {
-  if (path_.empty()) {
+TargetFile::TargetFile(OutputTarget target, TargetSettings settings)
+    : target_(std::move(target)), settings_(std::move(settings)) {
+  if (target_.bytes() != nullptr) {
+    return;
+  }
+  if (target_.name().empty()) {
     throw FrameFailure(FrameProblem::BadArgument, "there is no target");
   }
-  switch (platform::kindOfPath(path_)) {
-    case platform::PathKind::Nothing:
-      break;
-    case platform::PathKind::File:
-      if (!replaces) {
-        throw FrameFailure(FrameProblem::TargetExists, path_ + ": the file exists and is not to be replaced");
-      }
-      break;
-    case platform::PathKind::Folder:
-      throw FrameFailure(FrameProblem::TargetRefused, path_ + ": this is a folder: name a file in it");
-    case platform::PathKind::Device:
-      written_ = path_;
-      break;
-  }
+  requireOtherThan(settings_.sources, target_.name());
+  guarded([&] { file_.emplace(target_.name(), settings_.replaces); });
 }
 
 TargetFile::~TargetFile() {
-  drop();
-}
-
-void TargetFile::drop() {
-  sink_.reset();
-  if (beside_) {
-    platform::removeFile(written_);
-    beside_ = false;
-  }
-  lock_ = platform::File();
+  abandon();
 }
 
 // Runs an action, and tells apart what the system refuses of a target.
@@ -72,32 +53,16 @@ template <typename Action>
 void TargetFile::guarded(Action action) {
   try {
     action();
+  } catch (const TargetRefusal& refusal) {
+    throw FrameFailure(problemOf(refusal.reason()), refusal.what());
   } catch (const std::ios_base::failure& failure) {
-    throw FrameFailure(FrameProblem::TargetRefused, named(failure.what(), written_, path_));
+    throw FrameFailure(FrameProblem::TargetRefused, file_ ? file_->named(failure.what()) : failure.what());
   }
 }
 
-void TargetFile::reserveName() {
-  if (!written_.empty()) {
-    return;  // a device
-  }
-  target_ = platform::pathBehindLinks(path_);
-  written_ = nameBeside(target_);
-  lock_ = platform::File::lockForWriting(written_);
-  if (!lock_.isOpen()) {
-    throw FrameFailure(FrameProblem::TargetRefused, path_ + ": another conversion is writing this file");
-  }
-  beside_ = true;
-}
-
-void TargetFile::create(TraceFormat format, const StreamHead& head, const SinkSettings& settings) {
-  const TraceFormat written = writableFormat(path_, format, settings.version);
-  guarded([&] {
-    reserveName();
-    SinkSettings named = settings;
-    named.name = path_;
-    sink_ = createTrace(written_, written, head, named);
-  });
+void TargetFile::create(const StreamHead& head) {
+  const TraceFormat format = writableFormat(target_.name(), settings_.format, settings_.sink.version);
+  guarded([&] { sink_ = createTrace(file_ ? file_->reserve() : target_, format, head, settings_.sink); });
 }
 
 void TargetFile::write(const FrameBatch& batch, Account& account) {
@@ -106,14 +71,31 @@ void TargetFile::write(const FrameBatch& batch, Account& account) {
 
 void TargetFile::finish() {
   guarded([&] {
-    sink_->close();
-    sink_.reset();
-    if (beside_) {
-      platform::replaceFile(target_, written_);
-      beside_ = false;
+    const std::unique_ptr<FrameSink> finished = std::move(sink_);
+    finished->close();
+    bytes_ = finished->bytesWritten();
+    if (file_) {
+      file_->finish();
     }
   });
-  drop();
+}
+
+// What has come so far is whole up to there if the system still takes what the sink has held back.
+void TargetFile::abandon() noexcept {
+  const std::unique_ptr<FrameSink> abandoned = std::move(sink_);
+  if (!file_ || !settings_.keepsPartial) {
+    return;
+  }
+  try {
+    if (abandoned != nullptr) {
+      abandoned->close();
+    }
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): it is a fragment either way
+  }
+  try {
+    static_cast<void>(file_->keepAsPartial());
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): then it is removed
+  }
 }
 
 }  // namespace xlatr

@@ -1,51 +1,61 @@
-// A trace on its way to its name.
+// A trace on its way to its name, or to a caller who takes its bytes.
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "frames/account.hpp"
 #include "frames/frame_batch.hpp"
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
-#include "platform/files.hpp"
+#include "io/output_target.hpp"
+#include "io/safe_file.hpp"
 #include "xlatr/xlatr.h"
 
 namespace xlatr {
 
-// Writes a trace beside its name and gives it the name when it is whole: under the name there is the old file or the
-// whole new one at any time. What is not finished is removed; what a process that was killed has left is written over
-// by the next one with the same target. A device, which can't be renamed, is written to as it is.
+struct TargetSettings {
+  TraceFormat format = XLATR_FORMAT_NONE;  // NONE: that of the extension
+  bool replaces = false;                   // a file that is there already
+  bool keepsPartial = false;               // what is not finished stays, under a name that says so
+  std::vector<std::string> sources = {};   // files that it is made from, and that it must not replace
+  SinkSettings sink = {};
+};
+
+// A file is a SafeFile: it has its name when it is whole. What is not finished is removed, or kept as partial.
 //
-// Raises FrameFailures: TargetExists, NotWritten, and TargetRefused for what the system refuses.
+// Raises FrameFailures: TargetExists, TargetIsSource, NotWritten, BadArgument, and TargetRefused for what the system
+// refuses.
 class TargetFile {
  public:
   // Nothing is created yet.
-  TargetFile(std::string path, bool replaces);
+  TargetFile(OutputTarget target, TargetSettings settings);
   ~TargetFile();
   TargetFile(const TargetFile&) = delete;
   TargetFile& operator=(const TargetFile&) = delete;
 
-  // An XLATR_FORMAT_NONE is the format that the path's extension names.
-  void create(TraceFormat format, const StreamHead& head, const SinkSettings& settings);
+  void create(const StreamHead& head);
   void write(const FrameBatch& batch, Account& account);
   // Nothing can be written after it.
   void finish();
   // From create to finish.
   [[nodiscard]] bool isOpen() const { return sink_ != nullptr; }
+  [[nodiscard]] std::uint64_t bytesWritten() const { return sink_ == nullptr ? bytes_ : sink_->bytesWritten(); }
+  [[nodiscard]] const std::string& name() const { return target_.name(); }
 
  private:
   template <typename Action>
   void guarded(Action action);
-  void reserveName();
-  void drop();
+  void abandon() noexcept;
 
-  std::string path_;     // as the user knows it
-  std::string target_;   // behind its links
-  std::string written_;  // what is written: a file beside the target, or the target itself
-  platform::File lock_;  // of the file beside
-  bool beside_ = false;  // there is such a file
+  OutputTarget target_;
+  TargetSettings settings_;
+  std::optional<SafeFile> file_;  // nothing for bytes
   std::unique_ptr<FrameSink> sink_;
+  std::uint64_t bytes_ = 0;  // of a finished file
 };
 
 }  // namespace xlatr

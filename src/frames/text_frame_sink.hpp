@@ -10,6 +10,7 @@
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
 #include "io/buffered_output.hpp"
+#include "io/output_target.hpp"
 #include "util/text_buffer.hpp"
 
 namespace xlatr {
@@ -17,7 +18,7 @@ namespace xlatr {
 inline constexpr std::string_view kLineEnd = "\r\n";  // on every platform
 
 // `Lines` prints the lines of one format:
-// - `Lines(const std::string& path, const StreamHead& head, const SinkSettings& settings)`.
+// - `Lines(const OutputTarget& target, const StreamHead& head, const SinkSettings& settings)`.
 // - `const FrameCapacity& capacity()`: what the files of its version can hold.
 // - `kCommentMark`: what a comment begins with.
 // - `void appendHeader(TextBuffer& out)`: appends the lines before the first frame, each with kLineEnd.
@@ -30,9 +31,9 @@ inline constexpr std::string_view kLineEnd = "\r\n";  // on every platform
 template <class Lines>
 class TextFrameSink final : public FrameSink {
  public:
-  TextFrameSink(const std::string& path, const StreamHead& head, const SinkSettings& settings)
-      : lines_(path, head, settings) {
-    output_.open(path);
+  TextFrameSink(const OutputTarget& target, const StreamHead& head, const SinkSettings& settings)
+      : lines_(target, head, settings) {
+    output_.open(target);
     lines_.appendHeader(out_);
   }
 
@@ -52,6 +53,8 @@ class TextFrameSink final : public FrameSink {
     hand();
     output_.close();
   }
+
+  [[nodiscard]] std::uint64_t bytesWritten() const override { return output_.position() + out_.size(); }
 
  private:
   static constexpr std::size_t kBlock = std::size_t{1} << 16;

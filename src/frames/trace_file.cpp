@@ -132,9 +132,15 @@ TraceFormat writableFormat(const std::string& path, TraceFormat format, double v
   return known.format;
 }
 
-std::unique_ptr<FrameSink> createTrace(const std::string& path, TraceFormat format, const StreamHead& head,
+std::unique_ptr<FrameSink> createTrace(const OutputTarget& target, TraceFormat format, const StreamHead& head,
                                        const SinkSettings& settings) {
-  return formatOf(writableFormat(path, format, settings.version)).createFrames(path, head, settings);
+  const FormatDescriptor& known = formatOf(writableFormat(target.name(), format, settings.version));
+  if (!known.writesInOrder && target.bytes() != nullptr) {
+    throw FrameFailure(FrameProblem::BadArgument, target.name() + ": files of the format " +
+                                                      std::string(known.extension) +
+                                                      " are not written in order: name a file as the target");
+  }
+  return known.createFrames(target, head, settings);
 }
 
 }  // namespace xlatr

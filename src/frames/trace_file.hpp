@@ -8,6 +8,7 @@
 #include "frames/frame_stream.hpp"
 #include "io/format.hpp"
 #include "io/input_file.hpp"
+#include "io/output_target.hpp"
 #include "xlatr/xlatr.h"
 
 namespace xlatr {
@@ -24,9 +25,9 @@ namespace xlatr {
 // FrameFailure for a format that is not written and for a version that it doesn't have; 0.0 is any.
 [[nodiscard]] TraceFormat writableFormat(const std::string& path, TraceFormat format, double version);
 
-// A new trace of this format, or of the one that the path's extension names. Raises what writableFormat
-// raises.
-[[nodiscard]] std::unique_ptr<FrameSink> createTrace(const std::string& path, TraceFormat format,
+// A new trace of this format, or of the one that the target's extension names. Raises what writableFormat raises, and a
+// FrameFailure for bytes that are no file in a format that is not written in order.
+[[nodiscard]] std::unique_ptr<FrameSink> createTrace(const OutputTarget& target, TraceFormat format,
                                                      const StreamHead& head, const SinkSettings& settings);
 
 }  // namespace xlatr

@@ -3,12 +3,34 @@
 #include <cstddef>
 #include <limits>
 #include <numeric>
+#include <optional>
+
+#include "frames/frame_failure.hpp"
 
 namespace xlatr {
+namespace {
+
+FrameSelection sinceStart(FrameSelection selection, const StreamHead& head) {
+  if (!selection.absolute) {
+    return selection;
+  }
+  if (!head.start) {
+    throw FrameFailure(FrameProblem::BadArgument,
+                       head.path + ": the trace does not say when it started: give times in seconds since its start");
+  }
+  for (std::optional<std::int64_t>* const time : {&selection.fromNs, &selection.untilNs}) {
+    if (*time) {
+      *time = shiftedTime(**time, -head.start->sinceEpochNs);
+    }
+  }
+  return selection;
+}
+
+}  // namespace
 
 WantedFrames::WantedFrames(std::unique_ptr<FrameSource> source, FrameSelection selection, FrameChanges changes)
     : source_(std::move(source)),
-      selector_(std::move(selection)),
+      selector_(sinceStart(std::move(selection), source_->head())),
       changes_(std::move(changes)),
       head_(source_->head()),
       shiftNs_(changes_.shiftNs) {

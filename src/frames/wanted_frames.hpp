@@ -23,7 +23,8 @@ struct FrameChanges {
 // The wanted frames of a source, changed. Counts the others as dropped.
 class WantedFrames final : public FrameSource {
  public:
-  // Reads up to the first wanted frame if the trace is to start with it.
+  // Reads up to the first wanted frame if the trace is to start with it. Raises a FrameFailure of a bad argument for
+  // times on the clock of a trace that does not say when it started.
   WantedFrames(std::unique_ptr<FrameSource> source, FrameSelection selection, FrameChanges changes);
 
   [[nodiscard]] const StreamHead& head() const override { return head_; }

@@ -2,6 +2,8 @@
 
 #include <cstring>
 #include <exception>
+#include <ios>
+#include <system_error>
 #include <utility>
 
 namespace xlatr {
@@ -18,13 +20,18 @@ BufferedOutput::~BufferedOutput() {
   }
 }
 
-void BufferedOutput::open(const std::string& path) {
+void BufferedOutput::open(const OutputTarget& target) {
   close();
-  file_ = platform::File::createForWriting(path);
+  name_ = target.name();
+  bytes_ = target.bytes();
+  if (bytes_ == nullptr) {
+    file_ = platform::File::createForWriting(target.path());
+  }
   if (!buffer_) {
     buffer_ = std::make_unique_for_overwrite<char[]>(kBlockSize);
   }
   used_ = 0;
+  handed_ = 0;
 }
 
 void BufferedOutput::write(std::string_view bytes) {
@@ -34,7 +41,7 @@ void BufferedOutput::write(std::string_view bytes) {
   if (bytes.size() > kBlockSize - used_) {
     flush();
     if (bytes.size() > kBlockSize) {
-      file_.write(bytes);
+      hand(bytes);
       return;
     }
   }
@@ -44,20 +51,41 @@ void BufferedOutput::write(std::string_view bytes) {
 
 void BufferedOutput::seek(std::uint64_t offset) {
   flush();
-  file_.seek(offset);
+  if (bytes_ == nullptr) {
+    file_.seek(offset);
+  } else if (offset != handed_) {
+    throw std::ios_base::failure(name_ + ": cannot seek in what is written in order",
+                                 std::make_error_code(std::errc::invalid_seek));
+  }
+  handed_ = offset;
 }
 
 void BufferedOutput::flush() {
   if (used_ > 0) {
-    file_.write({buffer_.get(), std::exchange(used_, 0)});
+    hand({buffer_.get(), std::exchange(used_, 0)});
   }
 }
 
+void BufferedOutput::hand(std::span<const char> bytes) {
+  if (bytes_ == nullptr) {
+    file_.write(bytes);
+  } else {
+    bytes_->write(bytes);
+  }
+  handed_ += bytes.size();
+}
+
 void BufferedOutput::close() {
+  const std::shared_ptr<OutputBytes> bytes = std::move(bytes_);
   platform::File closing = std::move(file_);
+  const std::span<const char> left(buffer_.get(), std::exchange(used_, 0));
+  handed_ += left.size();
+  if (bytes != nullptr && !left.empty()) {
+    bytes->write(left);
+  }
   if (closing.isOpen()) {
-    if (used_ > 0) {
-      closing.write({buffer_.get(), std::exchange(used_, 0)});
+    if (!left.empty()) {
+      closing.write(left);
     }
     closing.close();
   }

@@ -1,12 +1,14 @@
-// Writing a file.
+// Writing a file, or bytes that a caller takes.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
+#include "io/output_target.hpp"
 #include "platform/files.hpp"
 
 namespace xlatr {
@@ -22,20 +24,28 @@ class BufferedOutput {
   BufferedOutput& operator=(BufferedOutput&&) = default;
 
   // Creates the file, or empties an existing one.
-  void open(const std::string& path);
-  [[nodiscard]] bool isOpen() const { return file_.isOpen(); }
+  void open(const OutputTarget& target);
+  [[nodiscard]] bool isOpen() const { return bytes_ != nullptr || file_.isOpen(); }
   void write(std::string_view bytes);
-  // Sets the offset, from the start of the file, of the next write. What was written before goes to the system.
+  // Sets the offset, from the start of the file, of the next write. What was written before goes to the system. Bytes
+  // that are no file are written in order: the offset must be the one that they have reached.
   void seek(std::uint64_t offset);
+  // The offset of the next write.
+  [[nodiscard]] std::uint64_t position() const { return handed_ + used_; }
   // Hands all that was written to the system.
   void flush();
   // Flushes and closes; no effect when no file is open.
   void close();
 
  private:
+  void hand(std::span<const char> bytes);
+
+  std::string name_;
   platform::File file_;
+  std::shared_ptr<OutputBytes> bytes_;  // null for a file
   std::unique_ptr<char[]> buffer_;
   std::size_t used_ = 0;
+  std::uint64_t handed_ = 0;  // the offset at which the buffer begins
 };
 
 }  // namespace xlatr

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "io/input_file.hpp"
+#include "io/output_target.hpp"
 #include "xlatr/xlatr.h"
 
 namespace xlatr {
@@ -84,10 +85,12 @@ struct FormatDescriptor {
   std::span<const FrameCapacity> (*frameCapacities)() = nullptr;
   // Whether its files are read from their first byte to their last one, so that they may come from a pipe.
   bool readsInOrder = false;
+  // The same of files that are written, so that they may go into a pipe.
+  bool writesInOrder = false;
   // Whether a file may be of the format, by its first 4 KiB.
   bool (*recognises)(std::string_view start) = nullptr;
   std::unique_ptr<FrameSource> (*openFrames)(const InputSource& input) = nullptr;
-  std::unique_ptr<FrameSink> (*createFrames)(const std::string& path, const StreamHead& head,
+  std::unique_ptr<FrameSink> (*createFrames)(const OutputTarget& target, const StreamHead& head,
                                              const SinkSettings& settings) = nullptr;
 
   [[nodiscard]] bool isSplitTarget(double version) const { return splitsByBus != nullptr && splitsByBus(version); }

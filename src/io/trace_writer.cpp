@@ -61,7 +61,7 @@ void TraceWriter::requireUsableTarget() const {
 
 void TraceWriter::open() {
   requireUsableTarget();
-  output_.open(targetPath_);
+  output_.open(outputTarget_ ? *outputTarget_ : OutputTarget(targetPath_));
   active_ = true;
 }
 
@@ -100,6 +100,11 @@ void TraceWriter::setOverrideExistingFile(bool overrideExistingFile) {
 void TraceWriter::setOwnerBus(std::int32_t bus) {
   requireInactive();
   ownerBus_ = bus;
+}
+
+void TraceWriter::setOutput(OutputTarget output) {
+  requireInactive();
+  outputTarget_ = std::move(output);
 }
 
 void TraceWriterText::open() {

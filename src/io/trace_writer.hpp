@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "io/buffered_output.hpp"
+#include "io/output_target.hpp"
 #include "io/trace_info.hpp"
 #include "messages/message.hpp"
 
@@ -47,6 +49,8 @@ class ITraceWriter {
   // The bus whose messages the writer is for, -1 for none.
   [[nodiscard]] virtual std::int32_t getOwnerBus() const = 0;
   virtual void setOwnerBus(std::int32_t bus) = 0;
+  // Where the bytes go once the writer is active, if not to the file of the target path.
+  virtual void setOutput(OutputTarget output) = 0;
   [[nodiscard]] virtual const std::string& getSourcePath() const = 0;
   virtual void setSourcePath(std::string path) = 0;
 
@@ -75,6 +79,7 @@ class TraceWriter : public ITraceWriter {
   void setOverrideExistingFile(bool overrideExistingFile) override;
   [[nodiscard]] std::int32_t getOwnerBus() const override { return ownerBus_; }
   void setOwnerBus(std::int32_t bus) override;
+  void setOutput(OutputTarget output) override;
   [[nodiscard]] const std::string& getSourcePath() const override { return sourcePath_; }
   void setSourcePath(std::string path) override { sourcePath_ = std::move(path); }
 
@@ -104,6 +109,7 @@ class TraceWriter : public ITraceWriter {
   std::string targetPath_;
   double targetVersion_;
   std::int32_t ownerBus_ = -1;
+  std::optional<OutputTarget> outputTarget_;  // nothing for the target path
   std::string sourcePath_;
   bool startKnown_ = false;
   double startDays_ = 0.0;

@@ -365,6 +365,99 @@ static void run_job_of_inputs(void) {
   CHECK(xlatr_job_close(job) == XLATR_OK && from[0].released == 2);
 }
 
+/* What an output takes, and how often it was released. */
+typedef struct taken_bytes {
+  char bytes[4096];
+  uint64_t size;
+  int released;
+  int fails;
+} taken_bytes;
+
+static int32_t take_bytes(void* context, const void* bytes, uint64_t count) {
+  taken_bytes* to = context;
+  if (to->fails != 0) {
+    return -1;
+  }
+  CHECK(to->size + count < sizeof to->bytes);
+  memcpy(to->bytes + to->size, bytes, (size_t)count);
+  to->size += count;
+  return 0;
+}
+
+static void release_bytes(void* context) {
+  ++((taken_bytes*)context)->released;
+}
+
+static xlatr_output output_to(taken_bytes* to) {
+  const xlatr_output output = {
+      .size = sizeof output, .write = take_bytes, .release = release_bytes, .context = to, .name = "pipe.csv"};
+  return output;
+}
+
+/* Traces that go to no files. */
+static void write_outputs(void) {
+  taken_bytes to = {{0}, 0, 0, 0};
+  xlatr_output output = output_to(&to);
+  const xlatr_output short_record = {.size = 4};
+  const char* const source = in_folder("a.trc");
+  xlatr_sink_options table = {.size = sizeof table, .version = 2.0};
+  xlatr_job_options options = {
+      .size = sizeof options, .sources = &source, .source_count = 1, .sink = &table, .output = &output};
+  xlatr_written written = {.size = sizeof written};
+  xlatr_batch batch = {.size = sizeof batch};
+  xlatr_stream* stream = open_stream(source);
+  xlatr_sink* sink = NULL;
+  xlatr_job* job = NULL;
+  CHECK(xlatr_sink_create_output(&output, NULL, &table, &sink) == XLATR_OK);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_OK && xlatr_sink_write(sink, &batch) == XLATR_OK);
+  CHECK(xlatr_sink_get_written(sink, 0, &written) == XLATR_END);
+  CHECK(xlatr_sink_finish(sink) == XLATR_OK && xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_sink_get_written(sink, 0, &written) == XLATR_OK && strcmp(written.path, "pipe.csv") == 0);
+  CHECK(written.bytes == to.size && written.frames == 4 && xlatr_sink_get_written(sink, 1, &written) == XLATR_END);
+  CHECK(xlatr_sink_close(sink) == XLATR_OK && to.released == 1);
+  CHECK(memcmp(to.bytes, "time_ns,kind,bus,", 17) == 0);
+  to.size = 0;
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_OK);
+  CHECK(xlatr_job_get_written(job, 0, &written) == XLATR_OK && written.bytes == to.size && written.frames == 4);
+  CHECK(xlatr_job_get_written(job, 1, &written) == XLATR_END);
+  CHECK(xlatr_job_close(job) == XLATR_OK && to.released == 2);
+  to.fails = 1;
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_ERROR_TARGET);
+  CHECK(strstr(xlatr_job_error(job), "pipe.csv: the caller's function can't write") != NULL);
+  CHECK(xlatr_job_close(job) == XLATR_OK && to.released == 3);
+  table.format = XLATR_FORMAT_MF4;
+  table.version = 0;
+  CHECK(xlatr_sink_create_output(&output, NULL, &table, &sink) == XLATR_ERROR_ARGUMENT && to.released == 4);
+  CHECK(strstr(xlatr_sink_error(sink), ".mf4 are not written in order") != NULL && xlatr_sink_close(sink) == XLATR_OK);
+  table.format = 0;
+  table.split_ns = 1;
+  CHECK(xlatr_sink_create_output(&output, NULL, &table, &sink) == XLATR_ERROR_ARGUMENT);
+  CHECK(strstr(xlatr_sink_error(sink), "only files can be split") != NULL && xlatr_sink_close(sink) == XLATR_OK);
+  table.split_ns = -1;
+  CHECK(xlatr_sink_create_output(&output, NULL, &table, &sink) == XLATR_ERROR_ARGUMENT);
+  CHECK(strstr(xlatr_sink_error(sink), "negative") != NULL && xlatr_sink_close(sink) == XLATR_OK);
+  output.write = NULL;
+  output.name = NULL;
+  CHECK(xlatr_sink_create_output(&output, NULL, NULL, &sink) == XLATR_ERROR_ARGUMENT && to.released == 7);
+  CHECK(strstr(xlatr_sink_error(sink), "the output: there is no function") != NULL);
+  CHECK(xlatr_sink_close(sink) == XLATR_OK);
+  CHECK(xlatr_sink_create_output(&short_record, NULL, NULL, &sink) == XLATR_ERROR_ARGUMENT);
+  CHECK(strstr(xlatr_sink_error(sink), "size") != NULL && xlatr_sink_close(sink) == XLATR_OK);
+  CHECK(xlatr_sink_create_output(NULL, NULL, NULL, NULL) == XLATR_ERROR_ARGUMENT);
+}
+
+/* The trace has a line that is not understood. */
+static void run_strict_job(void) {
+  const char* const source = in_folder("a.trc");
+  xlatr_job_options options = {
+      .size = sizeof options, .sources = &source, .source_count = 1, .target = in_folder("strict.trc"), .strict = 1};
+  xlatr_account account = {.size = sizeof account};
+  xlatr_job* job = NULL;
+  CHECK(xlatr_job_create(&options, &job) == XLATR_OK && xlatr_job_run(job) == XLATR_ERROR_INCOMPLETE);
+  CHECK(xlatr_job_get_account(job, &account) == XLATR_OK && account.read == 4);
+  CHECK(xlatr_job_close(job) == XLATR_OK && fopen(in_folder("strict.trc"), "rb") == NULL);
+}
+
 /* A log with a single FlexRay frame, which is passed over. */
 static void tell_what_is_passed_over(void) {
   static const uint8_t kObject[32] = {'L', 'O', 'B', 'J', 32, 0, 1, 0, 32, 0, 0, 0, 41, 0, 0, 0};
@@ -605,6 +698,8 @@ int main(int argc, char** argv) {
   read_inputs();
   refuse_inputs();
   run_job_of_inputs();
+  write_outputs();
+  run_strict_job();
   tell_what_is_passed_over();
   run_jobs();
   merge_streams();

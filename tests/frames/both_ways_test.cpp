@@ -131,10 +131,11 @@ class BothWays : public testing::Test {
     // The compatible way names the targets of sessions and buses, and a trace can hold its own name.
     const std::string complete = name.value_or("out" + std::string(formatOf(target.format).extension));
     const bool session = complete.starts_with("out_S");
-    static_cast<void>(runJob({.sources = {{source}},
-                              .target = folder_.path().string() + (session ? "//" : "/") + complete,
-                              .replacesTarget = true,
-                              .sink = {.version = target.version}}));
+    JobReport report;
+    runJob({.sources = {{source}},
+            .target = folder_.path().string() + (session ? "//" : "/") + complete,
+            .writing = {.replaces = true, .sink = {.version = target.version}}},
+           report);
     outcome.complete = contentOf(folder_, complete, target.format);
     return outcome;
   }

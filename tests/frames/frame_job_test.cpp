@@ -24,6 +24,12 @@ constexpr const char* kHeader =
     ";$STARTTIME=43894.5\r\n"
     ";$COLUMNS=N,O,T,B,I,d,R,L,D\r\n";
 
+JobReport run(const JobSettings& settings, const JobProgressFunction& progress = {}) {
+  JobReport report;
+  runJob(settings, report, progress);
+  return report;
+}
+
 class FrameJob : public testing::Test {
  protected:
   std::string writeTrc(const std::string& name, const std::string& lines) {
@@ -40,7 +46,7 @@ class FrameJob : public testing::Test {
   // The problem of a job, and what its failure says.
   void expectFailure(const JobSettings& settings, FrameProblem problem, const std::string& text) {
     try {
-      static_cast<void>(runJob(settings));
+      static_cast<void>(run(settings));
       ADD_FAILURE() << "no failure: " << text;
     } catch (const FrameFailure& failure) {
       EXPECT_EQ(failure.problem(), problem) << failure.what();
@@ -58,7 +64,8 @@ TEST_F(FrameJob, writesWhatItReads) {
                                       "2 2.5 FB 2 0124 Tx - 9 01 02 03 04 05 06 07 08 09 0A 0B 0C\r\n"
                                       "; lunch\r\n"
                                       "3 3.5 EV 1 an event\r\n");
-  const JobReport report = runJob({.sources = {{source}}, .target = folder_.file("b.trc"), .sink = {.version = 1.2}});
+  const JobReport report =
+      run({.sources = {{source}}, .target = folder_.file("b.trc"), .writing = {.sink = {.version = 1.2}}});
   EXPECT_EQ(report.account.read(), 4U);
   EXPECT_EQ(report.account.written(), 4U);
   EXPECT_EQ(report.account.commented(), 2U);
@@ -96,8 +103,10 @@ TEST_F(FrameJob, selects) {
       {{.fromNs = 2'000'000, .buses = {{1, 2}}, .kinds = kindBit(FrameKind::Data)}, {"2"}},
   };
   for (const Case& test : cases) {
-    const JobReport report = runJob(
-        {.sources = {{source}}, .target = folder_.file("b.trc"), .replacesTarget = true, .selection = test.selection});
+    const JobReport report = run({.sources = {{source}},
+                                  .target = folder_.file("b.trc"),
+                                  .writing = {.replaces = true},
+                                  .selection = test.selection});
     const auto target = openTrace(folder_.file("b.trc"));
     Texts ids;
     FrameBatch batch;
@@ -118,19 +127,19 @@ TEST_F(FrameJob, selects) {
 
 TEST_F(FrameJob, changesTimesAndBuses) {
   const std::string source = writeTrc("a.trc", "1 10.0 DT 1 0001 Rx - 0\r\n2 12.0 DT 2 0002 Rx - 0\r\n");
-  static_cast<void>(runJob({.sources = {{source}},
-                            .target = folder_.file("b.trc"),
-                            .changes = {.shiftNs = 1'000'000, .rebase = true, .buses = {{1, 7}, {7, 1}}}}));
+  static_cast<void>(run({.sources = {{source}},
+                         .target = folder_.file("b.trc"),
+                         .changes = {.shiftNs = 1'000'000, .rebase = true, .buses = {{1, 7}, {7, 1}}}}));
   EXPECT_EQ(read(folder_.file("b.trc")), (Texts{"1000000 data 7 1 Rx", "3000000 data 2 2 Rx"}));
   EXPECT_EQ(head_.start, (TraceStart{.sinceEpochNs = 1'583'323'200'010'000'000}));
 }
 
 TEST_F(FrameJob, rebasesToTheFirstWantedFrame) {
   const std::string source = writeTrc("a.trc", "1 10.0 DT 1 0001 Rx - 0\r\n2 12.0 DT 2 0002 Rx - 0\r\n");
-  static_cast<void>(runJob({.sources = {{source}},
-                            .target = folder_.file("b.trc"),
-                            .selection = {.buses = {{2, 2}}},
-                            .changes = {.rebase = true}}));
+  static_cast<void>(run({.sources = {{source}},
+                         .target = folder_.file("b.trc"),
+                         .selection = {.buses = {{2, 2}}},
+                         .changes = {.rebase = true}}));
   EXPECT_EQ(read(folder_.file("b.trc")), (Texts{"0 data 2 2 Rx"}));
   EXPECT_EQ(head_.start, (TraceStart{.sinceEpochNs = 1'583'323'200'012'000'000}));
 }
@@ -141,18 +150,53 @@ TEST_F(FrameJob, mergesByTime) {
                                           ";$FILEVERSION=2.1\r\n;$COLUMNS=N,O,T,B,I,d,R,L,D\r\n"
                                           ";   Start time: 04.03.2020 12:00:00.002.000\r\n"
                                           "1 0.5 DT 2 0003 Rx - 0\r\n2 3.0 DT 2 0004 Rx - 0\r\n");
-  const JobReport report = runJob({.sources = {{later}, {first}}, .target = folder_.file("c.trc")});
+  const JobReport report = run({.sources = {{later}, {first}}, .target = folder_.file("c.trc")});
   EXPECT_EQ(read(folder_.file("c.trc")),
             (Texts{"1000000 data 1 1 Rx", "2500000 data 2 3 Rx", "5000000 data 2 4 Rx", "5000000 data 1 2 Rx"}));
   EXPECT_EQ(head_.start, (TraceStart{.sinceEpochNs = 1'583'323'200'000'000'000}));
   EXPECT_EQ(report.account.read(), 4U);
 }
 
+// Recordings of one another after the other, and a third one that states an hour later.
+TEST_F(FrameJob, mergesAsIfStartedTogetherOrWithoutGaps) {
+  const auto recording = [this](const std::string& name, const std::string& start, const std::string& lines) {
+    return folder_.write(name, ";$FILEVERSION=2.1\r\n;$COLUMNS=N,O,T,B,I,d,R,L,D\r\n;   Start time: 04.03.2020 " +
+                                   start + ".000.000\r\n" + lines);
+  };
+  const std::string first = recording("a.trc", "12:00:00", "1 1.0 DT 1 0001 Rx - 0\r\n2 9.0 DT 1 0002 Rx - 0\r\n");
+  const std::string within = recording("b.trc", "12:00:00", "1 5.0 DT 2 0003 Rx - 0\r\n");
+  const std::string later = recording("c.trc", "13:00:00", "1 2.0 DT 3 0004 Rx - 0\r\n2 4.0 DT 3 0005 Rx - 0\r\n");
+  JobSettings settings{.sources = {{later}, {first}, {within}},
+                       .target = folder_.file("t.trc"),
+                       .writing = {.replaces = true},
+                       .merging = {.alignsStarts = true}};
+  static_cast<void>(run(settings));
+  EXPECT_EQ(read(folder_.file("t.trc")), (Texts{"1000000 data 1 1 Rx", "2000000 data 3 4 Rx", "4000000 data 3 5 Rx",
+                                                "5000000 data 2 3 Rx", "9000000 data 1 2 Rx"}));
+  settings.merging = {.closesGaps = true};
+  static_cast<void>(run(settings));
+  EXPECT_EQ(read(folder_.file("t.trc")), (Texts{"1000000 data 1 1 Rx", "5000000 data 2 3 Rx", "9000000 data 1 2 Rx",
+                                                "9000000 data 3 4 Rx", "11000000 data 3 5 Rx"}));
+}
+
+TEST_F(FrameJob, selectsByTheClockOfTheTrace) {
+  const std::string source = writeTrc("a.trc", "1 1.0 DT 1 0001 Rx - 0\r\n2 2.0 DT 1 0002 Rx - 0\r\n");
+  constexpr std::int64_t kStart = 1'583'323'200'000'000'000;
+  JobSettings settings{.sources = {{source}},
+                       .target = folder_.file("b.trc"),
+                       .selection = {.fromNs = kStart + 1'500'000, .untilNs = kStart + 9'000'000, .absolute = true}};
+  static_cast<void>(run(settings));
+  EXPECT_EQ(read(folder_.file("b.trc")), (Texts{"2000000 data 1 2 Rx"}));
+  settings.sources = {{folder_.write("c.trc", ";$FILEVERSION=2.1\r\n;$COLUMNS=N,O,T,B,I,d,R,L,D\r\n")}};
+  settings.writing.replaces = true;
+  expectFailure(settings, FrameProblem::BadArgument, "c.trc: the trace does not say when it started");
+}
+
 TEST_F(FrameJob, canBeCancelledAndLeavesNoTarget) {
   const std::string source = writeTrc("a.trc", "1 1.0 DT 1 0001 Rx - 0\r\n");
   const std::string target = folder_.file("b.trc");
-  EXPECT_THROW(static_cast<void>(runJob({.sources = {{source}}, .target = target},
-                                        [](const JobProgress& progress) { return progress.framesRead == 0; })),
+  EXPECT_THROW(static_cast<void>(run({.sources = {{source}}, .target = target},
+                                     [](const JobProgress& progress) { return progress.framesRead == 0; })),
                FrameFailure);
   EXPECT_FALSE(std::filesystem::exists(target));
 }
@@ -167,11 +211,11 @@ TEST_F(FrameJob, refusesWhatItCantDo) {
   expectFailure({.sources = {{folder_.file("missing.trc")}}, .target = folder_.file("b.trc")}, FrameProblem::NotFound,
                 "missing.trc: there is no such file");
   expectFailure({.sources = {{source}}, .target = existing}, FrameProblem::TargetExists, "there.trc: the file exists");
-  expectFailure({.sources = {{source}}, .target = link, .replacesTarget = true}, FrameProblem::TargetIsSource,
+  expectFailure({.sources = {{source}}, .target = link, .writing = {.replaces = true}}, FrameProblem::TargetIsSource,
                 "link.trc: the target is the source");
   expectFailure({.sources = {{source}}, .target = folder_.file("b.xyz")}, FrameProblem::NotWritten,
                 "the extension names no format");
-  expectFailure({.sources = {{source}}, .target = folder_.file("b.trc"), .sink = {.version = 9.0}},
+  expectFailure({.sources = {{source}}, .target = folder_.file("b.trc"), .writing = {.sink = {.version = 9.0}}},
                 FrameProblem::NotWritten, "there is no version 9.0 of .trc; there are 1.0, 1.1");
   expectFailure({.sources = {{folder_.write("archive.trc", "PK\x03\x04 and more")}}, .target = folder_.file("b.trc")},
                 FrameProblem::NotATrace, "a zip archive");

@@ -68,10 +68,11 @@ class FramePairs : public testing::Test {
   void expectSums(const FrameTarget& kind, const std::string& source, std::uint64_t frames, const FrameTarget& target) {
     SCOPED_TRACE(kind.name() + " to " + target.name());
     const std::string path = folder_.file("target" + std::string(target.format->extension));
-    const JobReport report = runJob({.sources = {{source, kind.format->format}},
-                                     .target = path,
-                                     .replacesTarget = true,
-                                     .sink = target.settings()});
+    JobReport report;
+    runJob({.sources = {{source, kind.format->format}},
+            .target = path,
+            .writing = {.replaces = true, .sink = target.settings()}},
+           report);
     EXPECT_EQ(report.account.read(), frames);
     expectSums(report.account);
     EXPECT_EQ(countFrames(path, *target.format).read(), report.account.written());

@@ -1,6 +1,7 @@
 #include "frames/target_file.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -14,8 +15,6 @@ namespace xlatr {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr TraceFormat kByExtension = XLATR_FORMAT_NONE;
 
 std::string contentOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -41,13 +40,13 @@ class TargetFileTest : public testing::Test {
  protected:
   // A target with one frame in it.
   void begin(TargetFile& target) {
-    target.create(kByExtension, StreamHead{}, SinkSettings{});
+    target.create(StreamHead{});
     FrameBatch batch;
     batch.append(Frame{.id = 0x123});
     target.write(batch, account_);
   }
   void write(const std::string& path, bool replaces) {
-    TargetFile target(path, replaces);
+    TargetFile target(path, {.replaces = replaces});
     begin(target);
     target.finish();
   }
@@ -59,7 +58,7 @@ class TargetFileTest : public testing::Test {
 
 TEST_F(TargetFileTest, hasItsNameOnlyWhenItIsWhole) {
   {
-    TargetFile target(path_, false);
+    TargetFile target(path_, {});
     EXPECT_FALSE(target.isOpen());
     begin(target);
     EXPECT_TRUE(target.isOpen());
@@ -77,7 +76,7 @@ TEST_F(TargetFileTest, hasItsNameOnlyWhenItIsWhole) {
 
 TEST_F(TargetFileTest, isRemovedUnlessItIsFinished) {
   {
-    TargetFile target(path_, false);
+    TargetFile target(path_, {});
     begin(target);
   }
   EXPECT_EQ(filesIn(folder_.path().string()), 0U);
@@ -85,9 +84,9 @@ TEST_F(TargetFileTest, isRemovedUnlessItIsFinished) {
 
 TEST_F(TargetFileTest, leavesTheOldFileUntilTheNewOneIsWhole) {
   static_cast<void>(folder_.write("drive.trc", "old"));
-  expectFailure(FrameProblem::TargetExists, path_ + ": the file exists", [&] { TargetFile(path_, false); });
+  expectFailure(FrameProblem::TargetExists, path_ + ": the file exists", [&] { TargetFile(path_, {}); });
   {
-    TargetFile target(path_, true);
+    TargetFile target(path_, {.replaces = true});
     begin(target);
     EXPECT_EQ(contentOf(path_), "old");
   }
@@ -97,6 +96,44 @@ TEST_F(TargetFileTest, leavesTheOldFileUntilTheNewOneIsWhole) {
   EXPECT_NE(contentOf(path_), "old");
   EXPECT_EQ(fs::status(path_).permissions(), fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
   EXPECT_EQ(filesIn(folder_.path().string()), 1U);
+}
+
+// The place was free when the second one looked, and the first one has finished since.
+TEST_F(TargetFileTest, doesNotReplaceWhatAnotherFinishedMeanwhile) {
+  TargetFile second(path_, {});
+  write(path_, false);
+  const std::string first = contentOf(path_);
+  expectFailure(FrameProblem::TargetExists, path_ + ": the file exists", [&] { begin(second); });
+  EXPECT_EQ(contentOf(path_), first);
+}
+
+TEST_F(TargetFileTest, keepsAFragmentUnderANameThatSaysSo) {
+  {
+    TargetFile target(path_, {.keepsPartial = true});
+    begin(target);
+  }
+  EXPECT_FALSE(fs::exists(path_));
+  EXPECT_NE(contentOf(folder_.file("drive.partial.trc")).find("0123"), std::string::npos);
+  EXPECT_EQ(filesIn(folder_.path().string()), 1U);
+  {
+    TargetFile target(path_, {.keepsPartial = true});
+    begin(target);
+    target.finish();
+  }
+  EXPECT_TRUE(fs::exists(path_));
+  EXPECT_EQ(filesIn(folder_.path().string()), 2U);
+}
+
+// Nobody who waits for the other end of a pipe, and nothing behind a link.
+TEST_F(TargetFileTest, writesBesideItsNameIntoAFileAlone) {
+  const std::string victim = folder_.write("victim", "kept");
+  fs::create_symlink(victim, folder_.file(".drive.trc.xlatr-part"));
+  TargetFile target(path_, {});
+  expectFailure(FrameProblem::TargetRefused, path_ + ": cannot create", [&] { begin(target); });
+  EXPECT_EQ(contentOf(victim), "kept");
+  fs::remove(folder_.file(".drive.trc.xlatr-part"));
+  ASSERT_EQ(mkfifo(folder_.file(".drive.trc.xlatr-part").c_str(), 0600), 0);
+  expectFailure(FrameProblem::TargetRefused, path_ + ": cannot create", [&] { begin(target); });
 }
 
 TEST_F(TargetFileTest, replacesTheFileBehindALink) {
@@ -115,17 +152,17 @@ TEST_F(TargetFileTest, writesOverWhatAKilledProcessLeft) {
 }
 
 TEST_F(TargetFileTest, refusesATargetThatIsBeingWritten) {
-  TargetFile first(path_, false);
+  TargetFile first(path_, {});
   begin(first);
-  TargetFile second(path_, false);
+  TargetFile second(path_, {});
   expectFailure(FrameProblem::TargetRefused, path_ + ": another conversion", [&] { begin(second); });
   first.finish();
   EXPECT_TRUE(fs::exists(path_));
 }
 
 TEST_F(TargetFileTest, writesToADeviceAsItIs) {
-  TargetFile target("/dev/null", false);
-  target.create(XLATR_FORMAT_TRC, StreamHead{}, SinkSettings{});
+  TargetFile target("/dev/null", {.format = XLATR_FORMAT_TRC});
+  target.create(StreamHead{});
   target.finish();
   EXPECT_TRUE(fs::is_character_file("/dev/null"));
   EXPECT_FALSE(fs::exists("/dev/.null.xlatr-part"));
@@ -133,15 +170,15 @@ TEST_F(TargetFileTest, writesToADeviceAsItIs) {
 
 TEST_F(TargetFileTest, tellsWhatTheSystemRefuses) {
   expectFailure(FrameProblem::TargetRefused, folder_.path().string() + ": this is a folder",
-                [&] { TargetFile(folder_.path().string(), true); });
-  TargetFile nowhere(folder_.file("none/a.trc"), false);
+                [&] { TargetFile(folder_.path().string(), {.replaces = true}); });
+  TargetFile nowhere(folder_.file("none/a.trc"), {});
   expectFailure(FrameProblem::TargetRefused, folder_.file("none/a.trc") + ": cannot create", [&] { begin(nowhere); });
-  TargetFile full("/dev/full", false);
+  TargetFile full("/dev/full", {.format = XLATR_FORMAT_TRC});
   expectFailure(FrameProblem::TargetRefused, "/dev/full: cannot write", [&] {
-    full.create(XLATR_FORMAT_TRC, StreamHead{}, SinkSettings{});
+    full.create(StreamHead{});
     full.finish();
   });
-  TargetFile unknown(folder_.file("a.xyz"), false);
+  TargetFile unknown(folder_.file("a.xyz"), {});
   expectFailure(FrameProblem::NotWritten, folder_.file("a.xyz"), [&] { begin(unknown); });
   EXPECT_EQ(filesIn(folder_.path().string()), 0U);
 }

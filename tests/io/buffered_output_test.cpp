@@ -56,7 +56,7 @@ TEST(BufferedOutput, closesInItsDestructor) {
 
 TEST(BufferedOutput, raisesAFullDiskOnceWithTheReason) {
   BufferedOutput output;
-  output.open("/dev/full");
+  output.open(std::string("/dev/full"));
   output.write("text");
   try {
     output.close();

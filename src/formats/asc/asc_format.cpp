@@ -63,6 +63,7 @@ constinit const FormatDescriptor kAscFormat = {
     .makeWriter = makePlainWriter<AscWriter>,
     .frameCapacities = ascCapacities,
     .readsInOrder = true,
+    .writesInOrder = true,
     .recognises = looksLikeAsc,
     .openFrames = openAscFrames,
     .createFrames = createAscFrames,

@@ -320,7 +320,7 @@ class AscFrameLines {
  public:
   static constexpr std::string_view kCommentMark = "//";
 
-  AscFrameLines(const std::string& /*path*/, const StreamHead& head, const SinkSettings& settings)
+  AscFrameLines(const OutputTarget& /*target*/, const StreamHead& head, const SinkSettings& settings)
       : capacity_(capacityOfVersion(kCapacities, settings.version)), form8_(isForm8(capacity_.version)) {
     if (head.start) {
       start_ = head.start->sinceEpochNs;
@@ -392,9 +392,9 @@ std::unique_ptr<FrameSource> openAscFrames(const InputSource& input) {
   return std::make_unique<TextFrameSource<AscLines>>(input);
 }
 
-std::unique_ptr<FrameSink> createAscFrames(const std::string& path, const StreamHead& head,
+std::unique_ptr<FrameSink> createAscFrames(const OutputTarget& target, const StreamHead& head,
                                            const SinkSettings& settings) {
-  return std::make_unique<TextFrameSink<AscFrameLines>>(path, head, settings);
+  return std::make_unique<TextFrameSink<AscFrameLines>>(target, head, settings);
 }
 
 }  // namespace xlatr

@@ -10,6 +10,7 @@
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
 #include "io/input_file.hpp"
+#include "io/output_target.hpp"
 
 namespace xlatr {
 
@@ -23,7 +24,7 @@ namespace xlatr {
 [[nodiscard]] std::unique_ptr<FrameSource> openAscFrames(const InputSource& input);
 
 // A file of frames. Below 8.0 the form is that of 7.0.0, from there on that of 8.1.0.
-[[nodiscard]] std::unique_ptr<FrameSink> createAscFrames(const std::string& path, const StreamHead& head,
+[[nodiscard]] std::unique_ptr<FrameSink> createAscFrames(const OutputTarget& target, const StreamHead& head,
                                                          const SinkSettings& settings);
 
 }  // namespace xlatr

@@ -29,6 +29,7 @@ constinit const FormatDescriptor kCsvFormat = {
     .makeWriter = makeCsvWriter,
     .frameCapacities = csvCapacities,
     .readsInOrder = true,
+    .writesInOrder = true,
     .recognises = looksLikeCsv,
     .openFrames = openCsvFrames,
     .createFrames = createCsvFrames,

@@ -159,7 +159,7 @@ class CsvRowFrameLines {
  public:
   static constexpr std::string_view kCommentMark = {};
 
-  CsvRowFrameLines(const std::string& /*path*/, const StreamHead& head, const SinkSettings& settings)
+  CsvRowFrameLines(const OutputTarget& /*target*/, const StreamHead& head, const SinkSettings& settings)
       : head_(head), row_(settings.separator) {}
 
   [[nodiscard]] static const FrameCapacity& capacity() { return kCapacities.front(); }
@@ -256,12 +256,12 @@ std::unique_ptr<FrameSource> openCsvFrames(const InputSource& input) {
   return std::make_unique<TextFrameSource<CsvRowLines>>(input, CsvRowLines(kind == TableKind::Rows));
 }
 
-std::unique_ptr<FrameSink> createCsvFrames(const std::string& path, const StreamHead& head,
+std::unique_ptr<FrameSink> createCsvFrames(const OutputTarget& target, const StreamHead& head,
                                            const SinkSettings& settings) {
   if (settings.version == kTable) {
-    return createCsvTable(path, head, kCapacities.back());
+    return createCsvTable(target, head, kCapacities.back());
   }
-  return std::make_unique<TextFrameSink<CsvRowFrameLines>>(path, head, settings);
+  return std::make_unique<TextFrameSink<CsvRowFrameLines>>(target, head, settings);
 }
 
 }  // namespace xlatr

@@ -118,8 +118,8 @@ class TableSource final : public FrameSource {
 
 class TableSink final : public FrameSink {
  public:
-  TableSink(const std::string& path, const StreamHead& head, const FrameCapacity& capacity) : capacity_(capacity) {
-    output_.open(path);
+  TableSink(const OutputTarget& target, const StreamHead& head, const FrameCapacity& capacity) : capacity_(capacity) {
+    output_.open(target);
     appendCsvTableHeader(out_);
     appendCsvTableHead(text_, head);
     appendComment(0);
@@ -139,6 +139,8 @@ class TableSink final : public FrameSink {
     hand();
     output_.close();
   }
+
+  [[nodiscard]] std::uint64_t bytesWritten() const override { return output_.position() + out_.size(); }
 
  private:
   static constexpr std::size_t kBlock = std::size_t{1} << 16;
@@ -197,9 +199,9 @@ std::unique_ptr<FrameSource> openCsvTable(const InputSource& input) {
   return std::make_unique<TableSource>(input);
 }
 
-std::unique_ptr<FrameSink> createCsvTable(const std::string& path, const StreamHead& head,
+std::unique_ptr<FrameSink> createCsvTable(const OutputTarget& target, const StreamHead& head,
                                           const FrameCapacity& capacity) {
-  return std::make_unique<TableSink>(path, head, capacity);
+  return std::make_unique<TableSink>(target, head, capacity);
 }
 
 }  // namespace xlatr

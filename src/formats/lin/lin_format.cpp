@@ -50,6 +50,7 @@ constinit const FormatDescriptor kLinFormat = {
     .makeSources = makeOneSource<LinSource>,
     .frameCapacities = linCapacities,
     .readsInOrder = true,
+    .writesInOrder = true,
     .recognises = looksLikeLin,
     .openFrames = openLinFrames,
     .createFrames = createLinFrames,

@@ -169,7 +169,7 @@ void giveMessage(const Frame& frame, KorlMessage& message) {
 // The lines of a LIN trace, for TextFrameSink.
 class LinFrameLines : public SemicolonComments {
  public:
-  LinFrameLines(const std::string& /*path*/, const StreamHead& head, const SinkSettings& settings)
+  LinFrameLines(const OutputTarget& /*target*/, const StreamHead& head, const SinkSettings& settings)
       : capacity_(capacityOfVersion(kCapacities, settings.version)), head_(head) {}
 
   [[nodiscard]] const FrameCapacity& capacity() const { return capacity_; }
@@ -219,9 +219,9 @@ std::unique_ptr<FrameSource> openLinFrames(const InputSource& input) {
   return std::make_unique<TextFrameSource<LinLines>>(input);
 }
 
-std::unique_ptr<FrameSink> createLinFrames(const std::string& path, const StreamHead& head,
+std::unique_ptr<FrameSink> createLinFrames(const OutputTarget& target, const StreamHead& head,
                                            const SinkSettings& settings) {
-  return std::make_unique<TextFrameSink<LinFrameLines>>(path, head, settings);
+  return std::make_unique<TextFrameSink<LinFrameLines>>(target, head, settings);
 }
 
 }  // namespace xlatr

@@ -10,6 +10,7 @@
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
 #include "io/input_file.hpp"
+#include "io/output_target.hpp"
 
 namespace xlatr {
 
@@ -23,7 +24,7 @@ namespace xlatr {
 [[nodiscard]] std::unique_ptr<FrameSource> openLinFrames(const InputSource& input);
 
 // A file of frames.
-[[nodiscard]] std::unique_ptr<FrameSink> createLinFrames(const std::string& path, const StreamHead& head,
+[[nodiscard]] std::unique_ptr<FrameSink> createLinFrames(const OutputTarget& target, const StreamHead& head,
                                                          const SinkSettings& settings);
 
 }  // namespace xlatr

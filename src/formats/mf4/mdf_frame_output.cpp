@@ -28,11 +28,11 @@ void setStart(HeaderBlockData& data, const std::optional<TraceStart>& start) {
 
 }  // namespace
 
-MdfFrameOutput::MdfFrameOutput(const std::string& path, const std::optional<TraceStart>& start,
+MdfFrameOutput::MdfFrameOutput(const OutputTarget& target, const std::optional<TraceStart>& start,
                                const MdfFrameOutputForm& form)
     : form_(form), groupOf_(kMdfFrameGroupCount * kBusCount, kNoGroup) {
   sharedGroups_.fill(kNoGroup);
-  output_.open(path);
+  output_.open(target);
   writeTree(start);
 }
 

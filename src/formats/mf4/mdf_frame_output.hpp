@@ -14,6 +14,7 @@
 #include "formats/mf4/mdf_frame_schema.hpp"
 #include "frames/frame_stream.hpp"
 #include "io/buffered_output.hpp"
+#include "io/output_target.hpp"
 
 namespace xlatr {
 
@@ -33,7 +34,7 @@ class MdfFrameOutput {
  public:
   static constexpr std::size_t kBusCount = 256;
 
-  MdfFrameOutput(const std::string& path, const std::optional<TraceStart>& start, const MdfFrameOutputForm& form);
+  MdfFrameOutput(const OutputTarget& target, const std::optional<TraceStart>& start, const MdfFrameOutputForm& form);
 
   MdfFrameOutput(const MdfFrameOutput&) = delete;
   MdfFrameOutput& operator=(const MdfFrameOutput&) = delete;
@@ -49,6 +50,8 @@ class MdfFrameOutput {
   // Puts a payload into the signal data of the record's group, and returns what stands for it in the record.
   [[nodiscard]] std::uint64_t store(MdfFrameGroup kind, std::uint16_t bus, std::span<const std::uint8_t> payload);
   void close();
+  // Where the next block of the file goes.
+  [[nodiscard]] std::uint64_t end() const { return end_; }
 
  private:
   // 128 KiB, since there may be one for each bus.

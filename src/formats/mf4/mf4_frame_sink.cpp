@@ -131,11 +131,11 @@ class RecordFiller {
 
 class Mf4FrameSink final : public FrameSink {
  public:
-  Mf4FrameSink(const std::string& path, const StreamHead& head, const SinkSettings& settings)
+  Mf4FrameSink(const OutputTarget& target, const StreamHead& head, const SinkSettings& settings)
       : capacity_(capacityOfVersion(kCapacities, settings.version)),
         compact_(settings.compact),
         zipped_(settings.zipped),
-        output_(path, head.start, formOf(capacity_.version, settings)) {}
+        output_(target, head.start, formOf(capacity_.version, settings)) {}
 
   void write(const FrameBatch& batch, Account& account) override {
     for (std::size_t row = 0; row < batch.size(); ++row) {
@@ -155,6 +155,8 @@ class Mf4FrameSink final : public FrameSink {
     }
     output_.close();
   }
+
+  [[nodiscard]] std::uint64_t bytesWritten() const override { return output_.end(); }
 
  private:
   static MdfFrameOutputForm formOf(double version, const SinkSettings& settings);
@@ -310,9 +312,9 @@ std::span<const FrameCapacity> mf4Capacities() {
   return kCapacities;
 }
 
-std::unique_ptr<FrameSink> createMf4Frames(const std::string& path, const StreamHead& head,
+std::unique_ptr<FrameSink> createMf4Frames(const OutputTarget& target, const StreamHead& head,
                                            const SinkSettings& settings) {
-  return std::make_unique<Mf4FrameSink>(path, head, settings);
+  return std::make_unique<Mf4FrameSink>(target, head, settings);
 }
 
 }  // namespace xlatr

@@ -367,13 +367,13 @@ SessionDateTime sessionStartOf(const StreamHead& head) {
 
 class BtrFrameSink final : public FrameSink {
  public:
-  BtrFrameSink(const std::string& path, const StreamHead& head, const SinkSettings& settings)
+  BtrFrameSink(const OutputTarget& target, const StreamHead& head, const SinkSettings& settings)
       : capacity_(btrCapacityOf(settings)) {
     SessionDescriptor session;
     session.version = static_cast<std::uint8_t>(std::lround(capacity_.version));
     session.dateAndTime = sessionStartOf(head);
     session.startLocation.sector = BtrSectorOutput::kFirstDataSector;
-    output_.open(path);
+    output_.open(target);
     sectors_.begin(session);
   }
 
@@ -387,6 +387,8 @@ class BtrFrameSink final : public FrameSink {
     sectors_.flushSector();
     output_.close();
   }
+
+  [[nodiscard]] std::uint64_t bytesWritten() const override { return output_.position(); }
 
  private:
   void write(const Frame& frame, Account& account);
@@ -477,9 +479,9 @@ std::unique_ptr<FrameSource> openBtrSessionFrames(const InputSource& input, std:
   return place < source->sessions() ? std::move(source) : nullptr;
 }
 
-std::unique_ptr<FrameSink> createBtrFrames(const std::string& path, const StreamHead& head,
+std::unique_ptr<FrameSink> createBtrFrames(const OutputTarget& target, const StreamHead& head,
                                            const SinkSettings& settings) {
-  return std::make_unique<BtrFrameSink>(path, head, settings);
+  return std::make_unique<BtrFrameSink>(target, head, settings);
 }
 
 }  // namespace xlatr

@@ -11,6 +11,7 @@
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
 #include "io/input_file.hpp"
+#include "io/output_target.hpp"
 
 namespace xlatr {
 
@@ -30,7 +31,7 @@ namespace xlatr {
 [[nodiscard]] std::unique_ptr<FrameSource> openBtrSessionFrames(const InputSource& input, std::size_t place);
 
 // A file of frames, in one session. Frames must come in the order of their buses' times: see FrameCapacity::stepBackNs.
-[[nodiscard]] std::unique_ptr<FrameSink> createBtrFrames(const std::string& path, const StreamHead& head,
+[[nodiscard]] std::unique_ptr<FrameSink> createBtrFrames(const OutputTarget& target, const StreamHead& head,
                                                          const SinkSettings& settings);
 
 }  // namespace xlatr

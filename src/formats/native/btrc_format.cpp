@@ -86,6 +86,7 @@ constinit const FormatDescriptor kBtrcFormat = {
     .makeWriter = makePlainWriter<BtrcWriter>,
     .frameCapacities = btrcCapacities,
     .readsInOrder = true,
+    .writesInOrder = true,
     .recognises = looksLikeBtrc,
     .openFrames = openBtrcFrames,
     .createFrames = createBtrcFrames,

@@ -379,10 +379,10 @@ constexpr std::array kBtrcCapacities = {capacity()};
 
 class BtrcFrameSink final : public FrameSink {
  public:
-  BtrcFrameSink(const std::string& path, const StreamHead& head) {
+  BtrcFrameSink(const OutputTarget& target, const StreamHead& head) {
     const DateTime start = dateTimeOfStart(head.start ? head.start->sinceEpochNs : kNoStartNs);
     times_.start = btrcSystemTime(start).count();
-    output_.open(path);
+    output_.open(target);
     blocks_.begin();
     appendBtrcHead(record_, start);
     blocks_.writeHead(record_);
@@ -398,6 +398,8 @@ class BtrcFrameSink final : public FrameSink {
     blocks_.finish();
     output_.close();
   }
+
+  [[nodiscard]] std::uint64_t bytesWritten() const override { return output_.position(); }
 
  private:
   void write(const Frame& frame, Account& account);
@@ -477,9 +479,9 @@ std::unique_ptr<FrameSource> openBtrcFrames(const InputSource& input) {
   return std::make_unique<BtrcFrameSource>(input);
 }
 
-std::unique_ptr<FrameSink> createBtrcFrames(const std::string& path, const StreamHead& head,
+std::unique_ptr<FrameSink> createBtrcFrames(const OutputTarget& target, const StreamHead& head,
                                             const SinkSettings& /*settings*/) {
-  return std::make_unique<BtrcFrameSink>(path, head);
+  return std::make_unique<BtrcFrameSink>(target, head);
 }
 
 }  // namespace xlatr

@@ -62,6 +62,7 @@ constinit const FormatDescriptor kTrcFormat = {
     .makeWriter = makePlainWriter<TrcWriter>,
     .frameCapacities = trcCapacities,
     .readsInOrder = true,
+    .writesInOrder = true,
     .recognises = looksLikeTrc,
     .openFrames = openTrcFrames,
     .createFrames = createTrcFrames,

@@ -460,8 +460,8 @@ const TrcVersion& versionOf(const SinkSettings& settings) {
 // The lines of a TRC file, for TextFrameSink.
 class TrcFrameLines : public SemicolonComments {
  public:
-  TrcFrameLines(const std::string& path, const StreamHead& head, const SinkSettings& settings)
-      : version_(versionOf(settings)), path_(settings.name.empty() ? path : settings.name), head_(head) {}
+  TrcFrameLines(const OutputTarget& target, const StreamHead& head, const SinkSettings& settings)
+      : version_(versionOf(settings)), path_(target.name()), head_(head) {}
 
   [[nodiscard]] const FrameCapacity& capacity() const { return capacityOf(version_); }
 
@@ -519,9 +519,9 @@ std::unique_ptr<FrameSource> openTrcFrames(const InputSource& input) {
   return std::make_unique<TextFrameSource<TrcLines>>(input);
 }
 
-std::unique_ptr<FrameSink> createTrcFrames(const std::string& path, const StreamHead& head,
+std::unique_ptr<FrameSink> createTrcFrames(const OutputTarget& target, const StreamHead& head,
                                            const SinkSettings& settings) {
-  return std::make_unique<TextFrameSink<TrcFrameLines>>(path, head, settings);
+  return std::make_unique<TextFrameSink<TrcFrameLines>>(target, head, settings);
 }
 
 }  // namespace xlatr

@@ -10,6 +10,7 @@
 #include "frames/frame_sink.hpp"
 #include "frames/frame_stream.hpp"
 #include "io/input_file.hpp"
+#include "io/output_target.hpp"
 
 namespace xlatr {
 
@@ -24,7 +25,7 @@ namespace xlatr {
 [[nodiscard]] std::unique_ptr<FrameSource> openTrcFrames(const InputSource& input);
 
 // A file of frames.
-[[nodiscard]] std::unique_ptr<FrameSink> createTrcFrames(const std::string& path, const StreamHead& head,
+[[nodiscard]] std::unique_ptr<FrameSink> createTrcFrames(const OutputTarget& target, const StreamHead& head,
                                                          const SinkSettings& settings);
 
 }  // namespace xlatr

@@ -21,6 +21,13 @@ namespace {
   throw std::ios_base::failure(path + ": cannot " + action, std::error_code(error, std::generic_category()));
 }
 
+void requireRegular(int descriptor, const std::string& path, const char* action) {
+  struct stat status {};
+  if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+    raise(path, action, S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP);
+  }
+}
+
 // Some systems refuse or cut a transfer of 2 GiB and more.
 constexpr std::size_t kLargestTransfer = std::size_t{1} << 30;
 
@@ -91,10 +98,7 @@ File File::openForReading(const std::string& path) {
   if (!file.isOpen()) {
     raise(path, "open", errno);
   }
-  struct stat status {};
-  if (::fstat(file.descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
-    raise(path, "open", S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP);
-  }
+  requireRegular(file.descriptor_, path, "open");
   return file;
 }
 
@@ -108,10 +112,13 @@ File File::createForWriting(const std::string& path) {
 
 File File::lockForWriting(const std::string& path) {
   for (;;) {
-    File file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kAllMayReadAndWrite), path);
+    // Somebody else's link or pipe at that place is no place to write to.
+    File file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kAllMayReadAndWrite),
+              path);
     if (!file.isOpen()) {
       raise(path, "create", errno);
     }
+    requireRegular(file.descriptor_, path, "create");
     if (::flock(file.descriptor_, LOCK_EX | LOCK_NB) != 0) {
       if (errno == EWOULDBLOCK) {
         return {};

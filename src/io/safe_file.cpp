@@ -1,0 +1,118 @@
+#include "io/safe_file.hpp"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include "platform/module_path.hpp"
+#include "util/utf8.hpp"
+
+namespace xlatr {
+namespace {
+
+struct FolderAndName {
+  std::string_view folder;  // with its separator
+  std::string_view name;
+};
+
+FolderAndName cut(std::string_view path) {
+  const std::size_t nameAt = path.rfind(platform::pathSeparator()) + 1;
+  return {path.substr(0, nameAt), path.substr(nameAt)};
+}
+
+// As much of a name as file systems have room for beside what is put around it.
+std::string_view shortened(std::string_view name, std::size_t added) {
+  constexpr std::size_t kLongestName = 255;  // bytes, of most file systems
+  return name.substr(0, utf8Boundary(name, std::min(name.size(), kLongestName - added)));
+}
+
+// ".drive.trc.xlatr-part": hidden, in the target's folder, and the same each time, so that a fragment is found again.
+std::string nameBeside(std::string_view path) {
+  constexpr std::string_view kEnd = ".xlatr-part";
+  const auto [folder, name] = cut(path);
+  return std::string(folder).append(".").append(shortened(name, kEnd.size() + 1)).append(kEnd);
+}
+
+// "drive.partial.trc".
+std::string partialName(std::string_view path) {
+  constexpr std::string_view kMark = ".partial";
+  const auto [folder, name] = cut(path);
+  const std::size_t point = name.rfind('.');
+  const std::string_view stem = name.substr(0, point);
+  const std::string_view extension = point == std::string_view::npos ? "" : name.substr(point);
+  return std::string(folder).append(shortened(stem, kMark.size() + extension.size())).append(kMark).append(extension);
+}
+
+}  // namespace
+
+SafeFile::SafeFile(std::string path, bool replaces) : path_(std::move(path)), replaces_(replaces) {
+  requireFree();
+}
+
+SafeFile::~SafeFile() {
+  drop();
+}
+
+void SafeFile::requireFree() const {
+  switch (platform::kindOfPath(path_)) {
+    case platform::PathKind::Nothing:
+    case platform::PathKind::Device:
+      break;
+    case platform::PathKind::File:
+      if (!replaces_) {
+        throw TargetRefusal(TargetRefusal::Reason::Exists, path_ + ": the file exists and is not to be replaced");
+      }
+      break;
+    case platform::PathKind::Folder:
+      throw TargetRefusal(TargetRefusal::Reason::Folder, path_ + ": this is a folder: name a file in it");
+  }
+}
+
+OutputTarget SafeFile::reserve() {
+  if (platform::kindOfPath(path_) == platform::PathKind::Device) {
+    written_ = path_;
+    return path_;
+  }
+  target_ = platform::pathBehindLinks(path_);
+  written_ = nameBeside(target_);
+  lock_ = platform::File::lockForWriting(written_);
+  if (!lock_.isOpen()) {
+    throw TargetRefusal(TargetRefusal::Reason::InUse, path_ + ": another conversion is writing this file");
+  }
+  beside_ = true;
+  requireFree();  // whoever had the place until now may have finished the file
+  return {written_, path_};
+}
+
+void SafeFile::finish() {
+  if (beside_) {
+    platform::replaceFile(target_, written_);
+    beside_ = false;
+  }
+  drop();
+}
+
+std::string SafeFile::keepAsPartial() {
+  if (!beside_) {
+    return {};
+  }
+  platform::replaceFile(partialName(target_), written_);
+  beside_ = false;
+  drop();
+  return partialName(path_);
+}
+
+void SafeFile::drop() {
+  if (beside_) {
+    platform::removeFile(written_);
+    beside_ = false;
+  }
+  lock_ = platform::File();
+}
+
+std::string SafeFile::named(std::string text) const {
+  return !written_.empty() && text.starts_with(written_) ? text.replace(0, written_.size(), path_) : text;
+}
+
+}  // namespace xlatr
