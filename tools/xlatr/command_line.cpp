@@ -1,126 +1,211 @@
 #include "command_line.hpp"
 
 #include <CLI/CLI.hpp>
-#include <limits>
-#include <string>
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+#include <span>
+#include <string_view>
 
 #include "command_failure.hpp"
-#include "formats.hpp"
 
 namespace xlatr::cli {
-
 namespace {
 
-constexpr const char* kExitCodes =
-    "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 written but with warnings, 4 target exists, 130 interrupted.";
-
-CLI::App* addConvert(CLI::App& app, ConvertArguments& arguments) {
-  auto* command = app.add_subcommand("convert", "Convert one trace file into another format or version");
-  command->add_option("SOURCE", arguments.source, "The trace to convert")->required()->type_name("");
-  command->add_option("TARGET", arguments.target, "The file to write; its extension names the target format")
-      ->required()
-      ->type_name("");
-  command
-      ->add_option("--to", arguments.to,
-                   "Target format (" + nameList(targetFormats()) + "); by default that of TARGET's extension")
-      ->option_text("FORMAT");
-  command
-      ->add_option("--target-version", arguments.targetVersion,
-                   "File version of the target; by default the format's current one")
-      ->option_text("V");
-  command
-      ->add_option("--session", arguments.sessions,
-                   "Session of a btr source, counted from 1; may be given several times; by default all")
-      ->option_text("N")
-      ->allow_extra_args(false)
-      ->check(CLI::Range(std::uint32_t{1}, std::numeric_limits<std::uint32_t>::max()));
-  command
-      ->add_option("--separator", arguments.separator,
-                   "Character between the columns of a csv target, or 'tab'; by default ';'")
-      ->option_text("C");
-  command->add_flag("--zipped", arguments.zipped, "Compress the data of an mf4 target");
-  command->add_flag("--sorted", arguments.sorted, "Sort the records of an mf4 target by kind of frame");
-  command->add_flag("-f,--force", arguments.force, "Overwrite target files that exist");
-  command->add_flag("-q,--quiet", arguments.quiet, "No progress bar and no list of files; errors and warnings only");
-  command->footer(
-      "A target without a bus column (trc 1.0, 1.1, 2.0) becomes one file per bus, such as drive_BUS1.trc;\n"
-      "a btr source becomes one file per session, such as drive_S1.trc.\n\n"
-      "Examples:\n"
-      "  xlatr convert drive.trc drive-2.1.trc --target-version 2.1\n"
-      "  xlatr convert drive.trc out/drive.csv --separator tab\n"
-      "  xlatr convert drive.trc drive.log --to trc -f\n\n" +
-      std::string(kExitCodes));
-  return command;
+[[noreturn]] void failUsage(const std::string& text) {
+  throw CommandFailure(ExitCode::WrongUsage, text);
 }
 
-CLI::App* addInfo(CLI::App& app, InfoArguments& arguments) {
-  auto* command = app.add_subcommand("info", "Show what trace files are: format, version, start time, size, targets");
-  command->add_option("FILE", arguments.files, "Trace files")->required()->type_name("");
-  command->add_flag("--json", arguments.json, "Print a JSON array with one object per file");
-  command->footer(
-      "Examples:\n"
-      "  xlatr info drive.trc\n"
-      "  xlatr info --json *.trc\n\n" +
-      std::string(kExitCodes));
-  return command;
+bool hasOption(const CommandRow& command, const OptionRow& option) {
+  return (option.commands & bitOf(command.command)) != 0;
 }
 
-CLI::App* addFormats(CLI::App& app, FormatsArguments& arguments) {
-  auto* command = app.add_subcommand("formats", "List the formats, their versions and what converts into what");
-  command->add_flag("--json", arguments.json, "Print a JSON array with one object per format");
-  command->footer(
-      "READS and WRITES say what 'xlatr convert' takes as SOURCE and as TARGET.\n\n"
-      "Examples:\n"
-      "  xlatr formats\n"
-      "  xlatr formats --json");
-  return command;
+// How many characters must be put in, taken out or replaced (Levenshtein's distance).
+std::size_t distance(std::string_view one, std::string_view other) {
+  std::vector<std::size_t> row(other.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t at = 0; at < one.size(); ++at) {
+    std::size_t corner = row[0]++;
+    for (std::size_t column = 0; column < other.size(); ++column) {
+      const std::size_t replaced = corner + (one[at] == other[column] ? 0 : 1);
+      corner = row[column + 1];
+      row[column + 1] = std::min({replaced, row[column] + 1, corner + 1});
+    }
+  }
+  return row.back();
 }
 
-// The help for the command that was mistyped.
-std::string helpCommand(const CLI::App& app) {
-  const auto commands = app.get_subcommands();
-  return "'xlatr " + (commands.empty() ? std::string() : commands.front()->get_name() + " ") + "--help'";
+// "; did you mean --force?", if one of the names is near enough.
+std::string suggestion(std::string_view word, const std::vector<std::string_view>& names) {
+  const auto nearest =
+      std::ranges::min_element(names, {}, [word](std::string_view name) { return distance(word, name); });
+  constexpr std::size_t kFar = 3;
+  if (nearest == names.end() || distance(word, *nearest) >= std::min(kFar, nearest->size())) {
+    return {};
+  }
+  return "; did you mean " + std::string(*nearest) + "?";
+}
+
+std::string seeHelp(const CommandRow& command) {
+  return "; see 'xlatr " + std::string(command.name) + " --help'";
+}
+
+const CommandRow& commandOf(const std::string& word) {
+  std::vector<std::string_view> names;
+  for (const CommandRow& row : commandTable()) {
+    if (row.name == word) {
+      return row;
+    }
+    names.push_back(row.name);
+  }
+  const std::string found = suggestion(word, names);
+  if (!found.empty()) {
+    failUsage(word + ": there is no such command" + found);
+  }
+  std::string list;
+  for (const std::string_view name : names) {
+    list.append(list.empty() ? "" : ", ").append(name);
+  }
+  failUsage(word + ": there is no such command; there are " + list);
+}
+
+struct AddOption {
+  CLI::App& app;
+  const OptionRow& row;
+  Arguments& arguments;
+
+  void operator()(bool Arguments::*flag) const { app.add_flag(std::string(row.names), arguments.*flag); }
+  void operator()(int Arguments::*count) const { app.add_flag(std::string(row.names), arguments.*count); }
+  void operator()(std::string Arguments::*text) const {
+    app.add_option(std::string(row.names), arguments.*text)->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+  }
+  void operator()(std::vector<std::string> Arguments::*texts) const {
+    app.add_option(std::string(row.names), arguments.*texts)->allow_extra_args(false);
+  }
+};
+
+// The words of a value as a shell cuts it, quotes included.
+std::vector<std::string> cut(const std::string& text) {
+  std::vector<std::string> words;
+  char quote = '\0';
+  bool inWord = false;
+  for (const char character : text) {
+    if (quote == '\0' && (character == ' ' || character == '\t' || character == '\n')) {
+      inWord = false;
+      continue;
+    }
+    if (!inWord) {
+      words.emplace_back();
+      inWord = true;
+    }
+    if (character == quote) {
+      quote = '\0';
+    } else if (quote == '\0' && (character == '\'' || character == '"')) {
+      quote = character;
+    } else {
+      words.back() += character;
+    }
+  }
+  return words;
+}
+
+const OptionRow* optionNamed(std::string_view word) {
+  const std::string_view name = word.substr(0, word.find('='));
+  const auto isNamed = [name](const OptionRow& row) {
+    const std::string_view longName = longNameOf(row);
+    return name == longName || (longName != row.names && name == row.names.substr(0, row.names.find(',')));
+  };
+  const auto found = std::ranges::find_if(optionTable(), isNamed);
+  return found == optionTable().end() ? nullptr : &*found;
+}
+
+// Those of the defaults that the command has.
+std::vector<std::string> defaultsOf(const CommandRow& command, const std::string& defaults) {
+  std::vector<std::string> words;
+  const std::vector<std::string> all = cut(defaults);
+  for (std::size_t at = 0; at < all.size(); ++at) {
+    const OptionRow* const option = optionNamed(all[at]);
+    if (option == nullptr) {
+      failUsage("XLATR_DEFAULTS: " + all[at] + " is no option");
+    }
+    const bool hasWord = !option->argument.empty() && all[at].find('=') == std::string::npos;
+    const std::size_t count = std::min(all.size() - at, std::size_t{hasWord ? 2U : 1U});
+    if (hasOption(command, *option)) {
+      words.insert(words.end(), all.begin() + static_cast<std::ptrdiff_t>(at),
+                   all.begin() + static_cast<std::ptrdiff_t>(at + count));
+    }
+    at += count - 1;
+  }
+  return words;
+}
+
+// What CLI11 could not place, which is no path: those are all taken.
+[[noreturn]] void failUnknown(const CommandRow& command, const std::string& word) {
+  if (const OptionRow* const option = optionNamed(word)) {
+    failUsage(word + ": " + std::string(command.name) + " has no such option; other commands have " +
+              std::string(longNameOf(*option)) + seeHelp(command));
+  }
+  std::vector<std::string_view> names;
+  for (const OptionRow& option : optionTable()) {
+    if (hasOption(command, option)) {
+      names.push_back(longNameOf(option));
+    }
+  }
+  failUsage(word + ": there is no such option" + suggestion(word, names) + seeHelp(command));
+}
+
+void parse(const CommandRow& command, std::vector<std::string> words, Arguments& arguments) {
+  CLI::App app;
+  app.set_help_flag();
+  app.allow_extras();
+  for (const OptionRow& row : optionTable()) {
+    if (hasOption(command, row)) {
+      std::visit(AddOption{app, row, arguments}, row.place);
+    }
+  }
+  if (!command.paths.empty()) {
+    app.add_option("paths", arguments.paths);
+  }
+  try {
+    std::ranges::reverse(words);
+    app.parse(words);
+  } catch (const CLI::ParseError& error) {
+    failUsage(std::string(error.what()) + seeHelp(command));
+  }
+  const std::vector<std::string> left = app.remaining();
+  if (!left.empty()) {
+    failUnknown(command, left.front());
+  }
 }
 
 }  // namespace
 
-Command parseCommandLine(int argc, const char* const* argv) {
-  CLI::App app("Converts CAN, CAN FD and LIN bus traces between file formats.", "xlatr");
-  ConvertArguments convert;
-  InfoArguments info;
-  FormatsArguments formats;
-  app.set_version_flag("--version", "xlatr " XLATR_PROGRAM_VERSION, "Print the version and exit");
-  // A missing command is reported below: what CLI11 says of it would hide a mistyped one.
-  app.require_subcommand(0, 1);
-  app.footer(
-      "Examples:\n"
-      "  xlatr convert drive.trc drive-2.0.trc --target-version 2.0\n"
-      "  xlatr info drive.trc\n"
-      "  xlatr formats\n\n"
-      "'xlatr COMMAND --help' shows more about a command.\n" +
-      std::string(kExitCodes));
-  const CLI::App* convertCommand = addConvert(app, convert);
-  const CLI::App* infoCommand = addInfo(app, info);
-  const CLI::App* formatsCommand = addFormats(app, formats);
-
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& help) {
-    app.exit(help);
-    return ExitCode::Done;
-  } catch (const CLI::ParseError& error) {
-    throw CommandFailure(ExitCode::WrongUsage, std::string(error.what()) + "; see " + helpCommand(app));
+CommandLine parseCommandLine(const std::vector<std::string>& words, const std::string& defaults) {
+  CommandLine line;
+  if (words.empty()) {
+    failUsage("no command given; see 'xlatr --help'");
   }
-  if (convertCommand->parsed()) {
-    return convert;
+  if (words.front() == "--version") {
+    line.version = true;
+    return line;
   }
-  if (infoCommand->parsed()) {
-    return info;
+  if (words.front() == "-h" || words.front() == "--help" || words.front() == "help") {
+    line.command = words.size() > 1 ? &commandOf(words[1]) : nullptr;
+    line.arguments.help = true;
+    return line;
   }
-  if (formatsCommand->parsed()) {
-    return formats;
+  line.command = &commandOf(words.front());
+  std::vector<std::string> all = defaultsOf(*line.command, defaults);
+  all.insert(all.end(), words.begin() + 1, words.end());
+  parse(*line.command, std::move(all), line.arguments);
+  if (line.arguments.help) {
+    return line;
   }
-  throw CommandFailure(ExitCode::WrongUsage, "no command given; use convert, info or formats, see " + helpCommand(app));
+  const bool needsPath = !line.command->paths.empty() && line.arguments.filesFrom.empty();
+  if (needsPath && line.arguments.paths.empty()) {
+    failUsage(std::string(line.command->pathNames) + ": which? Name it" + seeHelp(*line.command));
+  }
+  return line;
 }
 
 }  // namespace xlatr::cli

@@ -1,19 +1,23 @@
-// What the user may type.
+// From the words that the user typed to a command with its arguments.
 #pragma once
 
-#include <variant>
+#include <optional>
+#include <string>
+#include <vector>
 
-#include "convert_command.hpp"
-#include "exit_code.hpp"
-#include "formats_command.hpp"
-#include "info_command.hpp"
+#include "arguments.hpp"
+#include "options.hpp"
 
 namespace xlatr::cli {
 
-// One command with its arguments, or the exit code if help or the version was asked for and printed.
-using Command = std::variant<ExitCode, ConvertArguments, InfoArguments, FormatsArguments>;
+struct CommandLine {
+  const CommandRow* command = nullptr;  // null if help or the version of the program is asked for
+  Arguments arguments = {};
+  bool version = false;
+};
 
-// Raises a CommandFailure with ExitCode::WrongUsage for a command line that can't be understood.
-[[nodiscard]] Command parseCommandLine(int argc, const char* const* argv);
+// `words` without the program's own name; `defaults` is the value of XLATR_DEFAULTS, options that stand before those of
+// the user where the command has them. Raises a CommandFailure with ExitCode::WrongUsage for what can't be understood.
+[[nodiscard]] CommandLine parseCommandLine(const std::vector<std::string>& words, const std::string& defaults);
 
 }  // namespace xlatr::cli

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <type_traits>
 #include <utility>
 
 #include "owned.hpp"
+#include "xlatr/frames.h"
 #include "xlatr/objects.h"
 
 namespace xlatr::cli {
@@ -135,6 +137,22 @@ TraceFormat targetFormats() {
     set |= isConversionTarget(format) ? format : XLATR_FORMAT_NONE;
   }
   return set;
+}
+
+TraceFormat writtenFormats() {
+  TraceFormat set = XLATR_FORMAT_NONE;
+  xlatr_capacity row{};
+  row.size = sizeof row;
+  for (std::uint32_t at = 0; xlatr_get_capacity(at, &row) == XLATR_OK; ++at) {
+    set |= row.format;
+  }
+  return set;
+}
+
+std::string extensionOf(const std::string& path) {
+  const std::string name = std::filesystem::path(path).filename().string();
+  const auto point = name.rfind('.');
+  return point == std::string::npos ? std::string() : name.substr(point);
 }
 
 std::vector<TraceFormat> formatsOf(TraceFormat set) {

@@ -51,6 +51,12 @@ struct TraceHeader {
 // The format of a file that exists, from its extension; XLATR_FORMAT_NONE for any other path.
 [[nodiscard]] TraceFormat formatOfFile(const std::string& path);
 
+// The formats that the complete way writes.
+[[nodiscard]] TraceFormat writtenFormats();
+
+// The extension of a path's last piece, with its point.
+[[nodiscard]] std::string extensionOf(const std::string& path);
+
 // Whether a conversion can have the format as its source, or as its target.
 [[nodiscard]] bool isConversionSource(TraceFormat format);
 [[nodiscard]] bool isConversionTarget(TraceFormat format);

@@ -1,16 +1,12 @@
 // xlatr formats
 #pragma once
 
+#include "arguments.hpp"
 #include "exit_code.hpp"
 
 namespace xlatr::cli {
 
-struct FormatsArguments {
-  bool json = false;
-};
-
-// Prints one row per format: what it is, its versions, whether `convert` reads and writes it, and the library's
-// targets.
-[[nodiscard]] ExitCode runFormats(const FormatsArguments& arguments);
+// Prints what the formats are, and what each version that is written can hold.
+[[nodiscard]] ExitCode runFormats(const Arguments& arguments);
 
 }  // namespace xlatr::cli

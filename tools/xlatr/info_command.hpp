@@ -1,19 +1,12 @@
 // xlatr info FILE...
 #pragma once
 
-#include <string>
-#include <vector>
-
+#include "arguments.hpp"
 #include "exit_code.hpp"
 
 namespace xlatr::cli {
 
-struct InfoArguments {
-  std::vector<std::string> files;
-  bool json = false;
-};
-
-// Shows what each file is, in order. Returns Failed if at least one can't be read; the others are shown all the same.
-[[nodiscard]] ExitCode runInfo(const InfoArguments& arguments);
+// Shows what each file is, in order. Failed if at least one can't be read; the others are shown all the same.
+[[nodiscard]] ExitCode runInfo(const Arguments& arguments);
 
 }  // namespace xlatr::cli

@@ -1,26 +1,36 @@
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <new>
-#include <variant>
+#include <string>
+#include <vector>
 
 #include "command_failure.hpp"
 #include "command_line.hpp"
+#include "help.hpp"
 #include "output.hpp"
 
 namespace {
 
 using namespace xlatr::cli;
 
-struct RunCommand {
-  ExitCode operator()(ExitCode code) const { return code; }
-  ExitCode operator()(const ConvertArguments& arguments) const { return runConvert(arguments); }
-  ExitCode operator()(const InfoArguments& arguments) const { return runInfo(arguments); }
-  ExitCode operator()(const FormatsArguments& arguments) const { return runFormats(arguments); }
-};
+ExitCode run(const std::vector<std::string>& words) {
+  const char* const defaults = std::getenv("XLATR_DEFAULTS");
+  const CommandLine line = parseCommandLine(words, defaults == nullptr ? "" : defaults);
+  if (line.version) {
+    std::cout << "xlatr " XLATR_PROGRAM_VERSION "\n";
+    return ExitCode::Done;
+  }
+  if (line.arguments.help) {
+    std::cout << (line.command == nullptr ? helpText() : helpText(*line.command));
+    return ExitCode::Done;
+  }
+  return line.command->run(line.arguments);
+}
 
-ExitCode runProgram(int argc, const char* const* argv) {
+ExitCode runProgram(const std::vector<std::string>& words) {
   try {
-    const ExitCode code = std::visit(RunCommand{}, parseCommandLine(argc, argv));
+    const ExitCode code = run(words);
     finishOutput();
     return code;
   } catch (const CommandFailure& failure) {
@@ -38,5 +48,5 @@ ExitCode runProgram(int argc, const char* const* argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  return static_cast<int>(runProgram(argc, argv));
+  return static_cast<int>(runProgram(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc)));
 }

@@ -77,6 +77,15 @@ std::string versionListText(const std::vector<double>& versions) {
   return text;
 }
 
+std::string countText(std::uint64_t count) {
+  std::string text = std::to_string(count);
+  constexpr std::size_t kGroup = 3;
+  for (std::size_t at = text.size(); at > kGroup; at -= kGroup) {
+    text.insert(at - kGroup, ",");
+  }
+  return text;
+}
+
 std::string sizeText(std::uint64_t bytes) {
   if (bytes < 1000) {
     return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");

@@ -24,6 +24,9 @@ void printWarning(std::string_view text);
 // "2.0, 2.1": the versions in order.
 [[nodiscard]] std::string versionListText(const std::vector<double>& versions);
 
+// "1,234,567".
+[[nodiscard]] std::string countText(std::uint64_t count);
+
 // "17 bytes", "1.2 MB": units of a thousand.
 [[nodiscard]] std::string sizeText(std::uint64_t bytes);
 

@@ -1,9 +1,15 @@
-// What the program needs to know of the terminal that it may run in.
+// What the program's standard streams are connected to.
 #pragma once
+
+#include <cstddef>
 
 namespace xlatr::cli {
 
-// Whether standard error is a terminal, so that a line may be drawn over.
 [[nodiscard]] bool errorOutputIsTerminal();
+[[nodiscard]] bool inputIsTerminal();
+[[nodiscard]] bool outputIsTerminal();
+
+// Of the terminal on stderr, in characters; 80 if it does not say.
+[[nodiscard]] std::size_t terminalWidth();
 
 }  // namespace xlatr::cli

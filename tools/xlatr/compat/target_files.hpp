@@ -40,8 +40,4 @@ struct TargetFiles {
 // "out.trc" or "out_BUS1.trc and 2 more", for messages. `paths` is not empty.
 [[nodiscard]] std::string firstAndCount(const std::vector<std::string>& paths);
 
-// The extension of a path with its point, ".trc" of "a/b.trc"; empty when the file name has no point. A name that
-// starts with its only point is all extension.
-[[nodiscard]] std::string extensionOf(const std::string& path);
-
 }  // namespace xlatr::cli

@@ -25,8 +25,8 @@ struct ConversionOutcome {
 };
 
 // Converts, and calls `onProgress` with the percent done, on this thread, every few milliseconds until the conversion
-// has ended or SIGINT was seen (interrupt.hpp). A conversion that was interrupted ends when the library is unloaded.
-// Call it only once in the life of the program.
+// has ended or an interruption was seen (signals.hpp). A conversion that was interrupted ends when the library is
+// unloaded. No other one may be run after that.
 [[nodiscard]] ConversionOutcome runConversion(const ConversionRequest& request,
                                               const std::function<void(double)>& onProgress);
 

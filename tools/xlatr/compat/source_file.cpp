@@ -1,4 +1,4 @@
-#include "source_file.hpp"
+#include "compat/source_file.hpp"
 
 #include <cerrno>
 #include <filesystem>
@@ -6,8 +6,8 @@
 #include <system_error>
 
 #include "command_failure.hpp"
+#include "compat/target_files.hpp"
 #include "formats.hpp"
-#include "target_files.hpp"
 
 namespace xlatr::cli {
 

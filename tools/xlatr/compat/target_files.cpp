@@ -1,4 +1,4 @@
-#include "target_files.hpp"
+#include "compat/target_files.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -81,12 +81,6 @@ TargetFiles targetFiles(const std::string& target, TraceFormat format, double ve
 
 std::string firstAndCount(const std::vector<std::string>& paths) {
   return paths.size() == 1 ? paths.front() : paths.front() + " and " + std::to_string(paths.size() - 1) + " more";
-}
-
-std::string extensionOf(const std::string& path) {
-  const std::string name = std::filesystem::path(path).filename().string();
-  const auto point = name.rfind('.');
-  return point == std::string::npos ? std::string() : name.substr(point);
 }
 
 }  // namespace xlatr::cli

@@ -1,11 +1,11 @@
-#include "conversion_run.hpp"
+#include "compat/conversion_run.hpp"
 
 #include <algorithm>
 #include <chrono>
 #include <thread>
 
-#include "interrupt.hpp"
 #include "output.hpp"
+#include "signals.hpp"
 
 namespace xlatr::cli {
 
@@ -15,12 +15,14 @@ namespace {
 constexpr std::chrono::milliseconds kFirstPause{1};
 constexpr std::chrono::milliseconds kLongestPause{8};
 
-// Not on the stack: the library fills the record when the conversion ends, which after an interrupt may be after main.
+// Not on the stack: the library fills the record when the conversion ends, which after an interruption may be after
+// main.
 ConversionResult conversionResult{};
 
 }  // namespace
 
 ConversionOutcome runConversion(const ConversionRequest& request, const std::function<void(double)>& onProgress) {
+  conversionResult = {};
   ConversionProgress progress{};
   ConversionOptions options{};
   options.target_format = request.format;
@@ -34,7 +36,7 @@ ConversionOutcome runConversion(const ConversionRequest& request, const std::fun
   ConversionOutcome outcome;
   auto pause = kFirstPause;
   while (xlatr_get_progress(&progress) == XLATR_SUCCESS) {
-    if (interruptRequested()) {
+    if (interruption()) {
       outcome.interrupted = true;
       return outcome;
     }

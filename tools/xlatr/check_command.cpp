@@ -1,0 +1,128 @@
+#include "check_command.hpp"
+
+#include <algorithm>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "conversions.hpp"
+#include "formats.hpp"
+#include "job.hpp"
+#include "open_trace.hpp"
+#include "output.hpp"
+#include "report.hpp"
+#include "signals.hpp"
+#include "source_list.hpp"
+
+namespace xlatr::cli {
+namespace {
+
+struct Checked {
+  std::string path;
+  ExitCode exitCode = ExitCode::Failed;
+  std::string error;
+  TraceFormat format = XLATR_FORMAT_NONE;
+  xlatr_account account = emptyAccount();
+  bool placesAreRecords = false;
+  bool unfinished = false;
+};
+
+void read(Stream& stream, Progress& progress) {
+  std::uint64_t bytes = 0;
+  while (const auto batch = stream.next()) {
+    const std::uint64_t before = bytes;
+    bytes = stream.bytesRead();
+    progress.add(bytes - before, batch->size());
+    if (interruption()) {
+      return;
+    }
+  }
+}
+
+Checked check(const std::string& path, TraceFormat format, const Wanted& all, Progress& progress) {
+  Checked checked;
+  checked.path = path;
+  try {
+    Stream stream = openTrace(path, format, all);
+    read(stream, progress);
+    const xlatr_head head = stream.head();
+    checked.format = head.format;
+    checked.placesAreRecords = head.places_are_records != 0;
+    checked.unfinished = head.unfinished != 0;
+    checked.account = stream.account();
+    checked.exitCode = interruption().value_or(isWhole(stream) ? ExitCode::Done : ExitCode::DoneWithLosses);
+  } catch (const Error& error) {
+    checked.error = oneLine(error.what());
+    checked.exitCode = exitCodeOf(error.code());
+  }
+  return checked;
+}
+
+std::string lineOf(const Checked& checked) {
+  if (!checked.error.empty()) {
+    return checked.error;
+  }
+  return checked.path + ": " + formatName(checked.format) + ", " + countText(checked.account.read) +
+         (checked.account.read == 1 ? " frame" : " frames") +
+         (checked.exitCode == ExitCode::Done ? ", whole" : remarksText(checked.account, checked.placesAreRecords)) +
+         (checked.unfinished ? "; it was not finished by its writer" : "");
+}
+
+nlohmann::ordered_json jsonOf(const Checked& checked) {
+  nlohmann::ordered_json json;
+  json["file"] = checked.path;
+  json["whole"] = checked.exitCode == ExitCode::Done;
+  json["error"] = nullptr;
+  if (!checked.error.empty()) {
+    json["error"] = checked.error;
+  }
+  json["format"] = formatName(checked.format);
+  json["frames"] = checked.account.read;
+  json["unfinished"] = checked.unfinished;
+  json["remarks"] = remarksJson(checked.account);
+  return json;
+}
+
+}  // namespace
+
+ExitCode runCheck(const Arguments& arguments) {
+  const TraceFormat format = arguments.from.empty() ? XLATR_FORMAT_NONE : formatValue("--from", arguments.from);
+  const Wanted all{Arguments()};
+  const std::vector<SourceFile> sources = sourceList(arguments, arguments.paths);
+  const std::size_t threads = jobCount(arguments, sources.size());
+  const ProgressForm form = progressForm(arguments);
+  watchSignals();
+  std::uint64_t bytes = 0;
+  for (const SourceFile& source : sources) {
+    bytes += sizeOfFile(source.path);
+  }
+  std::vector<Checked> checked(sources.size());
+  {
+    Progress progress(form, sources.size(), bytes);
+    inParallel(sources.size(), threads, [&](std::size_t at) {
+      checked[at] = check(sources[at].path, format, all, progress);
+      progress.fileDone();
+    });
+  }
+  ExitCode code = interruption().value_or(ExitCode::Done);
+  auto array = nlohmann::ordered_json::array();
+  for (const Checked& file : checked) {
+    if (file.path.empty()) {
+      continue;  // it was not begun when the program was interrupted
+    }
+    code = worse(code, file.exitCode);
+    array.push_back(jsonOf(file));
+    if (!file.error.empty()) {
+      printError(file.error);
+    } else if (!arguments.json && (arguments.quiet == 0 || (arguments.quiet == 1 && file.exitCode != ExitCode::Done))) {
+      std::cout << oneLine(lineOf(file)) + "\n";
+    }
+  }
+  if (arguments.json) {
+    std::cout << jsonText(array);
+  }
+  return code;
+}
+
+}  // namespace xlatr::cli

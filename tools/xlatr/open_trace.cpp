@@ -1,0 +1,38 @@
+#include "open_trace.hpp"
+
+#include <optional>
+
+#include "job.hpp"
+#include "standard_streams.hpp"
+
+namespace xlatr::cli {
+namespace {
+
+// The wrapper takes functions; the program has a record already.
+Input inputOf(const xlatr_input& record) {
+  Input input;
+  input.read = [record](std::uint64_t offset, void* buffer, std::uint64_t bytes) {
+    return record.read(record.context, offset, buffer, bytes);
+  };
+  input.name = record.name;
+  input.length = record.length_known != 0 ? std::optional(record.length) : std::nullopt;
+  input.inOrder = record.in_order != 0;
+  return input;
+}
+
+}  // namespace
+
+Stream openTrace(const std::string& path, TraceFormat format, const Wanted& wanted) {
+  xlatr_stream_options options{};
+  options.size = sizeof options;
+  options.format = format;
+  options.selection = wanted.selection();
+  options.changes = wanted.changes();
+  return path == kStandardStream ? Stream(inputOf(standardInput()), &options) : Stream(path, &options);
+}
+
+bool isWhole(Stream& stream) {
+  return isComplete(stream.account()) && stream.head().unfinished == 0;
+}
+
+}  // namespace xlatr::cli

@@ -1,0 +1,20 @@
+// What the user or the system asks a running program for.
+#pragma once
+
+#include <optional>
+
+#include "exit_code.hpp"
+
+namespace xlatr::cli {
+
+// From now on the first Ctrl-C, hang-up or request to end only sets a flag; a second one ends the program at once,
+// should it hang. A request for progress sets another flag.
+void watchSignals();
+
+// How the program is to end, if it is asked to.
+[[nodiscard]] std::optional<ExitCode> interruption();
+
+// Whether progress was asked for since the last call.
+[[nodiscard]] bool takeProgressRequest();
+
+}  // namespace xlatr::cli
