@@ -1,404 +1,336 @@
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <poll.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <array>
-#include <csignal>
-#include <cstdlib>
+#include <filesystem>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
-#include "support/btr_image.hpp"
-#include "support/btrc_image.hpp"
+#include "support/blf_builder.hpp"
 #include "tools/program.hpp"
 
+// The complete way as a user types it.
 namespace xlatr::cli {
 namespace {
 
+namespace fs = std::filesystem;
+
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
+
+using Json = nlohmann::json;
 
 class ConvertCommand : public testing::Test {
  protected:
   void SetUp() override { here.write("drive.trc", traceOfBuses({1, 2})); }
 
+  // The identifiers and times that cat shows of a file.
+  [[nodiscard]] std::string framesOf(const std::string& name) const {
+    std::string frames;
+    std::istringstream lines(here.run({"cat", "--json", name}).output);
+    for (std::string line; std::getline(lines, line);) {
+      const auto frame = Json::parse(line);
+      frames += std::to_string(frame.at("bus").get<int>()) + "@" +
+                std::to_string(frame.at("time_ns").get<std::int64_t>() / 1'000'000) + " ";
+    }
+    return frames;
+  }
+
   const Workspace here{};
 };
 
-TEST_F(ConvertCommand, writesTheTargetAndNamesIt) {
-  const Ended run = here.run({"convert", "drive.trc", "copy.trc", "--target-version", "2.1"});
-  EXPECT_EQ(run.exitCode, 0) << run.errors;
-  EXPECT_THAT(run.output, testing::StartsWith("wrote copy.trc ("));
-  EXPECT_EQ(run.errors, "");
-  EXPECT_THAT(here.names(), ElementsAre("copy.trc", "drive.trc"));
-  EXPECT_THAT(here.read("copy.trc"), testing::StartsWith(";$FILEVERSION=2.1\r\n"));
-}
-
-TEST_F(ConvertCommand, writesTheCurrentVersionByDefault) {
-  const Ended run = here.run({"convert", "drive.trc", "copy.trc"});
-  EXPECT_EQ(run.exitCode, 0) << run.errors;
-  EXPECT_THAT(here.read("copy.trc"), testing::StartsWith(";$FILEVERSION=3.0\r\n"));
-}
-
-TEST_F(ConvertCommand, quietSaysNothing) {
-  const Ended run = here.run({"convert", "-q", "drive.trc", "copy.trc"});
+TEST_F(ConvertCommand, tellsWhatCameOver) {
+  const Ended run = here.run({"convert", "drive.trc", "drive.mf4"});
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_EQ(run.output, "");
-  EXPECT_EQ(run.errors, "");
+  EXPECT_EQ(run.errors, "xlatr: drive.trc -> drive.mf4: 2 frames read, 2 written\n");
+  EXPECT_EQ(framesOf("drive.mf4"), "1@10 2@20 ");
+  EXPECT_THAT(here.names(), ElementsAre("drive.mf4", "drive.trc"));
+  EXPECT_EQ(here.run({"convert", "-q", "drive.mf4", "back.asc"}).errors, "");
 }
 
-TEST_F(ConvertCommand, oneFilePerBusIfTheTargetHasNoBusColumn) {
-  std::filesystem::create_directory(here / "out");
-  const Ended run = here.run({"convert", "drive.trc", "out/x.trc", "--target-version", "2.0"});
-  EXPECT_EQ(run.exitCode, 0) << run.errors;
-  EXPECT_THAT(run.output, HasSubstr("wrote out/x_BUS1.trc ("));
-  EXPECT_THAT(run.output, HasSubstr("wrote out/x_BUS2.trc ("));
-  EXPECT_FALSE(std::filesystem::exists(here / "out/x.trc"));
+// A target has the name that it was given, whatever format is in it.
+TEST_F(ConvertCommand, writesEveryFormatUnderAnyName) {
+  for (const char* format : {"trc", "btr", "asc", "csv", "btrc", "MF4", ".trc"}) {
+    const Ended run = here.run({"convert", "-f", "drive.trc", "x.log", "--to", format});
+    EXPECT_EQ(run.exitCode, std::string(format) == "btr" ? 3 : 0) << format << ": " << run.errors;
+    EXPECT_EQ(framesOf("x.log"), "1@10 2@20 ") << format;
+  }
+  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "x.log"));
 }
 
-TEST_F(ConvertCommand, toNamesTheFormatWhateverTheExtension) {
-  EXPECT_EQ(here.run({"convert", "drive.trc", "x.log", "--to", "TRC"}).exitCode, 0);
-  EXPECT_EQ(here.run({"convert", "drive.trc", "y.asc", "--to", ".trc"}).exitCode, 0);
-  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "x.log.trc", "y.trc"));
+TEST_F(ConvertCommand, tellsWhatWasLostAndWhere) {
+  here.write("noise.trc", traceOfBuses({1}) + "noise\r\n");
+  const Ended noise = here.run({"convert", "noise.trc", "noise.mf4"});
+  EXPECT_EQ(noise.exitCode, 3);
+  EXPECT_EQ(noise.errors,
+            "xlatr: noise.trc -> noise.mf4: 2 frames read, 1 written; 1 dropped: the target has no such kind of frame "
+            "(the first is line 6); 1: the line can't be understood (the first is line 6)\n");
+  const Ended buses = here.run({"convert", "-q", "drive.trc", "buses.trc", "--target-version", "1.1"});
+  EXPECT_EQ(buses.exitCode, 3);
+  EXPECT_THAT(buses.errors, HasSubstr("2: the target names no buses (the first is line 5)"));
+  EXPECT_EQ(here.run({"convert", "-qq", "-f", "noise.trc", "noise.mf4"}).errors, "");
 }
 
-TEST_F(ConvertCommand, convertsToAnAscLogAndBack) {
-  EXPECT_EQ(here.run({"convert", "drive.trc", "x.asc", "--target-version", "7.0"}).exitCode, 0);
-  EXPECT_THAT(here.read("x.asc"), HasSubstr("\r\n// version 7.0.0\r\n"));
-  EXPECT_EQ(here.run({"convert", "x.asc", "back.trc"}).exitCode, 0);
-  EXPECT_THAT(here.names(), ElementsAre("back.trc", "drive.trc", "x.asc"));
+// Coarser times alone are no loss that a user must be told of by the exit code.
+TEST_F(ConvertCommand, roundsTimesWithoutAWarning) {
+  here.write("ns.csv",
+             "time_ns,kind,bus,id,ide,dir,edl,brs,esi,dlc,length,data,err,text\r\n1499,data,1,1,0,0,0,0,0,0,0,,,\r\n");
+  const Ended run = here.run({"convert", "ns.csv", "us.trc", "--target-version", "2.1"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.errors, HasSubstr("1: the target's times are coarser (the first is line 2)"));
 }
 
-TEST_F(ConvertCommand, aTableHasTheSeparatorThatWasAskedFor) {
+TEST_F(ConvertCommand, aStrictConversionLeavesNothing) {
+  here.write("noise.trc", traceOfBuses({1}) + "noise\r\n");
+  const Ended run = here.run({"convert", "--strict", "noise.trc", "noise.mf4"});
+  EXPECT_EQ(run.exitCode, 3);
+  EXPECT_THAT(run.errors,
+              StartsWith("xlatr: noise.mf4: not everything would come over, so that nothing was written; "));
+  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "noise.trc"));
+}
+
+TEST_F(ConvertCommand, refusesWhatIsNoTrace) {
+  here.write("hello.asc", "hello");
+  here.write("empty.txt", "");
+  here.write("text.mf4", "no measurement at all\n");
+  fs::create_directory(here / "folder.trc");
   struct Case {
-    std::vector<std::string> arguments;
-    const char* separator;
+    const char* source;
+    const char* expected;
   };
-  for (const auto& [arguments, separator] : std::initializer_list<Case>{
-           {{}, ";"}, {{"--separator", ","}, ","}, {{"--separator", "tab"}, "\t"}, {{"--separator", "\\t"}, "\t"}}) {
-    std::vector<std::string> command{"convert", "-f", "drive.trc", "drive.csv"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    const Ended run = here.run(command);
-    EXPECT_EQ(run.exitCode, 0) << run.errors;
-    EXPECT_THAT(run.output, testing::StartsWith("wrote drive.csv ("));
-    const std::string table = here.read("drive.csv");
-    EXPECT_THAT(table, testing::StartsWith("$STARTTIME=44403.2222"));
-    EXPECT_THAT(table, HasSubstr(std::string("\nNumber") + separator + "Time (ms)" + separator + "Bus" + separator));
-    EXPECT_THAT(table, HasSubstr(std::string("\n2") + separator));
+  for (const auto& [source, expected] :
+       std::initializer_list<Case>{{"hello.asc", "hello.asc: this is no trace, but looks like a text of another kind"},
+                                   {"text.mf4", "text.mf4: this is no trace, but looks like a text of another kind"},
+                                   {"empty.txt", "empty.txt: the file is empty"},
+                                   {"missing.trc", "missing.trc: there is no such file"}}) {
+    const Ended run = here.run({"convert", source, "x.trc"});
+    EXPECT_EQ(run.exitCode, 1) << source;
+    EXPECT_EQ(run.errors, std::string("xlatr: ") + expected + "\n");
   }
+  EXPECT_FALSE(fs::exists(here / "x.trc"));
 }
 
-TEST_F(ConvertCommand, aTargetThatExistsIsKept) {
+TEST_F(ConvertCommand, readsAndWritesStandardStreams) {
+  EXPECT_EQ(here.shell("xlatr convert drive.trc - --to btrc | xlatr convert - out.asc").exitCode, 0);
+  EXPECT_EQ(framesOf("out.asc"), "1@10 2@20 ");
+  for (const char* format : {"trc", "asc", "csv", "btrc"}) {
+    EXPECT_EQ(here.shell(std::string("xlatr convert -q drive.trc - --to ") + format + " | xlatr cat - | wc -l").output,
+              "2\n")
+        << format;
+  }
+  const Ended mf4 = here.run({"convert", "drive.trc", "-", "--to", "mf4"});
+  EXPECT_EQ(mf4.exitCode, 2);
+  EXPECT_THAT(mf4.errors, HasSubstr(".mf4 are not written in order: name a file"));
+  ASSERT_EQ(here.run({"convert", "drive.trc", "drive.mf4"}).exitCode, 0);
+  const Ended piped = here.shell("cat drive.mf4 | xlatr convert - x.trc");
+  EXPECT_EQ(piped.exitCode, 2);
+  EXPECT_THAT(piped.errors, HasSubstr(".mf4 are not read in order: save it to a file first"));
+  // A file that is redirected can be read at any place.
+  EXPECT_EQ(here.shell("xlatr convert - x.trc < drive.mf4").exitCode, 0);
+  EXPECT_FALSE(fs::exists(here / "-.csv"));
+}
+
+TEST_F(ConvertCommand, writesToADeviceAsItIs) {
+  EXPECT_EQ(here.run({"convert", "drive.trc", "/dev/null", "--to", "csv"}).exitCode, 0);
+  EXPECT_FALSE(fs::exists("/dev/null.csv"));
+  const Ended full = here.run({"convert", "drive.trc", "/dev/full", "--to", "csv"});
+  EXPECT_EQ(full.exitCode, 5);
+  EXPECT_THAT(full.errors, StartsWith("xlatr: /dev/full: cannot write: No space left"));
+}
+
+TEST_F(ConvertCommand, keepsATargetThatExists) {
   here.write("copy.trc", "precious");
-  const Ended run = here.run({"convert", "drive.trc", "copy.TRC"});
+  const Ended run = here.run({"convert", "drive.trc", "copy.trc"});
   EXPECT_EQ(run.exitCode, 4);
-  EXPECT_EQ(run.errors, "xlatr: copy.trc: exists already; choose another target or overwrite with -f\n");
-  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(run.errors, "xlatr: copy.trc: the file exists and is not to be replaced\n");
   EXPECT_EQ(here.read("copy.trc"), "precious");
-}
-
-TEST_F(ConvertCommand, aNumberedTargetThatExistsIsKept) {
-  here.write("copy_BUS2.trc", "precious");
-  for (const char* version : {"1.0", "1.1", "2.0"}) {
-    const Ended run = here.run({"convert", "drive.trc", "copy.trc", "--target-version", version});
-    EXPECT_EQ(run.exitCode, 4) << version;
-    EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
-    EXPECT_THAT(run.errors, HasSubstr("copy_BUS2.trc")) << version;
-  }
-  EXPECT_EQ(here.read("copy_BUS2.trc"), "precious");
-  EXPECT_THAT(here.names(), ElementsAre("copy_BUS2.trc", "drive.trc"));
-}
-
-TEST_F(ConvertCommand, aSessionTargetThatExistsIsKept) {
-  here.write("log.btr", "");
-  here.write("log_S3.csv", "precious");
-  const Ended run = here.run({"convert", "log.btr", "log.csv"});
-  EXPECT_EQ(run.exitCode, 4);
-  EXPECT_THAT(run.errors, HasSubstr("log_S3.csv"));
-}
-
-TEST_F(ConvertCommand, eachSessionBecomesAFileInTheWorkingDirectory) {
-  test::BtrImage image(4);
-  for (std::uint8_t index = 0; index < 3; ++index) {
-    image.session(index, {.firstSector = index + 1U, .date = {.minute = index}});
-    image.sector(index + 1U, {.minute = index}, {{.id = index}});
-  }
-  here.write("log.btr", image.bytes());
-  const Ended all = here.run({"convert", "log.btr", "log.csv"});
-  EXPECT_EQ(all.exitCode, 0) << all.errors;
-  EXPECT_THAT(here.names(), testing::IsSupersetOf({"log_S1.csv", "log_S2.csv", "log_S3.csv"}));
-  const Ended some = here.run({"convert", "log.btr", "some.trc", "--session", "1", "--session", "3"});
-  EXPECT_EQ(some.exitCode, 0) << some.errors;
-  EXPECT_THAT(here.names(), testing::IsSupersetOf({"some_S1.trc", "some_S3.trc"}));
-  EXPECT_THAT(here.names(), testing::Not(testing::Contains("some_S2.trc")));
-  const Ended none = here.run({"convert", "log.btr", "none.trc", "--session", "9"});
-  EXPECT_EQ(none.exitCode, 1);
-  EXPECT_THAT(none.errors, HasSubstr("nothing to convert"));
-}
-
-TEST_F(ConvertCommand, forceOverwrites) {
-  here.write("copy.trc", "precious");
+  EXPECT_EQ(here.run({"convert", "-n", "drive.trc", "copy.trc"}).errors, "xlatr: copy.trc: exists; left out\n");
+  EXPECT_EQ(here.read("copy.trc"), "precious");
   EXPECT_EQ(here.run({"convert", "-f", "drive.trc", "copy.trc"}).exitCode, 0);
-  EXPECT_THAT(here.read("copy.trc"), testing::StartsWith(";$FILEVERSION=3.0"));
-  EXPECT_EQ(here.run({"convert", "drive.trc", "copy.trc", "--force", "--target-version", "1.3"}).exitCode, 0);
-  EXPECT_THAT(here.read("copy.trc"), testing::StartsWith(";$FILEVERSION=1.3"));
+  EXPECT_EQ(framesOf("copy.trc"), "1@10 2@20 ");
 }
 
 TEST_F(ConvertCommand, theSourceIsNeverTheTarget) {
   const std::string trace = here.read("drive.trc");
-  std::filesystem::create_symlink("drive.trc", here / "link.trc");
-  std::filesystem::create_hard_link(here / "drive.trc", here / "hard.trc");
-  std::filesystem::create_hard_link(here / "drive.trc", here / "split_BUS2.trc");
-  struct Case {
-    const char* target;
-    const char* version;
-  };
-  for (const auto& [target, version] : std::initializer_list<Case>{{"drive.trc", "2.1"},
-                                                                   {"./drive.trc", "2.1"},
-                                                                   {"drive.TRC", "2.1"},
-                                                                   {"link.trc", "3.0"},
-                                                                   {"hard.trc", "3.0"},
-                                                                   {"link.trc", "1.1"},
-                                                                   {"split.trc", "1.1"},
-                                                                   {"split.trc", "2.0"}}) {
-    for (const char* force : {"-q", "-f"}) {
-      const Ended run = here.run({"convert", "drive.trc", target, "--target-version", version, force});
-      EXPECT_EQ(run.exitCode, 1) << target << " " << version << " " << force;
-      EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
-      EXPECT_THAT(run.errors, HasSubstr("is the source itself")) << target;
-    }
-  }
-  EXPECT_EQ(here.read("drive.trc"), trace);
-  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "hard.trc", "link.trc", "split_BUS2.trc"));
-}
-
-TEST_F(ConvertCommand, whatCannotBeReadFailsBeforeAnythingIsWritten) {
-  std::filesystem::create_directory(here / "folder.trc");
-  here.write("notes.txt", "x");
-  here.write("table.csv", "x");
-  here.write("log.asc", "x");
-  struct Case {
-    const char* source;
-    const char* target;
-    const char* expected;
-  };
-  for (const auto& [source, target, expected] : std::initializer_list<Case>{
-           {"missing.trc", "x.trc", "no such file"},
-           {"folder.trc", "x.trc", "is a folder"},
-           {"notes.txt", "x.trc", "no extension of a trace format"},
-           {"table.csv", "x.trc", "csv can't be converted into trc; it is a target only"},
-           {"log.asc", "x.mf4", "asc can't be converted into mf4; choose one of trc, csv"},
-           {"drive.trc", "folder.trc", "name a file in that folder"},
-           {"drive.trc", "x.ltrc", "choose one of trc, btr, asc, csv, btrc, mf4"},
-       }) {
-    const Ended run = here.run({"convert", source, target});
-    EXPECT_EQ(run.exitCode, 1) << source;
-    EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
-    EXPECT_THAT(run.errors, HasSubstr(expected)) << source;
-  }
-  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "folder.trc", "log.asc", "notes.txt", "table.csv"));
-}
-
-TEST_F(ConvertCommand, aPathThatTheLibraryCannotTakeIsNotCalledAnUnknownExtension) {
-  const std::string folder = std::string(100, 'a') + "/" + std::string(100, 'b') + "/" + std::string(100, 'c') + "/";
-  std::filesystem::create_directories(here / folder);
-  here.write(folder + "drive.TRC", traceOfBuses({1}));
-  here.write(folder + "notes.txt", "x");
-  const Ended trace = here.run({"convert", folder + "drive.TRC", "x.trc"});
-  EXPECT_EQ(trace.exitCode, 1);
-  EXPECT_EQ(trace.errors,
-            "xlatr: " + folder +
-                "drive.TRC: the path is too long; change to the folder of the file and name it from there\n");
-  EXPECT_THAT(here.run({"convert", folder + "notes.txt", "x.trc"}).errors, HasSubstr("no extension of a trace format"));
-}
-
-TEST_F(ConvertCommand, whatTheLibraryReportsIsOneLineAndCode1) {
-  std::filesystem::create_symlink("/dev/full", here / "full.trc");
-  struct Case {
-    const char* target;
-    const char* leftover;
-  };
-  for (const auto& [target, leftover] : std::initializer_list<Case>{
-           {"missing/x.trc", "; nothing was written; fix the problem and convert again\n"},
-           {"full.trc", "; full.trc is incomplete; fix the problem and convert again with -f\n"},
-       }) {
+  fs::create_symlink("drive.trc", here / "link.trc");
+  fs::create_hard_link(here / "drive.trc", here / "hard.trc");
+  fs::create_hard_link(here / "drive.trc", here / "part_001.trc");
+  for (const char* target : {"drive.trc", "./drive.trc", "link.trc", "hard.trc"}) {
     const Ended run = here.run({"convert", "-f", "drive.trc", target});
     EXPECT_EQ(run.exitCode, 1) << target;
-    EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
-    EXPECT_THAT(run.errors, HasSubstr(target));
-    EXPECT_THAT(run.errors, testing::EndsWith(leftover));
-    EXPECT_EQ(run.output, "") << target;
+    EXPECT_THAT(run.errors, HasSubstr("the target is the source")) << target;
   }
+  EXPECT_EQ(here.run({"convert", "-f", "drive.trc", "part.trc", "--split-time", "1h"}).exitCode, 1);
+  EXPECT_EQ(here.read("drive.trc"), trace);
 }
 
-TEST_F(ConvertCommand, aTargetThatAFailureLeftAloneIsNotCalledIncomplete) {
-  here.write("junk.mf4", "no measurement at all");
-  here.write("old.trc", "precious");
-  const Ended run = here.run({"convert", "junk.mf4", "old.trc", "-f"});
-  EXPECT_EQ(run.exitCode, 1);
-  EXPECT_THAT(run.errors, testing::EndsWith("; nothing was written; fix the problem and convert again with -f\n"));
-  EXPECT_EQ(here.read("old.trc"), "precious");
-}
-
-TEST_F(ConvertCommand, flagsChooseTheLayoutOfAMeasurementFile) {
-  const auto groupsOf = [this](const std::vector<std::string>& flags) {
-    std::vector<std::string> arguments = {"convert", "-f", "drive.trc", "drive.mf4"};
-    arguments.insert(arguments.end(), flags.begin(), flags.end());
+TEST_F(ConvertCommand, selectsAndChanges) {
+  const auto converted = [this](std::vector<std::string> options) {
+    std::vector<std::string> arguments{"convert", "-f", "drive.trc", "x.trc"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
     const Ended run = here.run(arguments);
     EXPECT_EQ(run.exitCode, 0) << run.errors;
-    const auto json = nlohmann::json::parse(here.run({"info", "--json", "drive.mf4"}).output);
-    return json.at(0).at("dataGroups").size();
+    return framesOf("x.trc");
   };
-  const auto isZipped = [this] { return here.read("drive.mf4").find("##DZ") != std::string::npos; };
-  EXPECT_EQ(groupsOf({}), 1U);
-  EXPECT_FALSE(isZipped());
-  EXPECT_EQ(groupsOf({"--sorted"}), 3U);
-  EXPECT_FALSE(isZipped());
-  EXPECT_EQ(groupsOf({"--zipped"}), 1U);
-  EXPECT_TRUE(isZipped());
-  EXPECT_EQ(groupsOf({"--zipped", "--sorted", "--target-version", "4.1"}), 3U);
-  EXPECT_TRUE(isZipped());
-  EXPECT_EQ(here.read("drive.mf4").substr(8, 4), "4.10");
+  EXPECT_EQ(converted({"--bus", "2"}), "2@20 ");
+  EXPECT_EQ(converted({"--bus", "!2"}), "1@10 ");
+  EXPECT_EQ(converted({"--from-time", "0.02"}), "2@20 ");
+  EXPECT_EQ(converted({"--until-time", "0.02"}), "1@10 ");
+  EXPECT_EQ(converted({"--until-time", "2021-07-26T05:19:59.735"}), "1@10 ");
+  EXPECT_EQ(converted({"--id", "0x200-0x300"}), "");
+  EXPECT_EQ(converted({"--id=!0x200-0x300", "--kind", "data"}), "1@10 2@20 ");
+  EXPECT_EQ(converted({"--shift-time", "-1", "--map-bus", "1=7"}), "7@-990 2@-980 ");
+  EXPECT_EQ(converted({"--rebase", "--bus", "2"}), "2@0 ");
 }
 
-TEST_F(ConvertCommand, aSourceThatIsNotValidLeavesAMeasurementFileEmpty) {
-  here.write("junk.trc", "no trace at all\n");
-  const Ended run = here.run({"convert", "junk.trc", "junk.mf4"});
+TEST_F(ConvertCommand, splits) {
+  const Ended run = here.run({"convert", "drive.trc", "part.trc", "--split-time", "15ms"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.errors, "xlatr: drive.trc -> part_001.trc and 1 more: 2 frames read, 2 written\n");
+  EXPECT_EQ(framesOf("part_002.trc"), "2@20 ");
+  EXPECT_EQ(here.run({"convert", "drive.trc", "bus-%b.mf4", "--split-bus"}).exitCode, 0);
+  EXPECT_EQ(framesOf("bus-2.mf4"), "2@20 ");
+  EXPECT_EQ(here.run({"convert", "drive.trc", "bus.mf4", "--split-size", "x"}).exitCode, 2);
+}
+
+TEST_F(ConvertCommand, writesAReport) {
+  here.write("noise.trc", traceOfBuses({1}) + "noise\r\n");
+  const Ended run = here.run({"convert", "-q", "noise.trc", "noise.mf4", "--json", "--report", "report.json"});
   EXPECT_EQ(run.exitCode, 3);
-  EXPECT_EQ(run.errors,
-            "xlatr: warning: junk.trc: is not a valid trc file, so the target is empty; look at its header\n");
-  EXPECT_EQ(here.read("junk.mf4"), "");
+  EXPECT_EQ(run.output, here.read("report.json"));
+  const Json json = Json::parse(run.output);
+  EXPECT_EQ(json.at("exit_code"), 3);
+  const Json& one = json.at("conversions").at(0);
+  EXPECT_EQ(one.at("status"), "incomplete");
+  EXPECT_EQ(one.at("read"), 2);
+  EXPECT_EQ(one.at("written"), 1);
+  EXPECT_EQ(one.at("dropped"), 1);
+  EXPECT_EQ(one.at("error"), nullptr);
+  EXPECT_EQ(one.at("head").at("start"), "2021-07-26T05:19:59.72115072");
+  EXPECT_EQ(one.at("files").at(0).at("bytes"), fs::file_size(here / "noise.mf4"));
+  EXPECT_EQ(one.at("remarks").at(0),
+            Json::parse(R"({"remark": "kind_not_held", "class": "not_held", "effect": "dropped",
+                            "text": "the target has no such kind of frame", "count": 1, "first": 6})"));
+  const Ended refused = here.run({"convert", "-f", "drive.trc", "y.mf4", "--report", "missing/report.json"});
+  EXPECT_EQ(refused.exitCode, 5);
 }
 
-TEST_F(ConvertCommand, aSourceThatIsNotValidLeavesASessionWithoutMessages) {
-  here.write("junk.trc", "no trace at all\n");
-  const Ended run = here.run({"convert", "junk.trc", "junk.btr"});
-  EXPECT_EQ(run.exitCode, 3);
-  EXPECT_EQ(run.errors,
-            "xlatr: warning: junk.trc: is not a valid trc file, so the target holds no messages; look at its header\n");
+TEST_F(ConvertCommand, tellsOptionsWithoutEffect) {
+  const Ended run = here.run({"convert", "drive.trc", "x.csv", "--zipped", "--jobs", "4"});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.errors, HasSubstr("xlatr: note: --zipped: has no effect on a target that is no mf4\n"));
+  EXPECT_THAT(run.errors, HasSubstr("xlatr: note: --jobs: has no effect on one file\n"));
+  EXPECT_EQ(here.run({"convert", "drive.trc", "y.trc", "--sorted"}).exitCode, 2);
+  EXPECT_EQ(here.run({"convert", "drive.trc", "y.trc", "-f", "-n"}).exitCode, 2);
 }
 
-TEST_F(ConvertCommand, framesOfABinarySourceThatIsNotValidAreConvertedWithoutAHeader) {
-  using namespace test::btrc;
-  here.write("old.btrc", filled(info(0) + plainFrame(1000)));
-  here.write("new.btr", test::BtrImage(2).session(0, {.version = 9}).sector(1, {}, {{.length = 1}}).bytes());
-  struct Case {
-    const char* source;
-    const char* format;
-    const char* written;
-  };
-  for (const auto& [source, format, written] :
-       std::initializer_list<Case>{{"old.btrc", "btrc", "x.trc"}, {"new.btr", "btr", "x_S1.trc"}}) {
-    const Ended run = here.run({"convert", source, "x.trc", "--target-version", "2.1"});
-    EXPECT_EQ(run.exitCode, 3) << source;
-    EXPECT_EQ(run.errors, std::string("xlatr: warning: ") + source + ": is not a valid " + format +
-                              " file, so the target has no header; look at its header\n");
-    EXPECT_THAT(here.read(written), testing::StartsWith("      1 ")) << source;
-    std::filesystem::remove(here / "x.trc");
-  }
-}
-
-TEST_F(ConvertCommand, anImpossiblePairNamesBothFormats) {
-  const Ended run = here.run({"convert", "drive.trc", "x.ltrc"});
-  EXPECT_EQ(run.exitCode, 1);
-  EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
-  EXPECT_THAT(run.errors, HasSubstr("trc can't be converted into ltrc"));
-  EXPECT_THAT(here.names(), ElementsAre("drive.trc"));
-}
-
-TEST_F(ConvertCommand, aSourceThatIsNotValidIsWrittenWithAWarning) {
-  here.write("junk.trc", "no trace at all\n");
-  const Ended run = here.run({"convert", "junk.trc", "x.trc"});
-  EXPECT_EQ(run.exitCode, 3);
-  EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
-  EXPECT_THAT(run.errors, testing::StartsWith("xlatr: warning: junk.trc: "));
-  EXPECT_THAT(run.output, testing::StartsWith("wrote x.trc ("));
-  EXPECT_THAT(here.read("x.trc"), HasSubstr("no trace at all"));
-}
-
-TEST_F(ConvertCommand, aWarningOfTheLibraryIsPrintedOnOneLine) {
-  here.write("buses.trc", traceOfBuses({1, 17}));
-  const Ended run = here.run({"convert", "-q", "buses.trc", "x.trc", "--target-version", "2.1"});
-  EXPECT_EQ(run.exitCode, 3);
-  EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
-  EXPECT_THAT(run.errors, testing::StartsWith("xlatr: warning: buses.trc: "));
-  EXPECT_THAT(run.errors, HasSubstr(" 17"));
-  EXPECT_EQ(run.output, "");
-}
-
-TEST_F(ConvertCommand, aTraceWithoutMessagesMayLeaveNoFile) {
-  here.write("empty.trc", traceOfBuses({}));
-  const Ended run = here.run({"convert", "empty.trc", "x.trc", "--target-version", "2.0"});
+// In this process: nothing lies beside the library that reads them.
+TEST_F(ConvertCommand, readsLogsWithoutAConverter) {
+  using namespace test::blf;
+  here.write("log.blf", file({}, {object({.type = 1, .timestamp = 5'000'000},
+                                         Bytes().u16(2).u8(0).u8(2).u32(0x123).counting(8, 1).str())}));
+  fs::create_directories(here / "alone/lib");
+  fs::create_directories(here / "alone/bin");
+  fs::copy_file(XLATR_PROGRAM, here / "alone/bin/xlatr");
+  fs::copy_file(XLATR_LIBRARY, here / "alone/lib" / XLATR_LIBRARY_NAME);
+  const Ended run = here.shell("alone/bin/xlatr convert log.blf log.csv");
   EXPECT_EQ(run.exitCode, 0) << run.errors;
-  EXPECT_EQ(run.output, "nothing to write: the source holds no messages\n");
-  EXPECT_THAT(here.names(), ElementsAre("drive.trc", "empty.trc"));
+  EXPECT_EQ(framesOf("log.csv"), "2@5 ");
 }
 
-// If the target is a pipe, the test can hold the conversion up as long as it likes: it goes on only as the pipe is
-// read.
-class HeldConversion : public ConvertCommand {
+// ---- many files
+
+class ManyFiles : public ConvertCommand {
  protected:
   void SetUp() override {
-    here.write("long.trc", traceOfBuses(std::vector<int>(200'000, 1)));
-    ASSERT_EQ(::mkfifo((here / "slow.trc").c_str(), 0600), 0);
-    pipe = ::open((here / "slow.trc").c_str(), O_RDONLY | O_NONBLOCK);
-    ASSERT_GE(pipe, 0);
-  }
-
-  void TearDown() override { ::close(pipe); }
-
-  // Whether something can be read from the descriptor within the limit.
-  static bool hasInput(int descriptor) {
-    pollfd wait{descriptor, POLLIN, 0};
-    return ::poll(&wait, 1, 60'000) == 1 && (wait.revents & POLLIN) != 0;
-  }
-
-  static std::string readSome(int descriptor) {
-    std::array<char, 65536> buffer{};
-    const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
-    return {buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
-  }
-
-  void drain() const {
-    while (hasInput(pipe) && !readSome(pipe).empty()) {
+    for (const char* name : {"logs/a.trc", "logs/deep/b.trc", "logs/deep/c.TRC"}) {
+      fs::create_directories((here / name).parent_path());
+      here.write(name, traceOfBuses({1, 2}));
     }
+    here.write("logs/notes.txt", "no trace");
   }
-
-  int pipe = -1;
 };
 
-TEST_F(HeldConversion, interruptEndsWith130AndNamesTheTarget) {
-  const int errors = ::open((here / "errors").c_str(), O_WRONLY | O_CREAT, 0600);
-  const pid_t program = here.start({"convert", "-f", "long.trc", "slow.trc"}, errors);
-  ::close(errors);
-  ASSERT_TRUE(hasInput(pipe));
-  ASSERT_EQ(::kill(program, SIGINT), 0);
-  drain();
-  EXPECT_EQ(Workspace::wait(program), 130);
-  const std::string text = here.read("errors");
-  EXPECT_TRUE(isOneErrorLine(text)) << text;
-  EXPECT_THAT(text, HasSubstr("interrupted; slow.trc is incomplete"));
+TEST_F(ManyFiles, goIntoAFolder) {
+  fs::create_directory(here / "out");
+  const Ended run = here.run({"convert", "logs/a.trc", "logs/deep/b.trc", "out/", "--to", "csv"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_THAT(run.errors, HasSubstr("xlatr: logs/a.trc -> out/a.csv: 2 frames read, 2 written\n"));
+  EXPECT_THAT(run.errors, HasSubstr("xlatr: 2 sources: 4 frames read, 4 written, 0 dropped; 2 complete\n"));
+  EXPECT_TRUE(fs::exists(here / "out/b.csv"));
+  const Ended again = here.run({"convert", "-n", "logs/a.trc", "logs/deep/b.trc", "out/", "--to", "csv"});
+  EXPECT_EQ(again.exitCode, 0);
+  EXPECT_THAT(again.errors, HasSubstr("2 skipped"));
 }
 
-TEST_F(HeldConversion, progressIsDrawnOnATerminal) {
-  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
-  ASSERT_GE(terminal, 0);
-  ASSERT_EQ(::grantpt(terminal), 0);
-  ASSERT_EQ(::unlockpt(terminal), 0);
-  std::array<char, 128> name{};
-  ASSERT_EQ(::ptsname_r(terminal, name.data(), name.size()), 0);
-  const int errors = ::open(name.data(), O_RDWR | O_NOCTTY);
-  ASSERT_GE(errors, 0);
-  const pid_t program = here.start({"convert", "-f", "long.trc", "slow.trc"}, errors);
-  ::close(errors);
-  EXPECT_TRUE(hasInput(terminal));
-  const std::string drawn = readSome(terminal);
-  EXPECT_THAT(drawn, testing::StartsWith("\r["));
-  EXPECT_THAT(drawn, HasSubstr(" %"));
-  drain();
-  EXPECT_EQ(Workspace::wait(program), 0);
-  ::close(terminal);
+TEST_F(ManyFiles, mirrorAFolder) {
+  const Ended run = here.run({"convert", "-r", "logs", "-O", "out", "--to", "mf4", "-j", "0"});
+  EXPECT_EQ(run.exitCode, 0) << run.errors;
+  EXPECT_EQ(framesOf("out/a.mf4"), "1@10 2@20 ");
+  EXPECT_EQ(framesOf("out/deep/b.mf4"), "1@10 2@20 ");
+  EXPECT_EQ(framesOf("out/deep/c.mf4"), "1@10 2@20 ");
+  EXPECT_EQ(here.run({"convert", "logs", "-O", "out", "--to", "mf4"}).errors,
+            "xlatr: logs: this is a folder; give -r to take the traces in it\n");
+}
+
+TEST_F(ManyFiles, goOnAfterOneThatFails) {
+  here.write("logs/bad.trc", "no trace at all");
+  const Ended run = here.run({"convert", "-q", "-r", "logs", "-O", "out", "--to", "asc", "-j", "3"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.errors, StartsWith("xlatr: logs/bad.trc: this is no trace"));
+  EXPECT_TRUE(fs::exists(here / "out/deep/c.asc"));
+}
+
+TEST_F(ManyFiles, comeFromAList) {
+  EXPECT_EQ(here.shell("find logs -name '*.trc' | xlatr convert --files-from - -O out --to csv").exitCode, 0);
+  EXPECT_TRUE(fs::exists(here / "out/b.csv"));
+  fs::remove_all(here / "out");
+  EXPECT_EQ(here.shell("find logs -name '*.trc' -print0 > list; xlatr convert --files-from list --null -O out --to csv")
+                .exitCode,
+            0);
+  EXPECT_TRUE(fs::exists(here / "out/a.csv"));
+  EXPECT_EQ(here.run({"convert", "--files-from", "missing", "-O", "out", "--to", "csv"}).exitCode, 1);
+}
+
+TEST_F(ManyFiles, areSharedByAHashOfTheirPaths) {
+  for (const char* shard : {"1/3", "2/3", "3/3"}) {
+    EXPECT_EQ(here.run({"convert", "-r", "logs", "-O", "out", "--to", "csv", "--shard", shard}).exitCode, 0) << shard;
+  }
+  // Each by one of them: nothing was there already.
+  for (const char* name : {"out/a.csv", "out/deep/b.csv", "out/deep/c.csv"}) {
+    EXPECT_TRUE(fs::exists(here / name)) << name;
+  }
+  for (const char* shard : {"0/3", "4/3", "3", "x/3", "1/0"}) {
+    EXPECT_EQ(here.run({"convert", "-r", "logs", "-O", "out", "--to", "csv", "--shard", shard}).exitCode, 2) << shard;
+  }
+}
+
+TEST_F(ManyFiles, areToldApartFromOneTarget) {
+  fs::create_directory(here / "out");
+  here.write("logs/a.asc", "x");
+  struct Case {
+    std::vector<std::string> arguments;
+    const char* expected;
+  };
+  const std::vector<Case> cases = {
+      {{"convert", "logs/a.trc", "logs/deep/b.trc", "all.csv"},
+       "2 sources and the target all.csv, which is no folder: name a folder to convert each into, or use 'xlatr merge"},
+      {{"convert", "logs/a.trc", "out"}, "out: say with --to in which format to write: trc, btr"},
+      {{"convert", "logs/a.trc"}, "logs/a.trc: name a TARGET after it"},
+      {{"convert", "-r", "logs", "x.trc"}, "say with -O"},
+      {{"convert", "-", "-O", "out", "--to", "trc"}, "standard input has no name"},
+      {{"convert", "logs/a.trc", "logs/a.asc", "-O", "out", "--to", "csv"}, "would both become out/a.csv"},
+      {{"convert", "logs/a.trc", "-O", "out", "--to", "blf"}, "blf is read and not written; choose one of trc"},
+      {{"convert", "logs/a.trc", "x.trc", "-j", "x"}, "--jobs x"},
+  };
+  for (const auto& [arguments, expected] : cases) {
+    const Ended run = here.run(arguments);
+    EXPECT_EQ(run.exitCode, 2) << expected;
+    EXPECT_TRUE(isOneErrorLine(run.errors)) << run.errors;
+    EXPECT_THAT(run.errors, HasSubstr(expected));
+  }
 }
 
 }  // namespace

@@ -34,6 +34,13 @@ TEST(VersionText, hasADigitAfterThePoint) {
   EXPECT_EQ(versionListText({4.1, 4.11}), "4.1, 4.11");
 }
 
+TEST(CountText, groupsDigits) {
+  EXPECT_EQ(countText(0), "0");
+  EXPECT_EQ(countText(999), "999");
+  EXPECT_EQ(countText(1000), "1,000");
+  EXPECT_EQ(countText(1'234'567), "1,234,567");
+}
+
 TEST(SizeText, picksTheUnit) {
   EXPECT_EQ(sizeText(0), "0 bytes");
   EXPECT_EQ(sizeText(1), "1 byte");

@@ -34,8 +34,18 @@ std::vector<std::string> Workspace::names() const {
 }
 
 Ended Workspace::run(const std::vector<std::string>& arguments) const {
+  std::vector<std::string> words{program_};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  return runWords(std::move(words));
+}
+
+Ended Workspace::shell(const std::string& line) const {
+  return runWords({"/bin/sh", "-c", "xlatr() { \"" + program_ + "\" \"$@\"; }\n" + line});
+}
+
+Ended Workspace::runWords(std::vector<std::string> words) const {
   const int errors = openForWriting(*this / kErrorsName);
-  const pid_t program = start(arguments, errors);
+  const pid_t program = startWords(std::move(words), errors);
   ::close(errors);
   const int exitCode = wait(program);
   return {exitCode, read(kOutputName), read(kErrorsName)};
@@ -44,6 +54,10 @@ Ended Workspace::run(const std::vector<std::string>& arguments) const {
 pid_t Workspace::start(const std::vector<std::string>& arguments, int errors) const {
   std::vector<std::string> words{program_};
   words.insert(words.end(), arguments.begin(), arguments.end());
+  return startWords(std::move(words), errors);
+}
+
+pid_t Workspace::startWords(std::vector<std::string> words, int errors) const {
   std::vector<char*> pointers;
   pointers.reserve(words.size() + 1);
   for (auto& word : words) {

@@ -28,6 +28,7 @@ class Workspace {
   explicit Workspace(std::string program) : program_(std::move(program)) {}
 
   // The path of a name in the folder.
+  [[nodiscard]] std::string path() const { return folder_.path().string(); }
   [[nodiscard]] std::filesystem::path operator/(std::string_view name) const { return folder_.path() / name; }
 
   void write(std::string_view name, std::string_view contents) const {
@@ -40,11 +41,17 @@ class Workspace {
   // Runs the program to its end.
   [[nodiscard]] Ended run(const std::vector<std::string>& arguments) const;
 
+  // The same by a line for the shell, in which xlatr is the program.
+  [[nodiscard]] Ended shell(const std::string& line) const;
+
   // Starts it with stderr on the descriptor `errors`, and waits for its end: the exit code.
   [[nodiscard]] pid_t start(const std::vector<std::string>& arguments, int errors) const;
   [[nodiscard]] static int wait(pid_t program);
 
  private:
+  [[nodiscard]] Ended runWords(std::vector<std::string> words) const;
+  [[nodiscard]] pid_t startWords(std::vector<std::string> words, int errors) const;
+
   std::string program_;
   test::TempFolder folder_;
 };

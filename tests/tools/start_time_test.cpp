@@ -32,5 +32,19 @@ TEST(StartTimeText, isEmptyWithoutAStart) {
   EXPECT_EQ(startTimeText(std::numeric_limits<double>::infinity()), "");
 }
 
+TEST(StartText, hasAsManyDecimalsAsItNeedsAndTheZoneIfItIsKnown) {
+  xlatr_head head{};
+  head.start_ns = 1'709'280'000'000'000'000;
+  EXPECT_EQ(startText(head), "2024-03-01T08:00:00.000");
+  head.start_ns += 123'450'000;
+  EXPECT_EQ(startText(head), "2024-03-01T08:00:00.12345");
+  head.start_ns += 1;
+  head.zone_known = 1;
+  EXPECT_EQ(startText(head), "2024-03-01T08:00:00.123450001+00:00");
+  head.zone_minutes = -210;
+  head.start_ns = -1;
+  EXPECT_EQ(startText(head), "1969-12-31T23:59:59.999999999-03:30");
+}
+
 }  // namespace
 }  // namespace xlatr::cli

@@ -1,4 +1,4 @@
-#include "target_files.hpp"
+#include "compat/target_files.hpp"
 
 #include <gmock/gmock.h>
 

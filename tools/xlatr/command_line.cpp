@@ -195,9 +195,13 @@ CommandLine parseCommandLine(const std::vector<std::string>& words, const std::s
     return line;
   }
   line.command = &commandOf(words.front());
+  const auto end = std::ranges::find(words, "--");  // after it there are paths alone
   std::vector<std::string> all = defaultsOf(*line.command, defaults);
-  all.insert(all.end(), words.begin() + 1, words.end());
+  all.insert(all.end(), words.begin() + 1, end);
   parse(*line.command, std::move(all), line.arguments);
+  if (end != words.end()) {
+    line.arguments.paths.insert(line.arguments.paths.end(), end + 1, words.end());
+  }
   if (line.arguments.help) {
     return line;
   }

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "command_failure.hpp"
+#include "option_effects.hpp"
 #include "output.hpp"
 #include "report.hpp"
 #include "signals.hpp"
@@ -117,6 +118,7 @@ ExitCode runConversions(const Arguments& arguments, const JobSettings& settings,
                         const std::vector<JobPaths>& conversions) {
   const ProgressForm form = progressForm(arguments);
   const std::size_t threads = jobCount(arguments, conversions.size());
+  tellOptionsWithoutEffect(arguments, settings, conversions);
   watchSignals();
   std::vector<JobReport> reports(conversions.size());
   std::vector<char> done(conversions.size());  // bytes, since each is written by another thread

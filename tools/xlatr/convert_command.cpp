@@ -13,7 +13,6 @@
 #include "conversions.hpp"
 #include "formats.hpp"
 #include "job.hpp"
-#include "option_effects.hpp"
 #include "source_list.hpp"
 #include "standard_streams.hpp"
 #include "terminal.hpp"
@@ -113,7 +112,6 @@ ExitCode runConvert(const Arguments& typed) {
   if (arguments.compat) {
     return runCompatConversions(arguments, conversions);
   }
-  tellOptionsWithoutEffect(arguments, settings, conversions);
   return runConversions(arguments, settings, conversions);
 }
 

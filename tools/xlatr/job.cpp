@@ -58,6 +58,10 @@ void eachRow(xlatr_job* job, xlatr_code (*get)(xlatr_job*, std::uint32_t, Record
   }
 }
 
+std::string nameOf(const JobPaths& paths) {
+  return paths.target == kStandardStream ? "standard output" : paths.target;
+}
+
 struct CloseJob {
   void operator()(xlatr_job* job) const { xlatr_job_close(job); }
 };
@@ -222,7 +226,10 @@ class Job {
     eachRow(job_.get(), xlatr_job_get_passed_over,
             [&report](const xlatr_passed_over& row) { report.passedOver.emplace_back(row.name, row.count); });
     report.exitCode = exitCodeOf(code_);
-    if (code_ != XLATR_OK) {
+    if (code_ != XLATR_OK && interruption()) {
+      report.exitCode = *interruption();
+      report.error = "interrupted; " + nameOf(report.paths) + " was not written";
+    } else if (code_ != XLATR_OK) {
       const char* const text = xlatr_job_error(job_.get());
       report.error = oneLine(text == nullptr || *text == '\0' ? xlatr_code_text(code_) : text);
     } else if (!isComplete(report.account)) {

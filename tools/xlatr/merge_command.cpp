@@ -5,7 +5,6 @@
 #include "command_failure.hpp"
 #include "conversions.hpp"
 #include "job.hpp"
-#include "option_effects.hpp"
 #include "standard_streams.hpp"
 
 namespace xlatr::cli {
@@ -19,7 +18,6 @@ ExitCode runMerge(const Arguments& arguments) {
   }
   const JobSettings settings(arguments);
   const std::vector<JobPaths> conversions = {{arguments.paths, arguments.output}};
-  tellOptionsWithoutEffect(arguments, settings, conversions);
   return runConversions(arguments, settings, conversions);
 }
 

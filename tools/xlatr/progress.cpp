@@ -74,15 +74,16 @@ std::string joined(const std::vector<std::string>& pieces) {
 }  // namespace
 
 std::string progressBar(const ProgressState& state, std::size_t width) {
-  std::vector<std::string> all = pieces(state);
-  while (all.size() > 1 && joined(all).size() > width) {
-    all.pop_back();
-  }
-  const std::string text = joined(all).substr(0, width);
   constexpr std::size_t kFewestCells = 10;
   constexpr std::size_t kMostCells = 40;
   constexpr std::size_t kAround = 4;  // the brackets, and two blanks before the text
-  if (state.bytesTotal == 0 || text.size() + kAround + kFewestCells > width) {
+  const std::size_t bar = state.bytesTotal == 0 ? 0 : kAround + kFewestCells;
+  std::vector<std::string> all = pieces(state);
+  while (all.size() > 1 && joined(all).size() + bar > width) {
+    all.pop_back();
+  }
+  const std::string text = joined(all).substr(0, width);
+  if (bar == 0 || text.size() + bar > width) {
     return text;
   }
   const std::size_t cells = std::min(kMostCells, width - text.size() - kAround);

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <chrono>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <optional>
@@ -119,11 +120,9 @@ std::optional<std::int64_t> unitsOf(std::string_view text, std::span<const Unit>
   if (whole > std::numeric_limits<std::int64_t>::max() / unit->factor - 1) {
     return std::nullopt;
   }
-  // The rest times the factor, without leaving 64 bits.
-  const std::int64_t part =
-      unit->factor >= kNsPerSecond
-          ? unit->factor / kNsPerSecond * rest
-          : static_cast<std::int64_t>(static_cast<long double>(rest) * unit->factor / kNsPerSecond);
+  // Exact as far as it matters: the mantissa has at least 53 bits, and what is left of a unit is less than one.
+  const auto part =
+      std::llround(static_cast<long double>(rest) / kNsPerSecond * static_cast<long double>(unit->factor));
   return whole * unit->factor + part;
 }
 

@@ -1,5 +1,6 @@
 #include "standard_streams.hpp"
 
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -7,6 +8,8 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+
+#include "signals.hpp"
 
 namespace xlatr::cli {
 namespace {
@@ -23,7 +26,23 @@ std::int64_t uninterrupted(Transfer transfer) {
   }
 }
 
+// Waits for something to read, or its end. False if the program is asked to end meanwhile, which a signal alone does
+// not tell if it comes before the waiting begins.
+bool waitForInput() {
+  constexpr int kMilliseconds = 100;
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  while (::poll(&input, 1, kMilliseconds) == 0 || input.revents == 0) {
+    if (interruption()) {
+      return false;
+    }
+  }
+  return true;
+}
+
 std::int64_t readInOrder(void* /*context*/, std::uint64_t /*offset*/, void* buffer, std::uint64_t bytes) {
+  if (!waitForInput()) {
+    return -1;
+  }
   const auto most = static_cast<std::size_t>(std::min(bytes, kLargestTransfer));
   return uninterrupted([&] { return ::read(STDIN_FILENO, buffer, most); });
 }

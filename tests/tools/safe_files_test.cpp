@@ -1,0 +1,225 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tools/program.hpp"
+
+// What stands under a target's name while the program runs and after it was stopped, and what the terminal shows.
+namespace xlatr::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class SafeFiles : public testing::Test {
+ protected:
+  void SetUp() override {
+    here.write("long.trc", traceOfBuses(std::vector<int>(20'000, 1)));
+    ASSERT_EQ(here.run({"convert", "-q", "long.trc", "whole.asc"}).exitCode, 0);
+    whole_ = here.read("whole.asc");
+    fs::remove(here / "whole.asc");
+  }
+
+  // Starts a conversion that can't come to its end: its source is a pipe that holds the first lines.
+  [[nodiscard]] pid_t startHeld(const std::vector<std::string>& options) {
+    EXPECT_EQ(::mkfifo((here / "held").c_str(), 0600), 0);
+    // Read and written by this end, so that nobody waits for another.
+    source_ = ::open((here / "held").c_str(), O_RDWR | O_CLOEXEC);
+    // More than is looked at to know the format, and less than a pipe takes.
+    const std::string lines = traceOfBuses(std::vector<int>(kHeldFrames, 1));
+    EXPECT_EQ(::write(source_, lines.data(), lines.size()), static_cast<ssize_t>(lines.size()));
+    std::string line = "exec " XLATR_PROGRAM " convert - out.asc < held";
+    for (const std::string& option : options) {
+      line += " " + option;
+    }
+    const int errors = ::open((here / "errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const Workspace shell("/bin/sh");
+    const pid_t program = shell.start({"-c", "cd '" + here.path() + "'; " + line}, errors);
+    ::close(errors);
+    for (int tries = 0; tries < 2000 && !fs::exists(here / ".out.asc.xlatr-part"); ++tries) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return program;
+  }
+  void TearDown() override {
+    if (source_ >= 0) {
+      ::close(source_);
+    }
+  }
+
+  static constexpr int kHeldFrames = 200;
+
+  const Workspace here{};
+  std::string whole_;
+  int source_ = -1;
+};
+
+TEST_F(SafeFiles, aFragmentNeverHasTheName) {
+  here.write("out.asc", "old");
+  const pid_t program = startHeld({"-f"});
+  EXPECT_TRUE(fs::exists(here / ".out.asc.xlatr-part"));
+  EXPECT_EQ(here.read("out.asc"), "old");
+  const Ended second = here.run({"convert", "-f", "long.trc", "out.asc"});
+  EXPECT_EQ(second.exitCode, 5);
+  EXPECT_THAT(second.errors, HasSubstr("another conversion is writing this file"));
+  ASSERT_EQ(::kill(program, SIGKILL), 0);
+  EXPECT_EQ(Workspace::wait(program), 128 + SIGKILL);
+  EXPECT_EQ(here.read("out.asc"), "old");
+  // The next one takes the place over.
+  EXPECT_EQ(here.run({"convert", "-qf", "long.trc", "out.asc"}).exitCode, 0);
+  EXPECT_TRUE(here.read("out.asc") == whole_);
+  EXPECT_FALSE(fs::exists(here / ".out.asc.xlatr-part"));
+}
+
+// At a hundred moments of its life.
+TEST_F(SafeFiles, aProgramThatIsKilledLeavesTheOldFileOrTheNewOne) {
+  const int errors = ::open((here / "errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  int wholeOnes = 0;
+  for (int run = 0; run < 100; ++run) {
+    here.write("out.asc", "old");
+    const pid_t program = here.start({"convert", "-qf", "long.trc", "out.asc"}, errors);
+    std::this_thread::sleep_for(std::chrono::microseconds(run * 700));
+    static_cast<void>(::kill(program, SIGKILL));
+    static_cast<void>(Workspace::wait(program));
+    const std::string left = here.read("out.asc");
+    ASSERT_TRUE(left == "old" || left == whole_) << run << ": " << left.size() << " bytes";
+    wholeOnes += left == whole_ ? 1 : 0;
+  }
+  ::close(errors);
+  EXPECT_LT(wholeOnes, 100);
+}
+
+TEST_F(SafeFiles, signalsEndItWithoutAFragment) {
+  struct Case {
+    int signal;
+    int exitCode;
+  };
+  for (const auto& [signal, exitCode] : std::initializer_list<Case>{{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}}) {
+    const pid_t program = startHeld({});
+    ASSERT_EQ(::kill(program, signal), 0);
+    // The other end of the pipe stays open: the signal ends the waiting too.
+    EXPECT_EQ(Workspace::wait(program), exitCode);
+    EXPECT_EQ(here.read("errors"), "xlatr: interrupted; out.asc was not written\n");
+    ::close(std::exchange(source_, -1));
+    EXPECT_FALSE(fs::exists(here / "out.asc"));
+    EXPECT_FALSE(fs::exists(here / ".out.asc.xlatr-part"));
+    fs::remove(here / "held");
+  }
+}
+
+TEST_F(SafeFiles, aFragmentIsKeptWhenThatIsAskedFor) {
+  const pid_t program = startHeld({"--keep-partial"});
+  ASSERT_EQ(::kill(program, SIGINT), 0);
+  EXPECT_EQ(Workspace::wait(program), 130);
+  EXPECT_FALSE(fs::exists(here / "out.asc"));
+  EXPECT_THAT(here.read("out.partial.asc"), StartsWith("date "));
+}
+
+TEST_F(SafeFiles, aFolderThatCannotBeWrittenIsTold) {
+  fs::create_directory(here / "shut");
+  fs::permissions(here / "shut", fs::perms::owner_read | fs::perms::owner_exec);
+  if (::geteuid() != 0) {  // root may write everywhere
+    EXPECT_EQ(here.run({"convert", "long.trc", "shut/out.asc"}).exitCode, 5);
+  }
+  EXPECT_EQ(here.run({"convert", "long.trc", "none/out.asc"}).exitCode, 5);
+  EXPECT_EQ(here.run({"convert", "long.trc", "shut"}).exitCode, 2);
+}
+
+// Over the limit of a file's size a write fails as it does on a full disk.
+TEST_F(SafeFiles, aFullDiskLeavesTheOldFile) {
+  here.write("out.asc", "old");
+  const Ended run = here.shell("trap '' XFSZ; ulimit -f 64; xlatr convert -f long.trc out.asc");
+  EXPECT_EQ(run.exitCode, 5);
+  EXPECT_THAT(run.errors, StartsWith("xlatr: out.asc: cannot write: "));
+  EXPECT_EQ(here.read("out.asc"), "old");
+  EXPECT_FALSE(fs::exists(here / ".out.asc.xlatr-part"));
+}
+
+TEST_F(SafeFiles, aRequestForProgressIsAnswered) {
+  const pid_t program = startHeld({});
+  ASSERT_EQ(::kill(program, SIGUSR1), 0);
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  ::close(std::exchange(source_, -1));
+  EXPECT_EQ(Workspace::wait(program), 0);
+  EXPECT_THAT(here.read("errors"), HasSubstr("xlatr: 200 frames, "));
+}
+
+// ---- a terminal
+
+class Terminal {
+ public:
+  explicit Terminal(unsigned columns) : own_(::posix_openpt(O_RDWR | O_NOCTTY)) {
+    std::array<char, 128> name{};
+    EXPECT_EQ(::grantpt(own_), 0);
+    EXPECT_EQ(::unlockpt(own_), 0);
+    EXPECT_EQ(::ptsname_r(own_, name.data(), name.size()), 0);
+    programs_ = ::open(name.data(), O_RDWR | O_NOCTTY);
+    const winsize size{24, static_cast<unsigned short>(columns), 0, 0};
+    EXPECT_EQ(::ioctl(programs_, TIOCSWINSZ, &size), 0);
+  }
+  ~Terminal() { ::close(own_); }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  [[nodiscard]] int forProgram() const { return programs_; }
+  // All that the program writes until it ends.
+  [[nodiscard]] std::string readAll() {
+    ::close(programs_);
+    std::string text;
+    std::array<char, 4096> buffer{};
+    for (ssize_t count = 1; count > 0;) {
+      count = ::read(own_, buffer.data(), buffer.size());
+      text.append(buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+    }
+    return text;
+  }
+
+ private:
+  int own_;
+  int programs_ = -1;
+};
+
+TEST_F(SafeFiles, aBarIsDrawnOnATerminalAndFitsIt) {
+  here.write("longer.trc", traceOfBuses(std::vector<int>(200'000, 1)));
+  for (const unsigned columns : {40U, 120U}) {
+    Terminal terminal(columns);
+    const pid_t program = here.start({"convert", "-f", "longer.trc", "out.csv"}, terminal.forProgram());
+    const std::string text = terminal.readAll();
+    EXPECT_EQ(Workspace::wait(program), 0);
+    EXPECT_THAT(text, HasSubstr("%"));
+    EXPECT_THAT(text, testing::EndsWith("xlatr: longer.trc -> out.csv: 200,000 frames read, 200,000 written\r\n"));
+    for (std::size_t at = text.find('\r'); at != std::string::npos;) {
+      const std::size_t next = text.find('\r', at + 1);
+      if (next != std::string::npos && text.substr(at, next - at).find("xlatr:") == std::string::npos) {
+        EXPECT_LE(next - at, columns) << text.substr(at, next - at);
+      }
+      at = next;
+    }
+  }
+}
+
+TEST_F(SafeFiles, progressComesAsJsonForPrograms) {
+  const Ended run = here.run({"convert", "--progress=json", "long.trc", "out.csv"});
+  EXPECT_THAT(run.errors, StartsWith("{\"bytes_read\":"));
+  EXPECT_THAT(run.errors, HasSubstr("\"files_done\":1,\"files\":1,"));
+  EXPECT_THAT(here.run({"convert", "--progress=none", "-f", "long.trc", "out.csv"}).errors, StartsWith("xlatr: "));
+  EXPECT_EQ(here.run({"convert", "--progress=x", "-f", "long.trc", "out.csv"}).exitCode, 2);
+}
+
+}  // namespace
+}  // namespace xlatr::cli
