@@ -161,7 +161,7 @@ TEST_F(TargetFileTest, refusesATargetThatIsBeingWritten) {
 }
 
 TEST_F(TargetFileTest, writesToADeviceAsItIs) {
-  TargetFile target("/dev/null", {.format = XLATR_FORMAT_TRC});
+  TargetFile target(std::string("/dev/null"), {.format = XLATR_FORMAT_TRC});
   target.create(StreamHead{});
   target.finish();
   EXPECT_TRUE(fs::is_character_file("/dev/null"));
@@ -173,7 +173,7 @@ TEST_F(TargetFileTest, tellsWhatTheSystemRefuses) {
                 [&] { TargetFile(folder_.path().string(), {.replaces = true}); });
   TargetFile nowhere(folder_.file("none/a.trc"), {});
   expectFailure(FrameProblem::TargetRefused, folder_.file("none/a.trc") + ": cannot create", [&] { begin(nowhere); });
-  TargetFile full("/dev/full", {.format = XLATR_FORMAT_TRC});
+  TargetFile full(std::string("/dev/full"), {.format = XLATR_FORMAT_TRC});
   expectFailure(FrameProblem::TargetRefused, "/dev/full: cannot write", [&] {
     full.create(StreamHead{});
     full.finish();
