@@ -5,6 +5,7 @@
 #include <cstring>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "frames/frame_capacity.hpp"
 #include "io/format.hpp"
@@ -351,8 +352,9 @@ class Comparer {
     constexpr unsigned kFirstBits = 0xC0;
     row.batch->get(row.at, kept.frame);
     kept.data.assign(kept.frame.data.begin(), kept.frame.data.end());
+    kept.frame.data = {};  // the batch is used again
     if (kept.frame.text) {
-      std::string_view text = *kept.frame.text;
+      const std::string_view text = *std::exchange(kept.frame.text, "");
       std::size_t length = std::min(text.size(), kLongestText);
       while (length < text.size() && length > 0 &&
              (static_cast<unsigned char>(text[length]) & kFirstBits) == kContinues) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frames/account.hpp"
@@ -44,9 +45,9 @@ struct ComparisonSettings {
 
 enum class DifferenceKind : std::uint8_t { Both, OnlyFirst, OnlySecond };
 
-// A frame with what it refers to, of a long text the beginning.
+// A frame with its data and, of a long text, the beginning.
 struct KeptFrame {
-  Frame frame;
+  Frame frame;  // refers to nothing
   std::vector<std::uint8_t> data;
   std::string text;
 };

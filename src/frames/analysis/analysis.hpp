@@ -153,6 +153,8 @@ class Analysis {
   void add(const FrameBatch& batch) { add(columnsOf(batch)); }
 
   [[nodiscard]] const AnalysisSummary& summary() const { return summary_; }
+  [[nodiscard]] std::size_t busCount() const { return buses_.size(); }
+  [[nodiscard]] std::size_t identifierCount() const { return identifiers_.size(); }
   // By number.
   [[nodiscard]] std::vector<const BusStatistics*> buses() const;
   // By bus, kind, length of the identifier, identifier.
