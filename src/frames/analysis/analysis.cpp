@@ -73,6 +73,7 @@ struct Analysis::Row {
   FrameKind kind;
   std::int64_t timeNs;
   std::uint64_t place;
+  std::uint32_t known;  // the row of its identifier, if there was one
 
   [[nodiscard]] std::uint16_t flags() const { return frames.flags[at]; }
   [[nodiscard]] bool isExtended() const { return (flags() & frame_flag::kExtended) != 0; }
@@ -83,7 +84,7 @@ struct Analysis::Row {
 };
 
 double IdentifierStatistics::cycleDeviationNs() const {
-  return cycles == 0 ? 0.0 : std::sqrt(squares / static_cast<double>(cycles));
+  return cycles == 0 ? 0.0 : std::sqrt(cycleSquares / static_cast<double>(cycles));
 }
 
 Analysis::Analysis(const AnalysisSettings& settings)
@@ -92,14 +93,42 @@ Analysis::Analysis(const AnalysisSettings& settings)
 }
 
 void Analysis::add(const FrameColumns& frames) {
-  for (std::size_t at = 0; at < frames.rows; ++at) {
-    const auto kind = static_cast<FrameKind>(frames.kinds[at]);
-    ++summary_.frames[static_cast<std::size_t>(kind)];
-    ++added_;
-    if (isTraffic(kind)) {
-      const std::uint64_t place = frames.places == nullptr ? added_ : frames.places[at];
-      addTraffic({frames, at, kind, frames.times[at], place});
+  constexpr std::size_t kAtOnce = 16;
+  std::array<std::uint32_t, kAtOnce> known{};
+  for (std::size_t from = 0; from < frames.rows; from += kAtOnce) {
+    const std::size_t count = std::min(kAtOnce, frames.rows - from);
+    // The rows of many identifiers don't fit into the fast memory: all of them are fetched before one is needed.
+    for (std::size_t at = 0; at < count; ++at) {
+      known[at] = fetchIdentifier(frames, from + at);
     }
+    for (std::size_t at = 0; at < count; ++at) {
+      addFrame(frames, from + at, known[at]);
+    }
+  }
+}
+
+std::uint32_t Analysis::fetchIdentifier(const FrameColumns& frames, std::size_t at) const {
+  if (!hasIdentifier(static_cast<FrameKind>(frames.kinds[at]))) {
+    return IdentifierIndex::kNone;
+  }
+  const std::uint32_t number = index_.find(keyOf(frames, at));
+  if (number != IdentifierIndex::kNone) {
+    constexpr std::size_t kLine = 64;
+    const auto* const row = reinterpret_cast<const char*>(&identifiers_[number]);
+    for (std::size_t line = 0; line < IdentifierStatistics::kOften; line += kLine) {
+      __builtin_prefetch(row + line, 1);
+    }
+  }
+  return number;
+}
+
+void Analysis::addFrame(const FrameColumns& frames, std::size_t at, std::uint32_t known) {
+  const auto kind = static_cast<FrameKind>(frames.kinds[at]);
+  ++summary_.frames[static_cast<std::size_t>(kind)];
+  ++added_;
+  if (isTraffic(kind)) {
+    const std::uint64_t place = frames.places == nullptr ? added_ : frames.places[at];
+    addTraffic({frames, at, kind, frames.times[at], place, known});
   }
 }
 
@@ -227,14 +256,20 @@ void Analysis::countError(BusStatistics& bus, std::int64_t timeNs) const {
   }
 }
 
-IdentifierStatistics* Analysis::identifierOf(BusStatistics& bus, const Row& row) {
+std::uint64_t Analysis::keyOf(const FrameColumns& frames, std::size_t at) {
   constexpr unsigned kBusShift = 32;
   constexpr unsigned kKindShift = 48;
   constexpr unsigned kLengthShift = 56;
-  const std::uint64_t key = row.frames.ids[row.at] | std::uint64_t{bus.bus} << kBusShift |
-                            static_cast<std::uint64_t>(row.kind) << kKindShift |
-                            std::uint64_t{row.isExtended()} << kLengthShift;
-  std::uint32_t number = index_.find(key);
+  return frames.ids[at] | std::uint64_t{frames.buses[at]} << kBusShift | std::uint64_t{frames.kinds[at]} << kKindShift |
+         std::uint64_t{(frames.flags[at] & frame_flag::kExtended) != 0} << kLengthShift;
+}
+
+IdentifierStatistics* Analysis::identifierOf(BusStatistics& bus, const Row& row) {
+  if (row.known != IdentifierIndex::kNone) {
+    return &identifiers_[row.known];
+  }
+  const std::uint64_t key = keyOf(row.frames, row.at);
+  std::uint32_t number = index_.find(key);  // it may have been added since
   if (number == IdentifierIndex::kNone) {
     if (identifiers_.size() >= settings_.mostIdentifiers) {
       return nullptr;
@@ -272,7 +307,7 @@ void Analysis::countIdentifier(IdentifierStatistics& identifier, const Row& row)
     // Welford's way: the sum of squares stays exact for long cycles that hardly differ.
     const double off = static_cast<double>(cycle) - identifier.meanCycleNs;
     identifier.meanCycleNs += off / static_cast<double>(identifier.cycles);
-    identifier.squares += off * (static_cast<double>(cycle) - identifier.meanCycleNs);
+    identifier.cycleSquares += off * (static_cast<double>(cycle) - identifier.meanCycleNs);
   }
   noteChanges(identifier, row.data(), length);
   identifier.lastNs = timeNs;

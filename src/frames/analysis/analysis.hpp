@@ -91,9 +91,10 @@ struct BusStatistics {
   std::uint64_t burst = 0;
 };
 
-// Of the data, remote or LIN frames of an identifier on a bus.
-struct IdentifierStatistics {
+// Of the data, remote or LIN frames of an identifier on a bus. What each frame touches stands first.
+struct alignas(64) IdentifierStatistics {
   static constexpr std::size_t kShownBytes = 64;
+  static constexpr std::size_t kOften = 384;  // bytes from the beginning, up to the end of `changed`
 
   std::uint32_t id = 0;
   std::uint16_t bus = 0;
@@ -122,6 +123,8 @@ struct IdentifierStatistics {
   double meanCycleNs = 0.0;
   std::uint64_t stepsBack = 0;  // the other frames but the first
 
+  double cycleSquares = 0.0;  // of the distances from the mean
+
   std::array<std::uint8_t, kShownBytes> lastData{};  // the first bytes of it
   std::array<std::uint8_t, kShownBytes> changed{};   // bits that were different in two frames, one after the other
 
@@ -134,11 +137,6 @@ struct IdentifierStatistics {
     constexpr double kPart = 0.99;
     return cycleSketch.quantile(kPart, shortestCycleNs, longestCycleNs);
   }
-
- private:
-  friend class Analysis;
-
-  double squares = 0.0;  // of the distances from the mean
 };
 
 // Gathers all of this in one pass, in memory that is bounded whatever is added: 64 MB with 32,768 identifiers and 5 MB
@@ -172,6 +170,9 @@ class Analysis {
  private:
   struct Row;
 
+  [[nodiscard]] static std::uint64_t keyOf(const FrameColumns& frames, std::size_t at);
+  [[nodiscard]] std::uint32_t fetchIdentifier(const FrameColumns& frames, std::size_t at) const;
+  void addFrame(const FrameColumns& frames, std::size_t at, std::uint32_t known);
   void addTraffic(const Row& row);
   [[nodiscard]] BusStatistics* busOf(std::uint16_t number);
   void widenBins(std::int64_t timeNs);

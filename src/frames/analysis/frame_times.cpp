@@ -1,6 +1,7 @@
 #include "frames/analysis/frame_times.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 namespace xlatr {
 namespace {
@@ -19,12 +20,12 @@ constexpr double kTail = kAck + kDelimiter + kEndOfFrame + kIntermission;
 // the next group.
 double stuffBits(double bits, Stuffing stuffing) {
   constexpr double kMeanDistance = 30.0;
-  constexpr std::int64_t kWorstDistance = 4;
+  constexpr double kWorstDistance = 4.0;
   switch (stuffing) {
     case Stuffing::Mean:
       return (bits - 1.0) / kMeanDistance;
     case Stuffing::Worst:
-      return static_cast<double>((static_cast<std::int64_t>(bits) - 1) / kWorstDistance);
+      return std::floor((bits - 1.0) / kWorstDistance);
     case Stuffing::None:
       break;
   }
@@ -56,9 +57,9 @@ FrameBits xlBits(std::size_t length, Stuffing stuffing) {
   constexpr std::size_t kFixedStuffDistance = 10;
   constexpr double kArbitration = 1.0 + 11 + 1 + 1 + 1 + 1 + 1;
   const std::size_t stuffed = 8 + 1 + 11 + 3 + 13 + 8 + 32 + length * 8 + 32;
-  const auto fixed = static_cast<double>(stuffed / kFixedStuffDistance);
+  const std::size_t fixed = stuffed / kFixedStuffDistance;
   return {.nominal = kArbitration + stuffBits(kArbitration, stuffing) + 1 + 4 + kTail,
-          .data = 3.0 + static_cast<double>(stuffed) + fixed + 4};
+          .data = 3.0 + static_cast<double>(stuffed + fixed) + 4};
 }
 
 // An error or overload frame: the flag, the delimiter, intermission. What of a frame came before an error is not known.
