@@ -16,10 +16,11 @@ std::uint64_t CycleSketch::quantile(double part, std::uint64_t lowest, std::uint
   while (bucket + 1 < kBuckets && (seen += counts_[bucket]) < wanted) {
     ++bucket;
   }
-  if (bucket + 1 == kBuckets) {
+  if (wanted >= all || bucket + 1 == kBuckets) {
     return highest;
   }
-  return std::clamp(std::midpoint(lowerBound(bucket), lowerBound(bucket + 1)), lowest, highest);
+  return std::midpoint(std::clamp(lowerBound(bucket), lowest, highest),
+                       std::clamp(lowerBound(bucket + 1), lowest, highest));
 }
 
 }  // namespace xlatr
