@@ -419,7 +419,9 @@ class Calls {
     xlatr_comparison* comparison = nullptr;
     xlatr_comparison_create(&options, &comparison);
     auto summary = sized<xlatr_comparison_summary>();
-    if (xlatr_comparison_run(comparison, streams_.choose(arguments_), streams_.choose(arguments_)) == XLATR_OK &&
+    xlatr_stream* const first = streams_.choose(arguments_);
+    xlatr_stream* const second = streams_.choose(arguments_);
+    if (xlatr_comparison_run(comparison, first, second) == XLATR_OK &&
         xlatr_comparison_get_summary(comparison, &summary) == XLATR_OK) {
       const std::uint64_t both = summary.equal + summary.different;
       require(summary.first_frames == both + summary.only_first);
