@@ -1,6 +1,7 @@
 // What happens to frames in memory: choosing, counting, analysing and comparing them, beside copying their columns.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -114,10 +115,10 @@ void analyseFrames(benchmark::State& state) {
 }
 BENCHMARK(analyseFrames)->ArgName("ids")->Arg(8)->Arg(32)->Arg(256)->Arg(2048);
 
-// Hands the same batch out, some times, and the first time without one of its frames.
+// Hands the same batch out, some times, the first time without some of its frames.
 class RepeatedBatch final : public xlatr::FrameSource {
  public:
-  RepeatedBatch(const FrameBatch& batch, bool lacksOne) : batch_(batch), lacksOne_(lacksOne) {}
+  RepeatedBatch(const FrameBatch& batch, std::int64_t lacking) : batch_(batch), lacking_(lacking) {}
 
   [[nodiscard]] const xlatr::StreamHead& head() const override { return head_; }
   [[nodiscard]] bool read(FrameBatch& batch, Account& account) override {
@@ -126,9 +127,9 @@ class RepeatedBatch final : public xlatr::FrameSource {
       return false;
     }
     batch = batch_;
-    if (times_ == 0 && lacksOne_) {
+    if (times_ == 0) {
       std::vector<std::uint8_t> wanted(batch.size(), 1);
-      wanted[100] = 0;
+      std::fill_n(wanted.begin() + 100, lacking_, std::uint8_t{0});
       batch.keep(wanted);
     }
     batch.shiftTimes(times_ * (batch_.times().back() + 1));
@@ -141,21 +142,25 @@ class RepeatedBatch final : public xlatr::FrameSource {
  private:
   xlatr::StreamHead head_;
   const FrameBatch& batch_;
-  bool lacksOne_;
+  std::int64_t lacking_;
   std::int64_t times_ = 0;
 };
 
+// The arguments: how many frames the second trace lacks, and by how many nanoseconds its clock is late, which is more
+// than the tolerance where it is not 0.
 void compareFrames(benchmark::State& state) {
   const FrameBatch batch = mixedBatch();
+  FrameBatch late = batch;
+  late.shiftTimes(state.range(1));
   std::uint64_t frames = 0;
   for ([[maybe_unused]] auto step : state) {
-    RepeatedBatch first(batch, false);
-    RepeatedBatch second(batch, true);
+    RepeatedBatch first(batch, 0);
+    RepeatedBatch second(late, state.range(0));
     Account account;
     frames += xlatr::compareFrames(first, account, second, account, {}).frames[0];
   }
   state.SetItemsProcessed(static_cast<std::int64_t>(frames));
 }
-BENCHMARK(compareFrames);
+BENCHMARK(compareFrames)->ArgNames({"lacking", "late"})->Args({0, 0})->Args({1000, 0})->Args({0, 100'000});
 
 }  // namespace

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <map>
 #include <random>
-#include <set>
+#include <span>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -424,6 +424,11 @@ TEST(CycleSketch, knowsTheBoundsOfItsBuckets) {
 
 // ---- the same, the simple way
 
+// Some random times are farther from each other than a signed number can say.
+std::uint64_t distance(std::int64_t earlier, std::int64_t later) {
+  return static_cast<std::uint64_t>(later) - static_cast<std::uint64_t>(earlier);
+}
+
 struct NaiveIdentifier {
   std::vector<std::int64_t> times;
   std::vector<std::vector<std::uint8_t>> data;
@@ -435,7 +440,7 @@ void expectSame(const IdentifierStatistics& found, const NaiveIdentifier& naive)
   std::vector<double> cycles;
   for (std::size_t at = 1; at < naive.times.size(); ++at) {
     if (naive.times[at] >= naive.times[at - 1]) {
-      cycles.push_back(static_cast<double>(naive.times[at] - naive.times[at - 1]));
+      cycles.push_back(static_cast<double>(distance(naive.times[at - 1], naive.times[at])));
     }
   }
   EXPECT_EQ(found.cycles, cycles.size());
@@ -482,12 +487,73 @@ void expectSame(const IdentifierStatistics& found, const NaiveIdentifier& naive)
   EXPECT_EQ(static_cast<double>(found.longestCycleNs), *std::ranges::max_element(cycles));
 }
 
+struct NaiveBus {
+  std::array<std::uint64_t, kFrameKindCount> kinds{};
+  std::vector<std::int64_t> times;
+  std::vector<double> busy;  // of the frames
+  std::vector<std::int64_t> errors;
+};
+
+void expectSame(const BusStatistics& found, const NaiveBus& naive, const AnalysisSettings& settings) {
+  EXPECT_EQ(found.frames, naive.kinds);
+  EXPECT_EQ(found.traffic, naive.times.size());
+  EXPECT_EQ(found.firstNs, *std::ranges::min_element(naive.times));
+  EXPECT_EQ(found.lastNs, *std::ranges::max_element(naive.times));
+  std::uint64_t longest = 0;
+  std::uint64_t gaps = 0;
+  std::uint64_t back = 0;
+  double busy = naive.busy[0];
+  double busyInSecond = busy;
+  double busiest = busy;
+  const auto second = [](std::int64_t at) { return std::floor(static_cast<double>(at) / 1e9); };
+  for (std::size_t at = 1; at < naive.times.size(); ++at) {
+    const bool goesBack = naive.times[at] < naive.times[at - 1];
+    const std::uint64_t silence = goesBack ? 0 : distance(naive.times[at - 1], naive.times[at]);
+    back += goesBack ? 1 : 0;
+    longest = std::max(longest, silence);
+    gaps += silence >= settings.gapNs ? 1 : 0;
+    busy += naive.busy[at];
+    busyInSecond =
+        second(naive.times[at]) == second(naive.times[at - 1]) ? busyInSecond + naive.busy[at] : naive.busy[at];
+    busiest = std::max(busiest, busyInSecond);
+  }
+  EXPECT_EQ(found.stepsBack, back);
+  EXPECT_EQ(found.longestGapNs, longest);
+  EXPECT_EQ(found.gaps, gaps);
+  EXPECT_NEAR(found.busyNs, busy, busy * 1e-9);
+  EXPECT_NEAR(found.busiestSecond, busiest, busiest * 1e-9);
+  std::uint64_t bursts = 0;
+  std::uint64_t longestBurst = 0;
+  for (std::size_t at = 0; at < naive.errors.size();) {
+    std::size_t end = at + 1;
+    while (end < naive.errors.size() && naive.errors[end] >= naive.errors[end - 1] &&
+           distance(naive.errors[end - 1], naive.errors[end]) <= settings.burstNs) {
+      ++end;
+    }
+    bursts += end - at > 1 ? 1 : 0;
+    longestBurst = std::max<std::uint64_t>(longestBurst, end - at > 1 ? end - at : 0);
+    at = end;
+  }
+  EXPECT_EQ(found.errorBursts, bursts);
+  EXPECT_EQ(found.longestBurst, longestBurst);
+  std::uint64_t inBins = 0;
+  for (const std::uint64_t count : found.framesOverTime) {
+    inBins += count;
+  }
+  EXPECT_EQ(inBins, naive.times.size());
+}
+
 TEST(Analysis, findsWhatASimpleOneFinds) {
   test::RandomFrames random(11);
   std::map<NaiveKey, NaiveIdentifier> naive;
-  std::map<std::uint16_t, std::array<std::uint64_t, kFrameKindCount>> buses;
+  std::map<std::uint16_t, NaiveBus> buses;
+  AnalysisSettings settings;
+  settings.rates = {.nominal = 500'000, .data = 2'000'000, .lin = 19'200};
+  settings.gapNs = static_cast<std::uint64_t>(100 * kMs);
+  settings.burstNs = static_cast<std::uint64_t>(200 * kMs);
+  const FrameTimes times(settings.rates);
   std::array<std::uint64_t, kFrameKindCount> kinds{};
-  Analysis analysis;
+  Analysis analysis(settings);
   FrameBatch batch;
   for (int count = 0; count < 40'000; ++count) {
     const test::OwnedFrame owned = random.next();
@@ -501,7 +567,13 @@ TEST(Analysis, findsWhatASimpleOneFinds) {
     batch.append(frame);
     ++kinds[static_cast<std::size_t>(frame.kind)];
     if (frame.kind != FrameKind::Comment && frame.kind != FrameKind::Event) {
-      ++buses[frame.bus][static_cast<std::size_t>(frame.kind)];
+      NaiveBus& bus = buses[frame.bus];
+      ++bus.kinds[static_cast<std::size_t>(frame.kind)];
+      bus.times.push_back(frame.timeNs);
+      bus.busy.push_back(times.of(frame.kind, frame.flags, frame.data.size()));
+      if (frame.kind == FrameKind::Error) {
+        bus.errors.push_back(frame.timeNs);
+      }
     }
     if (frame.kind == FrameKind::Data || frame.kind == FrameKind::Remote || frame.kind == FrameKind::Lin) {
       NaiveIdentifier& one = naive[{frame.bus, frame.kind, frame.has(frame_flag::kExtended), frame.id}];
@@ -514,9 +586,9 @@ TEST(Analysis, findsWhatASimpleOneFinds) {
   const auto foundBuses = analysis.buses();
   ASSERT_EQ(foundBuses.size(), buses.size());
   std::size_t at = 0;
-  for (const auto& [bus, frames] : buses) {
+  for (const auto& [bus, one] : buses) {
     EXPECT_EQ(foundBuses[at]->bus, bus);
-    EXPECT_EQ(foundBuses[at++]->frames, frames) << bus;
+    expectSame(*foundBuses[at++], one, settings);
   }
   const auto found = analysis.identifiers();
   ASSERT_EQ(found.size(), naive.size());

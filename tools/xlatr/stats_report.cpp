@@ -136,14 +136,16 @@ std::string identifierTable(const std::vector<xlatr_id_statistics>& ids, std::in
   for (const xlatr_id_statistics& id : ids) {
     const bool cycles = id.cycles != 0;
     const auto milliseconds = [cycles](double ns) { return cycles ? millisecondsText(ns) : "-"; };
-    const double covered = static_cast<double>(lastNs - id.bins_begin_ns) / static_cast<double>(id.bin_ns);
+    // Times may be farther from each other than a signed number can say.
+    const std::uint64_t covered = static_cast<std::uint64_t>(lastNs) - static_cast<std::uint64_t>(id.bins_begin_ns);
     rows.push_back({std::to_string(id.bus), identifierText(id.kind, id.id, id.extended != 0), xlatr_kind_name(id.kind),
                     std::to_string(id.frames),
                     cycles && id.cycle_mean_ns > 0.0 ? rateText(1e9 / id.cycle_mean_ns) : "-",
                     milliseconds(static_cast<double>(id.cycle_min_ns)), milliseconds(id.cycle_mean_ns),
                     milliseconds(static_cast<double>(id.cycle_max_ns)),
                     milliseconds(static_cast<double>(id.cycle_p99_ns)), lengthText(id), payloadText(id),
-                    sparkline({id.frames_over_time, static_cast<std::size_t>(id.bins)}, covered, kSparks, utf8)});
+                    sparkline({id.frames_over_time, static_cast<std::size_t>(id.bins)},
+                              static_cast<double>(covered) / static_cast<double>(id.bin_ns), kSparks, utf8)});
   }
   return numbersText(std::move(rows), 2);
 }

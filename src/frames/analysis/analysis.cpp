@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <tuple>
@@ -10,6 +11,10 @@
 
 namespace xlatr {
 namespace {
+
+// What is promised of memory, and that what is fetched early is what frames touch.
+static_assert(sizeof(IdentifierStatistics) <= 2048);
+static_assert(offsetof(IdentifierStatistics, framesOverTime) <= IdentifierStatistics::kOften);
 
 constexpr std::int64_t kSecondNs = 1'000'000'000;
 constexpr std::uint16_t kNoRow = 0xFFFF;
