@@ -286,8 +286,6 @@ class Stream {
   };
   [[nodiscard]] Batches batches() { return Batches(*this); }
 
-  // Takes over what a function of frames.h opened.
-  [[nodiscard]] static Stream adopt(xlatr_stream* handle) { return Stream(handle); }
   // For functions of frames.h; it stays the stream's.
   [[nodiscard]] xlatr_stream* handle() const { return handle_.get(); }
 

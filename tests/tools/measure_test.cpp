@@ -75,8 +75,8 @@ TEST(HexText, showsIdentifiersAndData) {
   EXPECT_EQ(identifierText(XLATR_KIND_REMOTE, 0x1F, true), "0000001Fx");
   EXPECT_EQ(identifierText(XLATR_KIND_LIN, 0x3C, false), "3C");
   constexpr std::uint8_t kBytes[] = {0, 0x1F, 0xAB};
-  EXPECT_EQ(hexBytes(kBytes), "001FAB");
-  EXPECT_EQ(hexBytes(kBytes, " "), "00 1F AB");
+  EXPECT_EQ(hexBytes(kBytes), "001fab");
+  EXPECT_EQ(hexBytes(kBytes, " "), "00 1f ab");
   EXPECT_EQ(hexBytes({}), "");
 }
 

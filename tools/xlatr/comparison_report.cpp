@@ -6,9 +6,8 @@
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <span>
 
-#include "hex_text.hpp"
+#include "frame_lines.hpp"
 #include "measure.hpp"
 #include "output.hpp"
 #include "xlatr/frames.h"
@@ -19,54 +18,36 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-struct FlagName {
-  std::uint16_t flag;
-  const char* name;
-};
-// Those that are compared.
-constexpr std::array kFlagNames = {FlagName{XLATR_FLAG_EXTENDED, "extended"},
-                                   FlagName{XLATR_FLAG_RECEIVED, "rx"},
-                                   FlagName{XLATR_FLAG_TRANSMITTED, "tx"},
-                                   FlagName{XLATR_FLAG_FD, "fd"},
-                                   FlagName{XLATR_FLAG_BRS, "brs"},
-                                   FlagName{XLATR_FLAG_ESI, "esi"},
-                                   FlagName{XLATR_FLAG_XL, "xl"}};
-
 std::string placeText(const ComparedTrace& trace, std::uint64_t place) {
   return (trace.placesAreRecords ? "record " : "line ") + std::to_string(place);
 }
 
-std::span<const std::uint8_t> dataOf(const xlatr_frame& frame) {
-  return {frame.data, static_cast<std::size_t>(frame.data_size)};
-}
-
-std::string textOf(const xlatr_frame& frame) {
-  return {frame.text, static_cast<std::size_t>(frame.text_size)};
-}
-
-bool hasIdentifier(const xlatr_frame& frame) {
-  return frame.kind == XLATR_KIND_DATA || frame.kind == XLATR_KIND_REMOTE || frame.kind == XLATR_KIND_LIN;
-}
-
-std::string frameText(const xlatr_frame& frame) {
-  constexpr std::size_t kShown = 64;
-  std::string text =
-      secondsText(frame.time_ns) + "  bus " + std::to_string(frame.bus) + "  " + xlatr_kind_name(frame.kind);
-  if (hasIdentifier(frame)) {
-    text += " " + identifierText(frame.kind, frame.id, (frame.flags & XLATR_FLAG_EXTENDED) != 0);
+// A frame as a batch of one row, so that it is shown like those of xlatr cat.
+std::string lineOf(const xlatr_frame& frame, void (*append)(const xlatr_batch&, std::size_t, std::string&)) {
+  const std::array<std::int32_t, 2> dataOffsets = {0, static_cast<std::int32_t>(frame.data_size)};
+  const std::array<std::int32_t, 2> textOffsets = {0, static_cast<std::int32_t>(frame.text_size)};
+  xlatr_batch batch{};
+  batch.size = sizeof batch;
+  batch.rows = 1;
+  batch.time_ns = &frame.time_ns;
+  batch.kind = &frame.kind;
+  batch.bus = &frame.bus;
+  batch.id = &frame.id;
+  batch.flags = &frame.flags;
+  batch.dlc = &frame.dlc;
+  batch.data_offsets = dataOffsets.data();
+  batch.data = frame.data;
+  batch.text_offsets = textOffsets.data();
+  batch.text = frame.text;
+  batch.text_validity = &frame.has_text;
+  batch.place = &frame.place;
+  batch.attributes = frame.attributes;
+  for (std::size_t attribute = 0; attribute < XLATR_ATTRIBUTE_COUNT; ++attribute) {
+    batch.attribute[attribute] = frame.attribute + attribute;
   }
-  for (const FlagName& flag : kFlagNames) {
-    if ((frame.flags & flag.flag) != 0 && flag.flag != XLATR_FLAG_EXTENDED) {
-      text += std::string(" ") + flag.name;
-    }
-  }
-  const auto data = dataOf(frame);
-  text += "  dlc " + std::to_string(frame.dlc) + (data.empty() ? "" : "  ") +
-          hexBytes(data.first(std::min(data.size(), kShown)), " ") + (data.size() > kShown ? " ..." : "");
-  if (frame.has_text != 0) {
-    text += "  \"" + oneLine(textOf(frame)) + "\"";
-  }
-  return text;
+  std::string line;
+  append(batch, 0, line);
+  return line;
 }
 
 std::string fieldsText(std::uint32_t fields) {
@@ -83,10 +64,10 @@ std::string differenceText(const ComparedTrace& first, const ComparedTrace& seco
                            const xlatr_difference& difference) {
   std::string text;
   if (difference.first != nullptr) {
-    text += "- " + placeText(first, difference.first->place) + ": " + frameText(*difference.first) + "\n";
+    text += "- " + placeText(first, difference.first->place) + ": " + lineOf(*difference.first, appendTextLine);
   }
   if (difference.second != nullptr) {
-    text += "+ " + placeText(second, difference.second->place) + ": " + frameText(*difference.second) + "\n";
+    text += "+ " + placeText(second, difference.second->place) + ": " + lineOf(*difference.second, appendTextLine);
   }
   return difference.fields == 0 ? text : text + "  differ in " + fieldsText(difference.fields) + "\n";
 }
@@ -96,7 +77,7 @@ std::string countsByField(const xlatr_comparison_summary& summary) {
   for (std::uint32_t field = 0; field < XLATR_FIELD_COUNT; ++field) {
     if (summary.different_by[field] != 0) {
       text += (text.empty() ? "" : ", ") + std::string(xlatr_field_name(field)) + " " +
-              std::to_string(summary.different_by[field]);
+              countText(summary.different_by[field]);
     }
   }
   return text;
@@ -106,27 +87,14 @@ Json frameJson(const xlatr_frame* frame) {
   if (frame == nullptr) {
     return {};
   }
-  Json json;
-  json["place"] = frame->place;
-  json["time_ns"] = frame->time_ns;
-  json["kind"] = xlatr_kind_name(frame->kind);
-  json["bus"] = frame->bus;
-  json["id"] = hexText(frame->id, 1);
-  json["flags"] = Json::array();
-  for (const FlagName& flag : kFlagNames) {
-    if ((frame->flags & flag.flag) != 0) {
-      json["flags"].push_back(flag.name);
-    }
-  }
-  json["dlc"] = frame->dlc;
-  json["data"] = hexBytes(dataOf(*frame));
-  json["text"] = frame->has_text != 0 ? Json(textOf(*frame)) : Json();
+  Json json = {{"place", frame->place}};
+  json.update(Json::parse(lineOf(*frame, appendJsonLine)));
   return json;
 }
 
 template <typename Action>
-void forEachDifference(const Comparison& comparison, Action action) {
-  for (std::uint32_t row = 0;; ++row) {
+void forEachDifference(const Comparison& comparison, std::uint32_t limit, Action action) {
+  for (std::uint32_t row = 0; row < limit; ++row) {
     const std::optional<xlatr_difference> difference = comparison.difference(row);
     if (!difference) {
       return;
@@ -137,37 +105,43 @@ void forEachDifference(const Comparison& comparison, Action action) {
 
 }  // namespace
 
-std::string comparisonText(const ComparedTrace& first, const ComparedTrace& second, const Comparison& comparison) {
+std::string comparisonText(const ComparedTrace& first, const ComparedTrace& second, const Comparison& comparison,
+                           std::uint32_t limit) {
   const xlatr_comparison_summary summary = comparison.summary();
   const std::string within = "times within " + durationText(static_cast<double>(summary.tolerance_ns));
   const std::string one = oneLine(first.name);
   const std::string other = oneLine(second.name);
   if (summary.same != 0) {
-    return one + " and " + other + ": the same " + std::to_string(summary.equal) + " frames (" + within +
+    return one + " and " + other + ": the same " + countText(summary.equal) + " frames (" + within +
            (summary.farthest_ns == 0 ? ""
                                      : ", up to " + durationText(static_cast<double>(summary.farthest_ns)) + " apart") +
            ")\n";
   }
   const std::string fields = countsByField(summary);
   std::string text = one + " and " + other + ": different (" + within + ")\n";
-  text += tableText({{"  equal", std::to_string(summary.equal)},
-                     {"  different", std::to_string(summary.different) + (fields.empty() ? "" : ": " + fields)},
-                     {"  only in " + one, std::to_string(summary.only_first)},
-                     {"  only in " + other, std::to_string(summary.only_second)}});
-  text += "\n- " + one + "\n+ " + other + "\n\n";
-  forEachDifference(comparison, [&](const xlatr_difference& each) { text += differenceText(first, second, each); });
+  text += tableText({{"  equal", countText(summary.equal)},
+                     {"  different", countText(summary.different) + (fields.empty() ? "" : ": " + fields)},
+                     {"  only in " + one, countText(summary.only_first)},
+                     {"  only in " + other, countText(summary.only_second)}});
+  if (limit > 0) {
+    text += "\n- " + one + "\n+ " + other + "\n\n";
+  }
+  forEachDifference(comparison, limit,
+                    [&](const xlatr_difference& each) { text += differenceText(first, second, each); });
   const std::uint64_t all = summary.different + summary.only_first + summary.only_second;
-  if (all > summary.differences) {
-    text += std::to_string(all - summary.differences) + " more; --limit shows them\n";
+  const std::uint64_t shown = std::min(limit, summary.differences);
+  if (all > shown) {
+    text += countText(all - shown) + " more; --limit shows them\n";
   }
   return text;
 }
 
-Json comparisonJson(const ComparedTrace& first, const ComparedTrace& second, const Comparison& comparison) {
+Json comparisonJson(const ComparedTrace& first, const ComparedTrace& second, const Comparison& comparison,
+                    std::uint32_t limit) {
   const xlatr_comparison_summary summary = comparison.summary();
   const auto traceJson = [](const ComparedTrace& trace, std::uint64_t frames, std::uint64_t only) {
     Json json;
-    json["path"] = trace.name;
+    json["file"] = trace.name;
     json["places"] = trace.placesAreRecords ? "records" : "lines";
     json["frames"] = frames;
     json["only"] = only;
@@ -189,7 +163,7 @@ Json comparisonJson(const ComparedTrace& first, const ComparedTrace& second, con
     }
   }
   json["differences"] = Json::array();
-  forEachDifference(comparison, [&json](const xlatr_difference& each) {
+  forEachDifference(comparison, limit, [&json](const xlatr_difference& each) {
     Json difference;
     difference["fields"] = Json::array();
     for (std::uint32_t field = 0; field < XLATR_FIELD_COUNT; ++field) {

@@ -1,6 +1,7 @@
 // Whether two traces hold the same frames, for a user to read and for programs.
 #pragma once
 
+#include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
@@ -14,13 +15,13 @@ struct ComparedTrace {
   bool placesAreRecords = false;
 };
 
-// A summary and the first differences, a line for each frame: "-" for one of the first trace, "+" for one of the
-// second.
+// A summary and the first `limit` differences, a line for each frame: "-" for one of the first trace, "+" for one of
+// the second.
 [[nodiscard]] std::string comparisonText(const ComparedTrace& first, const ComparedTrace& second,
-                                         const Comparison& comparison);
+                                         const Comparison& comparison, std::uint32_t limit);
 
 // An object: docs/cli.md lists its members.
 [[nodiscard]] nlohmann::ordered_json comparisonJson(const ComparedTrace& first, const ComparedTrace& second,
-                                                    const Comparison& comparison);
+                                                    const Comparison& comparison, std::uint32_t limit);
 
 }  // namespace xlatr::cli

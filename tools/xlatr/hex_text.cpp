@@ -31,10 +31,14 @@ std::string identifierText(std::uint32_t kind, std::uint32_t id, bool extended) 
 }
 
 std::string hexBytes(std::span<const std::uint8_t> bytes, const char* separator) {
-  constexpr std::size_t kDigits = 2;
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  constexpr unsigned kBits = 4;
+  constexpr unsigned kMask = 0xF;
   std::string text;
   for (const std::uint8_t byte : bytes) {
-    text += (text.empty() ? "" : separator) + hexText(byte, kDigits);
+    text += text.empty() ? "" : separator;
+    text += kDigits[byte >> kBits];
+    text += kDigits[byte & kMask];
   }
   return text;
 }

@@ -73,7 +73,7 @@ std::string kindsText(const std::uint64_t* frames) {
   std::string text;
   for (std::uint32_t kind = 0; kind < XLATR_KIND_COUNT; ++kind) {
     if (frames[kind] != 0) {
-      text += (text.empty() ? "" : ", ") + std::to_string(frames[kind]) + " " + xlatr_kind_name(kind);
+      text += (text.empty() ? "" : ", ") + countText(frames[kind]) + " " + xlatr_kind_name(kind);
     }
   }
   return text.empty() ? "no frames" : text;
@@ -86,15 +86,15 @@ std::string headText(const std::string& name, const xlatr_analysis_summary& summ
             durationText(secondsOf(summary) * 1e9) + "\n";
   }
   if (summary.steps_back != 0) {
-    text += std::to_string(summary.steps_back) + " frames are earlier than the one before them\n";
+    text += countText(summary.steps_back) + " frames are earlier than the one before them\n";
   }
   if (summary.other_id_frames != 0) {
-    text += std::to_string(summary.other_id_frames) + " frames have identifiers beyond the first " +
-            std::to_string(summary.ids) + ", which are not shown\n";
+    text += countText(summary.other_id_frames) + " frames have identifiers beyond the first " + countText(summary.ids) +
+            ", which are not shown\n";
   }
   if (summary.other_bus_frames != 0) {
-    text += std::to_string(summary.other_bus_frames) + " frames are of buses beyond the first " +
-            std::to_string(summary.buses) + ", which are not shown\n";
+    text += countText(summary.other_bus_frames) + " frames are of buses beyond the first " + countText(summary.buses) +
+            ", which are not shown\n";
   }
   return text;
 }
@@ -241,7 +241,7 @@ std::string statsText(const std::string& name, const Analysis& analysis, bool ut
 Json statsJson(const std::string& name, bool placesAreRecords, const Analysis& analysis) {
   const xlatr_analysis_summary summary = analysis.summary();
   Json json;
-  json["path"] = name;
+  json["file"] = name;
   json["places"] = placesAreRecords ? "records" : "lines";
   json["frames"] = kindsJson(summary.frames);
   json["traffic"] = summary.traffic;
