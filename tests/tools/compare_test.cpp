@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -107,6 +108,28 @@ TEST_F(CompareCommand, comparesTextsIfAsked) {
   EXPECT_EQ(run.exitCode, 3);
   EXPECT_THAT(run.output, HasSubstr("event         0  begin\n"));
   EXPECT_EQ(here_.run({"compare", "one.trc", "other.trc", "--attributes"}).exitCode, 0);
+}
+
+// Recordings of other programs, each with a table of its frames that was made without this library.
+TEST_F(CompareCommand, findsRecordingsEqualToTheirTables) {
+  namespace fs = std::filesystem;
+  const fs::path recordings = XLATR_RECORDINGS_DIR;
+  int compared = 0;
+  for (const char* const folder : {"blf", "mf4"}) {
+    if (!fs::exists(recordings / folder)) {
+      GTEST_SKIP() << "there is no " << recordings / folder;
+    }
+    for (const fs::directory_entry& entry : fs::directory_iterator(recordings / folder)) {
+      const fs::path table = fs::path(entry.path()).replace_extension(".expected.csv");
+      if (entry.path().extension() == ".csv" || !fs::exists(table)) {
+        continue;
+      }
+      const Ended run = here_.run({"compare", entry.path().string(), table.string()});
+      EXPECT_EQ(run.exitCode, 0) << run.output << run.errors;
+      ++compared;
+    }
+  }
+  EXPECT_GT(compared, 10);
 }
 
 TEST_F(CompareCommand, needsTwoTraces) {

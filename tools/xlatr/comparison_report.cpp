@@ -50,6 +50,10 @@ std::string lineOf(const xlatr_frame& frame, void (*append)(const xlatr_batch&, 
   return line;
 }
 
+std::string framesText(std::uint64_t count) {
+  return countText(count) + (count == 1 ? " frame" : " frames");
+}
+
 std::string fieldsText(std::uint32_t fields) {
   std::string text;
   for (std::uint32_t field = 0; field < XLATR_FIELD_COUNT; ++field) {
@@ -112,7 +116,7 @@ std::string comparisonText(const ComparedTrace& first, const ComparedTrace& seco
   const std::string one = oneLine(first.name);
   const std::string other = oneLine(second.name);
   if (summary.same != 0) {
-    return one + " and " + other + ": the same " + countText(summary.equal) + " frames (" + within +
+    return one + " and " + other + ": the same " + framesText(summary.equal) + " (" + within +
            (summary.farthest_ns == 0 ? ""
                                      : ", up to " + durationText(static_cast<double>(summary.farthest_ns)) + " apart") +
            ")\n";

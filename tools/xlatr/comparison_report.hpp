@@ -20,7 +20,7 @@ struct ComparedTrace {
 [[nodiscard]] std::string comparisonText(const ComparedTrace& first, const ComparedTrace& second,
                                          const Comparison& comparison, std::uint32_t limit);
 
-// An object: docs/cli.md lists its members.
+// As docs/compare.schema.json says.
 [[nodiscard]] nlohmann::ordered_json comparisonJson(const ComparedTrace& first, const ComparedTrace& second,
                                                     const Comparison& comparison, std::uint32_t limit);
 

@@ -11,7 +11,7 @@ namespace xlatr::cli {
 // Tables of the buses and of the identifiers, with a head. `name` is what the user calls the trace.
 [[nodiscard]] std::string statsText(const std::string& name, const Analysis& analysis, bool utf8);
 
-// An object: docs/cli.md lists its members.
+// An item of docs/stats.schema.json, but for its remarks.
 [[nodiscard]] nlohmann::ordered_json statsJson(const std::string& name, bool placesAreRecords,
                                                const Analysis& analysis);
 
