@@ -58,12 +58,12 @@ TEST(Measure, showsSeconds) {
 }
 
 TEST(Measure, showsDurations) {
-  EXPECT_EQ(durationText(0), "0 ns");
-  EXPECT_EQ(durationText(850), "850 ns");
-  EXPECT_EQ(durationText(10'000), "10 us");
-  EXPECT_EQ(durationText(12'500'000), "12.5 ms");
-  EXPECT_EQ(durationText(999'999'600), "1 s");
-  EXPECT_EQ(durationText(3.25e12), "3250 s");
+  EXPECT_EQ(shortDuration(0), "0 ns");
+  EXPECT_EQ(shortDuration(850), "850 ns");
+  EXPECT_EQ(shortDuration(10'000), "10 us");
+  EXPECT_EQ(shortDuration(12'500'000), "12.5 ms");
+  EXPECT_EQ(shortDuration(999'999'600), "1 s");
+  EXPECT_EQ(shortDuration(3.25e12), "3250 s");
   EXPECT_EQ(millisecondsText(9'998'000), "9.998");
   EXPECT_EQ(percentText(0.1234), "12.3 %");
 }

@@ -1,9 +1,15 @@
 #include <gmock/gmock.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
+#include "stats_report.hpp"
 #include "tools/program.hpp"
+#include "xlatr/frames.h"
+#include "xlatr/frames.hpp"
 
 namespace xlatr::cli {
 namespace {
@@ -94,6 +100,60 @@ TEST(StatsCommand, goesOnAfterAFileThatIsNoTrace) {
   EXPECT_THAT(run.errors, HasSubstr("letter.txt"));
   EXPECT_THAT(run.errors, HasSubstr("b.trc: "));
   EXPECT_EQ(here.run({"stats", "b.trc"}).exitCode, 3);
+}
+
+// Frames of so many buses, of which each is a nanosecond before the one before it.
+std::string textOfBuses(std::uint16_t count, const xlatr_analysis_options& options) {
+  const std::vector<std::int32_t> offsets(std::size_t{count} + 1);
+  const std::vector<std::uint8_t> kinds(count, XLATR_KIND_LIN);
+  const std::vector<std::uint16_t> zeros(count);
+  std::vector<std::int64_t> times;
+  std::vector<std::uint16_t> buses;
+  std::vector<std::uint32_t> ids;
+  for (std::uint16_t at = 0; at < count; ++at) {
+    times.push_back(-at);
+    buses.push_back(at);
+    ids.push_back(at % 64U);
+  }
+  xlatr_batch batch{};
+  batch.size = sizeof batch;
+  batch.rows = count;
+  batch.time_ns = times.data();
+  batch.kind = kinds.data();
+  batch.bus = buses.data();
+  batch.id = ids.data();
+  batch.flags = zeros.data();
+  batch.dlc = zeros.data();
+  batch.data_offsets = offsets.data();
+  batch.text_offsets = offsets.data();
+  Analysis analysis(&options);
+  analysis.add(BatchView(batch));
+  return statsText("odd.mf4", analysis, false);
+}
+
+TEST(StatsReport, saysWhatIsBeyondItsLimits) {
+  xlatr_analysis_options options{};
+  options.size = sizeof options;
+  options.most_ids = 2;
+  EXPECT_THAT(textOfBuses(1030, options),
+              testing::StartsWith("odd.mf4: 1,030 lin\n"
+                                  "from -0.000001029 s to 0.000000 s: 1.029 us\n"
+                                  "1,029 frames are earlier than the one before\n"
+                                  "1,022 frames have identifiers beyond the first 2, which are not shown\n"
+                                  "6 frames are of buses beyond the first 1,024, which are not shown\n"));
+}
+
+TEST(StatsReport, countsOneFrame) {
+  xlatr_analysis_options options{};
+  options.size = sizeof options;
+  EXPECT_THAT(textOfBuses(2, options), HasSubstr("\n1 frame is earlier than the one before\n"));
+}
+
+TEST(StatsCommand, showsALoadOnlyWhereItIsKnown) {
+  const Workspace here;
+  here.write("drive.trc", kTrace + "5 31.0 ST 2 Rx 00 00 00 08\r\n");
+  const Ended run = here.run({"stats", "drive.trc", "--bitrate", "500k"});
+  EXPECT_THAT(run.output, HasSubstr("  2       1   32.3    0      0       0       0     0      -        -  -\n"));
 }
 
 TEST(StatsCommand, showsATraceWithoutFrames) {

@@ -50,10 +50,6 @@ std::string lineOf(const xlatr_frame& frame, void (*append)(const xlatr_batch&, 
   return line;
 }
 
-std::string framesText(std::uint64_t count) {
-  return countText(count) + (count == 1 ? " frame" : " frames");
-}
-
 std::string fieldsText(std::uint32_t fields) {
   std::string text;
   for (std::uint32_t field = 0; field < XLATR_FIELD_COUNT; ++field) {
@@ -112,13 +108,14 @@ void forEachDifference(const Comparison& comparison, std::uint32_t limit, Action
 std::string comparisonText(const ComparedTrace& first, const ComparedTrace& second, const Comparison& comparison,
                            std::uint32_t limit) {
   const xlatr_comparison_summary summary = comparison.summary();
-  const std::string within = "times within " + durationText(static_cast<double>(summary.tolerance_ns));
+  const std::string within = "times within " + shortDuration(static_cast<double>(summary.tolerance_ns));
   const std::string one = oneLine(first.name);
   const std::string other = oneLine(second.name);
   if (summary.same != 0) {
-    return one + " and " + other + ": the same " + framesText(summary.equal) + " (" + within +
-           (summary.farthest_ns == 0 ? ""
-                                     : ", up to " + durationText(static_cast<double>(summary.farthest_ns)) + " apart") +
+    return one + " and " + other + ": the same " + countedFrames(summary.equal) + " (" + within +
+           (summary.farthest_ns == 0
+                ? ""
+                : ", up to " + shortDuration(static_cast<double>(summary.farthest_ns)) + " apart") +
            ")\n";
   }
   const std::string fields = countsByField(summary);

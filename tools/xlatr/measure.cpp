@@ -7,6 +7,8 @@
 #include <span>
 #include <system_error>
 
+#include "output.hpp"
+
 namespace xlatr::cli {
 
 namespace {
@@ -94,7 +96,7 @@ std::string secondsText(std::int64_t timeNs) {
   return (timeNs < 0 ? "-" : "") + std::to_string(size / kSecond) + "." + fraction + " s";
 }
 
-std::string durationText(double ns) {
+std::string shortDuration(double ns) {
   static constexpr std::array kUnits = {Unit{" ns", 1.0}, Unit{" us", 1e3}, Unit{" ms", 1e6}, Unit{" s", 1e9}};
   std::size_t unit = 0;
   // 999.9995 would be printed as 1000.
@@ -107,6 +109,10 @@ std::string durationText(double ns) {
 std::string millisecondsText(double ns) {
   constexpr double kMillisecond = 1e6;
   return fixed(ns / kMillisecond, 3);
+}
+
+std::string countedFrames(std::uint64_t count, const char* one, const char* many) {
+  return countText(count) + (count == 1 ? " frame" : " frames") + (count == 1 ? one : many);
 }
 
 std::string percentText(double part) {

@@ -26,10 +26,13 @@ struct BitRatePair {
 [[nodiscard]] std::string secondsText(std::int64_t timeNs);
 
 // "850 ns", "10 us", "12.5 ms", "3.25 s": three places at most.
-[[nodiscard]] std::string durationText(double ns);
+[[nodiscard]] std::string shortDuration(double ns);
 
 // "9.998": milliseconds with three places.
 [[nodiscard]] std::string millisecondsText(double ns);
+
+// "1 frame is", "1,234 frames are", and without a verb.
+[[nodiscard]] std::string countedFrames(std::uint64_t count, const char* one = "", const char* many = "");
 
 // "12.3 %".
 [[nodiscard]] std::string percentText(double part);

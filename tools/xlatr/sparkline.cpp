@@ -34,7 +34,7 @@ double countUpTo(std::span<const std::uint32_t> bins, double covered, double poi
 
 bool showsUtf8() {
   for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-    const char* const value = std::getenv(name);
+    const char* const value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nothing here changes it
     if (value == nullptr || *value == '\0') {
       continue;
     }

@@ -83,18 +83,18 @@ std::string headText(const std::string& name, const xlatr_analysis_summary& summ
   std::string text = oneLine(name) + ": " + kindsText(summary.frames) + "\n";
   if (summary.traffic != 0) {
     text += "from " + secondsText(summary.first_ns) + " to " + secondsText(summary.last_ns) + ": " +
-            durationText(secondsOf(summary) * 1e9) + "\n";
+            shortDuration(secondsOf(summary) * 1e9) + "\n";
   }
   if (summary.steps_back != 0) {
-    text += countText(summary.steps_back) + " frames are earlier than the one before them\n";
+    text += countedFrames(summary.steps_back, " is", " are") + " earlier than the one before\n";
   }
   if (summary.other_id_frames != 0) {
-    text += countText(summary.other_id_frames) + " frames have identifiers beyond the first " + countText(summary.ids) +
-            ", which are not shown\n";
+    text += countedFrames(summary.other_id_frames, " has", " have") + " identifiers beyond the first " +
+            countText(summary.ids) + ", which are not shown\n";
   }
   if (summary.other_bus_frames != 0) {
-    text += countText(summary.other_bus_frames) + " frames are of buses beyond the first " + countText(summary.buses) +
-            ", which are not shown\n";
+    text += countedFrames(summary.other_bus_frames, " is", " are") + " of buses beyond the first " +
+            countText(summary.buses) + ", which are not shown\n";
   }
   return text;
 }
@@ -122,7 +122,7 @@ std::string busTable(const Analysis& analysis, double seconds) {
       row.push_back(known ? percentText(bus.highest_load) : "-");
     }
     row.push_back(bus.longest_gap_ns == 0 ? "-"
-                                          : durationText(static_cast<double>(bus.longest_gap_ns)) + " at " +
+                                          : shortDuration(static_cast<double>(bus.longest_gap_ns)) + " at " +
                                                 secondsText(bus.longest_gap_begin_ns));
     rows.push_back(std::move(row));
   }
