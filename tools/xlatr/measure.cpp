@@ -13,20 +13,20 @@ namespace xlatr::cli {
 
 namespace {
 
-struct Unit {
+struct MeasureUnit {
   std::string_view name;
   double factor;
 };
 
 // A number that is not negative, with one of the units after it.
-std::optional<double> quantityOf(std::string_view text, std::span<const Unit> units) {
+std::optional<double> quantityOf(std::string_view text, std::span<const MeasureUnit> units) {
   double number = 0.0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
   if (error != std::errc() || !(number >= 0.0)) {
     return std::nullopt;
   }
   const std::string_view name(end, static_cast<std::size_t>(text.data() + text.size() - end));
-  for (const Unit& unit : units) {
+  for (const MeasureUnit& unit : units) {
     if (unit.name == name) {
       return number * unit.factor;
     }
@@ -53,7 +53,8 @@ std::string withoutZerosAtItsEnd(std::string text) {
 }  // namespace
 
 std::optional<std::uint32_t> bitRateOf(std::string_view text) {
-  static constexpr std::array kUnits = {Unit{"", 1.0}, Unit{"k", 1e3}, Unit{"M", 1e6}, Unit{"G", 1e9}};
+  static constexpr std::array kUnits = {MeasureUnit{"", 1.0}, MeasureUnit{"k", 1e3}, MeasureUnit{"M", 1e6},
+                                        MeasureUnit{"G", 1e9}};
   constexpr double kHighest = 4e9;
   const std::optional<double> rate = quantityOf(text, kUnits);
   if (!rate || *rate < 1.0 || *rate > kHighest) {
@@ -76,8 +77,8 @@ std::optional<BitRatePair> bitRatesOf(std::string_view text) {
 }
 
 std::optional<std::uint64_t> durationNsOf(std::string_view text) {
-  static constexpr std::array kUnits = {Unit{"", 1e9}, Unit{"s", 1e9}, Unit{"ms", 1e6}, Unit{"us", 1e3},
-                                        Unit{"ns", 1.0}};
+  static constexpr std::array kUnits = {MeasureUnit{"", 1e9}, MeasureUnit{"s", 1e9}, MeasureUnit{"ms", 1e6},
+                                        MeasureUnit{"us", 1e3}, MeasureUnit{"ns", 1.0}};
   constexpr double kLongest = 9e18;
   const std::optional<double> ns = quantityOf(text, kUnits);
   return ns && *ns <= kLongest ? std::optional(static_cast<std::uint64_t>(std::llround(*ns))) : std::nullopt;
@@ -97,7 +98,8 @@ std::string secondsText(std::int64_t timeNs) {
 }
 
 std::string shortDuration(double ns) {
-  static constexpr std::array kUnits = {Unit{" ns", 1.0}, Unit{" us", 1e3}, Unit{" ms", 1e6}, Unit{" s", 1e9}};
+  static constexpr std::array kUnits = {MeasureUnit{" ns", 1.0}, MeasureUnit{" us", 1e3}, MeasureUnit{" ms", 1e6},
+                                        MeasureUnit{" s", 1e9}};
   std::size_t unit = 0;
   // 999.9995 would be printed as 1000.
   while (unit + 1 < kUnits.size() && ns / kUnits[unit].factor >= 999.9995) {
