@@ -12,7 +12,7 @@ namespace {
 using nlohmann::json;
 using testing::HasSubstr;
 
-const std::string kHead = ";$FILEVERSION=2.1\r\n;$STARTTIME=43894.5\r\n;$COLUMNS=N,O,T,B,I,d,R,L,D\r\n";
+const std::string kComparedHead = ";$FILEVERSION=2.1\r\n;$STARTTIME=43894.5\r\n;$COLUMNS=N,O,T,B,I,d,R,L,D\r\n";
 const std::string kFirst = "1 0.0 DT 1 0123 Rx - 2 01 02\r\n";
 const std::string kSecond = "2 5.0 FB 1 18FF0102 Tx - 2 01 02\r\n";
 const std::string kThird = "3 10.0 DT 1 0123 Rx - 2 01 03\r\n";
@@ -21,15 +21,15 @@ const std::string kChanged = "3 10.0 DT 1 0123 Rx - 2 01 04\r\n";
 class CompareCommand : public testing::Test {
  protected:
   CompareCommand() {
-    here_.write("a.trc", kHead + kFirst + kSecond + kThird);
-    here_.write("b.trc", kHead + kFirst + kChanged);
+    here_.write("a.trc", kComparedHead + kFirst + kSecond + kThird);
+    here_.write("b.trc", kComparedHead + kFirst + kChanged);
   }
 
   Workspace here_;
 };
 
 TEST_F(CompareCommand, findsEqualTracesEqual) {
-  here_.write("c.trc", kHead + "noise\r\n" + kFirst + kSecond + kThird);
+  here_.write("c.trc", kComparedHead + "noise\r\n" + kFirst + kSecond + kThird);
   const Ended run = here_.run({"compare", "a.trc", "c.trc"});
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_EQ(run.output, "a.trc and c.trc: the same 3 frames (times within 1 us)\n");
@@ -84,7 +84,7 @@ TEST_F(CompareCommand, printsJson) {
 }
 
 TEST_F(CompareCommand, takesATolerance) {
-  here_.write("late.trc", kHead + "1 0.5 DT 1 0123 Rx - 2 01 02\r\n2 5.5 FB 1 18FF0102 Tx - 2 01 02\r\n" +
+  here_.write("late.trc", kComparedHead + "1 0.5 DT 1 0123 Rx - 2 01 02\r\n2 5.5 FB 1 18FF0102 Tx - 2 01 02\r\n" +
                               "3 10.5 DT 1 0123 Rx - 2 01 03\r\n");
   EXPECT_EQ(here_.run({"compare", "a.trc", "late.trc"}).exitCode, 3);
   const Ended run = here_.run({"compare", "a.trc", "late.trc", "--tolerance", "1ms"});
@@ -95,14 +95,14 @@ TEST_F(CompareCommand, takesATolerance) {
 
 TEST_F(CompareCommand, comparesWhatIsSelected) {
   EXPECT_EQ(here_.run({"compare", "a.trc", "b.trc", "--until-time", "0.001"}).exitCode, 0);
-  here_.write("noisy.trc", kHead + kFirst + kSecond + kThird + "noise\r\n");
+  here_.write("noisy.trc", kComparedHead + kFirst + kSecond + kThird + "noise\r\n");
   EXPECT_EQ(here_.run({"compare", "a.trc", "noisy.trc"}).exitCode, 0);
   EXPECT_EQ(here_.run({"compare", "a.trc", "noisy.trc", "--kind", "comment"}).exitCode, 3);
 }
 
 TEST_F(CompareCommand, comparesTextsIfAsked) {
-  here_.write("one.trc", kHead + "1 1.0 EV 1 begin\r\n");
-  here_.write("other.trc", kHead + "1 1.0 EV 1 end\r\n");
+  here_.write("one.trc", kComparedHead + "1 1.0 EV 1 begin\r\n");
+  here_.write("other.trc", kComparedHead + "1 1.0 EV 1 end\r\n");
   EXPECT_EQ(here_.run({"compare", "one.trc", "other.trc"}).exitCode, 0);
   const Ended run = here_.run({"compare", "one.trc", "other.trc", "--texts"});
   EXPECT_EQ(run.exitCode, 3);

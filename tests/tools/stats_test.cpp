@@ -18,18 +18,18 @@ using nlohmann::json;
 using testing::HasSubstr;
 using testing::Not;
 
-const std::string kHead = ";$FILEVERSION=2.1\r\n;$STARTTIME=43894.5\r\n;$COLUMNS=N,O,T,B,I,d,R,L,D\r\n";
+const std::string kStatsHead = ";$FILEVERSION=2.1\r\n;$STARTTIME=43894.5\r\n;$COLUMNS=N,O,T,B,I,d,R,L,D\r\n";
 
 // Two identifiers on a bus, one of them every 10 ms with a step of 20 ms at the end.
-const std::string kTrace = kHead +
-                           "1 0.0 DT 1 0123 Rx - 2 01 02\r\n"
-                           "2 5.0 FB 1 18FF0102 Tx - 9 01 02 03 04 05 06 07 08 09 0A 0B 0C\r\n"
-                           "3 10.0 DT 1 0123 Rx - 2 01 03\r\n"
-                           "4 30.0 DT 1 0123 Rx - 2 01 07\r\n";
+const std::string kStatsTrace = kStatsHead +
+                                "1 0.0 DT 1 0123 Rx - 2 01 02\r\n"
+                                "2 5.0 FB 1 18FF0102 Tx - 9 01 02 03 04 05 06 07 08 09 0A 0B 0C\r\n"
+                                "3 10.0 DT 1 0123 Rx - 2 01 03\r\n"
+                                "4 30.0 DT 1 0123 Rx - 2 01 07\r\n";
 
 TEST(StatsCommand, showsBusesAndIdentifiers) {
   const Workspace here;
-  here.write("drive.trc", kTrace);
+  here.write("drive.trc", kStatsTrace);
   const Ended run = here.run({"stats", "drive.trc"});
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_EQ(run.errors, "");
@@ -44,7 +44,7 @@ TEST(StatsCommand, showsBusesAndIdentifiers) {
 
 TEST(StatsCommand, showsTheLoadIfItKnowsTheBitRate) {
   const Workspace here;
-  here.write("drive.trc", kTrace);
+  here.write("drive.trc", kStatsTrace);
   // Three frames of 63 bits, and one that takes 48 bits at 2 us and 134 at 0.5 us.
   const Ended run = here.run({"stats", "drive.trc", "--bitrate", "500k,2M", "--stuffing", "none"});
   EXPECT_EQ(run.exitCode, 0);
@@ -58,7 +58,7 @@ TEST(StatsCommand, showsTheLoadIfItKnowsTheBitRate) {
 
 TEST(StatsCommand, printsJson) {
   const Workspace here;
-  here.write("drive.trc", kTrace);
+  here.write("drive.trc", kStatsTrace);
   const Ended run = here.run({"stats", "--json", "drive.trc", "--bitrate", "500k"});
   EXPECT_EQ(run.exitCode, 0);
   const json traces = json::parse(run.output);
@@ -81,7 +81,7 @@ TEST(StatsCommand, printsJson) {
 
 TEST(StatsCommand, showsWhatIsSelected) {
   const Workspace here;
-  here.write("drive.trc", kTrace);
+  here.write("drive.trc", kStatsTrace);
   const Ended run = here.run({"stats", "drive.trc", "--id", "0x123", "--from-time", "0.005"});
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_THAT(run.output, HasSubstr("drive.trc: 2 data\n"));
@@ -90,9 +90,9 @@ TEST(StatsCommand, showsWhatIsSelected) {
 
 TEST(StatsCommand, goesOnAfterAFileThatIsNoTrace) {
   const Workspace here;
-  here.write("a.trc", kTrace);
+  here.write("a.trc", kStatsTrace);
   here.write("letter.txt", "hello\n");
-  here.write("b.trc", kTrace + "noise\r\n");
+  here.write("b.trc", kStatsTrace + "noise\r\n");
   const Ended run = here.run({"stats", "a.trc", "letter.txt", "b.trc"});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_THAT(run.output, HasSubstr("a.trc: 4 data\n"));
@@ -151,14 +151,14 @@ TEST(StatsReport, countsOneFrame) {
 
 TEST(StatsCommand, showsALoadOnlyWhereItIsKnown) {
   const Workspace here;
-  here.write("drive.trc", kTrace + "5 31.0 ST 2 Rx 00 00 00 08\r\n");
+  here.write("drive.trc", kStatsTrace + "5 31.0 ST 2 Rx 00 00 00 08\r\n");
   const Ended run = here.run({"stats", "drive.trc", "--bitrate", "500k"});
   EXPECT_THAT(run.output, HasSubstr("  2       1   32.3    0      0       0       0     0      -        -  -\n"));
 }
 
 TEST(StatsCommand, showsATraceWithoutFrames) {
   const Workspace here;
-  here.write("empty.trc", kHead);
+  here.write("empty.trc", kStatsHead);
   const Ended run = here.run({"stats", "empty.trc"});
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_EQ(run.output, "empty.trc: no frames\n");
