@@ -1,6 +1,7 @@
-// What happens to frames in memory: choosing and counting them, compared with copying their columns.
+// What happens to frames in memory: choosing, counting, analysing and comparing them, beside copying their columns.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -8,8 +9,12 @@
 #include <span>
 #include <vector>
 
+#include "frames/account.hpp"
+#include "frames/analysis/analysis.hpp"
+#include "frames/comparison.hpp"
 #include "frames/frame_batch.hpp"
 #include "frames/frame_selection.hpp"
+#include "frames/frame_stream.hpp"
 
 namespace {
 
@@ -18,8 +23,8 @@ using xlatr::Frame;
 using xlatr::FrameBatch;
 using xlatr::FrameSelection;
 
-// Full data frames of eight buses and 256 identifiers, in an order that no branch can foresee.
-FrameBatch mixedBatch() {
+// Full data frames of eight buses and so many identifiers, in an order that no branch can foresee.
+FrameBatch mixedBatch(std::uint32_t identifiers = 256) {
   constexpr std::array<std::uint8_t, 8> kBytes = {0x0A, 0xB0, 0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC};
   std::mt19937 random(1);
   FrameBatch batch;
@@ -29,7 +34,7 @@ FrameBatch mixedBatch() {
   while (!batch.full()) {
     frame.timeNs += 500'000;
     frame.bus = static_cast<std::uint16_t>(1 + random() % 8);
-    frame.id = static_cast<std::uint32_t>(random() % 256);
+    frame.id = static_cast<std::uint32_t>(random() % identifiers);
     frame.flags = random() % 2 != 0 ? xlatr::frame_flag::kReceived : xlatr::frame_flag::kTransmitted;
     batch.append(frame);
   }
@@ -95,5 +100,67 @@ void selectIdentifiers(benchmark::State& state) {
   countFrames(state, kFixedBytes + 8);
 }
 BENCHMARK(selectIdentifiers)->ArgName("wanted")->Arg(-1)->Arg(255)->Arg(127)->Arg(0);
+
+// The argument is how many identifiers each of the eight buses has.
+void analyseFrames(benchmark::State& state) {
+  const FrameBatch batch = mixedBatch(static_cast<std::uint32_t>(state.range(0)));
+  xlatr::AnalysisSettings settings;
+  settings.rates.nominal = 500'000;
+  xlatr::Analysis analysis(settings);
+  for ([[maybe_unused]] auto step : state) {
+    analysis.add(batch);
+  }
+  benchmark::DoNotOptimize(analysis.summary());
+  countFrames(state, kIdBytes);
+}
+BENCHMARK(analyseFrames)->ArgName("ids")->Arg(8)->Arg(32)->Arg(256)->Arg(2048);
+
+// Hands the same batch out, some times, the first time without some of its frames.
+class RepeatedBatch final : public xlatr::FrameSource {
+ public:
+  RepeatedBatch(const FrameBatch& batch, std::int64_t lacking) : batch_(batch), lacking_(lacking) {}
+
+  [[nodiscard]] const xlatr::StreamHead& head() const override { return head_; }
+  [[nodiscard]] bool read(FrameBatch& batch, Account& account) override {
+    constexpr int kTimes = 8;
+    if (times_ == kTimes) {
+      return false;
+    }
+    batch = batch_;
+    if (times_ == 0) {
+      std::vector<std::uint8_t> wanted(batch.size(), 1);
+      std::fill_n(wanted.begin() + 100, lacking_, std::uint8_t{0});
+      batch.keep(wanted);
+    }
+    batch.shiftTimes(times_ * (batch_.times().back() + 1));
+    ++times_;
+    account.addRead(batch.size());
+    return true;
+  }
+  [[nodiscard]] std::uint64_t bytesRead() const override { return 0; }
+
+ private:
+  xlatr::StreamHead head_;
+  const FrameBatch& batch_;
+  std::int64_t lacking_;
+  std::int64_t times_ = 0;
+};
+
+// The arguments: how many frames the second trace lacks, and by how many nanoseconds its clock is late, which is more
+// than the tolerance where it is not 0.
+void compareFrames(benchmark::State& state) {
+  const FrameBatch batch = mixedBatch();
+  FrameBatch late = batch;
+  late.shiftTimes(state.range(1));
+  std::uint64_t frames = 0;
+  for ([[maybe_unused]] auto step : state) {
+    RepeatedBatch first(batch, 0);
+    RepeatedBatch second(late, state.range(0));
+    Account account;
+    frames += xlatr::compareFrames(first, account, second, account, {}).frames[0];
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(frames));
+}
+BENCHMARK(compareFrames)->ArgNames({"lacking", "late"})->Args({0, 0})->Args({1000, 0})->Args({0, 100'000});
 
 }  // namespace

@@ -70,6 +70,8 @@ class Calls {
     streams_.closeAll(xlatr_stream_close);
     sinks_.closeAll(xlatr_sink_close);
     jobs_.closeAll(xlatr_job_close);
+    analyses_.closeAll(xlatr_analysis_close);
+    comparisons_.closeAll(xlatr_comparison_close);
     require(releasedInputs_ == madeInputs_ && releasedOutputs_ == madeOutputs_);
   }
   Calls(const Calls&) = delete;
@@ -77,10 +79,11 @@ class Calls {
 
   void make() {
     static constexpr std::array kCalls = {
-        &Calls::openStream, &Calls::merge,       &Calls::useStream, &Calls::next,    &Calls::closeStream,
-        &Calls::createSink, &Calls::write,       &Calls::writeOwn,  &Calls::useSink, &Calls::closeSink,
-        &Calls::passArrow,  &Calls::createJob,   &Calls::useJob,    &Calls::runJob,  &Calls::readTables,
-        &Calls::openInput,  &Calls::createOutput};
+        &Calls::openStream, &Calls::merge,        &Calls::useStream,      &Calls::next,    &Calls::closeStream,
+        &Calls::createSink, &Calls::write,        &Calls::writeOwn,       &Calls::useSink, &Calls::closeSink,
+        &Calls::passArrow,  &Calls::createJob,    &Calls::useJob,         &Calls::runJob,  &Calls::readTables,
+        &Calls::openInput,  &Calls::createOutput, &Calls::createAnalysis, &Calls::analyse, &Calls::useAnalysis,
+        &Calls::compare};
     (this->*kCalls[arguments_.choice(kCalls.size())])();
   }
 
@@ -360,6 +363,79 @@ class Calls {
     }
   }
 
+  void createAnalysis() {
+    auto options = sized<xlatr_analysis_options>();
+    options.nominal_rate = arguments_.word();
+    options.data_rate = arguments_.word();
+    options.lin_rate = arguments_.word();
+    options.stuffing = static_cast<std::uint32_t>(arguments_.choice(4));
+    options.gap_ns = arguments_.word();
+    options.burst_ns = arguments_.word();
+    options.most_ids = arguments_.byte();
+    xlatr_analysis* analysis = nullptr;
+    xlatr_analysis_create(&options, &analysis);
+    analyses_.add(analysis);
+  }
+  void analyse() {
+    xlatr_analysis* const analysis = analyses_.choose(arguments_);
+    xlatr_stream* const stream = streams_.choose(arguments_);
+    auto batch = sized<xlatr_batch>();
+    if (arguments_.flag() && xlatr_stream_next(stream, &batch) == XLATR_OK) {
+      xlatr_analysis_add(analysis, &batch);
+    }
+    xlatr_analysis_run(analysis, stream);
+  }
+  void useAnalysis() {
+    xlatr_analysis* const analysis = analyses_.choose(arguments_);
+    auto summary = sized<xlatr_analysis_summary>();
+    xlatr_analysis_get_summary(analysis, &summary);
+    std::uint64_t traffic = summary.other_bus_frames;
+    auto bus = sized<xlatr_bus_statistics>();
+    for (std::uint32_t row = 0; xlatr_analysis_get_bus(analysis, row, &bus) == XLATR_OK; ++row) {
+      traffic += bus.traffic;
+      require(bus.highest_load >= bus.load && row < summary.buses);
+    }
+    require(traffic == summary.traffic);
+    auto id = sized<xlatr_id_statistics>();
+    for (std::uint32_t row = 0; xlatr_analysis_get_id(analysis, row, &id) == XLATR_OK; ++row) {
+      require(id.frames == 1 + id.cycles + id.steps_back && row < summary.ids);
+      require(id.cycle_min_ns <= id.cycle_p99_ns && id.cycle_p99_ns <= id.cycle_max_ns);
+    }
+    xlatr_analysis_error(analysis);
+    if (arguments_.isNull()) {
+      xlatr_analysis_close(analysis);
+    }
+  }
+
+  void compare() {
+    auto options = sized<xlatr_comparison_options>();
+    options.tolerance_known = arguments_.flag() ? 1 : 0;
+    options.tolerance_ns = std::uint64_t{arguments_.word()} << (arguments_.byte() % 48);
+    options.texts = arguments_.flag() ? 1 : 0;
+    options.attributes = arguments_.flag() ? 1 : 0;
+    options.kinds = arguments_.word();
+    options.ahead = arguments_.byte();
+    options.most_differences = arguments_.byte();
+    xlatr_comparison* comparison = nullptr;
+    xlatr_comparison_create(&options, &comparison);
+    auto summary = sized<xlatr_comparison_summary>();
+    xlatr_stream* const first = streams_.choose(arguments_);
+    xlatr_stream* const second = streams_.choose(arguments_);
+    if (xlatr_comparison_run(comparison, first, second) == XLATR_OK &&
+        xlatr_comparison_get_summary(comparison, &summary) == XLATR_OK) {
+      const std::uint64_t both = summary.equal + summary.different;
+      require(summary.first_frames == both + summary.only_first);
+      require(summary.second_frames == both + summary.only_second);
+    }
+    auto difference = sized<xlatr_difference>();
+    for (std::uint32_t row = 0; xlatr_comparison_get_difference(comparison, row, &difference) == XLATR_OK; ++row) {
+      require((difference.fields != 0) == (difference.first != nullptr && difference.second != nullptr));
+    }
+    xlatr_comparison_error(comparison);
+    xlatr_comparison_close(comparison);
+    comparisons_.add(comparison);
+  }
+
   void readTables() {
     auto capacity = sized<xlatr_capacity>();
     TraceFormat format = XLATR_FORMAT_NONE;
@@ -370,6 +446,7 @@ class Calls {
     xlatr_format_extension(arguments_.format());
     xlatr_kind_name(number);
     xlatr_attribute_name(number);
+    xlatr_field_name(number);
     xlatr_remark_name(number);
     xlatr_remark_text(number);
     xlatr_remark_class(number);
@@ -388,6 +465,8 @@ class Calls {
   Handles<xlatr_stream> streams_;
   Handles<xlatr_sink> sinks_;
   Handles<xlatr_job> jobs_;
+  Handles<xlatr_analysis> analyses_;
+  Handles<xlatr_comparison> comparisons_;
   std::array<xlatr_id_rule, 1> ids_{};
   std::array<xlatr_bus_rule, 1> buses_{};
   std::array<std::uint16_t, 2> map_{};

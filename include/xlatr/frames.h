@@ -2,8 +2,9 @@
  * xlatr frames: every trace as one stream of frames, in SI units and the field's terms, and every readable format into
  * every writable one. Nothing is lost without being counted.
  *
- * Four things: a stream reads a trace batch by batch, a sink writes one, a job does both for whole files, and the Arrow
- * C data interface connects streams and sinks to other programs without a copy.
+ * A stream reads a trace batch by batch, a sink writes one, a job does both for whole files; an analysis tells what the
+ * traffic is like, a comparison whether two traces hold the same frames; and the Arrow C data interface connects
+ * streams and sinks to other programs without a copy.
  *
  * Conventions
  *  1. Functions answer codes, of which those below 0 are failures; none throws, whatever it is given. The text of a
@@ -452,6 +453,226 @@ XLATR_API xlatr_code xlatr_get_format(const char* path, TraceFormat* format);
 /* "BRIX trace file", ".trc"; null for what is no format. They stay for ever. Any thread. */
 XLATR_API const char* xlatr_format_description(TraceFormat format);
 XLATR_API const char* xlatr_format_extension(TraceFormat format);
+
+/* ---- analysis */
+
+/* What the traffic of a trace is like. Gathered in one pass, in memory that is bounded. Traffic is what has a bus and a
+ * time of its own: all kinds but events and comments. */
+typedef struct xlatr_analysis xlatr_analysis;
+
+/* Of CAN and CAN FD frames; which stuff bits a frame has depends on its content, and is not counted. */
+enum {
+  XLATR_STUFFING_MEAN = 0,  /* what random content has: one bit after every 30 */
+  XLATR_STUFFING_WORST = 1, /* the most that there can be: one bit after every 4 */
+  XLATR_STUFFING_NONE = 2
+};
+
+typedef struct xlatr_analysis_options {
+  uint64_t size;
+  uint32_t nominal_rate; /* bits per second of CAN; 0: no load is told */
+  uint32_t data_rate;    /* of CAN FD frames with BRS and of CAN XL; 0: the nominal one */
+  uint32_t lin_rate;     /* of LIN; 0: no load is told */
+  uint32_t stuffing;     /* XLATR_STUFFING_MEAN ... */
+  uint64_t gap_ns;       /* a silence of a bus that is at least so long is a gap; 0: 1 s */
+  uint64_t burst_ns;     /* error frames of a bus that follow each other within this are a burst; 0: 10 ms */
+  uint32_t most_ids;     /* the frames of identifiers beyond are counted together. An identifier takes 2 kB. 0: 32,768;
+                            at most 1,048,576 */
+} xlatr_analysis_options;
+
+enum { XLATR_KIND_LIMIT = 16 };
+
+typedef struct xlatr_analysis_summary {
+  uint64_t size;
+  uint64_t frames[XLATR_KIND_LIMIT]; /* by kind */
+  uint64_t traffic;                  /* frames that are traffic */
+  int64_t first_ns;                  /* the earliest and the latest time of traffic; 0 if there is none */
+  int64_t last_ns;
+  uint64_t steps_back;       /* frames of the traffic that are before the one before them */
+  uint64_t other_id_frames;  /* of identifiers beyond the limit */
+  uint64_t other_bus_frames; /* of buses beyond 1,024; they count for no bus and no identifier */
+  uint32_t buses;            /* rows of xlatr_analysis_get_bus */
+  uint32_t ids;              /* rows of xlatr_analysis_get_id */
+} xlatr_analysis_summary;
+
+typedef struct xlatr_bus_statistics {
+  uint64_t size;
+  uint32_t bus;
+  uint32_t ids; /* identifiers with rows of their own */
+  uint64_t frames[XLATR_KIND_LIMIT];
+  uint64_t traffic;
+  uint64_t data_bytes; /* of data and LIN frames */
+  int64_t first_ns;
+  int64_t last_ns;
+  uint64_t steps_back;
+  uint32_t load_known;
+  uint32_t reserved;
+  double load;         /* the part of the trace's time in which the bus was busy, 0 to 1 */
+  double highest_load; /* of the busiest second */
+  uint64_t gaps;
+  uint64_t longest_gap_ns; /* the longest time without traffic, a gap or not */
+  int64_t longest_gap_begin_ns;
+  uint64_t longest_gap_place; /* of the frame that ended it */
+  uint64_t error_bursts;      /* of at least two error frames */
+  uint64_t longest_burst;     /* error frames */
+  int64_t longest_burst_begin_ns;
+  uint64_t bus_offs; /* statuses that say bus off */
+  uint32_t highest_tx_errors;
+  uint32_t highest_rx_errors;
+  /* Over time: frames, and nanoseconds in which the bus was busy, in bins that all buses share. They stay until the
+   * next call with the analysis. */
+  const uint64_t* frames_over_time;
+  const double* busy_over_time;
+  uint64_t bins;
+  int64_t bins_begin_ns; /* what is before it is in the first bin */
+  uint64_t bin_ns;       /* the width of a bin */
+} xlatr_bus_statistics;
+
+/* Of the data, the remote or the LIN frames of an identifier on a bus. Cycles are times between a frame and the next
+ * one that is not before it. */
+typedef struct xlatr_id_statistics {
+  uint64_t size;
+  uint32_t id;
+  uint16_t bus;
+  uint8_t kind;
+  uint8_t extended;
+  uint32_t flags; /* those that any of the frames has */
+  uint32_t last_dlc;
+  uint64_t frames;
+  uint64_t data_bytes;
+  uint32_t shortest; /* bytes of data */
+  uint32_t longest;
+  uint32_t last_length;
+  uint32_t reserved;
+  int64_t first_ns; /* of the first and the last frame in the order of the trace */
+  int64_t last_ns;
+  uint64_t first_place;
+  uint64_t last_place;
+  uint64_t steps_back;
+  uint64_t cycles;
+  uint64_t cycle_min_ns;
+  uint64_t cycle_max_ns;
+  int64_t cycle_max_begin_ns;
+  uint64_t cycle_max_place; /* of the frame at its end */
+  uint64_t cycle_p99_ns;    /* 99 % are no longer. Right to 3.2 % between 16 us and 69 s */
+  double cycle_mean_ns;
+  double cycle_deviation_ns; /* the standard deviation, that of all cycles */
+  uint8_t last_data[64];     /* the first bytes of it */
+  uint8_t changed[64];       /* bits that were different in two frames, one after the other */
+  /* Frames over time, in bins that all identifiers share, and how many cycles are how long: the cycles of row n are at
+   * least cycle_bounds_ns[n] long. They stay until the next call with the analysis. */
+  const uint32_t* frames_over_time;
+  uint64_t bins;
+  int64_t bins_begin_ns;
+  uint64_t bin_ns;
+  const uint32_t* cycle_counts;
+  const uint64_t* cycle_bounds_ns;
+  uint64_t cycle_buckets;
+} xlatr_id_statistics;
+
+/* `options` may be null. */
+XLATR_API xlatr_code xlatr_analysis_create(const xlatr_analysis_options* options, xlatr_analysis** analysis);
+/* Adds frames, by the rules of xlatr_sink_write; what no stream filled may have no places. */
+XLATR_API xlatr_code xlatr_analysis_add(xlatr_analysis* analysis, const xlatr_batch* batch);
+/* Adds what is left of a stream, which stays open. */
+XLATR_API xlatr_code xlatr_analysis_run(xlatr_analysis* analysis, xlatr_stream* stream);
+XLATR_API xlatr_code xlatr_analysis_get_summary(xlatr_analysis* analysis, xlatr_analysis_summary* summary);
+/* Rows from 0, by bus; XLATR_END beyond the last. */
+XLATR_API xlatr_code xlatr_analysis_get_bus(xlatr_analysis* analysis, uint32_t row, xlatr_bus_statistics* bus);
+/* Rows from 0, by bus, kind, length of the identifier and identifier; XLATR_END beyond the last. */
+XLATR_API xlatr_code xlatr_analysis_get_id(xlatr_analysis* analysis, uint32_t row, xlatr_id_statistics* id);
+XLATR_API const char* xlatr_analysis_error(xlatr_analysis* analysis);
+XLATR_API xlatr_code xlatr_analysis_close(xlatr_analysis* analysis);
+
+/* ---- comparison */
+
+/* Whether two traces hold the same frames, and where not. Frames are equal if kind, identifier, flags, DLC, data and
+ * bus are, and the times within the tolerance; what one of them does not state, a bus, a direction or the DLC of a
+ * remote frame, is no difference. Traces are lined up by time and content: a frame that only one of them has makes no
+ * others differ. */
+typedef struct xlatr_comparison xlatr_comparison;
+
+/* What two frames that belong together can differ in. */
+enum {
+  XLATR_FIELD_TIME = 0,
+  XLATR_FIELD_BUS = 1,
+  XLATR_FIELD_ID = 2,
+  XLATR_FIELD_FLAGS = 3,
+  XLATR_FIELD_DLC = 4,
+  XLATR_FIELD_DATA = 5,
+  XLATR_FIELD_TEXT = 6,
+  XLATR_FIELD_ATTRIBUTES = 7,
+  XLATR_FIELD_COUNT = 8,
+  XLATR_FIELD_LIMIT = 16
+};
+
+/* "time", "data"; null beyond the last. Stays for ever. Any thread. */
+XLATR_API const char* xlatr_field_name(uint32_t field);
+
+typedef struct xlatr_comparison_options {
+  uint64_t size;
+  uint64_t tolerance_ns;     /* times that are no farther from each other are equal */
+  uint32_t tolerance_known;  /* 0: the tolerance is the coarser resolution of both traces' formats */
+  uint32_t texts;            /* 1: texts are compared too */
+  uint32_t attributes;       /* 1: and those attributes that both frames have */
+  uint32_t kinds;            /* one bit for each kind that is compared; 0 for all but comments */
+  uint32_t ahead;            /* how many frames of the other trace are searched for one; 0: 1,024. At most 16,384 */
+  uint32_t most_differences; /* that are told one by one; 0: 100. At most 100,000 */
+} xlatr_comparison_options;
+
+typedef struct xlatr_comparison_summary {
+  uint64_t size;
+  uint32_t same;        /* 1: the traces hold the same frames */
+  uint32_t differences; /* rows of xlatr_comparison_get_difference */
+  uint64_t tolerance_ns;
+  uint64_t first_frames; /* that were compared */
+  uint64_t second_frames;
+  uint64_t equal;
+  uint64_t reordered; /* of the equal ones: those that stand in another order */
+  uint64_t different; /* frames that both traces have */
+  uint64_t only_first;
+  uint64_t only_second;
+  uint64_t farthest_ns; /* the greatest distance of times that were taken as equal */
+  uint64_t different_by[XLATR_FIELD_LIMIT];
+} xlatr_comparison_summary;
+
+/* One frame. The library sets the size. */
+typedef struct xlatr_frame {
+  uint64_t size;
+  int64_t time_ns;
+  uint64_t place;
+  uint32_t id;
+  uint16_t bus;
+  uint16_t flags;
+  uint16_t dlc;
+  uint8_t kind;
+  uint8_t has_text;
+  uint32_t attributes;       /* one bit for each that the frame has */
+  const uint32_t* attribute; /* their values, by number */
+  const uint8_t* data;
+  const char* text;
+  uint64_t data_size;
+  uint64_t text_size;
+} xlatr_frame;
+
+typedef struct xlatr_difference {
+  uint64_t size;
+  uint32_t fields; /* one bit for each that differs; 0 if only one trace has the frame */
+  uint32_t reserved;
+  const xlatr_frame* first; /* null if only the second trace has it. Stays until the next call with the comparison */
+  const xlatr_frame* second;
+} xlatr_difference;
+
+/* `options` may be null. */
+XLATR_API xlatr_code xlatr_comparison_create(const xlatr_comparison_options* options, xlatr_comparison** comparison);
+/* Compares what is left of two streams, which stay open. */
+XLATR_API xlatr_code xlatr_comparison_run(xlatr_comparison* comparison, xlatr_stream* first, xlatr_stream* second);
+/* Of the last run. */
+XLATR_API xlatr_code xlatr_comparison_get_summary(xlatr_comparison* comparison, xlatr_comparison_summary* summary);
+/* The first differences, in about the order of time, by a number from 0; XLATR_END beyond the last. */
+XLATR_API xlatr_code xlatr_comparison_get_difference(xlatr_comparison* comparison, uint32_t row,
+                                                     xlatr_difference* difference);
+XLATR_API const char* xlatr_comparison_error(xlatr_comparison* comparison);
+XLATR_API xlatr_code xlatr_comparison_close(xlatr_comparison* comparison);
 
 /* ---- Apache Arrow (the C data interface and the C stream interface, version 1) */
 

@@ -169,6 +169,12 @@ struct CloseSink {
 struct CloseJob {
   void operator()(xlatr_job* job) const { xlatr_job_close(job); }
 };
+struct CloseAnalysis {
+  void operator()(xlatr_analysis* analysis) const { xlatr_analysis_close(analysis); }
+};
+struct CloseComparison {
+  void operator()(xlatr_comparison* comparison) const { xlatr_comparison_close(comparison); }
+};
 
 }  // namespace detail
 
@@ -279,6 +285,9 @@ class Stream {
     Stream* stream_;
   };
   [[nodiscard]] Batches batches() { return Batches(*this); }
+
+  // For functions of frames.h; it stays the stream's.
+  [[nodiscard]] xlatr_stream* handle() const { return handle_.get(); }
 
   class FrameIterator {
    public:
@@ -403,6 +412,97 @@ class Job {
 
   std::unique_ptr<Progress> progress_;
   std::unique_ptr<xlatr_job, detail::CloseJob> handle_;
+};
+
+// What the traffic of a trace is like:
+//
+//     xlatr::Stream stream("drive.asc");
+//     xlatr::Analysis analysis;
+//     analysis.run(stream);
+//     for (const xlatr_id_statistics& id : analysis.ids()) { ... }
+class Analysis {
+ public:
+  explicit Analysis(const xlatr_analysis_options* options = nullptr) {
+    xlatr_analysis* handle = nullptr;
+    const xlatr_code code = xlatr_analysis_create(options, &handle);
+    handle_.reset(handle);
+    require(code);
+  }
+
+  void add(const BatchView& batch) { require(xlatr_analysis_add(handle_.get(), &batch.columns())); }
+  // Adds what is left of a stream.
+  void run(const Stream& stream) { require(xlatr_analysis_run(handle_.get(), stream.handle())); }
+  [[nodiscard]] xlatr_analysis_summary summary() const {
+    xlatr_analysis_summary summary{};
+    summary.size = sizeof summary;
+    require(xlatr_analysis_get_summary(handle_.get(), &summary));
+    return summary;
+  }
+  // What they point to stays until something is added.
+  [[nodiscard]] std::vector<xlatr_bus_statistics> buses() const { return rows(xlatr_analysis_get_bus); }
+  [[nodiscard]] std::vector<xlatr_id_statistics> ids() const { return rows(xlatr_analysis_get_id); }
+
+ private:
+  template <class Record>
+  std::vector<Record> rows(xlatr_code (*get)(xlatr_analysis*, std::uint32_t, Record*)) const {
+    std::vector<Record> all;
+    for (std::uint32_t row = 0;; ++row) {
+      Record record{};
+      record.size = sizeof record;
+      const xlatr_code code = get(handle_.get(), row, &record);
+      require(code);
+      if (code == XLATR_END) {
+        return all;
+      }
+      all.push_back(record);
+    }
+  }
+  void require(xlatr_code code) const {
+    if (code < 0) {
+      throw Error(code, xlatr_analysis_error(handle_.get()));
+    }
+  }
+
+  std::unique_ptr<xlatr_analysis, detail::CloseAnalysis> handle_;
+};
+
+// Whether two traces hold the same frames, and where not.
+class Comparison {
+ public:
+  explicit Comparison(const xlatr_comparison_options* options = nullptr) {
+    xlatr_comparison* handle = nullptr;
+    const xlatr_code code = xlatr_comparison_create(options, &handle);
+    handle_.reset(handle);
+    require(code);
+  }
+
+  // Compares what is left of both.
+  void run(const Stream& first, const Stream& second) {
+    require(xlatr_comparison_run(handle_.get(), first.handle(), second.handle()));
+  }
+  [[nodiscard]] xlatr_comparison_summary summary() const {
+    xlatr_comparison_summary summary{};
+    summary.size = sizeof summary;
+    require(xlatr_comparison_get_summary(handle_.get(), &summary));
+    return summary;
+  }
+  // Nothing beyond the last. Its frames stay until the next call.
+  [[nodiscard]] std::optional<xlatr_difference> difference(std::uint32_t row) const {
+    xlatr_difference difference{};
+    difference.size = sizeof difference;
+    const xlatr_code code = xlatr_comparison_get_difference(handle_.get(), row, &difference);
+    require(code);
+    return code == XLATR_END ? std::nullopt : std::optional(difference);
+  }
+
+ private:
+  void require(xlatr_code code) const {
+    if (code < 0) {
+      throw Error(code, xlatr_comparison_error(handle_.get()));
+    }
+  }
+
+  std::unique_ptr<xlatr_comparison, detail::CloseComparison> handle_;
 };
 
 }  // namespace xlatr

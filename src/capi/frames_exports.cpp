@@ -1,10 +1,7 @@
 // The functions of frames.h: every one looks its handle up, does its work and turns what went wrong into a code.
 #include <algorithm>
 #include <atomic>
-#include <exception>
-#include <ios>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,8 +10,10 @@
 
 #include "capi/caller_input.hpp"
 #include "capi/caller_output.hpp"
+#include "capi/frame_answers.hpp"
 #include "capi/frame_handles.hpp"
 #include "capi/frame_records.hpp"
+#include "capi/open_stream.hpp"
 #include "frames/arrow_export.hpp"
 #include "frames/arrow_import.hpp"
 #include "frames/frame_capacity.hpp"
@@ -33,80 +32,7 @@
 namespace xlatr::capi {
 namespace {
 
-xlatr_code codeOf(FrameProblem problem) {
-  switch (problem) {
-    case FrameProblem::NotFound:
-      return XLATR_ERROR_NOT_FOUND;
-    case FrameProblem::NotATrace:
-      return XLATR_ERROR_NOT_A_TRACE;
-    case FrameProblem::NotWritten:
-      return XLATR_ERROR_NOT_WRITTEN;
-    case FrameProblem::TargetExists:
-      return XLATR_ERROR_TARGET_EXISTS;
-    case FrameProblem::TargetIsSource:
-      return XLATR_ERROR_TARGET_IS_SOURCE;
-    case FrameProblem::TargetRefused:
-      return XLATR_ERROR_TARGET;
-    case FrameProblem::Cancelled:
-      return XLATR_ERROR_CANCELLED;
-    case FrameProblem::Incomplete:
-      return XLATR_ERROR_INCOMPLETE;
-    case FrameProblem::BadArgument:
-      return XLATR_ERROR_ARGUMENT;
-  }
-  return XLATR_ERROR_UNEXPECTED;
-}
-
-// The text of a failure, for which there may be no memory.
-void keepText(std::string& error, const char* text) noexcept {
-  try {
-    error = text;
-  } catch (...) {
-    error.clear();
-  }
-}
-
-// Runs an action and answers its code, or that of what it raised, the text of which is kept in `error`.
-template <typename Action>
-xlatr_code answer(std::string& error, Action action) noexcept {
-  try {
-    return action();
-  } catch (const FrameFailure& failure) {
-    keepText(error, failure.what());
-    return codeOf(failure.problem());
-  } catch (const std::ios_base::failure& failure) {
-    keepText(error, failure.what());
-    return XLATR_ERROR_SYSTEM;
-  } catch (const std::bad_alloc&) {
-    keepText(error, "the system has no memory left");
-    return XLATR_ERROR_MEMORY;
-  } catch (const std::exception& failure) {
-    keepText(error, failure.what());
-    return XLATR_ERROR_UNEXPECTED;
-  } catch (...) {
-    keepText(error, "an unexpected failure");
-    return XLATR_ERROR_UNEXPECTED;
-  }
-}
-
-// The same where no handle keeps a text.
-template <typename Action>
-xlatr_code answer(Action action) noexcept {
-  std::string ignored;
-  return answer(ignored, action);
-}
-
 // ---- what the handles stand for
-
-// `source` is null if opening failed.
-struct Stream {
-  std::string error;
-  std::unique_ptr<FrameSource> source;
-  FrameBatch batch;
-  Account account;
-  std::vector<PassedOver> passedOver;  // as told last
-  std::uint64_t size = 0;              // of what is read; 0 if nobody knows
-};
 
 struct Sink {
   std::string error;
@@ -128,15 +54,6 @@ struct Job {
   JobProgress progress XLATR_GUARDED_BY(mutex);
 };
 
-// Never destroyed: a caller's thread may still run while a process ends.
-template <class Handle, class Object>
-HandleTable<Handle, Object>& table() {
-  static auto* const handles = new HandleTable<Handle, Object>;
-  return *handles;
-}
-HandleTable<xlatr_stream, Stream>& streams() {
-  return table<xlatr_stream, Stream>();
-}
 HandleTable<xlatr_sink, Sink>& sinks() {
   return table<xlatr_sink, Sink>();
 }
@@ -144,56 +61,9 @@ HandleTable<xlatr_job, Job>& jobs() {
   return table<xlatr_job, Job>();
 }
 
-// Looks a handle up and runs an action with what it stands for.
-template <class Handle, class Object, typename Action>
-xlatr_code with(HandleTable<Handle, Object>& handles, const Handle* handle, Action action) noexcept {
-  std::shared_ptr<Object> object;
-  const xlatr_code found = answer([&] {
-    object = handles.find(handle);
-    return object == nullptr ? XLATR_ERROR_HANDLE : XLATR_OK;
-  });
-  return found != XLATR_OK ? found : answer(object->error, [&] { return action(*object); });
-}
-
-template <class Handle, class Object>
-xlatr_code close(HandleTable<Handle, Object>& handles, const Handle* handle) noexcept {
-  return answer([&] { return handles.remove(handle) == nullptr ? XLATR_ERROR_HANDLE : XLATR_OK; });
-}
-
-template <class Handle, class Object>
-const char* errorOf(HandleTable<Handle, Object>& handles, const Handle* handle) noexcept {
-  const char* text = nullptr;
-  with(handles, handle, [&text](Object& object) {
-    text = object.error.c_str();
-    return XLATR_OK;
-  });
-  return text;
-}
-
-template <class Record>
-xlatr_code give(const Record& record, Record* caller) {
-  return writeRecord(record, caller) ? XLATR_OK : XLATR_ERROR_ARGUMENT;
-}
-
 template <class Row, class Record>
 xlatr_code giveRow(const std::vector<Row>& rows, std::uint32_t row, Record* caller) {
   return row < rows.size() ? give(recordOf(rows[row]), caller) : XLATR_END;
-}
-
-// Makes a handle for an object that is about to be opened by `open`, which may fail: the handle then tells why.
-template <class Handle, class Object, typename Open>
-xlatr_code openHandle(HandleTable<Handle, Object>& handles, Handle** out, Open open) noexcept {
-  if (out == nullptr) {
-    return XLATR_ERROR_ARGUMENT;
-  }
-  *out = nullptr;
-  std::shared_ptr<Object> object;
-  const xlatr_code made = answer([&] {
-    object = std::make_shared<Object>();
-    *out = handles.add(object);
-    return XLATR_OK;
-  });
-  return made != XLATR_OK ? made : answer(object->error, [&] { return open(*object); });
 }
 
 // ---- streams
@@ -203,13 +73,6 @@ const char* pathOf(const char* path) {
     refuse("the path is missing");
   }
   return path;
-}
-
-FrameSource& sourceOf(const Stream& stream) {
-  if (stream.source == nullptr) {
-    refuse("the stream was not opened");
-  }
-  return *stream.source;
 }
 
 xlatr_code openStream(Stream& stream, const InputSource& input, const xlatr_stream_options* options) {

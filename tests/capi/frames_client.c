@@ -593,11 +593,180 @@ static void open_what_is_none(void) {
   CHECK(xlatr_stream_open(in_folder("a.trc"), NULL, NULL) == XLATR_ERROR_ARGUMENT);
 }
 
+/* kTrace has a frame on each of two buses; that on the first one takes 63 bits of 2 us. */
+static void analyse(void) {
+  const xlatr_analysis_options options = {
+      .size = sizeof options, .nominal_rate = 500000, .data_rate = 2000000, .stuffing = XLATR_STUFFING_NONE};
+  xlatr_analysis_summary summary = {.size = sizeof summary};
+  xlatr_bus_statistics bus = {.size = sizeof bus};
+  xlatr_id_statistics id = {.size = sizeof id};
+  xlatr_batch batch = {.size = sizeof batch};
+  xlatr_stream* stream = open_stream(in_folder("a.trc"));
+  xlatr_analysis* analysis = NULL;
+  CHECK(xlatr_analysis_create(&options, &analysis) == XLATR_OK);
+  CHECK(xlatr_analysis_run(analysis, stream) == XLATR_OK && xlatr_analysis_run(analysis, stream) == XLATR_OK);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_analysis_get_summary(analysis, &summary) == XLATR_OK);
+  CHECK(summary.traffic == 2 && summary.buses == 2 && summary.ids == 2);
+  CHECK(summary.frames[XLATR_KIND_DATA] == 2 && summary.frames[XLATR_KIND_COMMENT] == 1);
+  CHECK(summary.frames[XLATR_KIND_EVENT] == 1 && summary.first_ns == 1500000 && summary.last_ns == 2500000);
+  CHECK(xlatr_analysis_get_bus(analysis, 0, &bus) == XLATR_OK && bus.bus == 1 && bus.ids == 1 && bus.data_bytes == 2);
+  CHECK(bus.load_known == 1 && bus.load > 0.1259 && bus.load < 0.1261 && bus.highest_load == bus.load);
+  CHECK(bus.bins == 256 && bus.frames_over_time[0] == 1 && bus.busy_over_time[0] > 125999.0);
+  CHECK(bus.bins_begin_ns == 1500000 && bus.bin_ns == 1048576);
+  CHECK(xlatr_analysis_get_bus(analysis, 2, &bus) == XLATR_END);
+  CHECK(xlatr_analysis_get_id(analysis, 1, &id) == XLATR_OK && id.id == 0x124 && id.bus == 2);
+  CHECK(id.frames == 1 && id.longest == 12 && id.last_data[11] == 12 && (id.flags & XLATR_FLAG_FD) != 0);
+  CHECK(id.bins == 64 && id.frames_over_time[0] == 1 && id.cycle_counts[0] == 0 && id.cycle_bounds_ns[1] == 16384);
+  CHECK(xlatr_analysis_get_id(analysis, 2, &id) == XLATR_END);
+
+  stream = open_stream(in_folder("a.trc"));
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_OK && xlatr_analysis_add(analysis, &batch) == XLATR_OK);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+  CHECK(xlatr_analysis_get_id(analysis, 0, &id) == XLATR_OK && id.id == 0x123 && id.frames == 2 && id.cycles == 1);
+  CHECK(id.cycle_p99_ns == 0 && xlatr_analysis_get_id(analysis, 0, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_analysis_add(analysis, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(strstr(xlatr_analysis_error(analysis), "batch: there is none") != NULL);
+  CHECK(xlatr_analysis_run(analysis, NULL) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_analysis_close(analysis) == XLATR_OK);
+}
+
+static void analyse_attributes(void) {
+  const int64_t times[2] = {0, 1};
+  const uint8_t kinds[2] = {XLATR_KIND_COUNTERS, XLATR_KIND_STATUS};
+  const uint16_t zeros[2] = {0, 0};
+  const uint32_t ids[2] = {0, 0};
+  const int32_t offsets[3] = {0, 0, 0};
+  const uint32_t counters[2] = {200, 0};
+  const uint32_t states[2] = {16, 16};
+  const uint8_t first = 1;
+  const uint8_t second = 2;
+  xlatr_batch batch = {.size = sizeof batch,
+                       .rows = 2,
+                       .time_ns = times,
+                       .kind = kinds,
+                       .bus = zeros,
+                       .id = ids,
+                       .flags = zeros,
+                       .dlc = zeros,
+                       .data_offsets = offsets,
+                       .text_offsets = offsets};
+  xlatr_bus_statistics bus = {.size = sizeof bus};
+  xlatr_analysis* analysis = NULL;
+  batch.attributes = 1U << XLATR_ATTRIBUTE_TX_ERRORS | 1U << XLATR_ATTRIBUTE_BUS_STATE;
+  batch.attribute[XLATR_ATTRIBUTE_TX_ERRORS] = counters;
+  batch.attribute[XLATR_ATTRIBUTE_BUS_STATE] = states;
+  batch.attribute_validity[XLATR_ATTRIBUTE_TX_ERRORS] = &first;
+  batch.attribute_validity[XLATR_ATTRIBUTE_BUS_STATE] = &second;
+  CHECK(xlatr_analysis_create(NULL, &analysis) == XLATR_OK && xlatr_analysis_add(analysis, &batch) == XLATR_OK);
+  CHECK(xlatr_analysis_get_bus(analysis, 0, &bus) == XLATR_OK && bus.traffic == 2 && bus.load_known == 0);
+  CHECK(bus.highest_tx_errors == 200 && bus.highest_rx_errors == 0 && bus.bus_offs == 1);
+  batch.attribute_validity[XLATR_ATTRIBUTE_BUS_STATE] = NULL;
+  CHECK(xlatr_analysis_add(analysis, &batch) == XLATR_OK);
+  CHECK(xlatr_analysis_get_bus(analysis, 0, &bus) == XLATR_OK && bus.bus_offs == 3 && bus.steps_back == 1);
+  CHECK(xlatr_analysis_close(analysis) == XLATR_OK);
+}
+
+static void refuse_analysis(xlatr_analysis_options options, const char* text) {
+  xlatr_analysis_summary summary = {.size = sizeof summary};
+  xlatr_analysis* analysis = NULL;
+  CHECK(xlatr_analysis_create(&options, &analysis) == XLATR_ERROR_ARGUMENT);
+  CHECK(strstr(xlatr_analysis_error(analysis), text) != NULL);
+  CHECK(xlatr_analysis_get_summary(analysis, &summary) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_analysis_close(analysis) == XLATR_OK);
+}
+
+static void refuse_analyses(void) {
+  const uint64_t size = sizeof(xlatr_analysis_options);
+  refuse_analysis((xlatr_analysis_options){.size = 3}, "does not begin with its size");
+  refuse_analysis((xlatr_analysis_options){.size = size, .stuffing = 3}, "stuffing");
+  refuse_analysis((xlatr_analysis_options){.size = size, .most_ids = 1048577}, "most_ids");
+}
+
+static const char kChangedTrace[] =
+    ";$FILEVERSION=2.1\r\n"
+    ";$STARTTIME=43894.5\r\n"
+    ";$COLUMNS=N,O,T,B,I,d,R,L,D\r\n"
+    "1 1.5 DT 1 0123 Rx - 2 01 03\r\n"
+    "3 3.5 EV 1 another event\r\n";
+
+static void compare_traces(void) {
+  const xlatr_comparison_options options = {
+      .size = sizeof options, .tolerance_known = 1, .texts = 1, .attributes = 1, .ahead = 10, .most_differences = 2};
+  xlatr_comparison_summary summary = {.size = sizeof summary};
+  xlatr_difference difference = {.size = sizeof difference};
+  xlatr_stream* first = open_stream(in_folder("a.trc"));
+  xlatr_stream* second = NULL;
+  xlatr_comparison* comparison = NULL;
+  write_file(in_folder("changed.trc"), kChangedTrace);
+  second = open_stream(in_folder("changed.trc"));
+  CHECK(xlatr_comparison_create(&options, &comparison) == XLATR_OK);
+  CHECK(xlatr_comparison_run(comparison, first, second) == XLATR_OK);
+  CHECK(xlatr_comparison_get_summary(comparison, &summary) == XLATR_OK && summary.same == 0);
+  CHECK(summary.first_frames == 3 && summary.second_frames == 2 && summary.tolerance_ns == 0 && summary.equal == 0);
+  CHECK(summary.different == 2 && summary.only_first == 1 && summary.only_second == 0);
+  CHECK(summary.different_by[XLATR_FIELD_DATA] == 1 && summary.different_by[XLATR_FIELD_TEXT] == 1);
+  CHECK(summary.differences == 2);
+  CHECK(xlatr_comparison_get_difference(comparison, 0, &difference) == XLATR_OK);
+  CHECK(difference.fields == 1U << XLATR_FIELD_DATA && difference.first->data_size == 2);
+  CHECK(difference.first->data[1] == 2 && difference.second->data[1] == 3 && difference.second->place == 4);
+  CHECK(difference.first->size == sizeof(xlatr_frame) && difference.first->has_text == 0);
+  CHECK(xlatr_comparison_get_difference(comparison, 1, &difference) == XLATR_OK && difference.fields == 0);
+  CHECK(difference.first->id == 0x124 && difference.first->bus == 2 && difference.second == NULL);
+  CHECK(xlatr_comparison_get_difference(comparison, 2, &difference) == XLATR_END);
+  CHECK(xlatr_comparison_run(comparison, first, first) == XLATR_ERROR_HANDLE);
+  /* Nothing is left. */
+  CHECK(xlatr_comparison_run(comparison, first, second) == XLATR_OK);
+  CHECK(xlatr_comparison_get_summary(comparison, &summary) == XLATR_OK && summary.same == 1 && summary.equal == 0);
+  CHECK(xlatr_stream_close(first) == XLATR_OK && xlatr_stream_close(second) == XLATR_OK);
+  CHECK(xlatr_comparison_close(comparison) == XLATR_OK);
+}
+
+static void compare_attributes(void) {
+  const xlatr_comparison_options options = {.size = sizeof options, .kinds = 1U << XLATR_KIND_ERROR};
+  xlatr_difference difference = {.size = sizeof difference};
+  xlatr_stream* first = open_stream(in_folder("a.trc"));
+  xlatr_stream* second = NULL;
+  xlatr_comparison* comparison = NULL;
+  write_file(in_folder("error.trc"),
+             ";$FILEVERSION=2.1\r\n;$STARTTIME=43894.5\r\n;$COLUMNS=N,O,T,B,I,d,R,L,D\r\n"
+             "1 1.5 ER 1 - Rx - 5 04 00 02 00 00\r\n");
+  second = open_stream(in_folder("error.trc"));
+  CHECK(xlatr_comparison_create(&options, &comparison) == XLATR_OK);
+  CHECK(xlatr_comparison_run(comparison, first, second) == XLATR_OK);
+  CHECK(xlatr_comparison_get_difference(comparison, 0, &difference) == XLATR_OK && difference.first == NULL);
+  CHECK((difference.second->attributes & 1U << XLATR_ATTRIBUTE_ERROR_TYPE) != 0);
+  CHECK(difference.second->attribute[XLATR_ATTRIBUTE_ERROR_TYPE] == 2);
+  CHECK(xlatr_stream_close(first) == XLATR_OK && xlatr_stream_close(second) == XLATR_OK);
+  CHECK(xlatr_comparison_close(comparison) == XLATR_OK);
+}
+
+static void refuse_comparison(xlatr_comparison_options options, const char* text) {
+  xlatr_comparison* comparison = NULL;
+  CHECK(xlatr_comparison_create(&options, &comparison) == XLATR_ERROR_ARGUMENT);
+  CHECK(strstr(xlatr_comparison_error(comparison), text) != NULL && xlatr_comparison_close(comparison) == XLATR_OK);
+}
+
+static void refuse_comparisons(void) {
+  const uint64_t size = sizeof(xlatr_comparison_options);
+  refuse_comparison((xlatr_comparison_options){.size = 3}, "does not begin with its size");
+  refuse_comparison((xlatr_comparison_options){.size = size, .kinds = 1U << XLATR_KIND_COUNT}, "kinds");
+  refuse_comparison((xlatr_comparison_options){.size = size, .ahead = 16385}, "ahead");
+  refuse_comparison((xlatr_comparison_options){.size = size, .most_differences = 100001}, "most_differences");
+}
+
 /* All functions that take a handle, with one that is none. */
 static void use_handle(void* none) {
   xlatr_stream* stream = none;
   xlatr_sink* sink = none;
   xlatr_job* job = none;
+  xlatr_analysis* analysis = none;
+  xlatr_comparison* comparison = none;
+  xlatr_analysis_summary summary = {.size = sizeof summary};
+  xlatr_bus_statistics bus = {.size = sizeof bus};
+  xlatr_id_statistics id = {.size = sizeof id};
+  xlatr_comparison_summary compared = {.size = sizeof compared};
+  xlatr_difference difference = {.size = sizeof difference};
   xlatr_head head = {.size = sizeof head};
   xlatr_batch batch = {.size = sizeof batch};
   xlatr_account account = {.size = sizeof account};
@@ -626,6 +795,18 @@ static void use_handle(void* none) {
   CHECK(xlatr_job_get_passed_over(job, 0, &passed_over) == XLATR_ERROR_HANDLE);
   CHECK(xlatr_job_error(job) == NULL);
   CHECK(xlatr_job_close(job) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_analysis_add(analysis, &batch) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_analysis_run(analysis, stream) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_analysis_get_summary(analysis, &summary) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_analysis_get_bus(analysis, 0, &bus) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_analysis_get_id(analysis, 0, &id) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_analysis_error(analysis) == NULL);
+  CHECK(xlatr_analysis_close(analysis) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_comparison_run(comparison, stream, stream) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_comparison_get_summary(comparison, &compared) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_comparison_get_difference(comparison, 0, &difference) == XLATR_ERROR_HANDLE);
+  CHECK(xlatr_comparison_error(comparison) == NULL);
+  CHECK(xlatr_comparison_close(comparison) == XLATR_ERROR_HANDLE);
 }
 
 static void use_wrong_handles(void) {
@@ -651,6 +832,8 @@ static void give_no_places(void) {
   CHECK(xlatr_sink_create(NULL, NULL, NULL, NULL) == XLATR_ERROR_ARGUMENT);
   CHECK(xlatr_sink_write_arrow(NULL, NULL) == XLATR_ERROR_ARGUMENT);
   CHECK(xlatr_job_create(NULL, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_analysis_create(NULL, NULL) == XLATR_ERROR_ARGUMENT);
+  CHECK(xlatr_comparison_create(NULL, NULL) == XLATR_ERROR_ARGUMENT);
   CHECK(xlatr_get_capacity(0, NULL) == XLATR_ERROR_ARGUMENT);
   CHECK(xlatr_get_format(NULL, NULL) == XLATR_ERROR_ARGUMENT);
 }
@@ -674,6 +857,7 @@ static void read_tables(void) {
   CHECK(strcmp(xlatr_kind_name(XLATR_KIND_LIN_EVENT), "lin_event") == 0 && xlatr_kind_name(XLATR_KIND_COUNT) == NULL);
   CHECK(strcmp(xlatr_attribute_name(XLATR_ATTRIBUTE_BUS_LOAD), "bus_load") == 0);
   CHECK(xlatr_attribute_name(XLATR_ATTRIBUTE_COUNT) == NULL);
+  CHECK(strcmp(xlatr_field_name(XLATR_FIELD_DATA), "data") == 0 && xlatr_field_name(XLATR_FIELD_COUNT) == NULL);
   CHECK(xlatr_format_extension(0) == NULL && xlatr_format_description(3) == NULL);
   for (code = -12; code < 3; ++code) {
     CHECK(strlen(xlatr_code_text(code)) > 5);
@@ -704,6 +888,12 @@ int main(int argc, char** argv) {
   run_jobs();
   merge_streams();
   pass_arrow();
+  analyse();
+  analyse_attributes();
+  refuse_analyses();
+  compare_traces();
+  compare_attributes();
+  refuse_comparisons();
   open_what_is_none();
   use_wrong_handles();
   give_no_places();

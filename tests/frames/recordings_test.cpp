@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -12,6 +13,8 @@
 
 #include "formats/asc/asc_frames.hpp"
 #include "formats/trc/trc_frames.hpp"
+#include "frames/analysis/analysis.hpp"
+#include "frames/comparison.hpp"
 #include "messages/can_dlc.hpp"
 #include "support/frame_text.hpp"
 
@@ -74,9 +77,9 @@ struct Recording {
   std::int64_t resolutionNs;
 };
 
-class RecordedTraffic : public testing::TestWithParam<Recording> {};
+class RecordedFrames : public testing::TestWithParam<Recording> {};
 
-TEST_P(RecordedTraffic, isReadWhole) {
+TEST_P(RecordedFrames, isReadWhole) {
   const Recording& recording = GetParam();
   if (!fs::exists(kRecordings / recording.trace)) {
     GTEST_SKIP() << "there is no " << kRecordings / recording.trace;
@@ -104,18 +107,62 @@ TEST_P(RecordedTraffic, isReadWhole) {
   EXPECT_TRUE(account.complete());
 }
 
-INSTANTIATE_TEST_SUITE_P(Trc, RecordedTraffic,
+INSTANTIATE_TEST_SUITE_P(Trc, RecordedFrames,
                          testing::Values(Recording{openTrcFrames, "trc/vehicle-2.1.trc", "frames-fd.csv", 0, 1},
                                          Recording{openTrcFrames, "trc/vehicle-1.3.trc", "frames.csv", 0, 1},
                                          Recording{openTrcFrames, "trc/vehicle-1.1.trc", "frames.csv", 2, 100'000}));
 
-INSTANTIATE_TEST_SUITE_P(Asc, RecordedTraffic,
+INSTANTIATE_TEST_SUITE_P(Asc, RecordedFrames,
                          testing::Values(Recording{openAscFrames, "asc/vehicle.asc", "frames.csv", 0, 1},
                                          Recording{openAscFrames, "asc/vehicle-v7.asc", "frames.csv", 0, 1},
                                          Recording{openAscFrames, "asc/vehicle-crlf-v7.asc", "frames.csv", 0, 1},
                                          Recording{openAscFrames, "asc/vehicle-fd-v8.asc", "frames-fd.csv", 0, 1},
                                          Recording{openAscFrames, "asc/vehicle-fd-canfd-lines-v8.asc", "frames-fd.csv",
                                                    0, 1}));
+
+// The same traffic, in two formats.
+TEST(RecordedTraffic, isTheSameInBothFormats) {
+  if (!fs::exists(kRecordings / "asc/vehicle.asc")) {
+    GTEST_SKIP() << "there is no " << kRecordings / "asc/vehicle.asc";
+  }
+  const auto first = openAscFrames((kRecordings / "asc/vehicle.asc").string());
+  const auto second = openTrcFrames((kRecordings / "trc/vehicle-1.3.trc").string());
+  Account account;
+  const ComparisonResult result = compareFrames(*first, account, *second, account, {});
+  EXPECT_TRUE(result.same()) << result.equal << " equal, " << result.different << " different, " << result.onlyIn[0]
+                             << " and " << result.onlyIn[1] << " only in one";
+  EXPECT_EQ(result.equal, readList("frames.csv").size());
+}
+
+TEST(RecordedTraffic, isAnalysedWhole) {
+  if (!fs::exists(kRecordings / "asc/vehicle.asc")) {
+    GTEST_SKIP() << "there is no " << kRecordings / "asc/vehicle.asc";
+  }
+  const auto source = openAscFrames((kRecordings / "asc/vehicle.asc").string());
+  AnalysisSettings settings;
+  settings.rates.nominal = 500'000;
+  Analysis analysis(settings);
+  FrameBatch batch;
+  Account account;
+  while (source->read(batch, account)) {
+    analysis.add(batch);
+    batch.clear();
+  }
+  std::map<std::uint16_t, std::uint64_t> buses;
+  for (const ListedFrame& frame : readList("frames.csv")) {
+    ++buses[frame.bus];
+  }
+  ASSERT_EQ(analysis.buses().size(), buses.size());
+  for (const BusStatistics* const bus : analysis.buses()) {
+    EXPECT_EQ(bus->traffic, buses[bus->bus]);
+    EXPECT_LT(analysis.highestLoad(*bus).value_or(0.0), 1.0) << bus->bus;
+  }
+  std::uint64_t frames = 0;
+  for (const IdentifierStatistics* const identifier : analysis.identifiers()) {
+    frames += identifier->frames;
+  }
+  EXPECT_EQ(frames, readList("frames.csv").size());
+}
 
 }  // namespace
 }  // namespace xlatr

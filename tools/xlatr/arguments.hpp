@@ -46,6 +46,15 @@ struct Arguments {
   bool sorted = false;
   std::vector<std::string> sessions;
 
+  // How traffic is measured and compared.
+  std::string bitRate;
+  std::string linBitRate;
+  std::string stuffing;
+  std::string tolerance;
+  bool texts = false;
+  bool attributes = false;
+  std::string limit;
+
   // How.
   bool force = false;
   bool skipExisting = false;

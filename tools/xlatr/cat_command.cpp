@@ -12,7 +12,6 @@
 #include "job.hpp"
 #include "open_trace.hpp"
 #include "output.hpp"
-#include "report.hpp"
 #include "signals.hpp"
 #include "standard_streams.hpp"
 
@@ -90,10 +89,7 @@ ExitCode print(const std::string& path, TraceFormat format, const Wanted& wanted
   if (isWhole(stream)) {
     return ExitCode::Done;
   }
-  const xlatr_head head = stream.head();
-  std::string text = remarksText(stream.account(), head.places_are_records != 0);
-  text += head.unfinished != 0 ? "; it was not finished by its writer" : "";
-  printError(path + ": " + text.substr(std::min<std::size_t>(2, text.size())));
+  printDamage(path, stream);
   return ExitCode::DoneWithLosses;
 }
 

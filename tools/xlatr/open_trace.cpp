@@ -1,8 +1,12 @@
 #include "open_trace.hpp"
 
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 
 #include "job.hpp"
+#include "output.hpp"
+#include "report.hpp"
 #include "standard_streams.hpp"
 
 namespace xlatr::cli {
@@ -33,6 +37,13 @@ Stream openTrace(const std::string& path, TraceFormat format, const Wanted& want
 
 bool isWhole(Stream& stream) {
   return isComplete(stream.account()) && stream.head().unfinished == 0;
+}
+
+void printDamage(const std::string& path, Stream& stream) {
+  const xlatr_head head = stream.head();
+  std::string text = remarksText(stream.account(), head.places_are_records != 0);
+  text += head.unfinished != 0 ? "; it was not finished by its writer" : "";
+  printError(path + ": " + text.substr(std::min<std::size_t>(2, text.size())));
 }
 
 }  // namespace xlatr::cli

@@ -15,4 +15,7 @@ namespace xlatr::cli {
 // Whether a trace is whole and nothing of it had to be guessed.
 [[nodiscard]] bool isWhole(Stream& stream);
 
+// Prints what is wrong with a trace that is not.
+void printDamage(const std::string& path, Stream& stream);
+
 }  // namespace xlatr::cli

@@ -5,10 +5,12 @@
 
 #include "cat_command.hpp"
 #include "check_command.hpp"
+#include "compare_command.hpp"
 #include "convert_command.hpp"
 #include "formats_command.hpp"
 #include "info_command.hpp"
 #include "merge_command.hpp"
+#include "stats_command.hpp"
 
 namespace xlatr::cli {
 namespace {
@@ -16,11 +18,13 @@ namespace {
 constexpr CommandSet kConvert = bitOf(CommandName::Convert);
 constexpr CommandSet kMerge = bitOf(CommandName::Merge);
 constexpr CommandSet kCat = bitOf(CommandName::Cat);
+constexpr CommandSet kStats = bitOf(CommandName::Stats);
+constexpr CommandSet kCompare = bitOf(CommandName::Compare);
 constexpr CommandSet kCheck = bitOf(CommandName::Check);
 constexpr CommandSet kInfo = bitOf(CommandName::Info);
 constexpr CommandSet kFormats = bitOf(CommandName::Formats);
 constexpr CommandSet kWriters = kConvert | kMerge;
-constexpr CommandSet kReaders = kWriters | kCat;
+constexpr CommandSet kReaders = kWriters | kCat | kStats | kCompare;
 constexpr CommandSet kAll = kReaders | kCheck | kInfo | kFormats;
 
 const std::array kOptions = {
@@ -108,6 +112,24 @@ const std::array kOptions = {
               "number, %3n as 001, %t time, %% a percent sign",
               OptionGroup::Split, OptionValue::None, kWriters, &Arguments::splitBus},
 
+    OptionRow{"--bitrate", "RATE", "Bits per second of CAN, to tell the load: 500k; 500k,2M with that of CAN FD data",
+              OptionGroup::Traffic, OptionValue::Text, kStats, &Arguments::bitRate},
+    OptionRow{"--lin-bitrate", "RATE", "Bits per second of LIN, to tell the load: 19200", OptionGroup::Traffic,
+              OptionValue::Text, kStats, &Arguments::linBitRate},
+    OptionRow{"--stuffing", "HOW",
+              "Stuff bits in the load: mean (default), as random data has them; worst, as many as there can be; none",
+              OptionGroup::Traffic, OptionValue::Text, kStats, &Arguments::stuffing},
+    OptionRow{
+        "--tolerance", "TIME",
+        "Times that are no farther from each other are equal: 0, 10us, 1.5ms; by default the coarser resolution of "
+        "the two formats",
+        OptionGroup::Traffic, OptionValue::Text, kCompare, &Arguments::tolerance},
+    OptionRow{"--texts", "", "Compare texts too", OptionGroup::Traffic, OptionValue::None, kCompare, &Arguments::texts},
+    OptionRow{"--attributes", "", "Compare what both frames have besides, such as error counters", OptionGroup::Traffic,
+              OptionValue::None, kCompare, &Arguments::attributes},
+    OptionRow{"--limit", "N", "Show N differences; by default 20", OptionGroup::Traffic, OptionValue::Text, kCompare,
+              &Arguments::limit},
+
     OptionRow{"-j,--jobs", "N", "Convert N files at a time; 0 for as many as there are cores", OptionGroup::Running,
               OptionValue::Text, kConvert | kCheck, &Arguments::jobs},
     OptionRow{"--strict", "", "Fail, and leave no target, if anything would be dropped, cut, damaged or guessed",
@@ -162,6 +184,31 @@ const std::array kCommands = {
                {"xlatr cat drive.mf4 --id 0x123 --from-time 12.5", "xlatr cat drive.blf --kind error",
                 "xlatr cat drive.asc --csv > drive.csv", "xlatr cat drive.trc --json | jq .id"},
                runCat},
+    CommandRow{
+        CommandName::Stats,
+        "stats",
+        "TRACE...",
+        "TRACE",
+        "Shows what the traffic of traces is like, by bus and identifier.",
+        "- is standard input. An identifier has its count, its rate, its cycle times in milliseconds (shortest, "
+        "mean, longest, 99th percentile), its lengths, its last data and its frames over time. A bus has its load "
+        "if --bitrate says how fast it is. A gap is a silence of at least a second, a burst two or more error "
+        "frames within 10 ms of each other.",
+        {"xlatr stats drive.blf", "xlatr stats drive.mf4 --bitrate 500k,2M", "xlatr stats drive.asc --id 0x123",
+         "xlatr stats drive.trc --json | jq '.[0].buses'"},
+        runStats},
+    CommandRow{
+        CommandName::Compare,
+        "compare",
+        "TRACE TRACE",
+        "two traces",
+        "Says whether two traces hold the same frames, and where not.",
+        "Frames are equal if kind, identifier, flags, DLC, data and bus are, and the times within the tolerance. "
+        "What a trace does not state, such as a bus or a direction, is no difference; comments are not compared. "
+        "A frame that only one trace has makes no others differ.\n"
+        "The exit code is 0 if they are the same, 3 if not, 1 if one can't be read.",
+        {"xlatr compare drive.blf drive.mf4", "xlatr compare a.trc b.asc --tolerance 1ms --limit 100"},
+        runCompare},
     CommandRow{CommandName::Check,
                "check",
                "FILE...",
@@ -192,8 +239,8 @@ const std::array kCommands = {
 }  // namespace
 
 std::string_view headingOf(OptionGroup group) {
-  static constexpr std::array<std::string_view, 7> kHeadings = {"Sources",       "Which frames", "Changes", "Target",
-                                                                "Several files", "Running",      "Output"};
+  static constexpr std::array<std::string_view, 8> kHeadings = {"Sources",       "Which frames", "Changes", "Target",
+                                                                "Several files", "Traffic",      "Running", "Output"};
   return kHeadings.at(static_cast<std::size_t>(group));
 }
 

@@ -14,7 +14,7 @@
 
 namespace xlatr::cli {
 
-enum class CommandName : std::uint8_t { Convert, Merge, Cat, Check, Info, Formats };
+enum class CommandName : std::uint8_t { Convert, Merge, Cat, Stats, Compare, Check, Info, Formats };
 
 // One bit for each command.
 using CommandSet = std::uint32_t;
@@ -34,7 +34,7 @@ struct CommandRow {
 };
 
 // The headings under which help shows options.
-enum class OptionGroup : std::uint8_t { Source, Selection, Change, Target, Split, Running, Output };
+enum class OptionGroup : std::uint8_t { Source, Selection, Change, Target, Split, Traffic, Running, Output };
 [[nodiscard]] std::string_view headingOf(OptionGroup group);
 
 // What can follow an option, for completions.

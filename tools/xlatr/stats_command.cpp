@@ -1,0 +1,110 @@
+#include "stats_command.hpp"
+
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "job.hpp"
+#include "measure.hpp"
+#include "open_trace.hpp"
+#include "output.hpp"
+#include "report.hpp"
+#include "sparkline.hpp"
+#include "stats_report.hpp"
+#include "values.hpp"
+#include "wanted.hpp"
+#include "xlatr/frames.h"
+#include "xlatr/frames.hpp"
+
+namespace xlatr::cli {
+namespace {
+
+xlatr_analysis_options analysisOptions(const Arguments& arguments) {
+  xlatr_analysis_options options{};
+  options.size = sizeof options;
+  if (!arguments.bitRate.empty()) {
+    const std::optional<BitRatePair> rates = bitRatesOf(arguments.bitRate);
+    if (!rates) {
+      failValue("--bitrate", arguments.bitRate, "say how many bits per second: 500k, or 500k,2M for CAN FD");
+    }
+    options.nominal_rate = rates->nominal;
+    options.data_rate = rates->data;
+  }
+  if (!arguments.linBitRate.empty()) {
+    const std::optional<std::uint32_t> rate = bitRateOf(arguments.linBitRate);
+    if (!rate) {
+      failValue("--lin-bitrate", arguments.linBitRate, "say how many bits per second: 19200");
+    }
+    options.lin_rate = *rate;
+  }
+  if (!arguments.stuffing.empty()) {
+    options.stuffing =
+        static_cast<std::uint32_t>(choiceValue("--stuffing", arguments.stuffing, {"mean", "worst", "none"}));
+  }
+  return options;
+}
+
+class StatsRun {
+ public:
+  explicit StatsRun(const Arguments& arguments)
+      : wanted_(arguments),
+        options_(analysisOptions(arguments)),
+        format_(arguments.from.empty() ? XLATR_FORMAT_NONE : formatValue("--from", arguments.from)),
+        json_(arguments.json) {}
+
+  ExitCode run(const std::string& path) {
+    try {
+      Stream stream = openTrace(path, format_, wanted_);
+      Analysis analysis(&options_);
+      analysis.run(stream);
+      show(path, stream, analysis);
+      return isWhole(stream) ? ExitCode::Done : ExitCode::DoneWithLosses;
+    } catch (const Error& error) {
+      printError(error.what());
+      return exitCodeOf(error.code());
+    }
+  }
+
+  void finish() const {
+    if (json_) {
+      std::cout << jsonText(traces_);
+    }
+  }
+
+ private:
+  void show(const std::string& path, Stream& stream, const Analysis& analysis) {
+    if (json_) {
+      nlohmann::ordered_json trace = statsJson(path, stream.head().places_are_records != 0, analysis);
+      trace["remarks"] = remarksJson(stream.account());
+      traces_.push_back(std::move(trace));
+    } else {
+      std::cout << (shown_++ == 0 ? "" : "\n") << statsText(path, analysis, showsUtf8());
+    }
+    if (!isWhole(stream)) {
+      printDamage(path, stream);
+    }
+  }
+
+  Wanted wanted_;
+  xlatr_analysis_options options_;
+  TraceFormat format_;
+  bool json_;
+  int shown_ = 0;
+  nlohmann::ordered_json traces_ = nlohmann::ordered_json::array();
+};
+
+}  // namespace
+
+ExitCode runStats(const Arguments& arguments) {
+  StatsRun run(arguments);
+  ExitCode code = ExitCode::Done;
+  for (const std::string& path : arguments.paths) {
+    code = worse(code, run.run(path));
+  }
+  run.finish();
+  return code;
+}
+
+}  // namespace xlatr::cli
