@@ -22,10 +22,10 @@
 namespace xlatr {
 namespace {
 
-constexpr std::int64_t kMs = 1'000'000;
-constexpr std::int64_t kSecond = 1'000 * kMs;
+constexpr std::int64_t kAnalysedMs = 1'000'000;
+constexpr std::int64_t kAnalysedSecond = 1'000 * kAnalysedMs;
 
-Frame frameAt(std::int64_t timeNs, std::uint32_t id, std::span<const std::uint8_t> data, std::uint16_t bus = 1) {
+Frame analysedFrame(std::int64_t timeNs, std::uint32_t id, std::span<const std::uint8_t> data, std::uint16_t bus = 1) {
   Frame frame;
   frame.timeNs = timeNs;
   frame.bus = bus;
@@ -36,7 +36,7 @@ Frame frameAt(std::int64_t timeNs, std::uint32_t id, std::span<const std::uint8_
   return frame;
 }
 
-Frame kindAt(std::int64_t timeNs, FrameKind kind, std::uint16_t bus = 1) {
+Frame analysedKind(std::int64_t timeNs, FrameKind kind, std::uint16_t bus = 1) {
   Frame frame;
   frame.timeNs = timeNs;
   frame.kind = kind;
@@ -58,7 +58,7 @@ Analysis analysisOf(const std::vector<Frame>& frames, const AnalysisSettings& se
   return analysis;
 }
 
-constexpr std::array<std::uint8_t, 8> kZeros{};
+constexpr std::array<std::uint8_t, 8> kEightZeros{};
 
 TEST(Analysis, ofNothingIsEmpty) {
   const Analysis analysis;
@@ -69,18 +69,19 @@ TEST(Analysis, ofNothingIsEmpty) {
 }
 
 TEST(Analysis, countsKindsAndTimes) {
-  const Analysis analysis =
-      analysisOf({kindAt(-99 * kSecond, FrameKind::Comment), frameAt(5 * kMs, 1, kZeros), frameAt(-2 * kMs, 1, kZeros),
-                  kindAt(9 * kMs, FrameKind::Error, 2), kindAt(9 * kSecond, FrameKind::Event)});
+  const Analysis analysis = analysisOf(
+      {analysedKind(-99 * kAnalysedSecond, FrameKind::Comment), analysedFrame(5 * kAnalysedMs, 1, kEightZeros),
+       analysedFrame(-2 * kAnalysedMs, 1, kEightZeros), analysedKind(9 * kAnalysedMs, FrameKind::Error, 2),
+       analysedKind(9 * kAnalysedSecond, FrameKind::Event)});
   const AnalysisSummary& summary = analysis.summary();
   EXPECT_EQ(summary.frames[static_cast<std::size_t>(FrameKind::Data)], 2U);
   EXPECT_EQ(summary.frames[static_cast<std::size_t>(FrameKind::Error)], 1U);
   EXPECT_EQ(summary.frames[static_cast<std::size_t>(FrameKind::Comment)], 1U);
   EXPECT_EQ(summary.frames[static_cast<std::size_t>(FrameKind::Event)], 1U);
   EXPECT_EQ(summary.traffic, 3U);
-  EXPECT_EQ(summary.firstNs, -2 * kMs);
-  EXPECT_EQ(summary.lastNs, 9 * kMs);
-  EXPECT_EQ(summary.durationNs(), 11U * kMs);
+  EXPECT_EQ(summary.firstNs, -2 * kAnalysedMs);
+  EXPECT_EQ(summary.lastNs, 9 * kAnalysedMs);
+  EXPECT_EQ(summary.durationNs(), 11U * kAnalysedMs);
   EXPECT_EQ(summary.stepsBack, 1U);
   ASSERT_EQ(analysis.buses().size(), 2U);
   const BusStatistics& bus = *analysis.buses()[0];
@@ -89,16 +90,17 @@ TEST(Analysis, countsKindsAndTimes) {
   EXPECT_EQ(bus.dataBytes, 16U);
   EXPECT_EQ(bus.identifiers, 1U);
   EXPECT_EQ(bus.stepsBack, 1U);
-  EXPECT_EQ(bus.firstNs, -2 * kMs);
-  EXPECT_EQ(bus.lastNs, 5 * kMs);
+  EXPECT_EQ(bus.firstNs, -2 * kAnalysedMs);
+  EXPECT_EQ(bus.lastNs, 5 * kAnalysedMs);
   EXPECT_EQ(analysis.buses()[1]->framesOf(FrameKind::Error), 1U);
 }
 
 TEST(Analysis, measuresCyclesOfAnIdentifier) {
   // Cycles of 10, 20 and 30 ms, and one step back.
-  const Analysis analysis =
-      analysisOf({frameAt(0, 0x123, kZeros), frameAt(10 * kMs, 0x123, kZeros), frameAt(30 * kMs, 0x123, kZeros),
-                  frameAt(20 * kMs, 0x123, kZeros), frameAt(50 * kMs, 0x123, kZeros)});
+  const Analysis analysis = analysisOf(
+      {analysedFrame(0, 0x123, kEightZeros), analysedFrame(10 * kAnalysedMs, 0x123, kEightZeros),
+       analysedFrame(30 * kAnalysedMs, 0x123, kEightZeros), analysedFrame(20 * kAnalysedMs, 0x123, kEightZeros),
+       analysedFrame(50 * kAnalysedMs, 0x123, kEightZeros)});
   ASSERT_EQ(analysis.identifiers().size(), 1U);
   const IdentifierStatistics& identifier = *analysis.identifiers()[0];
   EXPECT_EQ(identifier.id, 0x123U);
@@ -109,20 +111,20 @@ TEST(Analysis, measuresCyclesOfAnIdentifier) {
   EXPECT_EQ(identifier.frames, 5U);
   EXPECT_EQ(identifier.cycles, 3U);
   EXPECT_EQ(identifier.stepsBack, 1U);
-  EXPECT_EQ(identifier.shortestCycleNs, 10U * kMs);
-  EXPECT_EQ(identifier.longestCycleNs, 30U * kMs);
-  EXPECT_EQ(identifier.longestCycleBeginNs, 20 * kMs);
+  EXPECT_EQ(identifier.shortestCycleNs, 10U * kAnalysedMs);
+  EXPECT_EQ(identifier.longestCycleNs, 30U * kAnalysedMs);
+  EXPECT_EQ(identifier.longestCycleBeginNs, 20 * kAnalysedMs);
   EXPECT_EQ(identifier.longestCyclePlace, 5U);
   EXPECT_DOUBLE_EQ(identifier.meanCycleNs, 20e6);
   EXPECT_NEAR(identifier.cycleDeviationNs(), std::sqrt(200.0 / 3.0) * 1e6, 1.0);
   EXPECT_EQ(identifier.firstNs, 0);
-  EXPECT_EQ(identifier.lastNs, 50 * kMs);
+  EXPECT_EQ(identifier.lastNs, 50 * kAnalysedMs);
   EXPECT_EQ(identifier.firstPlace, 1U);
   EXPECT_EQ(identifier.lastPlace, 5U);
 }
 
 TEST(Analysis, hasNoCycleOfOneFrame) {
-  const Analysis analysis = analysisOf({frameAt(0, 1, kZeros)});
+  const Analysis analysis = analysisOf({analysedFrame(0, 1, kEightZeros)});
   EXPECT_EQ(analysis.identifiers()[0]->cycleDeviationNs(), 0.0);
   EXPECT_EQ(analysis.identifiers()[0]->slowCycleNs(), 0U);
 }
@@ -131,8 +133,8 @@ TEST(Analysis, showsWhichBitsChange) {
   const std::array<std::uint8_t, 10> first = {1, 2, 3, 4, 5, 6, 7, 8, 0xF0, 1};
   const std::array<std::uint8_t, 10> second = {1, 2, 3, 4, 5, 6, 0xF7, 8, 0x0F, 1};
   const std::array<std::uint8_t, 2> third = {3, 2};
-  const Analysis analysis =
-      analysisOf({frameAt(0, 1, first), frameAt(1, 1, second), frameAt(2, 1, third), frameAt(3, 1, second)});
+  const Analysis analysis = analysisOf({analysedFrame(0, 1, first), analysedFrame(1, 1, second),
+                                        analysedFrame(2, 1, third), analysedFrame(3, 1, second)});
   const IdentifierStatistics& identifier = *analysis.identifiers()[0];
   std::array<std::uint8_t, 64> expected{};
   expected[0] = 2;
@@ -149,7 +151,7 @@ TEST(Analysis, showsWhichBitsChange) {
 
 TEST(Analysis, showsTheFirstBytesOfLongData) {
   std::vector<std::uint8_t> data(2048, 0xAB);
-  Frame frame = frameAt(0, 1, data);
+  Frame frame = analysedFrame(0, 1, data);
   frame.set(frame_flag::kXl);
   const Analysis analysis = analysisOf({frame, frame});
   const IdentifierStatistics& identifier = *analysis.identifiers()[0];
@@ -159,14 +161,14 @@ TEST(Analysis, showsTheFirstBytesOfLongData) {
 }
 
 TEST(Analysis, tellsIdentifiersApart) {
-  Frame extended = frameAt(0, 1, kZeros);
+  Frame extended = analysedFrame(0, 1, kEightZeros);
   extended.set(frame_flag::kExtended);
-  Frame remote = frameAt(0, 1, {});
+  Frame remote = analysedFrame(0, 1, {});
   remote.kind = FrameKind::Remote;
-  Frame lin = frameAt(0, 1, kZeros);
+  Frame lin = analysedFrame(0, 1, kEightZeros);
   lin.kind = FrameKind::Lin;
-  const Analysis analysis = analysisOf(
-      {lin, remote, extended, frameAt(0, 1, kZeros, 2), frameAt(0, 2, kZeros), frameAt(0, 1, kZeros), extended});
+  const Analysis analysis = analysisOf({lin, remote, extended, analysedFrame(0, 1, kEightZeros, 2),
+                                        analysedFrame(0, 2, kEightZeros), analysedFrame(0, 1, kEightZeros), extended});
   std::string order;
   for (const IdentifierStatistics* const each : analysis.identifiers()) {
     order += std::to_string(each->bus) + ":" + std::string(frameKindName(each->kind)) + ":" + std::to_string(each->id) +
@@ -178,40 +180,41 @@ TEST(Analysis, tellsIdentifiersApart) {
 
 TEST(Analysis, findsTheLongestGap) {
   AnalysisSettings settings;
-  settings.gapNs = static_cast<std::uint64_t>(2 * kSecond);
-  const Analysis analysis =
-      analysisOf({frameAt(0, 1, kZeros), frameAt(2 * kSecond, 2, kZeros), frameAt(3 * kSecond, 1, kZeros, 2),
-                  kindAt(8 * kSecond, FrameKind::LinEvent), frameAt(9 * kSecond, 1, kZeros)},
-                 settings);
+  settings.gapNs = static_cast<std::uint64_t>(2 * kAnalysedSecond);
+  const Analysis analysis = analysisOf(
+      {analysedFrame(0, 1, kEightZeros), analysedFrame(2 * kAnalysedSecond, 2, kEightZeros),
+       analysedFrame(3 * kAnalysedSecond, 1, kEightZeros, 2), analysedKind(8 * kAnalysedSecond, FrameKind::LinEvent),
+       analysedFrame(9 * kAnalysedSecond, 1, kEightZeros)},
+      settings);
   const BusStatistics& bus = *analysis.buses()[0];
   EXPECT_EQ(bus.gaps, 2U);
-  EXPECT_EQ(bus.longestGapNs, 6U * kSecond);
-  EXPECT_EQ(bus.longestGapBeginNs, 2 * kSecond);
+  EXPECT_EQ(bus.longestGapNs, 6U * kAnalysedSecond);
+  EXPECT_EQ(bus.longestGapBeginNs, 2 * kAnalysedSecond);
   EXPECT_EQ(bus.longestGapPlace, 4U);
   EXPECT_EQ(analysis.buses()[1]->gaps, 0U);
 }
 
 TEST(Analysis, findsBurstsOfErrors) {
   AnalysisSettings settings;
-  settings.burstNs = static_cast<std::uint64_t>(10 * kMs);
+  settings.burstNs = static_cast<std::uint64_t>(10 * kAnalysedMs);
   std::vector<Frame> frames;
   for (const std::int64_t at : {0, 5, 100, 110, 120, 131, 120}) {
-    frames.push_back(kindAt(at * kMs, FrameKind::Error));
+    frames.push_back(analysedKind(at * kAnalysedMs, FrameKind::Error));
   }
   const BusStatistics bus = *analysisOf(frames, settings).buses()[0];
   EXPECT_EQ(bus.framesOf(FrameKind::Error), 7U);
   EXPECT_EQ(bus.errorBursts, 2U);
   EXPECT_EQ(bus.longestBurst, 3U);
-  EXPECT_EQ(bus.longestBurstBeginNs, 100 * kMs);
+  EXPECT_EQ(bus.longestBurstBeginNs, 100 * kAnalysedMs);
 }
 
 TEST(Analysis, notesTheStateOfTheController) {
-  Frame counters = kindAt(0, FrameKind::Counters);
+  Frame counters = analysedKind(0, FrameKind::Counters);
   counters.attributes.set(FrameAttribute::TxErrors, 130);
   counters.attributes.set(FrameAttribute::RxErrors, 7);
-  Frame off = kindAt(1, FrameKind::Status);
+  Frame off = analysedKind(1, FrameKind::Status);
   off.attributes.set(FrameAttribute::BusState, static_cast<std::uint32_t>(WarningErrors::BusOff) | 1U);
-  Frame light = kindAt(2, FrameKind::Status);
+  Frame light = analysedKind(2, FrameKind::Status);
   light.attributes.set(FrameAttribute::BusState, static_cast<std::uint32_t>(WarningErrors::BusLight));
   Frame fewer = counters;
   fewer.attributes.set(FrameAttribute::TxErrors, 3);
@@ -222,17 +225,20 @@ TEST(Analysis, notesTheStateOfTheController) {
 }
 
 TEST(Analysis, countsOverTime) {
-  const Analysis short_ = analysisOf({frameAt(kSecond, 1, kZeros), frameAt(kSecond + (1 << 20), 1, kZeros),
-                                      frameAt(kSecond - 1, 1, kZeros), frameAt(kSecond + (63 << 20), 1, kZeros)});
-  EXPECT_EQ(short_.identifierClock().originNs(), kSecond);
+  const Analysis short_ = analysisOf({analysedFrame(kAnalysedSecond, 1, kEightZeros),
+                                      analysedFrame(kAnalysedSecond + (1 << 20), 1, kEightZeros),
+                                      analysedFrame(kAnalysedSecond - 1, 1, kEightZeros),
+                                      analysedFrame(kAnalysedSecond + (63 << 20), 1, kEightZeros)});
+  EXPECT_EQ(short_.identifierClock().originNs(), kAnalysedSecond);
   EXPECT_EQ(short_.identifierClock().widthNs(), 1U << 20);
   EXPECT_EQ(short_.identifiers()[0]->framesOverTime[0], 2U);
   EXPECT_EQ(short_.identifiers()[0]->framesOverTime[1], 1U);
   EXPECT_EQ(short_.identifiers()[0]->framesOverTime[63], 1U);
 
   // A later frame makes the bins wider, and those of all identifiers.
-  const Analysis wide = analysisOf({frameAt(0, 1, kZeros), frameAt(1 << 20, 1, kZeros), frameAt(2 << 20, 1, kZeros),
-                                    frameAt(std::int64_t{128} << 20, 2, kZeros), frameAt(3 << 20, 1, kZeros)});
+  const Analysis wide = analysisOf(
+      {analysedFrame(0, 1, kEightZeros), analysedFrame(1 << 20, 1, kEightZeros), analysedFrame(2 << 20, 1, kEightZeros),
+       analysedFrame(std::int64_t{128} << 20, 2, kEightZeros), analysedFrame(3 << 20, 1, kEightZeros)});
   EXPECT_EQ(wide.identifierClock().widthNs(), 4U << 20);
   EXPECT_EQ(wide.identifiers()[0]->framesOverTime[0], 4U);
   EXPECT_EQ(wide.identifiers()[1]->framesOverTime[32], 1U);
@@ -243,7 +249,8 @@ TEST(Analysis, countsOverTime) {
 
 TEST(Analysis, bearsTheFarthestTimes) {
   const Analysis analysis =
-      analysisOf({frameAt(-kFarthestNs, 1, kZeros), frameAt(kFarthestNs, 1, kZeros), frameAt(-kFarthestNs, 1, kZeros)});
+      analysisOf({analysedFrame(-kFarthestNs, 1, kEightZeros), analysedFrame(kFarthestNs, 1, kEightZeros),
+                  analysedFrame(-kFarthestNs, 1, kEightZeros)});
   EXPECT_EQ(analysis.summary().durationNs(), 18'000'000'000'000'000'000U);
   const IdentifierStatistics& identifier = *analysis.identifiers()[0];
   EXPECT_EQ(identifier.longestCycleNs, 18'000'000'000'000'000'000U);
@@ -257,7 +264,7 @@ TEST(Analysis, boundsIdentifiersAndBuses) {
   settings.mostIdentifiers = 2;
   std::vector<Frame> frames;
   for (std::uint32_t id = 0; id < 5; ++id) {
-    frames.push_back(frameAt(id, id % 4, kZeros));
+    frames.push_back(analysedFrame(id, id % 4, kEightZeros));
   }
   const Analysis few = analysisOf(frames, settings);
   EXPECT_EQ(few.identifiers().size(), 2U);
@@ -266,7 +273,7 @@ TEST(Analysis, boundsIdentifiersAndBuses) {
 
   frames.clear();
   for (std::size_t bus = 0; bus <= Analysis::kMostBuses; ++bus) {
-    frames.push_back(frameAt(0, 1, kZeros, static_cast<std::uint16_t>(bus)));
+    frames.push_back(analysedFrame(0, 1, kEightZeros, static_cast<std::uint16_t>(bus)));
   }
   const Analysis many = analysisOf(frames);
   EXPECT_EQ(many.buses().size(), Analysis::kMostBuses);
@@ -275,8 +282,8 @@ TEST(Analysis, boundsIdentifiersAndBuses) {
 
 TEST(Analysis, countsPlacesOfWhatHasNone) {
   FrameBatch batch;
-  batch.append(kindAt(0, FrameKind::Comment));
-  batch.append(frameAt(0, 1, kZeros));
+  batch.append(analysedKind(0, FrameKind::Comment));
+  batch.append(analysedFrame(0, 1, kEightZeros));
   FrameColumns columns = columnsOf(batch);
   columns.places = nullptr;
   Analysis analysis;
@@ -292,10 +299,10 @@ TEST(Analysis, measuresTheLoadOfABus) {
   // 111 bits of 2 us in each frame: ten in the first second, one in the third and at the end.
   std::vector<Frame> frames;
   for (std::int64_t at = 0; at < 10; ++at) {
-    frames.push_back(frameAt(at * 10 * kMs, 1, kZeros));
+    frames.push_back(analysedFrame(at * 10 * kAnalysedMs, 1, kEightZeros));
   }
-  frames.push_back(frameAt(2 * kSecond, 1, kZeros));
-  frames.push_back(frameAt(4 * kSecond, 1, kZeros));
+  frames.push_back(analysedFrame(2 * kAnalysedSecond, 1, kEightZeros));
+  frames.push_back(analysedFrame(4 * kAnalysedSecond, 1, kEightZeros));
   const Analysis analysis = analysisOf(frames, settings);
   const BusStatistics& bus = *analysis.buses()[0];
   EXPECT_NEAR(bus.busyNs, 12 * 111 * 2'000.0, 1e-3);
@@ -305,19 +312,21 @@ TEST(Analysis, measuresTheLoadOfABus) {
 }
 
 TEST(Analysis, hasNoLoadWithoutRateOrTime) {
-  const Analysis noRate = analysisOf({frameAt(0, 1, kZeros), frameAt(kSecond, 1, kZeros)});
+  const Analysis noRate =
+      analysisOf({analysedFrame(0, 1, kEightZeros), analysedFrame(kAnalysedSecond, 1, kEightZeros)});
   EXPECT_FALSE(noRate.load(*noRate.buses()[0]));
   EXPECT_FALSE(noRate.highestLoad(*noRate.buses()[0]));
   AnalysisSettings settings;
   settings.rates.nominal = 500'000;
-  const Analysis noTime = analysisOf({frameAt(0, 1, kZeros)}, settings);
+  const Analysis noTime = analysisOf({analysedFrame(0, 1, kEightZeros)}, settings);
   EXPECT_FALSE(noTime.load(*noTime.buses()[0]));
 }
 
 TEST(Analysis, hasAHighestLoadNoLowerThanTheMean) {
   AnalysisSettings settings;
   settings.rates = {.nominal = 500'000, .stuffing = Stuffing::None};
-  const Analysis analysis = analysisOf({frameAt(0, 1, kZeros), frameAt(kMs, 1, kZeros)}, settings);
+  const Analysis analysis =
+      analysisOf({analysedFrame(0, 1, kEightZeros), analysedFrame(kAnalysedMs, 1, kEightZeros)}, settings);
   const BusStatistics& bus = *analysis.buses()[0];
   EXPECT_NEAR(analysis.load(bus).value_or(0), 0.444, 1e-9);
   EXPECT_EQ(analysis.highestLoad(bus), analysis.load(bus));
@@ -549,8 +558,8 @@ TEST(Analysis, findsWhatASimpleOneFinds) {
   std::map<std::uint16_t, NaiveBus> buses;
   AnalysisSettings settings;
   settings.rates = {.nominal = 500'000, .data = 2'000'000, .lin = 19'200};
-  settings.gapNs = static_cast<std::uint64_t>(100 * kMs);
-  settings.burstNs = static_cast<std::uint64_t>(200 * kMs);
+  settings.gapNs = static_cast<std::uint64_t>(100 * kAnalysedMs);
+  settings.burstNs = static_cast<std::uint64_t>(200 * kAnalysedMs);
   const FrameTimes times(settings.rates);
   std::array<std::uint64_t, kFrameKindCount> kinds{};
   Analysis analysis(settings);
@@ -559,7 +568,7 @@ TEST(Analysis, findsWhatASimpleOneFinds) {
     const test::OwnedFrame owned = random.next();
     Frame frame = owned.view();
     frame.id %= 16;
-    frame.timeNs -= count % 97 == 0 ? 40 * kMs : 0;
+    frame.timeNs -= count % 97 == 0 ? 40 * kAnalysedMs : 0;
     if (batch.full()) {
       analysis.add(batch);
       batch.clear();

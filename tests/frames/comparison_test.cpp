@@ -16,12 +16,12 @@
 namespace xlatr {
 namespace {
 
-constexpr std::int64_t kMs = 1'000'000;
+constexpr std::int64_t kComparedMs = 1'000'000;
 
 // Hands frames out, some at a time.
-class ListedFrames final : public FrameSource {
+class OwnedFrameSource final : public FrameSource {
  public:
-  explicit ListedFrames(std::vector<test::OwnedFrame> frames, std::size_t atOnce = FrameBatch::kCapacity)
+  explicit OwnedFrameSource(std::vector<test::OwnedFrame> frames, std::size_t atOnce = FrameBatch::kCapacity)
       : frames_(std::move(frames)), atOnce_(atOnce) {}
 
   [[nodiscard]] const StreamHead& head() const override { return head_; }
@@ -46,7 +46,7 @@ class ListedFrames final : public FrameSource {
 
 using Frames = std::vector<test::OwnedFrame>;
 
-test::OwnedFrame frameAt(std::int64_t timeNs, std::uint32_t id, std::vector<std::uint8_t> data) {
+test::OwnedFrame ownedFrameAt(std::int64_t timeNs, std::uint32_t id, std::vector<std::uint8_t> data) {
   test::OwnedFrame made;
   made.frame.timeNs = timeNs;
   made.frame.bus = 1;
@@ -57,19 +57,21 @@ test::OwnedFrame frameAt(std::int64_t timeNs, std::uint32_t id, std::vector<std:
 }
 
 // Three identifiers, each every 10 ms, with a counter.
-Frames traffic(std::size_t count) {
+Frames cyclicTraffic(std::size_t count) {
   Frames frames;
   for (std::size_t at = 0; at < count; ++at) {
-    const auto time = static_cast<std::int64_t>(at / 3) * 10 * kMs + static_cast<std::int64_t>(at % 3) * kMs / 4;
-    frames.push_back(frameAt(time, static_cast<std::uint32_t>(0x100 + at % 3), {1, static_cast<std::uint8_t>(at / 3)}));
+    const auto time =
+        static_cast<std::int64_t>(at / 3) * 10 * kComparedMs + static_cast<std::int64_t>(at % 3) * kComparedMs / 4;
+    frames.push_back(
+        ownedFrameAt(time, static_cast<std::uint32_t>(0x100 + at % 3), {1, static_cast<std::uint8_t>(at / 3)}));
   }
   return frames;
 }
 
 ComparisonResult compared(Frames first, Frames second, const ComparisonSettings& settings = {},
                           std::size_t atOnce = 500) {
-  ListedFrames one(std::move(first));
-  ListedFrames other(std::move(second), atOnce);
+  OwnedFrameSource one(std::move(first));
+  OwnedFrameSource other(std::move(second), atOnce);
   Account account;
   return compareFrames(one, account, other, account, settings);
 }
@@ -89,7 +91,7 @@ std::string textOf(const ComparisonResult& result) {
 }
 
 TEST(Comparison, findsEqualTracesEqual) {
-  const ComparisonResult result = compared(traffic(3'000), traffic(3'000));
+  const ComparisonResult result = compared(cyclicTraffic(3'000), cyclicTraffic(3'000));
   EXPECT_EQ(textOf(result), "equal 3000, different 0, only 0/0");
   EXPECT_TRUE(result.same());
   EXPECT_EQ(result.frames, (std::array<std::uint64_t, 2>{3'000, 3'000}));
@@ -99,22 +101,22 @@ TEST(Comparison, findsEqualTracesEqual) {
 }
 
 TEST(Comparison, goesOnAfterAMissingFrame) {
-  Frames second = traffic(300);
+  Frames second = cyclicTraffic(300);
   second.erase(second.begin() + 100);
-  const ComparisonResult result = compared(traffic(300), second);
+  const ComparisonResult result = compared(cyclicTraffic(300), second);
   EXPECT_EQ(textOf(result), "equal 299, different 0, only 1/0");
   ASSERT_EQ(result.differences.size(), 1U);
   EXPECT_EQ(result.differences[0].kind, DifferenceKind::OnlyFirst);
   EXPECT_EQ(result.differences[0].first.frame.place, 101U);
   EXPECT_EQ(result.reordered, 0U);
-  EXPECT_EQ(textOf(compared(second, traffic(300))), "equal 299, different 0, only 0/1");
+  EXPECT_EQ(textOf(compared(second, cyclicTraffic(300))), "equal 299, different 0, only 0/1");
 }
 
 TEST(Comparison, goesOnAfterManyMissingFrames) {
-  Frames second = traffic(9'000);
+  Frames second = cyclicTraffic(9'000);
   second.erase(second.begin() + 2'000, second.begin() + 7'000);
-  EXPECT_EQ(textOf(compared(traffic(9'000), second)), "equal 4000, different 0, only 5000/0");
-  EXPECT_EQ(textOf(compared(traffic(9'000), traffic(20))), "equal 20, different 0, only 8980/0");
+  EXPECT_EQ(textOf(compared(cyclicTraffic(9'000), second)), "equal 4000, different 0, only 5000/0");
+  EXPECT_EQ(textOf(compared(cyclicTraffic(9'000), cyclicTraffic(20))), "equal 20, different 0, only 8980/0");
 }
 
 TEST(Comparison, saysWhatDiffers) {
@@ -130,7 +132,7 @@ TEST(Comparison, saysWhatDiffers) {
       Case{"identifier", [](test::OwnedFrame& f) { f.frame.id = 1; }, "equal 29, different 1 (id 1), only 0/0"},
       Case{"bus", [](test::OwnedFrame& f) { f.frame.bus = 2; }, "equal 29, different 1 (bus 1), only 0/0"},
       Case{"time", [](test::OwnedFrame& f) { f.frame.timeNs += 2; }, "equal 29, different 1 (time 1), only 0/0"},
-      Case{"later", [](test::OwnedFrame& f) { f.frame.timeNs += 50 * kMs; },
+      Case{"later", [](test::OwnedFrame& f) { f.frame.timeNs += 50 * kComparedMs; },
            "equal 29, different 1 (time 1), only 0/0"},
       Case{"flag", [](test::OwnedFrame& f) { f.frame.set(frame_flag::kFd); },
            "equal 29, different 1 (flags 1), only 0/0"},
@@ -144,15 +146,15 @@ TEST(Comparison, saysWhatDiffers) {
       Case{"within the tolerance", [](test::OwnedFrame& f) { ++f.frame.timeNs; }, "equal 30, different 0, only 0/0"},
   };
   for (const Case& each : cases) {
-    Frames second = traffic(30);
+    Frames second = cyclicTraffic(30);
     each.change(second[10]);
-    EXPECT_EQ(textOf(compared(traffic(30), second)), each.expected) << each.name;
-    EXPECT_EQ(textOf(compared(second, traffic(30))), each.expected) << each.name;
+    EXPECT_EQ(textOf(compared(cyclicTraffic(30), second)), each.expected) << each.name;
+    EXPECT_EQ(textOf(compared(second, cyclicTraffic(30))), each.expected) << each.name;
   }
 }
 
 TEST(Comparison, comparesWhatBothState) {
-  test::OwnedFrame received = frameAt(0, 1, {});
+  test::OwnedFrame received = ownedFrameAt(0, 1, {});
   received.frame.kind = FrameKind::Remote;
   received.frame.set(frame_flag::kReceived | frame_flag::kDlcKnown);
   received.frame.dlc = 4;
@@ -189,19 +191,19 @@ TEST(Comparison, comparesTextsAndAttributesIfAsked) {
 TEST(Comparison, passesOverKindsThatNobodyAskedFor) {
   test::OwnedFrame comment;
   comment.frame.kind = FrameKind::Comment;
-  Frames first = traffic(10);
+  Frames first = cyclicTraffic(10);
   first.insert(first.begin() + 3, 20, comment);
-  const ComparisonResult result = compared(first, traffic(10));
+  const ComparisonResult result = compared(first, cyclicTraffic(10));
   EXPECT_EQ(textOf(result), "equal 10, different 0, only 0/0");
   EXPECT_EQ(result.frames, (std::array<std::uint64_t, 2>{10, 10}));
-  EXPECT_EQ(textOf(compared(first, traffic(10), {.kinds = kAllFrameKinds})), "equal 10, different 0, only 20/0");
+  EXPECT_EQ(textOf(compared(first, cyclicTraffic(10), {.kinds = kAllFrameKinds})), "equal 10, different 0, only 20/0");
   EXPECT_EQ(textOf(compared({comment, comment}, {})), "equal 0, different 0, only 0/0");
 }
 
 TEST(Comparison, findsFramesInAnotherOrder) {
   Frames first;
   for (std::uint32_t id = 0; id < 8; ++id) {
-    first.push_back(frameAt(0, id, {1}));
+    first.push_back(ownedFrameAt(0, id, {1}));
   }
   Frames second(first.rbegin(), first.rend());
   const ComparisonResult result = compared(first, second);
@@ -210,21 +212,22 @@ TEST(Comparison, findsFramesInAnotherOrder) {
 }
 
 TEST(Comparison, pairsTracesOfAnotherClock) {
-  Frames second = traffic(3'000);
+  Frames second = cyclicTraffic(3'000);
   for (test::OwnedFrame& frame : second) {
-    frame.frame.timeNs += 3 * kMs;
+    frame.frame.timeNs += 3 * kComparedMs;
   }
-  EXPECT_EQ(textOf(compared(traffic(3'000), second)), "equal 0, different 3000 (time 3000), only 0/0");
-  EXPECT_EQ(textOf(compared(traffic(3'000), second, {.toleranceNs = 3 * kMs})), "equal 3000, different 0, only 0/0");
-  EXPECT_EQ(compared(traffic(3'000), second, {.toleranceNs = 4 * kMs}).farthestNs, 3U * kMs);
+  EXPECT_EQ(textOf(compared(cyclicTraffic(3'000), second)), "equal 0, different 3000 (time 3000), only 0/0");
+  EXPECT_EQ(textOf(compared(cyclicTraffic(3'000), second, {.toleranceNs = 3 * kComparedMs})),
+            "equal 3000, different 0, only 0/0");
+  EXPECT_EQ(compared(cyclicTraffic(3'000), second, {.toleranceNs = 4 * kComparedMs}).farthestNs, 3U * kComparedMs);
 }
 
 TEST(Comparison, tellsABoundedNumberOfDifferences) {
-  const ComparisonResult result = compared(traffic(90), {}, {.mostDifferences = 5});
+  const ComparisonResult result = compared(cyclicTraffic(90), {}, {.mostDifferences = 5});
   EXPECT_EQ(result.onlyIn[0], 90U);
   EXPECT_EQ(result.differences.size(), 5U);
   EXPECT_EQ(result.differences[4].first.frame.place, 5U);
-  EXPECT_TRUE(compared(traffic(90), {}, {.mostDifferences = 0}).differences.empty());
+  EXPECT_TRUE(compared(cyclicTraffic(90), {}, {.mostDifferences = 0}).differences.empty());
 }
 
 TEST(Comparison, keepsTheBeginningOfLongTexts) {
@@ -244,10 +247,10 @@ TEST(Comparison, searchesNoFartherThanAsked) {
   Frames first;
   Frames second;
   for (std::uint32_t id = 0; id < 40; ++id) {
-    first.push_back(frameAt(0, id, {1}));
-    second.push_back(frameAt(0, 39 - id, {2}));
+    first.push_back(ownedFrameAt(0, id, {1}));
+    second.push_back(ownedFrameAt(0, 39 - id, {2}));
   }
-  second.push_back(frameAt(0, 0, {1}));
+  second.push_back(ownedFrameAt(0, 0, {1}));
   EXPECT_EQ(compared(first, second, {.ahead = 41}).equal, 1U);
   EXPECT_EQ(compared(first, second, {.ahead = 10}).equal, 0U);
   EXPECT_EQ(compared(first, second, {.ahead = 0}).equal, 0U);
