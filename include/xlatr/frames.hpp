@@ -205,6 +205,7 @@ class Stream {
   // Several as one, by time.
   [[nodiscard]] static Stream merged(std::vector<Stream> parts) {
     std::vector<xlatr_stream*> handles;
+    handles.reserve(parts.size());
     for (const Stream& part : parts) {
       handles.push_back(part.handle_.get());
     }
