@@ -10,7 +10,7 @@
 namespace xlatr {
 namespace {
 
-constexpr char kMark = '%';
+constexpr char kPlaceMark = '%';
 
 std::string padded(std::uint64_t number, std::size_t digits) {
   std::string text = std::to_string(number);
@@ -60,19 +60,19 @@ std::string withMarks(std::string_view path, std::string_view marks) {
 }  // namespace
 
 TargetName::TargetName(std::string_view path, bool hasBuses, bool hasParts) : pattern_(path) {
-  if (path.find(kMark) == std::string_view::npos) {
+  if (path.find(kPlaceMark) == std::string_view::npos) {
     pattern_ = withMarks(path, std::string(hasBuses ? "_BUS%b" : "") + (hasParts ? "_%3n" : ""));
     return;
   }
   std::string letters;
-  for (std::size_t at = path.find(kMark); at < path.size();) {
+  for (std::size_t at = path.find(kPlaceMark); at < path.size();) {
     const Place place = placeAt(path, at);
     if (place.letter == '\0' || std::string_view("bnt%").find(place.letter) == std::string_view::npos) {
       throw FrameFailure(FrameProblem::BadArgument,
                          pattern_ + ": a percent sign stands before b (bus), n (number), t (time) or another one");
     }
     letters += place.letter;
-    at = path.find(kMark, at + place.size);
+    at = path.find(kPlaceMark, at + place.size);
   }
   const auto lacks = [&letters](char letter) { return letters.find(letter) == std::string::npos; };
   if ((hasBuses && lacks('b')) || (hasParts && lacks('n'))) {
@@ -84,7 +84,7 @@ TargetName::TargetName(std::string_view path, bool hasBuses, bool hasParts) : pa
 std::string TargetName::of(const PartOfTrace& part, const std::optional<TraceStart>& start) const {
   std::string name;
   for (std::size_t at = 0; at < pattern_.size();) {
-    if (pattern_[at] != kMark) {
+    if (pattern_[at] != kPlaceMark) {
       name += pattern_[at++];
       continue;
     }
@@ -101,7 +101,7 @@ std::string TargetName::of(const PartOfTrace& part, const std::optional<TraceSta
         name += timeText(part.timeNs, start);
         break;
       default:
-        name += kMark;
+        name += kPlaceMark;
     }
   }
   return name;

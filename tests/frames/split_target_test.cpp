@@ -108,8 +108,8 @@ TEST_F(SplitTargetTest, splitsBySize) {
   split("drive.trc", rows, {.bytes = kSize});
   ASSERT_GT(files_.size(), 5U);
   std::string all;
-  for (std::size_t part = 1; part <= files_.size(); ++part) {
-    const std::string name = "drive_00" + std::to_string(part) + ".trc";
+  for (std::uint32_t part = 1; part <= files_.size(); ++part) {
+    const std::string name = TargetName("drive.trc", false, true).of({.number = part}, std::nullopt);
     EXPECT_LE(fs::file_size(folder_.file(name)), kSize);
     EXPECT_TRUE(part == files_.size() || fs::file_size(folder_.file(name)) > kSize - 1024) << name;
     all += framesOf(name);

@@ -12,7 +12,7 @@
 namespace xlatr::cli {
 namespace {
 
-[[noreturn]] void failUsage(const std::string& text) {
+[[noreturn]] void failCommandLine(const std::string& text) {
   throw CommandFailure(ExitCode::WrongUsage, text);
 }
 
@@ -60,13 +60,13 @@ const CommandRow& commandOf(const std::string& word) {
   }
   const std::string found = suggestion(word, names);
   if (!found.empty()) {
-    failUsage(word + ": there is no such command" + found);
+    failCommandLine(word + ": there is no such command" + found);
   }
   std::string list;
   for (const std::string_view name : names) {
     list.append(list.empty() ? "" : ", ").append(name);
   }
-  failUsage(word + ": there is no such command; there are " + list);
+  failCommandLine(word + ": there is no such command; there are " + list);
 }
 
 struct AddOption {
@@ -126,7 +126,7 @@ std::vector<std::string> defaultsOf(const CommandRow& command, const std::string
   for (std::size_t at = 0; at < all.size(); ++at) {
     const OptionRow* const option = optionNamed(all[at]);
     if (option == nullptr) {
-      failUsage("XLATR_DEFAULTS: " + all[at] + " is no option");
+      failCommandLine("XLATR_DEFAULTS: " + all[at] + " is no option");
     }
     const bool hasWord = !option->argument.empty() && all[at].find('=') == std::string::npos;
     const std::size_t count = std::min(all.size() - at, std::size_t{hasWord ? 2U : 1U});
@@ -142,7 +142,7 @@ std::vector<std::string> defaultsOf(const CommandRow& command, const std::string
 // What CLI11 could not place, which is no path: those are all taken.
 [[noreturn]] void failUnknown(const CommandRow& command, const std::string& word) {
   if (const OptionRow* const option = optionNamed(word)) {
-    failUsage(word + ": " + std::string(command.name) + " has no such option; other commands have " +
+    failCommandLine(word + ": " + std::string(command.name) + " has no such option; other commands have " +
               std::string(longNameOf(*option)) + seeHelp(command));
   }
   std::vector<std::string_view> names;
@@ -151,7 +151,7 @@ std::vector<std::string> defaultsOf(const CommandRow& command, const std::string
       names.push_back(longNameOf(option));
     }
   }
-  failUsage(word + ": there is no such option" + suggestion(word, names) + seeHelp(command));
+  failCommandLine(word + ": there is no such option" + suggestion(word, names) + seeHelp(command));
 }
 
 void parse(const CommandRow& command, std::vector<std::string> words, Arguments& arguments) {
@@ -170,7 +170,7 @@ void parse(const CommandRow& command, std::vector<std::string> words, Arguments&
     std::ranges::reverse(words);
     app.parse(words);
   } catch (const CLI::ParseError& error) {
-    failUsage(std::string(error.what()) + seeHelp(command));
+    failCommandLine(std::string(error.what()) + seeHelp(command));
   }
   const std::vector<std::string> left = app.remaining();
   if (!left.empty()) {
@@ -183,7 +183,7 @@ void parse(const CommandRow& command, std::vector<std::string> words, Arguments&
 CommandLine parseCommandLine(const std::vector<std::string>& words, const std::string& defaults) {
   CommandLine line;
   if (words.empty()) {
-    failUsage("no command given; see 'xlatr --help'");
+    failCommandLine("no command given; see 'xlatr --help'");
   }
   if (words.front() == "--version") {
     line.version = true;
@@ -207,7 +207,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& words, const std::s
   }
   const bool needsPath = !line.command->paths.empty() && line.arguments.filesFrom.empty();
   if (needsPath && line.arguments.paths.empty()) {
-    failUsage(std::string(line.command->pathNames) + ": which? Name it" + seeHelp(*line.command));
+    failCommandLine(std::string(line.command->pathNames) + ": which? Name it" + seeHelp(*line.command));
   }
   return line;
 }
