@@ -14,12 +14,6 @@ namespace {
 constexpr std::string_view kPlainSeparators = ",;\t";
 constexpr std::string_view kNoValue = "-";
 
-// A number of a table of version 1.0, where zeros in front would mean another base.
-bool takeCount(PlainCells& cells, std::uint32_t& value) {
-  const bool zero = cells.rest().starts_with('0');
-  return cells.takeDecimal(value) && (!zero || value == 0);
-}
-
 // Nothing but data frames of CAN XL has values there.
 bool skipXlCells(PlainCells& cells) {
   return cells.take(kNoValue) && cells.take(kNoValue) && cells.take(kNoValue) && cells.take(kNoValue) &&
@@ -92,11 +86,10 @@ bool takePlainCsvRow(std::string_view row, CsvPlainTable table, char separator, 
   PlainFrame plain;
   std::uint32_t number = 0;
   if (table == CsvPlainTable::None || !cells.takeDecimal(number) || !cells.takeScaled<kDecimals>(plain.timeNs) ||
-      !takeCount(cells, plain.bus) || plain.bus > std::numeric_limits<std::uint16_t>::max() ||
-      !takePlainDirection(cells, plain) || !takePlainKindWord(cells, plain) || !takePlainWideId(cells, plain) ||
-      !cells.take(kNoValue) || (table == CsvPlainTable::Wide && !skipXlCells(cells)) ||
-      !takeCount(cells, plain.length) || plain.length > kLongestPlainFrame ||
-      !cells.takeBytes(std::span(bytes).first(plain.length)) || !cells.atEnd()) {
+      !takePlainBus(cells, plain) || !takePlainDirection(cells, plain) || !takePlainKindWord(cells, plain) ||
+      !takePlainWideId(cells, plain) || !cells.take(kNoValue) ||
+      (table == CsvPlainTable::Wide && !skipXlCells(cells)) || !cells.takeDecimal(plain.length) ||
+      plain.length > kLongestPlainFrame || !cells.takeBytes(std::span(bytes).first(plain.length)) || !cells.atEnd()) {
     return false;
   }
   plain.dlc = static_cast<std::uint16_t>(lengthToDlc(plain.length));
