@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "formats/lin/lin_frames.hpp"
 #include "formats/lin/lin_reader.hpp"
 #include "tracegen/generator.hpp"
 
@@ -116,5 +117,21 @@ void readTrace(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(trace.size().bytes));
 }
 BENCHMARK(readTrace)->Unit(benchmark::kMillisecond);
+
+// The same on the complete way.
+void readFrames(benchmark::State& state) {
+  static const Trace trace;
+  xlatr::FrameBatch batch;
+  xlatr::Account account;
+  for ([[maybe_unused]] auto step : state) {
+    const auto source = xlatr::openLinFrames(trace.path());
+    while (source->read(batch, account)) {
+      benchmark::DoNotOptimize(batch.times().data());
+      batch.clear();
+    }
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(account.read()));
+}
+BENCHMARK(readFrames)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -185,22 +185,14 @@ struct CloseComparison {
 //     for (const xlatr::BatchView batch : stream.batches()) { ... }    // by columns
 class Stream {
  public:
-  explicit Stream(const std::string& path, const xlatr_stream_options* options = nullptr) {
-    xlatr_stream* handle = nullptr;
-    const xlatr_code code = xlatr_stream_open(path.c_str(), options, &handle);
-    handle_.reset(handle);
-    require(code);
-    batch_->size = sizeof *batch_;
-  }
+  explicit Stream(const std::string& path, const xlatr_stream_options* options = nullptr)
+      : Stream(Opened(), [&](xlatr_stream** handle) { return xlatr_stream_open(path.c_str(), options, handle); }) {}
 
-  explicit Stream(const Input& input, const xlatr_stream_options* options = nullptr) {
-    const xlatr_input record = detail::recordOf(input);
-    xlatr_stream* handle = nullptr;
-    const xlatr_code code = xlatr_stream_open_input(&record, options, &handle);
-    handle_.reset(handle);
-    require(code);
-    batch_->size = sizeof *batch_;
-  }
+  explicit Stream(const Input& input, const xlatr_stream_options* options = nullptr)
+      : Stream(Opened(), [&](xlatr_stream** handle) {
+          const xlatr_input record = detail::recordOf(input);
+          return xlatr_stream_open_input(&record, options, handle);
+        }) {}
 
   // Several as one, by time.
   [[nodiscard]] static Stream merged(std::vector<Stream> parts) {
@@ -209,10 +201,9 @@ class Stream {
     for (const Stream& part : parts) {
       handles.push_back(part.handle_.get());
     }
-    xlatr_stream* handle = nullptr;
-    const xlatr_code code = xlatr_stream_merge(handles.data(), static_cast<std::uint32_t>(handles.size()), &handle);
-    Stream stream(handle);
-    stream.require(code);
+    Stream stream(Opened(), [&](xlatr_stream** handle) {
+      return xlatr_stream_merge(handles.data(), static_cast<std::uint32_t>(handles.size()), handle);
+    });
     for (Stream& part : parts) {
       static_cast<void>(part.handle_.release());
     }
@@ -322,7 +313,17 @@ class Stream {
   [[nodiscard]] FrameIterator end() const { return {}; }
 
  private:
-  explicit Stream(xlatr_stream* handle) : handle_(handle) { batch_->size = sizeof *batch_; }
+  struct Opened {};
+
+  // By a function that makes a handle, also one that knows only why it failed.
+  template <class Open>
+  Stream(Opened /*tag*/, Open open) {
+    xlatr_stream* handle = nullptr;
+    const xlatr_code code = open(&handle);
+    handle_.reset(handle);
+    require(code);
+    batch_->size = sizeof *batch_;
+  }
 
   void require(xlatr_code code) const {
     if (code < 0) {

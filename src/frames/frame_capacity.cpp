@@ -5,6 +5,7 @@
 
 #include "messages/can_dlc.hpp"
 #include "messages/enumerations.hpp"
+#include "util/text.hpp"
 
 namespace xlatr {
 namespace {
@@ -94,9 +95,7 @@ bool saysMoreThan(const KindCapacity& kind, const Frame& frame) {
 }
 
 bool holdsText(TextCapacity capacity, std::string_view text) {
-  const auto lacks = [text](std::string_view characters) {
-    return text.find_first_of(characters) == std::string_view::npos;
-  };
+  const auto lacks = [text](std::string_view characters) { return !containsAny(text, characters); };
   constexpr std::string_view kSpaces = " \t\n\v\f\r";
   switch (capacity) {
     case TextCapacity::Word:

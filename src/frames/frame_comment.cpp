@@ -9,6 +9,7 @@
 #include "util/hex.hpp"
 #include "util/numbers.hpp"
 #include "util/render.hpp"
+#include "util/text.hpp"
 #include "util/token_cursor.hpp"
 
 namespace xlatr {
@@ -231,7 +232,7 @@ bool looksLikeFrameComment(std::string_view text) {
 }
 
 bool isPlainComment(std::string_view text) {
-  return text.find_first_of("\n\r") == std::string_view::npos && !looksLikeFrameComment(text);
+  return !containsAny(text, "\n\r") && !looksLikeFrameComment(text);
 }
 
 bool saysMoreThanText(const Frame& frame) {

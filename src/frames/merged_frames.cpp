@@ -79,14 +79,14 @@ bool MergedFrames::read(FrameBatch& batch, Account& account) {
     if (input == nullptr) {
       break;
     }
-    Frame frame = input->batch.at(input->row++);
-    frame.timeNs = shiftedTime(frame.timeNs, input->offsetNs);
+    input->batch.get(input->row++, frame_);
+    frame_.timeNs = shiftedTime(frame_.timeNs, input->offsetNs);
     if (settings_.closesGaps) {
-      closeGap(*input, frame.timeNs);
+      closeGap(*input, frame_.timeNs);
       input->begun = true;
     }
-    frame.timeNs = shiftedTime(frame.timeNs, shiftNs_);
-    batch.append(frame);
+    frame_.timeNs = shiftedTime(frame_.timeNs, shiftNs_);
+    batch.append(frame_);
   }
   return !batch.empty();
 }

@@ -50,6 +50,7 @@ class MergedFrames final : public FrameSource {
   std::int64_t shiftNs_ = 0;  // of all that is read from now on, for the gaps that were closed
   std::int64_t lastNs_ = 0;   // of the frame before, without the shift
   bool any_ = false;
+  Frame frame_;  // the one that is being handed on
 };
 
 }  // namespace xlatr

@@ -13,18 +13,34 @@
 
 namespace xlatr {
 
-// Takes the fields of a line, which are separated by blanks, one after the other. Each function returns false for a
-// field that is not of its plain form, whatever else it may mean; the line is then for a parser that knows all forms,
-// from its beginning. Accepts nothing that such a parser would read differently. The line must outlive the fields.
-class PlainFields {
+// What is between two fields: any number of blanks.
+struct BlankRuns {
+  static constexpr char character = ' ';
+  static constexpr bool kRuns = true;
+};
+
+// One character, so that a field may be empty. It is none that stands in a field.
+struct OneSeparator {
+  char character;
+  static constexpr bool kRuns = false;
+};
+
+// Takes the fields of a line one after the other. Each function returns false for a field that is not of its plain
+// form, whatever else it may mean; the line is then for a parser that knows all forms, from its beginning. Accepts
+// nothing that such a parser would read differently. The line must outlive the fields.
+template <class Separator>
+class PlainFieldsOf {
  public:
-  explicit PlainFields(std::string_view line) : next_(line.data()), end_(next_ + line.size()) { skipBlanks(); }
+  explicit PlainFieldsOf(std::string_view line, Separator separator = {})
+      : next_(line.data()), end_(next_ + line.size()), separator_(separator) {
+    skipRun();
+  }
 
   [[nodiscard]] bool atEnd() const { return next_ == end_; }
   [[nodiscard]] std::string_view rest() const { return {next_, left()}; }
 
   // A field of any characters but blanks and control characters. At the end of the line it is empty.
-  [[nodiscard]] bool takeAny(std::string_view& field) {
+  [[nodiscard]] bool takeAny(std::string_view& field) requires(Separator::kRuns) {
     const char* const begin = next_;
     while (next_ != end_ && static_cast<unsigned char>(*next_) > ' ') {
       ++next_;
@@ -32,7 +48,7 @@ class PlainFields {
     field = {begin, static_cast<std::size_t>(next_ - begin)};
     return endField();
   }
-  [[nodiscard]] bool skipAny() {
+  [[nodiscard]] bool skipAny() requires(Separator::kRuns) {
     std::string_view ignored;
     return takeAny(ignored);
   }
@@ -40,14 +56,17 @@ class PlainFields {
   // This very field. Any other one stays, so that several words can be tried.
   [[nodiscard]] bool take(std::string_view word) {
     const std::string_view line = rest();
-    const bool ends = line.size() == word.size() || (line.size() > word.size() && line[word.size()] == ' ');
+    const bool ends =
+        line.size() == word.size() || (line.size() > word.size() && line[word.size()] == separator_.character);
     if (!ends || !line.starts_with(word)) {
       return false;
     }
     next_ += word.size();
-    skipBlanks();
-    return true;
+    return endField();
   }
+
+  // An empty field.
+  [[nodiscard]] bool takeNothing() requires(!Separator::kRuns) { return endField(); }
 
   // A field of one character.
   [[nodiscard]] bool takeCharacter(char& character) {
@@ -58,17 +77,20 @@ class PlainFields {
     return endField();
   }
 
-  // A number such as 12.345, in units of its ninth decimal or of another one, without a rounding. Up to seven digits on
-  // either side of the point, and far enough from the end of the line, as times are.
+  // A number such as 12.345, in units of its ninth decimal or of another one, without a rounding. Up to nine digits
+  // before the point and up to seven after it, and far enough from the end of the line, as times are.
   template <unsigned kDecimals>
   [[nodiscard]] bool takeScaled(std::int64_t& value) {
     static_assert(kDecimals < kPowers.size());
-    constexpr std::size_t kFarEnough = 2 * kBlock;
+    constexpr std::size_t kFarEnough = 2 * kBlock + 2;
     if (left() < kFarEnough) {
       return false;
     }
     const std::size_t whole = takeDigits(value);
-    if (whole == 0 || whole == kBlock || *next_ != '.') {
+    if (whole == kBlock && *next_ >= '0' && *next_ <= '9') {
+      value = value * 10 + (*next_++ - '0');
+    }
+    if (whole == 0 || *next_ != '.') {
       return false;
     }
     ++next_;
@@ -79,6 +101,23 @@ class PlainFields {
     }
     value = value * kPowers[kDecimals] + part * kPowers[kDecimals - decimals];
     return endField();
+  }
+
+  // Up to fifteen decimal digits, far enough from the end of the line.
+  [[nodiscard]] bool takeLong(std::int64_t& value) {
+    if (left() < 2 * kBlock) {
+      return false;
+    }
+    const std::size_t digits = takeDigits(value);
+    if (digits == kBlock) {
+      std::int64_t part = 0;
+      const std::size_t more = takeDigits(part);
+      if (more == kBlock) {
+        return false;
+      }
+      value = value * kPowers[more] + part;
+    }
+    return digits != 0 && endField();
   }
 
   // Up to nine decimal digits, perhaps with an `x` after them.
@@ -113,7 +152,7 @@ class PlainFields {
     return digits != 0 && digits <= kMostDigits && takeMark(marked);
   }
 
-  // As many fields of two hexadecimal digits as there are bytes, with one blank between each two.
+  // As many fields of two hexadecimal digits as there are bytes, with one blank or separator between each two.
   [[nodiscard]] bool takeBytes(std::span<std::uint8_t> bytes) {
     constexpr std::size_t kColumns = 3;
     if (bytes.empty()) {
@@ -127,10 +166,24 @@ class PlainFields {
     int wrong = takePair(next_, bytes[0]);
     const char* pair = next_ + kColumns;
     for (std::uint8_t& byte : bytes.subspan(1)) {
-      wrong |= takePair(pair, byte) | (pair[-1] ^ ' ');
+      wrong |= takePair(pair, byte) | (pair[-1] ^ separator_.character);
       pair += kColumns;
     }
     next_ += length;
+    return wrong == 0 && endField();
+  }
+
+  // A field of twice as many hexadecimal digits as there are bytes.
+  [[nodiscard]] bool takePairs(std::span<std::uint8_t> bytes) {
+    constexpr std::size_t kColumns = 2;
+    if (left() < bytes.size() * kColumns) {
+      return false;
+    }
+    int wrong = 0;
+    for (std::uint8_t& byte : bytes) {
+      wrong |= takePair(next_, byte);
+      next_ += kColumns;
+    }
     return wrong == 0 && endField();
   }
 
@@ -149,13 +202,16 @@ class PlainFields {
 
   [[nodiscard]] std::size_t left() const { return static_cast<std::size_t>(end_ - next_); }
 
-  // Blocks of blanks first: where a column is empty there are many.
-  void skipBlanks() {
-    while (left() >= kBlock && load() == kBlanks) {
-      next_ += kBlock;
-    }
-    while (next_ != end_ && *next_ == ' ') {
-      ++next_;
+  // Blocks of blanks first: where a column is empty there are many. The others are counted one by one, since processors
+  // foresee most of them, and need not wait then for the place of the next field.
+  void skipRun() {
+    if constexpr (Separator::kRuns) {
+      while (left() >= kBlock && load() == kBlanks) {
+        next_ += kBlock;
+      }
+      while (next_ != end_ && *next_ == separator_.character) {
+        ++next_;
+      }
     }
   }
 
@@ -170,11 +226,11 @@ class PlainFields {
     if (next_ == end_) {
       return true;
     }
-    if (*next_ != ' ') {
+    if (*next_ != separator_.character) {
       return false;
     }
     ++next_;
-    skipBlanks();
+    skipRun();
     return true;
   }
 
@@ -207,6 +263,10 @@ class PlainFields {
 
   const char* next_;
   const char* end_;
+  [[no_unique_address]] Separator separator_;
 };
+
+using PlainFields = PlainFieldsOf<BlankRuns>;
+using PlainCells = PlainFieldsOf<OneSeparator>;
 
 }  // namespace xlatr

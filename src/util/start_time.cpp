@@ -3,7 +3,7 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
-#include <cstdlib>
+#include <cstdint>
 #include <limits>
 
 #include "util/decimal.hpp"
@@ -117,8 +117,14 @@ std::optional<std::int64_t> startOf(std::optional<std::string_view> days, std::o
   if (!number || *number == kNullDateNs) {
     return text && text->sinceEpochNs != kNullDateNs ? std::optional(text->sinceEpochNs) : std::nullopt;
   }
-  const bool finer = text && text->resolutionNs < kLastOfFifteenDigits;
-  return finer && std::abs(text->sinceEpochNs - *number) <= kLastOfFifteenDigits ? text->sinceEpochNs : number;
+  if (!text || text->resolutionNs >= kLastOfFifteenDigits) {
+    return number;
+  }
+  // Without signs, since the two may be further apart than 64 bits reach.
+  const std::uint64_t later = static_cast<std::uint64_t>(text->sinceEpochNs) - static_cast<std::uint64_t>(*number);
+  constexpr std::uint64_t kLast = kLastOfFifteenDigits;
+  const bool same = later + kLast <= 2 * kLast;
+  return same ? text->sinceEpochNs : number;
 }
 
 double daysOfStart(std::int64_t sinceEpochNs) {

@@ -28,7 +28,9 @@ TEST(PlainFields, takeTimesWithoutRounding) {
       {"one digit on each side", "1.5", 1'500'000'000},
       {"seven digits on each side", "1234567.7654321", 1'234'567'765'432'100},
       {"zeros in front", "0000001.50", 1'500'000'000},
-      {"eight digits", "12345678.5", std::nullopt},
+      {"eight digits", "12345678.5", 12'345'678'500'000'000},
+      {"nine digits", "123456789.7654321", 123'456'789'765'432'100},
+      {"ten digits", "1234567890.5", std::nullopt},
       {"eight decimals", "1.12345678", std::nullopt},
       {"no point", "15", std::nullopt},
       {"no digit before the point", ".5", std::nullopt},
@@ -44,8 +46,8 @@ TEST(PlainFields, takeTimesWithoutRounding) {
   for (const Case& c : cases) {
     EXPECT_EQ(nanosecondsAt(std::string(c.field) + " and what follows it"), c.expected) << c.name;
   }
-  EXPECT_EQ(nanosecondsAt("1.5 1  12  Rx  "), std::nullopt) << "so short a line";
-  EXPECT_EQ(nanosecondsAt("1.5 1  12  Rx d "), 1'500'000'000) << "just long enough";
+  EXPECT_EQ(nanosecondsAt("1.5 1  12  Rx d  "), std::nullopt) << "so short a line";
+  EXPECT_EQ(nanosecondsAt("1.5 1  12  Rx d 0 "), 1'500'000'000) << "just long enough";
 }
 
 TEST(PlainFields, takeNoMoreDecimalsThanTheUnitHas) {
@@ -101,6 +103,42 @@ TEST(PlainFields, takeWordsAndCharacters) {
   EXPECT_FALSE(PlainFields("").takeCharacter(character));
   EXPECT_FALSE(PlainFields("dd").takeCharacter(character));
   EXPECT_FALSE(PlainFields("a\tb").skipAny());
+}
+
+TEST(PlainFields, takeLongNumbers) {
+  struct Case {
+    std::string_view field;
+    std::optional<std::int64_t> expected;
+  };
+  for (const Case& c : {Case{"0", 0}, Case{"1234567", 1'234'567}, Case{"12345678", 12'345'678},
+                        Case{"123456789012345", 123'456'789'012'345}, Case{"1234567890123456", std::nullopt},
+                        Case{"", std::nullopt}, Case{"-1", std::nullopt}, Case{"12345678x", std::nullopt}}) {
+    std::int64_t value = 0;
+    const std::string row = std::string(c.field) + ";and what follows it";
+    PlainCells cells(row, {';'});
+    EXPECT_EQ(cells.takeLong(value) ? std::optional(value) : std::nullopt, c.expected) << c.field;
+  }
+  std::int64_t value = 0;
+  EXPECT_FALSE(PlainCells("1;so short;row", {';'}).takeLong(value));
+}
+
+TEST(PlainCells, areOneSeparatorApart) {
+  PlainCells cells("Rx;;-;0A;b1;0C0d;1", {';'});
+  EXPECT_FALSE(cells.takeNothing());
+  EXPECT_TRUE(cells.take("Rx"));
+  EXPECT_FALSE(cells.take("-"));
+  EXPECT_TRUE(cells.takeNothing());
+  EXPECT_TRUE(cells.take("-"));
+  std::array<std::uint8_t, 2> bytes = {};
+  EXPECT_TRUE(cells.takeBytes(bytes));
+  EXPECT_EQ(bytes, (std::array<std::uint8_t, 2>{0x0A, 0xB1}));
+  EXPECT_TRUE(cells.takePairs(bytes));
+  EXPECT_EQ(bytes, (std::array<std::uint8_t, 2>{0x0C, 0x0D}));
+  EXPECT_EQ(cells.rest(), "1");
+  EXPECT_FALSE(cells.takePairs(bytes));
+  EXPECT_FALSE(PlainCells("0C0g", {';'}).takePairs(bytes));
+  EXPECT_FALSE(PlainCells("0C0D0", {';'}).takePairs(bytes));
+  EXPECT_FALSE(PlainCells("0A 0B", {';'}).takeBytes(bytes));
 }
 
 TEST(PlainFields, takeBytes) {

@@ -66,6 +66,7 @@ TEST(StartOf, takesTheTextWhereItIsFiner) {
 TEST(StartOf, takesTheNumberOtherwise) {
   EXPECT_EQ(startOf("44403.25", "26.07.2021 06:00:00.001"), kJuly26 + 6 * 3600 * kSecond) << "coarser";
   EXPECT_EQ(startOf("44403.25", "26.07.2021 06:00:00.000.100"), kJuly26 + 6 * 3600 * kSecond) << "another moment";
+  EXPECT_EQ(startOf("-80000", "01.01.2200 00:00:00.000.000"), startOfDays("-80000")) << "too far apart for 64 bits";
   EXPECT_EQ(startOf("44403.25", "long ago"), kJuly26 + 6 * 3600 * kSecond);
   EXPECT_EQ(startOf("44403.25", std::nullopt), kJuly26 + 6 * 3600 * kSecond);
   EXPECT_EQ(startOf(std::nullopt, "26.07.2021 06:00:00.001"), kJuly26 + 6 * 3600 * kSecond + 1'000'000);

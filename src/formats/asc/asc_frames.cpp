@@ -292,7 +292,7 @@ class AscLines {
   std::optional<std::int64_t> blockStart_;
   bool blockSeen_ = false;
   AscMessage message_;
-  std::array<std::uint8_t, kLongestAscFrame> bytes_;  // those of a plain line
+  PlainFrameBytes bytes_;  // those of a plain line
   std::int64_t now_ = 0;
 };
 

@@ -11,23 +11,7 @@
 namespace xlatr {
 namespace {
 
-constexpr std::uint16_t kLongestPlainClassic = 8;
-
-using FrameBytes = std::array<std::uint8_t, kLongestAscFrame>;
-
-// What both forms of lines tell of a frame.
-struct PlainFrame {
-  std::uint32_t bus = 0;
-  std::uint32_t id = 0;
-  std::uint32_t length = 0;
-  std::uint16_t flags = 0;
-  std::uint16_t dlc = 0;
-};
-
-bool takeBusNumber(PlainFields& fields, PlainFrame& plain) {
-  constexpr std::uint32_t kHighestBus = 255;
-  return fields.takeDecimal(plain.bus) && plain.bus <= kHighestBus;
-}
+constexpr std::uint32_t kHighestPlainBus = 255;
 
 bool takePlainIdentifier(PlainFields& fields, PlainFrame& plain) {
   constexpr std::uint32_t kHighestBase = 0x7FF;
@@ -37,17 +21,8 @@ bool takePlainIdentifier(PlainFields& fields, PlainFrame& plain) {
   if (!fields.takeHex(plain.id, digits, extended)) {
     return false;
   }
-  plain.flags |= extended ? frame_flag::kExtended : std::uint16_t{0};
+  plain.setIf(extended, frame_flag::kExtended);
   return plain.id <= (extended ? kHighestExtended : kHighestBase);
-}
-
-bool takeDirectionWord(PlainFields& fields, PlainFrame& plain) {
-  if (fields.take("Rx")) {
-    plain.flags |= frame_flag::kReceived;
-    return true;
-  }
-  plain.flags |= frame_flag::kTransmitted;
-  return fields.take("Tx");
 }
 
 bool takePlainDlc(PlainFields& fields, PlainFrame& plain) {
@@ -58,13 +33,6 @@ bool takePlainDlc(PlainFields& fields, PlainFrame& plain) {
   const int dlc = hexDigitValue(digit);
   plain.dlc = static_cast<std::uint16_t>(dlc);
   return dlc >= 0;
-}
-
-bool takeBit(PlainFields& fields, bool& bit) {
-  char digit = 0;
-  const bool taken = fields.takeCharacter(digit);
-  bit = digit == '1';
-  return taken && (bit || digit == '0');
 }
 
 // The name of a message, if anything stands before BRS and ESI.
@@ -93,24 +61,25 @@ bool agrees(std::string_view rest, const PlainFrame& plain) {
 }
 
 // Bus, identifier, direction, "d", DLC, bytes. From 9 on a DLC stands for eight bytes as well.
-bool takeClassic(PlainFields& fields, FrameBytes& bytes, PlainFrame& plain) {
-  if (!takeBusNumber(fields, plain) || !takePlainIdentifier(fields, plain) || !takeDirectionWord(fields, plain) ||
-      !fields.take("d") || !takePlainDlc(fields, plain)) {
+bool takeClassic(PlainFields& fields, PlainFrameBytes& bytes, PlainFrame& plain) {
+  if (!takePlainBus(fields, plain, kHighestPlainBus) || !takePlainIdentifier(fields, plain) ||
+      !takePlainDirection(fields, plain) || !fields.take("d") || !takePlainDlc(fields, plain)) {
     return false;
   }
-  plain.length = std::min(plain.dlc, kLongestPlainClassic);
+  plain.length = std::min<std::uint32_t>(plain.dlc, kLongestPlainClassic);
   return fields.takeBytes(std::span(bytes).first(plain.length)) && (fields.atEnd() || agrees(fields.rest(), plain));
 }
 
 // Bus, direction, identifier, perhaps a name, BRS, ESI, DLC, length, bytes, duration, bit count, flags.
-bool takeFd(PlainFields& fields, FrameBytes& bytes, PlainFrame& plain, std::string_view& name) {
+bool takeFd(PlainFields& fields, PlainFrameBytes& bytes, PlainFrame& plain, std::string_view& name) {
   bool brs = false;
   bool esi = false;
-  if (!takeBusNumber(fields, plain) || !takeDirectionWord(fields, plain) || !takePlainIdentifier(fields, plain)) {
+  if (!takePlainBus(fields, plain, kHighestPlainBus) || !takePlainDirection(fields, plain) ||
+      !takePlainIdentifier(fields, plain)) {
     return false;
   }
-  if (!takeName(fields, name) || !takeBit(fields, brs) || !takeBit(fields, esi) || !takePlainDlc(fields, plain) ||
-      !fields.takeDecimal(plain.length) || plain.length > kLongestAscFrame ||
+  if (!takeName(fields, name) || !takePlainBit(fields, brs) || !takePlainBit(fields, esi) ||
+      !takePlainDlc(fields, plain) || !fields.takeDecimal(plain.length) || plain.length > kLongestPlainFrame ||
       !fields.takeBytes(std::span(bytes).first(plain.length))) {
     return false;
   }
@@ -122,10 +91,9 @@ bool takeFd(PlainFields& fields, FrameBytes& bytes, PlainFrame& plain, std::stri
     return false;
   }
   const bool fd = (flags & asc_flag::kEdl) != 0;
-  const auto set = [&plain](bool condition, std::uint16_t flag) { plain.flags |= condition ? flag : std::uint16_t{0}; };
-  set(fd, frame_flag::kFd);
-  set(fd && (brs || (flags & asc_flag::kBrs) != 0), frame_flag::kBrs);
-  set(fd && (esi || (flags & asc_flag::kEsi) != 0), frame_flag::kEsi);
+  plain.setIf(fd, frame_flag::kFd);
+  plain.setIf(fd && (brs || (flags & asc_flag::kBrs) != 0), frame_flag::kBrs);
+  plain.setIf(fd && (esi || (flags & asc_flag::kEsi) != 0), frame_flag::kEsi);
   if (fd || plain.length != kLongestPlainClassic || plain.dlc < kLongestPlainClassic) {
     plain.dlc = dlcOfLength(plain);
   }
@@ -134,17 +102,13 @@ bool takeFd(PlainFields& fields, FrameBytes& bytes, PlainFrame& plain, std::stri
 
 }  // namespace
 
-bool takePlainAscFrame(PlainFields fields, std::array<std::uint8_t, kLongestAscFrame>& bytes, Frame& frame) {
+bool takePlainAscFrame(PlainFields fields, PlainFrameBytes& bytes, Frame& frame) {
   PlainFrame plain;
   std::string_view name;
   if (!(fields.take("CANFD") ? takeFd(fields, bytes, plain, name) : takeClassic(fields, bytes, plain))) {
     return false;
   }
-  frame.bus = static_cast<std::uint16_t>(plain.bus);
-  frame.id = plain.id;
-  frame.flags = plain.flags;
-  frame.dlc = plain.dlc;
-  frame.data = std::span(bytes).first(plain.length);
+  plain.give(bytes, frame);
   if (!name.empty()) {
     frame.text = name;
   }

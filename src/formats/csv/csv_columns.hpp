@@ -57,6 +57,7 @@ class CsvColumns {
   void setPlace(CsvColumn column, std::uint32_t place);
   [[nodiscard]] bool has(CsvColumn column) const { return (named_ >> static_cast<std::uint32_t>(column) & 1U) != 0; }
   [[nodiscard]] bool empty() const { return named_ == 0; }
+  bool operator==(const CsvColumns&) const = default;
 
  private:
   std::array<std::uint32_t, kCsvColumnCount> places_{};

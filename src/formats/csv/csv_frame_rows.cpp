@@ -12,6 +12,7 @@
 #include "messages/can_dlc.hpp"
 #include "messages/error_type.hpp"
 #include "messages/fd_kind.hpp"
+#include "util/text.hpp"
 
 namespace xlatr {
 namespace {
@@ -277,7 +278,7 @@ void CsvRowMaker::giveRow(const Frame& frame, CsvMessage& row) {
   }
   Frame shown;
   takeCells(row, shown);
-  const bool hasLineEnd = frame.text && frame.text->find_first_of("\r\n") != std::string_view::npos;
+  const bool hasLineEnd = frame.text && containsAny(*frame.text, "\r\n");
   const bool isMistaken = frame.text && looksLikeFrameComment(*frame.text);
   if (!sameFrame(shown, frame) || !hasTellingIdentifier(frame, row) || hasLineEnd || isMistaken) {
     comment_.clear();

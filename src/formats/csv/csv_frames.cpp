@@ -14,6 +14,7 @@
 #include "formats/csv/csv_frame_rows.hpp"
 #include "formats/csv/csv_header.hpp"
 #include "formats/csv/csv_message.hpp"
+#include "formats/csv/csv_plain_rows.hpp"
 #include "formats/csv/csv_record_input.hpp"
 #include "formats/csv/csv_table.hpp"
 #include "formats/csv/csv_table_frames.hpp"
@@ -103,6 +104,8 @@ class CsvRowLines {
       std::ranges::replace(startText_, '/', '.');
     } else if (isColumnLine(line)) {
       CsvColumnLine parsed = parseCsvColumnLine(line);
+      plainTable_ = plainTableOf(parsed);
+      separator_ = parsed.separator.empty() ? '\0' : parsed.separator.front();
       row_.separator = std::move(parsed.separator);
       row_.columns = parsed.columns;
       inHead_ = false;
@@ -125,6 +128,9 @@ class CsvRowLines {
     if (!hasColumns_) {
       return false;
     }
+    if (takePlainCsvRow(line, plainTable_, separator_, bytes_, frame)) {
+      return true;
+    }
     row_.reset();
     row_.bus = 0;
     row_.wideRow = row_.columns.has(CsvColumn::Vcid);
@@ -137,6 +143,9 @@ class CsvRowLines {
   bool hasColumns_ = false;
   std::string startNumber_;
   std::string startText_;
+  CsvPlainTable plainTable_ = CsvPlainTable::None;
+  char separator_ = '\0';  // of a plain table
+  PlainFrameBytes bytes_;  // those of a plain row
   CsvMessage row_;
   CsvRowTaker taker_;
 };

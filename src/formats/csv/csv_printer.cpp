@@ -5,6 +5,7 @@
 #include "formats/csv/csv_column_table.hpp"
 #include "formats/csv/csv_message.hpp"
 #include "formats/csv/csv_quotes.hpp"
+#include "util/text.hpp"
 
 namespace xlatr {
 namespace {
@@ -35,8 +36,8 @@ void appendText(TextBuffer& out, const CsvMessage& message) {
     out.append(message.separator);
   }
   const std::string_view text = message.text;
-  const bool isCell = !text.empty() && text.find(kCsvQuote) == std::string_view::npos &&
-                      text.find_first_of(message.separator) == std::string_view::npos;
+  const bool isCell =
+      !text.empty() && text.find(kCsvQuote) == std::string_view::npos && !containsAny(text, message.separator);
   if (isCell) {
     out.append(text);
   } else {

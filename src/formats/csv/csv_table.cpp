@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "formats/csv/csv_plain_rows.hpp"
 #include "formats/csv/csv_quotes.hpp"
 #include "formats/csv/csv_record_input.hpp"
 #include "messages/can_dlc.hpp"
@@ -310,9 +311,13 @@ void appendCsvTableRow(TextBuffer& out, const Frame& frame) {
   out.extendTo(putRest(out.reserve(kRoom), frame));
 }
 
-CsvTableRows::CsvTableRows(CsvTableColumns columns) : columns_(std::move(columns)) {}
+CsvTableRows::CsvTableRows(CsvTableColumns columns) : columns_(std::move(columns)), plain_(hasPlainRows(columns_)) {}
 
 bool CsvTableRows::read(std::string_view row, Frame& frame) {
+  return (plain_ && takePlainCsvTableRow(row, columns_.separator(), plainBytes_, frame)) || readAnyForm(row, frame);
+}
+
+bool CsvTableRows::readAnyForm(std::string_view row, Frame& frame) {
   const char separator = columns_.separator();
   const char* next = row.data();
   const char* const end = next + row.size();

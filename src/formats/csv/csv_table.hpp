@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "frames/frame.hpp"
+#include "frames/plain_frame.hpp"
 #include "util/text_buffer.hpp"
 
 namespace xlatr {
@@ -77,6 +78,7 @@ class CsvTableRows {
     std::optional<std::uint32_t> length;
   };
 
+  [[nodiscard]] bool readAnyForm(std::string_view row, Frame& frame);
   [[nodiscard]] bool takeCell(std::uint8_t column, std::string_view cell, Frame& frame, Cells& cells);
   [[nodiscard]] bool takeField(CsvTableColumn column, std::string_view cell, Frame& frame, Cells& cells);
   [[nodiscard]] bool takeData(std::string_view digits, Frame& frame);
@@ -84,6 +86,8 @@ class CsvTableRows {
   [[nodiscard]] bool finish(const Cells& cells, Frame& frame) const;
 
   CsvTableColumns columns_;
+  bool plain_;  // the columns are our own
+  PlainFrameBytes plainBytes_{};
   std::array<std::uint8_t, 2048> data_{};
   std::string text_;  // of the column of texts
   std::string cell_;  // of any other that is quoted

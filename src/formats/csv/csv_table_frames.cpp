@@ -127,7 +127,8 @@ class TableSink final : public FrameSink {
 
   void write(const FrameBatch& batch, Account& account) override {
     for (std::size_t row = 0; row < batch.size(); ++row) {
-      write(batch.at(row), account);
+      batch.get(row, frame_);
+      write(frame_, account);
       if (out_.size() >= kBlock) {
         hand();
       }
@@ -150,7 +151,8 @@ class TableSink final : public FrameSink {
     out_.clear();
   }
 
-  void write(const Frame& frame, Account& account) {
+  // Changes the frame.
+  void write(Frame& frame, Account& account) {
     if (const std::optional<Remark> reason = whyNotHeld(capacity_, frame)) {
       account.addCommented(*reason, frame.place);
       appendFrameRow(frame);
@@ -161,7 +163,8 @@ class TableSink final : public FrameSink {
       appendFrameRow(frame);
       return;
     }
-    appendCsvTableRow(out_, reducedTo(capacity_, frame, account));
+    reduceTo(capacity_, frame, account);
+    appendCsvTableRow(out_, frame);
   }
 
   // Whether the row of a comment says all of it, and is not taken for that of another frame.
@@ -191,6 +194,7 @@ class TableSink final : public FrameSink {
   BufferedOutput output_;
   TextBuffer out_;
   TextBuffer text_;
+  Frame frame_;  // the one that is being written
 };
 
 }  // namespace

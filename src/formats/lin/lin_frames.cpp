@@ -9,6 +9,7 @@
 #include "formats/lin/lin_header.hpp"
 #include "formats/lin/lin_header_keys.hpp"
 #include "formats/lin/lin_message.hpp"
+#include "formats/lin/lin_plain_lines.hpp"
 #include "frames/text_frame_sink.hpp"
 #include "frames/text_frame_source.hpp"
 #include "util/start_time.hpp"
@@ -119,6 +120,9 @@ class LinLines : public SemicolonComments {
   [[nodiscard]] bool understand(std::string_view line, Frame& frame) {
     constexpr std::uint64_t kFarthest = kFarthestNs / kMicrosecond;
     constexpr std::uint32_t kLongest = 255;  // more than any LIN frame, which versions of other producers may stretch
+    if (takePlainLinFrame(line, bytes_, frame)) {
+      return true;
+    }
     message_.reset();
     message_.parseLine(line, Way::complete());
     const std::uint64_t time = message_.timestamp.count();
@@ -133,6 +137,7 @@ class LinLines : public SemicolonComments {
  private:
   LinHeaderKeys keys_;
   KorlMessage message_;
+  PlainFrameBytes bytes_;  // those of a plain line
 };
 
 // ---- from a frame to a line's message
@@ -199,6 +204,26 @@ class LinFrameLines : public SemicolonComments {
   std::uint64_t number_ = 0;
 };
 
+// The numbers of versions are those of other traces too, and not every head names the columns. Then a frame tells, or
+// nothing.
+bool mayHaveLinFrames(TokenCursor<'\n', '\r'> lines) {
+  LinLines parser;
+  Frame frame;
+  bool empty = true;
+  while (!lines.atEnd()) {
+    const std::string_view line = lines.take();
+    if (line.starts_with(LinLines::kCommentMark)) {
+      continue;
+    }
+    empty = false;
+    frame.reset();
+    if (parser.understand(line, frame) && frame.kind == FrameKind::Lin) {
+      return true;
+    }
+  }
+  return empty;
+}
+
 }  // namespace
 
 std::span<const FrameCapacity> linCapacities() {
@@ -212,7 +237,7 @@ bool looksLikeLin(std::string_view start) {
     keys.look(lines.take());
   }
   return std::ranges::find(kCapacities, keys.fileVersion(), &FrameCapacity::version) != kCapacities.end() &&
-         start.find("Checksum") != std::string_view::npos;
+         (start.find("Checksum") != std::string_view::npos || mayHaveLinFrames(lines));
 }
 
 std::unique_ptr<FrameSource> openLinFrames(const InputSource& input) {

@@ -139,13 +139,14 @@ class Mf4FrameSink final : public FrameSink {
 
   void write(const FrameBatch& batch, Account& account) override {
     for (std::size_t row = 0; row < batch.size(); ++row) {
-      const Frame frame = batch.at(row);
-      if (const std::optional<Remark> reason = whyNotHeld(capacity_, frame)) {
-        account.addDropped(*reason, frame.place);
+      batch.get(row, frame_);
+      if (const std::optional<Remark> reason = whyNotHeld(capacity_, frame_)) {
+        account.addDropped(*reason, frame_.place);
         continue;
       }
       account.addWritten(1);
-      take(reducedTo(capacity_, frame, account));
+      reduceTo(capacity_, frame_, account);
+      take(frame_);
     }
   }
 
@@ -175,6 +176,7 @@ class Mf4FrameSink final : public FrameSink {
   bool compact_;
   bool zipped_;
   MdfFrameOutput output_;
+  Frame frame_;  // the one that is being written
   // Of a compact file: whether it is decided what the records of CAN FD frames hold, and the frames that wait for that.
   bool longDecided_ = false;
   std::unique_ptr<FrameBatch> waiting_;

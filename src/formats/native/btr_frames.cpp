@@ -379,7 +379,8 @@ class BtrFrameSink final : public FrameSink {
 
   void write(const FrameBatch& batch, Account& account) override {
     for (std::size_t row = 0; row < batch.size(); ++row) {
-      write(batch.at(row), account);
+      batch.get(row, frame_);
+      write(frame_, account);
     }
   }
 
@@ -391,7 +392,7 @@ class BtrFrameSink final : public FrameSink {
   [[nodiscard]] std::uint64_t bytesWritten() const override { return output_.position(); }
 
  private:
-  void write(const Frame& frame, Account& account);
+  void write(Frame& frame, Account& account);  // changes the frame
   [[nodiscard]] bool setClock(std::size_t source, UnsignedMicroseconds time);
   void tickUpTo(UnsignedMicroseconds time);
 
@@ -399,6 +400,7 @@ class BtrFrameSink final : public FrameSink {
   BufferedOutput output_;
   BtrSectorOutput sectors_{output_};
   SessionClocks clocks_;  // as a reader has them after what was written
+  Frame frame_;           // the one that is being written
 };
 
 // Whether a reader's clock of that source can be made to show the time, which it then is.
@@ -433,7 +435,7 @@ void BtrFrameSink::tickUpTo(UnsignedMicroseconds time) {
   }
 }
 
-void BtrFrameSink::write(const Frame& frame, Account& account) {
+void BtrFrameSink::write(Frame& frame, Account& account) {
   if (const std::optional<Remark> reason = whyNotHeld(capacity_, frame)) {
     account.addDropped(*reason, frame.place);
     return;
@@ -445,7 +447,8 @@ void BtrFrameSink::write(const Frame& frame, Account& account) {
     return;
   }
   account.addWritten(1);
-  MsgEntry slot = slotOf(reducedTo(capacity_, frame, account));
+  reduceTo(capacity_, frame, account);
+  MsgEntry slot = slotOf(frame);
   slot.timestampUs = static_cast<std::uint32_t>(time.count());
   sectors_.write(slot);
 }

@@ -390,7 +390,8 @@ class BtrcFrameSink final : public FrameSink {
 
   void write(const FrameBatch& batch, Account& account) override {
     for (std::size_t row = 0; row < batch.size(); ++row) {
-      write(batch.at(row), account);
+      batch.get(row, frame_);
+      write(frame_, account);
     }
   }
 
@@ -402,7 +403,7 @@ class BtrcFrameSink final : public FrameSink {
   [[nodiscard]] std::uint64_t bytesWritten() const override { return output_.position(); }
 
  private:
-  void write(const Frame& frame, Account& account);
+  void write(Frame& frame, Account& account);  // changes the frame
   void writeText(std::string_view text);
   void writeFrameText(const Frame& frame);
 
@@ -412,9 +413,10 @@ class BtrcFrameSink final : public FrameSink {
   Bytes record_;
   TextBuffer text_;
   std::string piece_;
+  Frame frame_;  // the one that is being written
 };
 
-void BtrcFrameSink::write(const Frame& frame, Account& account) {
+void BtrcFrameSink::write(Frame& frame, Account& account) {
   const FrameCapacity& row = kBtrcCapacities.front();
   if (const std::optional<Remark> reason = whyNotHeld(row, frame)) {
     writeFrameText(frame);
@@ -431,14 +433,14 @@ void BtrcFrameSink::write(const Frame& frame, Account& account) {
     }
     return;
   }
-  const Frame reduced = reducedTo(row, frame, account);
+  reduceTo(row, frame, account);
   record_.clear();
-  if (!appendRecord(record_, reduced, times_)) {
-    writeFrameText(reduced);  // from which all of it comes back
+  if (!appendRecord(record_, frame, times_)) {
+    writeFrameText(frame);  // from which all of it comes back
     return;
   }
-  blocks_.write(UnsignedMicroseconds(static_cast<std::uint64_t>(reduced.timeNs / kBtrcTick)), record_);
-  times_.before = reduced.timeNs;
+  blocks_.write(UnsignedMicroseconds(static_cast<std::uint64_t>(frame.timeNs / kBtrcTick)), record_);
+  times_.before = frame.timeNs;
 }
 
 void BtrcFrameSink::writeFrameText(const Frame& frame) {

@@ -359,7 +359,7 @@ class TrcLines : public SemicolonComments {
   const TrcVersion* version_ = nullptr;  // null for one that nobody knows
   TrcColumnSet columns_ = 0;
   BrixMessage message_;
-  std::array<std::uint8_t, kLongestPlainTrcFrame> bytes_;  // those of a plain line
+  PlainFrameBytes bytes_;  // those of a plain line
 };
 
 // ---- from a frame to a line's message

@@ -12,68 +12,8 @@ namespace {
 
 constexpr unsigned kPlainTimeDigits = 6;  // of a millisecond, in nanoseconds
 constexpr std::uint32_t kNoId = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint32_t kLongestClassicFrame = 8;
-
-using PlainBytes = std::array<std::uint8_t, kLongestPlainTrcFrame>;
-
-// What both kinds of versions tell of a frame.
-struct PlainTrcFrame {
-  std::int64_t timeNs = 0;
-  std::uint32_t bus = 0;
-  std::uint32_t id = 0;
-  std::uint32_t length = 0;
-  std::uint16_t flags = 0;
-  std::uint16_t dlc = 0;
-};
-
-struct KindWord {
-  std::string_view word;
-  std::uint16_t flags;
-};
-
-constexpr std::array kKindWords = {
-    KindWord{"DT", 0},
-    KindWord{"FB", frame_flag::kFd | frame_flag::kBrs},
-    KindWord{"FD", frame_flag::kFd},
-    KindWord{"BI", frame_flag::kFd | frame_flag::kBrs | frame_flag::kEsi},
-    KindWord{"FE", frame_flag::kFd | frame_flag::kEsi},
-};
-
-bool takeKindWord(PlainFields& fields, PlainTrcFrame& plain) {
-  const auto* const kind =
-      std::ranges::find_if(kKindWords, [&fields](const KindWord& each) { return fields.take(each.word); });
-  if (kind == kKindWords.end()) {
-    return false;
-  }
-  plain.flags = kind->flags;
-  return true;
-}
-
-bool takePlainDirection(PlainFields& fields, PlainTrcFrame& plain) {
-  if (fields.take("Rx")) {
-    plain.flags |= frame_flag::kReceived;
-    return true;
-  }
-  plain.flags |= frame_flag::kTransmitted;
-  return fields.take("Tx");
-}
-
-bool takePlainBus(PlainFields& fields, PlainTrcFrame& plain) {
-  return fields.takeDecimal(plain.bus) && plain.bus <= std::numeric_limits<std::uint16_t>::max();
-}
-
-// What has more than four digits is extended.
-bool takePlainId(PlainFields& fields, PlainTrcFrame& plain) {
-  constexpr std::size_t kLongestBaseId = 4;
-  std::size_t digits = 0;
-  bool marked = false;
-  const bool taken = fields.takeHex(plain.id, digits, marked) && !marked;
-  plain.flags |= digits > kLongestBaseId ? frame_flag::kExtended : std::uint16_t{0};
-  return taken;
-}
-
 // The column of a length, or of a DLC.
-bool takePlainLength(PlainFields& fields, bool isDlc, PlainTrcFrame& plain) {
+bool takePlainLength(PlainFields& fields, bool isDlc, PlainFrame& plain) {
   std::uint32_t number = 0;
   if (!fields.takeDecimal(number)) {
     return false;
@@ -84,15 +24,15 @@ bool takePlainLength(PlainFields& fields, bool isDlc, PlainTrcFrame& plain) {
     return true;
   }
   plain.length = number;
-  plain.dlc = static_cast<std::uint16_t>(number <= kLongestClassicFrame ? number : lengthToDlc(number));
-  return !isDlc && number <= kLongestPlainTrcFrame;
+  plain.dlc = static_cast<std::uint16_t>(number <= kLongestPlainClassic ? number : lengthToDlc(number));
+  return !isDlc && number <= kLongestPlainFrame;
 }
 
-bool takeColumns(PlainFields& fields, TrcColumnSet columns, bool xl, PlainBytes& bytes, PlainTrcFrame& plain) {
+bool takeColumns(PlainFields& fields, TrcColumnSet columns, bool xl, PlainFrameBytes& bytes, PlainFrame& plain) {
   const auto has = [columns](TrcColumnSet column) { return (columns & column) != 0; };
   if ((has(trc_column::kNumber) && !fields.skipAny()) || !fields.takeScaled<kPlainTimeDigits>(plain.timeNs) ||
-      !takeKindWord(fields, plain) || (has(trc_column::kBus) && !takePlainBus(fields, plain)) ||
-      !takePlainId(fields, plain) || !takePlainDirection(fields, plain) ||
+      !takePlainKindWord(fields, plain) || (has(trc_column::kBus) && !takePlainBus(fields, plain)) ||
+      !takePlainWideId(fields, plain) || !takePlainDirection(fields, plain) ||
       (has(trc_column::kReserved) && !fields.take("-"))) {
     return false;
   }
@@ -111,29 +51,29 @@ bool takeColumns(PlainFields& fields, TrcColumnSet columns, bool xl, PlainBytes&
 }
 
 // The versions without a list of columns. What follows the bytes would be a text.
-bool takeFixedColumns(PlainFields& fields, const TrcVersion& version, PlainBytes& bytes, PlainTrcFrame& plain) {
+bool takeFixedColumns(PlainFields& fields, const TrcVersion& version, PlainFrameBytes& bytes, PlainFrame& plain) {
   constexpr double kVersionWithReserved = 1.3;
   if (!fields.skipAny() || !fields.takeScaled<kPlainTimeDigits>(plain.timeNs) ||
       (version.busColumn && !takePlainBus(fields, plain)) || !takePlainDirection(fields, plain) ||
-      !takePlainId(fields, plain) || plain.id == kNoId ||
+      !takePlainWideId(fields, plain) || plain.id == kNoId ||
       (version.number == kVersionWithReserved && !fields.take("-"))) {
     return false;
   }
-  return takePlainLength(fields, false, plain) && plain.length <= kLongestClassicFrame &&
+  return takePlainLength(fields, false, plain) && plain.length <= kLongestPlainClassic &&
          fields.takeBytes(std::span(bytes).first(plain.length)) && fields.atEnd();
 }
 
 }  // namespace
 
-bool takePlainTrcFrame(std::string_view line, const TrcVersion& version, TrcColumnSet columns,
-                       std::array<std::uint8_t, kLongestPlainTrcFrame>& bytes, Frame& frame) {
+bool takePlainTrcFrame(std::string_view line, const TrcVersion& version, TrcColumnSet columns, PlainFrameBytes& bytes,
+                       Frame& frame) {
   constexpr double kFirstVersionWithDirections = 1.1;
   constexpr double kFirstVersionWithXl = 3.0;
   if (version.number < kFirstVersionWithDirections) {
     return false;
   }
   PlainFields fields(line);
-  PlainTrcFrame plain;
+  PlainFrame plain;
   const bool taken = version.isColumnBased()
                          ? takeColumns(fields, columns, version.number >= kFirstVersionWithXl, bytes, plain)
                          : takeFixedColumns(fields, version, bytes, plain);
@@ -141,11 +81,8 @@ bool takePlainTrcFrame(std::string_view line, const TrcVersion& version, TrcColu
     return false;
   }
   frame.timeNs = plain.timeNs;
-  frame.bus = version.busColumn ? static_cast<std::uint16_t>(plain.bus) : std::uint16_t{0};
-  frame.id = plain.id;
-  frame.flags = plain.flags;
-  frame.dlc = plain.dlc;
-  frame.data = std::span(bytes).first(plain.length);
+  plain.bus = version.busColumn ? plain.bus : 0;
+  plain.give(bytes, frame);
   return true;
 }
 

@@ -21,7 +21,7 @@ namespace {
 std::optional<std::string> plainTextOf(std::string_view line) {
   PlainFields fields(line);
   Frame frame;
-  std::array<std::uint8_t, kLongestAscFrame> bytes{};
+  PlainFrameBytes bytes{};
   if (!fields.takeScaled<9>(frame.timeNs)) {
     return std::nullopt;
   }

@@ -74,6 +74,16 @@ TEST_F(LinFrames, sayWhenTheTraceStarted) {
   EXPECT_EQ(source_->head().start, (TraceStart{1'627'279'200'000'000'000, std::nullopt}));
 }
 
+TEST(LinContent, isToldFromThatOfOtherTracesOfTheSameVersions) {
+  const std::string head = ";$FILEVERSION=1.1\n;$STARTTIME=44403.25\n";
+  EXPECT_TRUE(looksLikeLin(head + "; ID Len Data Checksum Type\n")) << "named columns";
+  EXPECT_TRUE(looksLikeLin(head + "no frame\r\n\r\n; a comment\r\n1) 1000 Pub 2A 2 01 02 7C CL\r\n2) 20")) << "a frame";
+  EXPECT_TRUE(looksLikeLin(head + "; nothing\n")) << "its name tells";
+  EXPECT_FALSE(looksLikeLin(head + "     1)        10.0  Rx         0123  2  0A B0\n"));
+  EXPECT_FALSE(looksLikeLin(";$FILEVERSION=2.1\n1) 1000 Pub 2A 2 01 02 7C CL\n"));
+  EXPECT_FALSE(looksLikeLin("1) 1000 Pub 2A 2 01 02 7C CL\n"));
+}
+
 TEST(LinCapacities, knowWhichVersionHasEvents) {
   const auto capacities = linCapacities();
   ASSERT_EQ(capacities.size(), 3U);

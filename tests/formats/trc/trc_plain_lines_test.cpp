@@ -61,7 +61,7 @@ double versionOf(std::string_view text) {
 
 std::optional<std::string> plainTextOf(const PlainTrc& trace, std::string_view line) {
   Frame frame;
-  std::array<std::uint8_t, kLongestPlainTrcFrame> bytes{};
+  PlainFrameBytes bytes{};
   const TrcVersion* const version = findTrcVersion(versionOf(trace.version));
   if (!takePlainTrcFrame(line, *version, trace.columns, bytes, frame)) {
     return std::nullopt;
