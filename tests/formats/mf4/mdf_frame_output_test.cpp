@@ -292,7 +292,7 @@ TEST(MdfFrameOutput, failsWhereNothingCanBeWritten) {
     GTEST_SKIP() << "no /dev/full on this machine";
   }
   for (const bool compact : {false, true}) {
-    const auto sink = createMf4Frames("/dev/full", {}, {.compact = compact});
+    const auto sink = createMf4Frames(std::string("/dev/full"), {}, {.compact = compact});
     FrameBatch batch;
     batch.append(fdFrame(1, 0, 1));
     Account account;
