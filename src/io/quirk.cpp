@@ -310,6 +310,12 @@ constexpr std::array<QuirkInfo, kQuirkCount> kQuirks = {{
      "MdfFrameLayout.readsPayloadsOfAnyTypeOnTheCompleteWay"},
     {Quirk::Mf4StreamsRefused, XLATR_FORMAT_MF4, "mf4_streams_refused", "a file with payloads in a stream is refused",
      "they are found by their offsets", "MdfFrameLayout.readsPayloadsInAStreamOnTheCompleteWay"},
+    {Quirk::Mf4DamagedDataFails, XLATR_FORMAT_MF4, "mf4_damaged_data_fails",
+     "data that can't be inflated, that end too early or have a record of no group, end reading",
+     "what is whole is read, and the damage is counted", "MdfRecords.ofNoGroupEndReadingOnTheCompatibleWay"},
+    {Quirk::Mf4TwoChannelsMakeAFrame, XLATR_FORMAT_MF4, "mf4_two_channels_make_a_frame",
+     "a group is read only if exactly two of its channels are its time or named after a frame, whose parts hang on it",
+     "channels that are named after parts of a frame are enough", "MdfRecords.ofFlatChannelsAreReadOnTheCompleteWay"},
 }};
 static_assert(standsInOrder(kQuirks, &QuirkInfo::quirk));
 

@@ -109,8 +109,10 @@ enum class Quirk : std::uint8_t {
   Mf4ErrorsCoded,
   Mf4PayloadTypesNotRead,
   Mf4StreamsRefused,
+  Mf4DamagedDataFails,
+  Mf4TwoChannelsMakeAFrame,
 };
-inline constexpr std::size_t kQuirkCount = 96;
+inline constexpr std::size_t kQuirkCount = 98;
 
 struct QuirkInfo {
   Quirk quirk;

@@ -225,7 +225,7 @@ TEST(MdfFrameLayout, readsPayloadsInAStreamOnTheCompleteWay) {
   EXPECT_EQ(readFile(file).frames, Texts{"1500 data 0 123 dlc2 [AABB]"});
 }
 
-// Both are read as the ways read them; which one counts depends on the order of their channels.
+// Each payload takes the place of the one before.
 TEST(MdfFrameLayout, ofTwoPayloadsTheLastCountsOnTheCompatibleWay) {
   MdfFileBuilder file;
   ChannelSpec second = kBytes;
@@ -234,6 +234,41 @@ TEST(MdfFrameLayout, ofTwoPayloadsTheLastCountsOnTheCompatibleWay) {
             {recordOf()}, kTime);
   EXPECT_EQ(messagesOf(file), Texts{"1.5 us bus 0 dlc 2 error 255 0 [3344]"});
   EXPECT_EQ(readFile(file).frames, Texts{"1500 data 0 123 dlc2 [1122]"});
+}
+
+TEST(MdfRecords, ofNoGroupEndReadingOnTheCompatibleWay) {
+  MdfFileBuilder file;
+  const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = 2, .recordId = 1});
+  const ByteList records = join({le(1, 1), MdfFileBuilder::record(1), le(9, 1), MdfFileBuilder::record(2)});
+  file.setFirstDataGroup(file.dataGroup(group, file.data(records), 1));
+  EXPECT_EQ(messagesOf(file), (Texts{"0.001 us bus 1 dlc 2 error 255 0 [1122334455667788]", "Unknown record Id"}));
+  const auto read = readFile(file);
+  EXPECT_EQ(read.frames, Texts{"1 data 1 123 Rx dlc2 [1122]"});
+  EXPECT_GE(read.damaged(), 1U);
+}
+
+TEST(MdfRecords, ofFlatChannelsAreReadOnTheCompleteWay) {
+  MdfFileBuilder file;
+  const std::uint64_t channels = file.channels({{.name = "t", .type = 2, .bitCount = 64},
+                                                {.name = "CAN_DataFrame.ID", .byteOffset = 9, .bitCount = 32},
+                                                {.name = "CAN_DataFrame.DLC", .byteOffset = 14}});
+  const std::uint64_t group = file.group({.channels = channels, .cycles = 1});
+  file.setFirstDataGroup(file.dataGroup(group, file.data(MdfFileBuilder::record(1))));
+  EXPECT_EQ(messagesOf(file), Texts{"not valid"});
+  EXPECT_EQ(readFile(file).frames, Texts{"1 data 0 123 dlc2"});
+}
+
+// 300 needs more than a byte; of two groups with one id the later one counts, as on both ways.
+TEST(MdfRecords, haveTheGroupOfTheirIdOnBothWays) {
+  for (const std::uint64_t id : {std::uint64_t{7}, std::uint64_t{300}}) {
+    MdfFileBuilder file;
+    const std::uint64_t later = file.group({.channels = file.frameChannels(), .cycles = 1, .recordId = id});
+    const std::uint64_t remote = file.frameChannels("CAN_RemoteFrame");
+    const std::uint64_t group = file.group({.channels = remote, .cycles = 1, .recordId = id}, later);
+    file.setFirstDataGroup(file.dataGroup(group, file.data(join({le(id, 2), MdfFileBuilder::record(1)})), 2));
+    EXPECT_EQ(messagesOf(file), Texts{"0.001 us bus 1 dlc 2 error 255 0 [1122334455667788]"});
+    EXPECT_EQ(readFile(file).frames, Texts{"1 data 1 123 Rx dlc2 [1122]"});
+  }
 }
 
 }  // namespace
