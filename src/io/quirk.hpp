@@ -98,8 +98,21 @@ enum class Quirk : std::uint8_t {
   Mf4UnfinishedRefused,
   Mf4VariableGroupsRefused,
   Mf4InvalidationRefused,
+  Mf4ChannelTypesNotRead,
+  Mf4NumbersAreBits,
+  Mf4VirtualChannelsAreConstants,
+  Mf4InvalidChannelsRead,
+  Mf4ConversionsNotRead,
+  Mf4DamagedBlocksFail,
+  Mf4TimesOfFourUnits,
+  Mf4MinusOneIsNoTime,
+  Mf4ErrorsCoded,
+  Mf4PayloadTypesNotRead,
+  Mf4StreamsRefused,
+  Mf4DamagedDataFails,
+  Mf4TwoChannelsMakeAFrame,
 };
-inline constexpr std::size_t kQuirkCount = 85;
+inline constexpr std::size_t kQuirkCount = 98;
 
 struct QuirkInfo {
   Quirk quirk;

@@ -93,6 +93,8 @@ class BlockBase {
   [[nodiscard]] std::uint64_t dataOffset() const;
   // Bytes of the data part, by the length in the head; 0 where the length does not even hold head and links.
   [[nodiscard]] std::uint64_t dataLength() const;
+  // Null for a block to be written.
+  [[nodiscard]] BlockStream* stream() const { return stream_; }
   // Exactly these bytes of the file; none for a block to be written.
   [[nodiscard]] Bytes readBytes(std::uint64_t position, std::uint64_t count) const;
 
@@ -110,8 +112,6 @@ class BlockBase {
   void place(std::uint64_t& nextFree);
 
  protected:
-  // Null for a block to be written.
-  [[nodiscard]] BlockStream* stream() const { return stream_; }
   // The data part as bytes.
   virtual void appendData(Bytes& bytes) const { static_cast<void>(bytes); }
 

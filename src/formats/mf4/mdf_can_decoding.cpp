@@ -135,7 +135,7 @@ bool setData(CanFrame& frame, const MdfCanMembers& members, std::size_t at, std:
 
 void MdfFrameLayout::readNumbers(MdfMember member, const MdfRow& first, std::size_t count, MdfNumbers& numbers) const {
   if (const std::size_t slot = slots_[static_cast<std::size_t>(member)]; slot != kNoValue) {
-    values_[slot].read(first, count, numbers);
+    fields_[slot].value.read(first, count, numbers);
   } else {
     std::fill_n(numbers.known.begin(), count, false);
     std::fill_n(numbers.values.begin(), count, 0);
@@ -145,7 +145,7 @@ void MdfFrameLayout::readNumbers(MdfMember member, const MdfRow& first, std::siz
 void MdfFrameLayout::readBits(MdfMember member, const MdfRow& first, std::size_t count, std::uint16_t bit,
                               std::uint16_t* bits) const {
   if (const std::size_t slot = slots_[static_cast<std::size_t>(member)]; slot != kNoValue) {
-    values_[slot].readBits(first, count, bit, bits);
+    fields_[slot].value.readBits(first, count, bit, bits);
   }
 }
 

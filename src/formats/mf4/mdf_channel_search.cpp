@@ -34,21 +34,22 @@ constexpr std::array<MdfFrameName, 13> kNames = {{
 struct MemberName {
   std::string_view name;
   MdfMember member;
+  BusEventField field = BusEventField::None;  // of CAN frames
 };
 constexpr std::array<MemberName, kMdfMemberCount> kMemberNames = {{
-    {"BusChannel", MdfMember::BusChannel},
-    {"ID", MdfMember::Id},
-    {"IDE", MdfMember::Ide},
-    {"DLC", MdfMember::Dlc},
-    {"DataLength", MdfMember::DataLength},
-    {"DataBytes", MdfMember::DataBytes},
-    {"Dir", MdfMember::Dir},
-    {"RTR", MdfMember::Rtr},
-    {"EDL", MdfMember::Edl},
-    {"BRS", MdfMember::Brs},
-    {"ESI", MdfMember::Esi},
-    {"ErrorType", MdfMember::ErrorType},
-    {"BitPosition", MdfMember::BitPosition},
+    {"BusChannel", MdfMember::BusChannel, BusEventField::BusChannel},
+    {"ID", MdfMember::Id, BusEventField::ID},
+    {"IDE", MdfMember::Ide, BusEventField::IDE},
+    {"DLC", MdfMember::Dlc, BusEventField::DLC},
+    {"DataLength", MdfMember::DataLength, BusEventField::DataLength},
+    {"DataBytes", MdfMember::DataBytes, BusEventField::DataBytes},
+    {"Dir", MdfMember::Dir, BusEventField::Dir},
+    {"RTR", MdfMember::Rtr, BusEventField::RTR},
+    {"EDL", MdfMember::Edl, BusEventField::EDL},
+    {"BRS", MdfMember::Brs, BusEventField::BRS},
+    {"ESI", MdfMember::Esi, BusEventField::ESI},
+    {"ErrorType", MdfMember::ErrorType, BusEventField::ErrorType},
+    {"BitPosition", MdfMember::BitPosition, BusEventField::BitPosition},
     {"ReceivedDataByteCount", MdfMember::ReceivedDataByteCount},
     {"Checksum", MdfMember::Checksum},
     {"ChecksumModel", MdfMember::ChecksumModel},
@@ -93,15 +94,6 @@ const MemberName* memberNamed(std::string_view name) {
   return found == kMemberNames.end() ? nullptr : found;
 }
 
-MdfChannel channelOf(const ChannelBlock& block) {
-  return {block.data,
-          block.position(),
-          block.link(ChannelBlock::kConversion),
-          block.link(ChannelBlock::kData),
-          block.link(ChannelBlock::kUnit),
-          0};
-}
-
 class ChannelSearch {
  public:
   ChannelSearch(MdfTree& tree, MdfGroupInfo& group) : tree_(tree), group_(group) {}
@@ -116,7 +108,7 @@ class ChannelSearch {
       position = block->link(ChannelBlock::kNext);
       const bool isMaster = is(block->data.cnType, MdfChannelType::Master) || block->data.cnType == kVirtualMaster;
       if (isMaster && block->data.cnSyncType <= kSyncByTime && !group_.master) {
-        group_.master = channelOf(*block);
+        group_.master = mdfChannelOf(*block);
       }
       const std::string name = tree_.text(block->link(ChannelBlock::kName));
       const FoundName found = frameIn(name);
@@ -126,7 +118,7 @@ class ChannelSearch {
       }
       group_.frame = found.frame;
       if (found.rest.empty()) {
-        group_.whole = channelOf(*block);
+        group_.whole = mdfChannelOf(*block);
         searchMembers(block->link(ChannelBlock::kComposition), 0);
       } else {
         takeMember(found.rest, *block);
@@ -168,7 +160,7 @@ class ChannelSearch {
     }
     if (found != nullptr &&
         std::ranges::find(group_.members, found->member, &MdfMemberChannel::member) == group_.members.end()) {
-      group_.members.push_back({found->member, channelOf(block)});
+      group_.members.push_back({found->member, mdfChannelOf(block)});
     }
   }
 
@@ -196,6 +188,30 @@ std::uint16_t busNumberOf(MdfTree& tree, std::uint64_t source, std::uint64_t acq
 }
 
 }  // namespace
+
+MdfChannel mdfChannelOf(const ChannelBlock& block) {
+  return {block.data,
+          block.position(),
+          block.link(ChannelBlock::kConversion),
+          block.link(ChannelBlock::kData),
+          block.link(ChannelBlock::kUnit),
+          0};
+}
+
+const MdfFrameName* messageFrameOfMdf(std::string_view name) {
+  BusEventFrameType type = BusEventFrameType::OverloadFrame;
+  if (!busEventFrameTypeFromText(name, type) || type == BusEventFrameType::OverloadFrame) {
+    return nullptr;
+  }
+  const auto* const found = std::ranges::find(kNames, mdfFrameName(type), &MdfFrameName::name);
+  return found == kNames.end() ? nullptr : found;
+}
+
+std::optional<MdfMember> mdfMemberOf(BusEventField field) {
+  const auto* const found =
+      field == BusEventField::None ? kMemberNames.end() : std::ranges::find(kMemberNames, field, &MemberName::field);
+  return found == kMemberNames.end() ? std::nullopt : std::optional(found->member);
+}
 
 std::vector<MdfGroupInfo> findMdfGroups(MdfTree& tree, std::uint64_t firstDataGroup) {
   std::vector<MdfGroupInfo> groups;

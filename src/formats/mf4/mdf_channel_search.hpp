@@ -11,6 +11,7 @@
 #include "formats/mf4/block_groups.hpp"
 #include "formats/mf4/mdf_tree.hpp"
 #include "frames/frame.hpp"
+#include "messages/enumerations.hpp"
 
 namespace xlatr {
 
@@ -57,6 +58,8 @@ struct MdfMemberChannel {
   MdfChannel channel;
 };
 
+[[nodiscard]] MdfChannel mdfChannelOf(const ChannelBlock& block);
+
 // One channel group, with what of its data group belongs to it.
 struct MdfGroupInfo {
   std::uint64_t position = 0;
@@ -74,6 +77,11 @@ struct MdfGroupInfo {
   std::optional<MdfChannel> whole;  // the channel that the members are the composition of
   std::vector<MdfMemberChannel> members;
 };
+
+// The frame that a message is made of, by its name in letters of any case; null for other frames and names.
+[[nodiscard]] const MdfFrameName* messageFrameOfMdf(std::string_view name);
+// Nothing for what is not read.
+[[nodiscard]] std::optional<MdfMember> mdfMemberOf(BusEventField field);
 
 // All groups of a file with their channels.
 [[nodiscard]] std::vector<MdfGroupInfo> findMdfGroups(MdfTree& tree, std::uint64_t firstDataGroup);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <string>
@@ -46,6 +47,23 @@ constexpr std::array kWords = {
     Word{"acknowledgment error", 5.0},
 };
 
+enum Type : std::uint8_t {
+  kSame,
+  kLinear,
+  kRational,
+  kFormula,
+  kInterpolated,
+  kTable,
+  kRanges,
+  kWordsOfValues,
+  kWordsOfRanges
+};
+
+// The conversions that both ways read: constants and tables.
+bool isReadByAll(const ChannelConversionBlockData& data) {
+  return data.ccType == kTable || (data.ccType == kLinear && data.ccVal.size() == 2 && data.ccVal[1] == 0.0);
+}
+
 std::string lowered(std::string_view text) {
   std::string result(text.substr(0, 64));
   for (char& letter : result) {
@@ -73,27 +91,23 @@ std::optional<double> numberOfWord(std::string_view word) {
   return result.ec == std::errc() ? std::optional(number) : std::nullopt;
 }
 
-std::unique_ptr<MdfConversion> MdfConversion::make(MdfTree& tree, std::uint64_t position, unsigned depth) {
-  enum Type : std::uint8_t {
-    kSame,
-    kLinear,
-    kRational,
-    kFormula,
-    kInterpolated,
-    kTable,
-    kRanges,
-    kWordsOfValues,
-    kWordsOfRanges
-  };
-  if (depth > kDeepest) {
-    return nullptr;
-  }
-  const auto block = tree.leaf<ChannelConversionBlock>(position);
+std::unique_ptr<MdfConversion> MdfConversion::ofTableBytes(std::unique_ptr<ChannelConversionBlock> block) {
   if (!block) {
     return nullptr;
   }
+  std::unique_ptr<MdfConversion> made(new MdfConversion);
+  made->form_ = Form::TableBytes;
+  made->block_ = std::move(block);
+  return made;
+}
+
+std::unique_ptr<MdfConversion> MdfConversion::make(MdfTree& tree, std::unique_ptr<ChannelConversionBlock> block,
+                                                   unsigned depth) {
+  if (!block || depth > kDeepest) {
+    return nullptr;
+  }
   const std::vector<double>& values = block->data.ccVal;
-  if (!tree.takeTableRows(values.size())) {
+  if (!tree.takeTableRows(values.size()) || (tree.has(Quirk::Mf4ConversionsNotRead) && !isReadByAll(block->data))) {
     return nullptr;
   }
   std::unique_ptr<MdfConversion> made(new MdfConversion);
@@ -112,6 +126,11 @@ std::unique_ptr<MdfConversion> MdfConversion::make(MdfTree& tree, std::uint64_t 
     }
     case kInterpolated:
     case kTable:
+      if (block->data.ccType == kTable && tree.has(Quirk::Mf4TableValuesAreKeys)) {
+        made->form_ = Form::Walked;
+        made->block_ = std::move(block);
+        return made;
+      }
       made->form_ = block->data.ccType == kTable ? Form::Steps : Form::Interpolated;
       made->makeTable(values);
       return made->rows_.empty() ? nullptr : std::move(made);
@@ -164,7 +183,7 @@ void MdfConversion::makeWords(MdfTree& tree, ChannelConversionBlock& block, unsi
     const std::uint64_t reference = block.link(kFirstReference + row);
     std::optional<double> result;
     if (tree.isBlock(reference, BlockTypeId::CC)) {
-      const auto nested = make(tree, reference, depth + 1);
+      const auto nested = make(tree, tree.leaf<ChannelConversionBlock>(reference), depth + 1);
       result = nested ? nested->of(low) : std::nullopt;
     } else {
       result = numberOfWord(tree.text(reference));
@@ -176,7 +195,7 @@ void MdfConversion::makeWords(MdfTree& tree, ChannelConversionBlock& block, unsi
   std::ranges::stable_sort(rows_, {}, &Row::low);
   const std::uint64_t reference = block.link(kFirstReference + count);
   if (reference != 0 && tree.isBlock(reference, BlockTypeId::CC)) {
-    otherwiseBy_ = make(tree, reference, depth + 1);
+    otherwiseBy_ = make(tree, tree.leaf<ChannelConversionBlock>(reference), depth + 1);
   } else if (reference != 0) {
     otherwise_ = numberOfWord(tree.text(reference));
   }
@@ -198,6 +217,10 @@ std::optional<double> MdfConversion::of(double value) const {
     case Form::Values:
     case Form::Ranges:
       return inRows(value);
+    case Form::Walked:
+      return block_->evaluate(value);
+    case Form::TableBytes:
+      return inTableBytes(value);
   }
   return std::nullopt;
 }
@@ -231,6 +254,14 @@ std::optional<double> MdfConversion::inRows(double value) const {
     }
   }
   return otherwiseBy_ ? otherwiseBy_->of(value) : otherwise_;
+}
+
+std::optional<double> MdfConversion::inTableBytes(double index) const {
+  const std::vector<double>& table = block_->data.ccVal;
+  if (!(index >= 0.0 && index < static_cast<double>(table.size()))) {
+    return std::nullopt;
+  }
+  return static_cast<double>(std::bit_cast<std::uint64_t>(table[static_cast<std::size_t>(index)]) & 0xFFU);
 }
 
 }  // namespace xlatr

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "formats/mf4/block_conversion.hpp"
@@ -20,10 +21,13 @@ namespace xlatr {
 // From raw values to physical ones. Words become the numbers that they stand for.
 class MdfConversion {
  public:
-  // The conversion of a block. Null for one that can't be read, and for formulas, which are not.
-  [[nodiscard]] static std::unique_ptr<MdfConversion> make(MdfTree& tree, std::uint64_t position) {
-    return make(tree, position, 0);
+  // The conversion of a block. Null for null, and for what is not read: formulas.
+  [[nodiscard]] static std::unique_ptr<MdfConversion> make(MdfTree& tree,
+                                                           std::unique_ptr<ChannelConversionBlock> block) {
+    return make(tree, std::move(block), 0);
   }
+  // From an index to a byte of a table: the lowest of the eight that its entry has. Null for null.
+  [[nodiscard]] static std::unique_ptr<MdfConversion> ofTableBytes(std::unique_ptr<ChannelConversionBlock> block);
 
   // Nothing for what the conversion says nothing of.
   [[nodiscard]] std::optional<double> of(double value) const;
@@ -31,25 +35,28 @@ class MdfConversion {
  private:
   static constexpr unsigned kDeepest = 3;
 
-  enum class Form : std::uint8_t { Same, Linear, Rational, Steps, Interpolated, Values, Ranges };
+  enum class Form : std::uint8_t { Same, Linear, Rational, Steps, Interpolated, Values, Ranges, Walked, TableBytes };
   struct Row {
     double low;
     double high;  // of ranges
     std::optional<double> result;
   };
 
-  [[nodiscard]] static std::unique_ptr<MdfConversion> make(MdfTree& tree, std::uint64_t position, unsigned depth);
+  [[nodiscard]] static std::unique_ptr<MdfConversion> make(MdfTree& tree, std::unique_ptr<ChannelConversionBlock> block,
+                                                           unsigned depth);
   void makeTable(const std::vector<double>& values);
   void makeRanges(const std::vector<double>& values);
   void makeWords(MdfTree& tree, ChannelConversionBlock& block, unsigned depth, bool ranges);
   [[nodiscard]] std::optional<double> inTable(double value) const;
   [[nodiscard]] std::optional<double> inRows(double value) const;
+  [[nodiscard]] std::optional<double> inTableBytes(double index) const;
 
   Form form_ = Form::Same;
   std::array<double, 6> factors_{};
   std::vector<Row> rows_;  // in the order of `low`
   std::optional<double> otherwise_;
   std::unique_ptr<MdfConversion> otherwiseBy_;
+  std::unique_ptr<ChannelConversionBlock> block_;  // of Walked and TableBytes
 };
 
 }  // namespace xlatr

@@ -5,7 +5,6 @@
 #include "formats/mf4/mdf_frame_codes.hpp"
 #include "formats/mf4/mdf_frame_layout.hpp"
 #include "messages/error_type.hpp"
-#include "util/little_endian.hpp"
 
 namespace xlatr {
 namespace {
@@ -23,7 +22,9 @@ void MdfFrameLayout::readTimes(const MdfRows& rows, std::int64_t* times, bool* k
 }
 
 std::size_t MdfFrameLayout::longestData() const {
-  return !payload_ ? 0 : payload_->position ? kLongestPayload : std::min<std::size_t>(payload_->size, kLongestPayload);
+  return payload_ == nullptr  ? 0
+         : payload_->position ? kLongestPayload
+                              : std::min<std::size_t>(payload_->size, kLongestPayload);
 }
 
 void MdfFrameLayout::readFrames(const MdfRow& first, std::size_t count, const std::int64_t* times, std::uint64_t record,
@@ -75,7 +76,7 @@ std::optional<std::span<const std::uint8_t>> MdfFrameLayout::findPayload(const M
                                                                          std::optional<std::uint64_t> length) {
   std::span<const std::uint8_t> bytes = kNoData;
   const bool needed = !length || *length > 0;
-  if (!payload_) {
+  if (payload_ == nullptr) {
     return bytes;
   }
   if (!payload_->validity.isValid(row)) {
@@ -95,21 +96,11 @@ std::optional<std::span<const std::uint8_t>> MdfFrameLayout::findPayload(const M
 }
 
 std::optional<std::span<const std::uint8_t>> MdfFrameLayout::storedPayload(const MdfRow& row) {
-  constexpr std::size_t kLengthSize = 4;
   if (payload_->variable && payload_->inOrder) {
     return payload_->variable->next(kLongestPayload);
   }
   const std::uint64_t offset = payload_->position->read(row).value_or(0);
-  if (payload_->variable) {
-    return payload_->variable->at(offset, kLongestPayload);
-  }
-  const std::uint8_t* bytes = payload_->stored->at(offset, kLengthSize);
-  const std::uint32_t size = bytes != nullptr ? loadLittle<std::uint32_t>(bytes) : 0;
-  if (bytes == nullptr || size > kLongestPayload) {
-    return std::nullopt;
-  }
-  bytes = payload_->stored->at(offset, kLengthSize + size);
-  return bytes != nullptr ? std::optional(std::span(bytes + kLengthSize, size)) : std::nullopt;
+  return payload_->variable ? payload_->variable->at(offset, kLongestPayload) : payloadAt(*payload_->stored, offset);
 }
 
 bool MdfFrameLayout::readLin(const MdfRow& row, Frame& frame, std::uint64_t place, Account& account) {
@@ -128,7 +119,7 @@ bool MdfFrameLayout::readLin(const MdfRow& row, Frame& frame, std::uint64_t plac
   if (!bytes) {
     return false;
   }
-  if (payload_ && length && *length != bytes->size() && !received) {
+  if (payload_ != nullptr && length && *length != bytes->size() && !received) {
     account.note(Remark::LengthGuessed, place);
   }
   frame.data = bytes->first(std::min(bytes->size(), kLongestLinFrame));

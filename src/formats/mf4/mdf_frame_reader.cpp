@@ -27,20 +27,20 @@ std::optional<std::int64_t> MdfFrameReader::nextTime() {
 }
 
 // The rows from the next one on that can be read at once.
-std::size_t MdfFrameReader::countRun(const FrameBatch& batch, std::size_t self, const MdfTurn* other) const {
+std::size_t MdfFrameReader::countRun(const FrameBatch& batch, std::size_t self, const MdfFrameTurn* other) const {
   const std::size_t bytes = std::min(FrameBatch::kByteCapacity, batch.data().size() + batch.text().size());
   const std::size_t fitting = (FrameBatch::kByteCapacity - bytes) / (layout_->longestData() + 1) + 1;
   const std::size_t end = std::min(rows_.count, at_ + std::min(fitting, FrameBatch::kCapacity - batch.size()));
   std::size_t at = at_ + 1;
-  while (at < end && known_[at] && (other == nullptr || MdfTurn{times_[at], self}.isBefore(*other))) {
+  while (at < end && known_[at] && (other == nullptr || MdfFrameTurn{times_[at], self}.isBefore(*other))) {
     ++at;
   }
   return at - at_;
 }
 
-std::optional<std::int64_t> MdfFrameReader::read(FrameBatch& batch, std::size_t self, const MdfTurn* other) {
+std::optional<std::int64_t> MdfFrameReader::read(FrameBatch& batch, std::size_t self, const MdfFrameTurn* other) {
   std::optional<std::int64_t> time = nextTime();
-  while (time && !batch.full() && (other == nullptr || MdfTurn{*time, self}.isBefore(*other))) {
+  while (time && !batch.full() && (other == nullptr || MdfFrameTurn{*time, self}.isBefore(*other))) {
     const std::size_t count = countRun(batch, self, other);
     layout_->readFrames({rows_, at_}, count, times_.data() + at_, state_.record, batch, state_.notes);
     at_ += count;
@@ -165,25 +165,16 @@ MdfUnsortedReader::MdfUnsortedReader(const MdfLayoutContext& context, std::uint6
     : MdfFrameReader(state),
       stream_(context.file, dataLink, MdfDataRole::Values, context.limits),
       idSize_(idSize),
-      idMask_(~std::uint64_t{0} >> (64U - 8U * idSize)),
       groups_(std::move(groups)) {
   rows_.columns.resize(1);
   for (std::size_t at = 0; at < groups_.size(); ++at) {
-    const std::uint64_t id = groups_[at].recordId;
-    if (id < kSmallIds && at < std::numeric_limits<std::uint16_t>::max()) {
-      small_[id] = static_cast<std::uint16_t>(at + 1);
-    } else {
-      large_[id] = at;
-    }
+    ids_.add(groups_[at].recordId, at);
   }
 }
 
 MdfUnsortedReader::Group* MdfUnsortedReader::groupOf(std::uint64_t id) {
-  if (id < kSmallIds && small_[id] != 0) {
-    return &groups_[small_[id] - 1U];
-  }
-  const auto found = large_.find(id);
-  return found == large_.end() ? nullptr : &groups_[found->second];
+  const std::size_t found = ids_.find(id);
+  return found == MdfRecordIds::kNone ? nullptr : &groups_[found];
 }
 
 // Blocks mostly begin with a record.
@@ -219,7 +210,7 @@ MdfUnsortedReader::Step MdfUnsortedReader::step() {
   if (record == nullptr) {
     return Step::Missing;
   }
-  Group* const group = groupOf(loadLittle<std::uint64_t>(record) & idMask_);
+  Group* const group = groupOf(readMdfRecordId(record, idSize_));
   if (group == nullptr) {
     return Step::Unknown;
   }

@@ -7,11 +7,12 @@
 #include <limits>
 #include <memory>
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 #include "formats/mf4/mdf_data_stream.hpp"
 #include "formats/mf4/mdf_frame_layout.hpp"
+#include "formats/mf4/mdf_record_ids.hpp"
+#include "formats/mf4/mdf_turn_queue.hpp"
 #include "frames/account.hpp"
 #include "frames/frame_batch.hpp"
 
@@ -23,15 +24,7 @@ struct MdfReadingState {
   Account notes;
 };
 
-// When a frame happened, and which of the readers has it: the order of frames.
-struct MdfTurn {
-  std::int64_t timeNs;
-  std::size_t reader;
-
-  [[nodiscard]] bool isBefore(const MdfTurn& other) const {
-    return timeNs < other.timeNs || (timeNs == other.timeNs && reader < other.reader);
-  }
-};
+using MdfFrameTurn = MdfTurn<std::int64_t>;  // in nanoseconds
 
 // Frames in the order of their records.
 class MdfFrameReader {
@@ -42,7 +35,7 @@ class MdfFrameReader {
   [[nodiscard]] std::optional<std::int64_t> nextTime();
   // Adds frames to the batch, from the one whose time nextTime() gave on, until the batch is full, another reader has
   // its turn, or there are no more. Returns the time of the next.
-  [[nodiscard]] std::optional<std::int64_t> read(FrameBatch& batch, std::size_t self, const MdfTurn* other);
+  [[nodiscard]] std::optional<std::int64_t> read(FrameBatch& batch, std::size_t self, const MdfFrameTurn* other);
 
  protected:
   explicit MdfFrameReader(MdfReadingState& state) : state_(state) {}
@@ -56,7 +49,7 @@ class MdfFrameReader {
   MdfRows rows_;
 
  private:
-  [[nodiscard]] std::size_t countRun(const FrameBatch& batch, std::size_t self, const MdfTurn* other) const;
+  [[nodiscard]] std::size_t countRun(const FrameBatch& batch, std::size_t self, const MdfFrameTurn* other) const;
 
   MdfReadingState& state_;
   MdfFrameLayout* layout_ = nullptr;  // of the rows
@@ -115,8 +108,6 @@ class MdfUnsortedReader final : public MdfFrameReader {
   [[nodiscard]] MdfFrameLayout* load() override;
 
  private:
-  static constexpr std::size_t kSmallIds = 256;
-
   [[nodiscard]] Group* groupOf(std::uint64_t id);
   // What stands at the position: another row, something to be passed over, a row of another group, nothing that can be
   // read, or a record of no group.
@@ -131,12 +122,10 @@ class MdfUnsortedReader final : public MdfFrameReader {
 
   MdfDataStream stream_;
   std::uint8_t idSize_;
-  std::uint64_t idMask_;
   std::uint64_t position_ = 0;
   std::vector<Group> groups_;
-  Group* current_ = nullptr;                      // that of the rows
-  std::array<std::uint16_t, kSmallIds> small_{};  // one more than the index of the group; 0 for none
-  std::unordered_map<std::uint64_t, std::size_t> large_;
+  Group* current_ = nullptr;  // that of the rows
+  MdfRecordIds ids_;
 };
 
 }  // namespace xlatr

@@ -1,6 +1,5 @@
 #include "formats/mf4/mdf_merge.hpp"
 
-#include <algorithm>
 #include <bit>
 #include <limits>
 #include <string>
@@ -35,20 +34,29 @@ std::string toHex(std::uint64_t value) {
 DataGroupCursor::DataGroupCursor(DataGroupBlock& group) : recordIdSize_(group.data.dgRecIdSize) {
   bool hasVariableLength = false;
   for (ChannelGroupBlock& block : group.channelGroups()) {
-    groups_[block.data.cgRecordId].block = &block;
+    ids_.add(block.data.cgRecordId, groups_.size());
+    groups_.push_back({.block = &block, .parser = nullptr});
     hasVariableLength = hasVariableLength || (block.data.cgFlags & kGroupVariableLength) != 0;
   }
-  for (auto& [recordId, entry] : groups_) {
-    cycleCount_ = addWithoutWrapping(cycleCount_, entry.block->data.cgCycleCount);
-    if (recordId < kSmallIds) {
-      smallIds_[recordId] = &entry;
-    }
-  }
+  countCycles();
   if (const auto data = group.dataBlock()) {
     data_ = data->getData();
   }
   if (hasVariableLength) {
     throwProcessingFailure(kUnsupportedGroup);
+  }
+}
+
+void DataGroupCursor::countCycles() {
+  for (std::size_t at = 0; at < groups_.size(); ++at) {
+    const ChannelGroupBlockData& group = groups_[at].block->data;
+    if (ids_.find(group.cgRecordId) == at) {
+      cycleCount_ = addWithoutWrapping(cycleCount_, group.cgCycleCount);
+    }
+    // Of two with the lowest id the later one, as for records that have it.
+    if (group.cgRecordId <= groups_[lowestId_].block->data.cgRecordId) {
+      lowestId_ = at;
+    }
   }
 }
 
@@ -74,7 +82,7 @@ void DataGroupCursor::next(MdfCanMessage& message) {
 
 DataGroupCursor::Group& DataGroupCursor::groupOfRecord() {
   if (recordIdSize_ == 0) {
-    return groups_.begin()->second;
+    return groups_[lowestId_];
   }
   if (recordIdSize_ > data_.size() - bytePosition_) {
     throwProcessingFailure(kNoRecordId);
@@ -82,20 +90,11 @@ DataGroupCursor::Group& DataGroupCursor::groupOfRecord() {
   if (recordIdSize_ > sizeof(std::uint64_t) || !std::has_single_bit(recordIdSize_)) {
     throwProcessingFailure(kBadRecordIdSize);
   }
-  const auto bytes = loadLittle<std::uint64_t>(data_.data() + bytePosition_);
-  const unsigned unused = 64U - 8U * recordIdSize_;
-  return groupOfId(bytes << unused >> unused);
-}
-
-DataGroupCursor::Group& DataGroupCursor::groupOfId(std::uint64_t recordId) {
-  if (recordId < kSmallIds && smallIds_[recordId] != nullptr) {
-    return *smallIds_[recordId];
-  }
-  const auto found = groups_.find(recordId);
-  if (found == groups_.end()) {
+  const std::size_t found = ids_.find(readMdfRecordId(data_.data() + bytePosition_, recordIdSize_));
+  if (found == MdfRecordIds::kNone) {
     throwProcessingFailure(kUnknownRecordId);
   }
-  return found->second;
+  return groups_[found];
 }
 
 void MdfMerge::start(HeaderBlock& header) {
@@ -129,9 +128,7 @@ bool MdfMerge::next(MdfCanMessage& message) {
   if (queue_.empty()) {
     return false;
   }
-  std::ranges::pop_heap(queue_, isLater);
-  const std::size_t slot = queue_.back().slot;
-  queue_.pop_back();
+  const std::size_t slot = queue_.pop();
   std::swap(message, slots_[slot]->ahead);
   emptySlots_.push_back(slot);
   ++deliveredCount_;
@@ -142,13 +139,8 @@ void MdfMerge::fill(std::size_t slot) {
   auto& [cursor, ahead] = *slots_[slot];
   if (!cursor.exhausted()) {
     cursor.next(ahead);
-    queue_.push_back({ahead.time, slot});
-    std::ranges::push_heap(queue_, isLater);
+    queue_.push(ahead.time, slot);
   }
-}
-
-bool MdfMerge::isLater(const Entry& left, const Entry& right) {
-  return left.time > right.time || (left.time == right.time && left.slot > right.slot);
 }
 
 }  // namespace xlatr

@@ -1,16 +1,18 @@
 // The records of several data groups as one stream in the order of their times.
 #pragma once
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <vector>
 
 #include "formats/mf4/block_header.hpp"
 #include "formats/mf4/mdf_can_message.hpp"
+#include "formats/mf4/mdf_record_ids.hpp"
 #include "formats/mf4/mdf_record_parser.hpp"
+#include "formats/mf4/mdf_turn_queue.hpp"
 #include "formats/mf4/record_bytes.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
@@ -30,18 +32,17 @@ class DataGroupCursor {
 
  private:
   struct Group {
-    ChannelGroupBlock* block = nullptr;
+    ChannelGroupBlock* block;
     std::unique_ptr<MdfRecordParser> parser;  // made for the first record, since not all groups have any
   };
 
+  void countCycles();
   [[nodiscard]] Group& groupOfRecord();
-  [[nodiscard]] Group& groupOfId(std::uint64_t recordId);
-
-  static constexpr std::size_t kSmallIds = 256;
 
   std::uint8_t recordIdSize_;
-  std::map<std::uint64_t, Group> groups_;     // by record id; of two groups with one id the later one
-  std::array<Group*, kSmallIds> smallIds_{};  // the groups of ids of one byte, which nearly all are
+  std::vector<Group> groups_;
+  MdfRecordIds ids_;
+  std::size_t lowestId_ = 0;  // which of the groups has it: whose records are all that have no record id
   RecordBytes data_;
   std::uint64_t cycleCount_ = 0;
   std::uint64_t cyclesRead_ = 0;
@@ -70,16 +71,10 @@ class MdfMerge {
     DataGroupCursor cursor;
     MdfCanMessage ahead;  // the next message of the group, if the slot is in the queue
   };
-  struct Entry {
-    RealMicroseconds time;
-    std::size_t slot;
-  };
-
   void fill(std::size_t slot);
-  [[nodiscard]] static bool isLater(const Entry& left, const Entry& right);
 
   std::vector<std::unique_ptr<Slot>> slots_;
-  std::vector<Entry> queue_;  // a heap of the slots that hold a message
+  MdfTurnQueue<RealMicroseconds> queue_;  // the slots that hold a message
   std::vector<std::size_t> emptySlots_;
   std::uint64_t deliveredCount_ = 0;
   std::uint64_t totalCount_ = 0;

@@ -10,10 +10,6 @@ constexpr std::uint64_t lowBits(std::uint64_t count) {
   return count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
 }
 
-bool isBigEndian(std::uint8_t dataType) {
-  return dataType % 2 != 0;
-}
-
 }  // namespace
 
 // With the quirk the whole bytes that the bits alone fill up, from the byte offset on; the bit offset then takes low
@@ -23,7 +19,7 @@ MdfNumberField MdfNumberField::of(const ChannelBlockData& data, Way way) {
   const std::uint64_t byteCount = bytesOfBits(bitsBefore + data.cnBitCount);
   MdfNumberField number;
   number.offset = data.cnByteOffset;
-  number.isBigEndian = xlatr::isBigEndian(data.cnDataType);
+  number.isBigEndian = isBigEndianType(data.cnDataType);
   if (data.cnBitCount == 0 || data.cnBitOffset >= 8 * byteCount) {
     return number;  // a mask of 0: always 0
   }

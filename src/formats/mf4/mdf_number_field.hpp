@@ -39,6 +39,7 @@ struct MdfNumberField {
   bool isWide = false;  // the bits begin in one byte and end in the ninth
   std::uint64_t mask = 0;
 
+  [[nodiscard]] static constexpr bool isBigEndianType(std::uint8_t dataType) { return dataType % 2 != 0; }
   // That of a channel of at most kMostNumberBits.
   [[nodiscard]] static MdfNumberField of(const ChannelBlockData& data, Way way);
 

@@ -3,13 +3,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "formats/mf4/block_groups.hpp"
 #include "formats/mf4/mdf_can_message.hpp"
-#include "formats/mf4/mdf_frame_plan.hpp"
-#include "formats/mf4/mdf_number_field.hpp"
-#include "util/time_units.hpp"
+#include "formats/mf4/mdf_frame_layout.hpp"
+#include "formats/mf4/mdf_record_value.hpp"
 
 namespace xlatr {
 
@@ -30,22 +30,12 @@ class MdfRecordParser {
   void parse(const std::uint8_t* record, MdfCanMessage& message) const;
 
  private:
-  enum class TimeKind : std::uint8_t { Unsigned, Signed, Real32, Real64 };
-  struct TimeStep {
-    MdfNumberField number;
-    TimeKind kind = TimeKind::Unsigned;
-    std::uint8_t bitCount = 64;
-    TimeUnit unit = TimeUnit::Nanosecond;
-  };
-
   struct Step {
-    std::unique_ptr<TimeStep> time;  // one of the two
-    std::unique_ptr<MdfFramePlan> frame;
+    std::optional<MdfTimeReader> time;  // one of the two
+    std::unique_ptr<MdfFrameLayout> frame;
+
+    [[nodiscard]] bool read(const std::uint8_t* record, MdfCanMessage& message) const;
   };
-
-  [[nodiscard]] std::unique_ptr<TimeStep> makeTimeStep(ChannelBlock& channel) const;
-
-  static bool readTime(const TimeStep& step, const std::uint8_t* record, MdfCanMessage& message);
 
   std::uint32_t recordSize_;
   std::vector<Step> steps_;  // up to the first that is never read

@@ -43,14 +43,7 @@ bool isRealNumber(std::uint8_t dataType) {
 
 }  // namespace
 
-bool MdfValue::setNumber(const ChannelBlockData& data, std::uint64_t dataBytes) {
-  constexpr std::uint8_t kLargestShift = 7;
-  const std::uint64_t bytes = bytesOfBits(std::uint64_t{data.cnBitOffset} + data.cnBitCount);
-  if (data.cnBitCount > kMostNumberBits || data.cnBitOffset > kLargestShift ||
-      data.cnDataType > static_cast<std::uint8_t>(MdfDataType::RealBig) || data.cnByteOffset + bytes > dataBytes) {
-    return false;
-  }
-  number_ = MdfNumberField::of(data, Way::complete());
+bool MdfValue::setForm(const ChannelBlockData& data) {
   if (is(data.cnDataType, MdfDataType::SignedLittle) || is(data.cnDataType, MdfDataType::SignedBig)) {
     form_ = Form::Signed;
   } else if (isRealNumber(data.cnDataType)) {
@@ -60,29 +53,84 @@ bool MdfValue::setNumber(const ChannelBlockData& data, std::uint64_t dataBytes) 
   return true;
 }
 
-std::optional<MdfValue> MdfValue::of(MdfTree& tree, const MdfChannel& channel, const ChannelGroupBlockData& group) {
+bool MdfValue::setNumber(MdfTree& tree, const ChannelBlockData& data, std::uint64_t dataBytes, bool formed) {
+  constexpr std::uint8_t kLargestShift = 7;
+  const bool endsEarly = tree.has(Quirk::Mf4FieldsEndWithTheirFirstBytes);
+  const std::uint64_t bytes = bytesOfBits((endsEarly ? 0 : std::uint64_t{data.cnBitOffset}) + data.cnBitCount);
+  if (data.cnBitCount > kMostNumberBits || (data.cnBitOffset > kLargestShift && !endsEarly) ||
+      data.cnDataType > static_cast<std::uint8_t>(MdfDataType::RealBig) || data.cnByteOffset + bytes > dataBytes) {
+    return false;
+  }
+  number_ = MdfNumberField::of(data, endsEarly ? Way::compatible() : Way::complete());
+  return !formed || setForm(data);
+}
+
+// The number of its record, or with the quirk 0.
+void MdfValue::setVirtual(MdfTree& tree) {
+  const bool isConstant = tree.has(Quirk::Mf4VirtualChannelsAreConstants);
+  form_ = isConstant ? Form::Unsigned : Form::Index;
+  bitCount_ = isConstant ? 0 : kMostNumberBits;
+}
+
+std::optional<MdfValue> MdfValue::rawOf(MdfTree& tree, const MdfChannel& channel, const ChannelGroupBlockData& group,
+                                        bool formed) {
   const ChannelBlockData& data = channel.data;
   MdfValue value;
   value.column_ = static_cast<std::uint32_t>(channel.column);
   value.bitCount_ = data.cnBitCount;
-  if ((data.cnFlags & kAllInvalid) != 0) {
+  if (tree.has(Quirk::Mf4InvalidChannelsRead)) {
+    value.invalidBit_ = kAlwaysValid;
+  } else if ((data.cnFlags & kAllInvalid) != 0) {
     value.invalidBit_ = kNeverValid;
   } else if ((data.cnFlags & kInvalidBitUsed) != 0 && data.cnInvalBitPos / 8 < group.cgInvalBytes) {
     value.invalidBit_ = data.cnInvalBitPos;
   }
   if (isVirtual(data)) {
-    value.form_ = Form::Index;
-    value.bitCount_ = kMostNumberBits;
-  } else if (!value.setNumber(data, group.cgDataBytes)) {
+    value.setVirtual(tree);
+  } else if (!value.setNumber(tree, data, group.cgDataBytes, formed)) {
     return std::nullopt;
   }
-  if (channel.conversion != 0) {
-    value.conversion_ = MdfConversion::make(tree, channel.conversion);
-    value.lacksConversion_ = value.conversion_ == nullptr;
-  }
-  value.isPlain_ = value.form_ == Form::Unsigned && channel.conversion == 0 && value.isAlwaysValid();
-  value.prepare();
+  value.isPlain_ = value.form_ == Form::Unsigned && value.isAlwaysValid();
   return value;
+}
+
+void MdfValue::setConversion(std::unique_ptr<MdfConversion> conversion) {
+  conversion_ = std::move(conversion);
+  lacksConversion_ = conversion_ == nullptr;
+  isPlain_ = false;
+}
+
+std::optional<MdfValue> MdfValue::of(MdfTree& tree, const MdfChannel& channel, const ChannelGroupBlockData& group) {
+  auto block = tree.leaf<ChannelConversionBlock>(channel.conversion);
+  const bool isOfReadType =
+      is(channel.data.cnType, MdfChannelType::FixedLength) || is(channel.data.cnType, MdfChannelType::VirtualData);
+  if (!isOfReadType && tree.has(Quirk::Mf4ChannelTypesNotRead)) {
+    return std::nullopt;
+  }
+  std::optional<MdfValue> value = rawOf(tree, channel, group, !tree.has(Quirk::Mf4NumbersAreBits));
+  if (!value) {
+    return std::nullopt;
+  }
+  const bool isNone = !block && tree.has(Quirk::Mf4DamagedBlocksFail);  // it is something else, then
+  if (channel.conversion != 0 && !isNone) {
+    value->setConversion(MdfConversion::make(tree, std::move(block)));
+  }
+  if (isVirtual(channel.data) && tree.has(Quirk::Mf4VirtualChannelsAreConstants) &&
+      (!value->conversion_ || !value->converted(0))) {
+    return std::nullopt;
+  }
+  value->prepare();
+  return value;
+}
+
+std::optional<MdfValue> MdfValue::ofTableBytes(MdfTree& tree, const MdfChannel& channel,
+                                               const ChannelGroupBlockData& group) {
+  std::optional<MdfValue> value = rawOf(tree, channel, group, false);
+  if (!value) {
+    return std::nullopt;
+  }
+  value->setConversion(MdfConversion::ofTableBytes(tree.leaf<ChannelConversionBlock>(channel.conversion)));
+  return value->conversion_ ? value : std::nullopt;
 }
 
 MdfValue MdfValue::validityOf(MdfTree& tree, const MdfChannel& channel, const ChannelGroupBlockData& group) {
@@ -158,8 +206,7 @@ std::optional<std::uint64_t> MdfValue::readConverted(const MdfRow& row) const {
   if (!isValid(row)) {
     return std::nullopt;
   }
-  const std::uint64_t value = bits(row);
-  return prepared_ ? (*prepared_)[static_cast<std::size_t>(value)] : converted(value);
+  return result(bits(row));
 }
 
 void MdfValue::read(const MdfRow& first, std::size_t count, MdfNumbers& numbers) const {
@@ -192,10 +239,42 @@ void MdfValue::readBits(const MdfRow& first, std::size_t count, std::uint16_t bi
   }
 }
 
-// A conversion gives seconds, or what its unit or the channel's says. Without both real numbers are seconds; whole
-// seconds would be of no use to anyone, so that counts are taken for the nanoseconds that loggers count.
 std::optional<MdfTimeReader> MdfTimeReader::of(MdfTree& tree, const MdfChannel& channel,
                                                const ChannelGroupBlockData& group) {
+  std::optional<MdfValue> value = MdfValue::rawOf(tree, channel, group, true);
+  if (!value) {
+    return std::nullopt;
+  }
+  MdfTimeReader reader;
+  reader.value_ = std::move(*value);
+  const bool isRead =
+      tree.has(Quirk::Mf4TimesOfFourUnits) ? reader.setUnit(tree, channel.conversion) : reader.setScale(tree, channel);
+  return isRead ? std::optional(std::move(reader)) : std::nullopt;
+}
+
+// Nanoseconds, or what a conversion without an offset says by its factor. False for other times.
+bool MdfTimeReader::setUnit(MdfTree& tree, std::uint64_t conversion) {
+  if (value_.form_ == MdfValue::Form::Real16) {
+    return false;
+  }
+  const auto block = tree.leaf<ChannelConversionBlock>(conversion);
+  if (!block) {
+    return true;
+  }
+  const ChannelConversionBlockData& data = block->data;
+  if (!is(data.ccType, MdfConversionType::Linear) || data.ccVal.size() != 2 || data.ccVal[0] != 0.0 ||
+      tree.text(block->link(ChannelConversionBlock::kUnit)) != "s") {
+    return false;
+  }
+  const std::optional<TimeUnit> unit = timeUnitOf(data.ccVal[1]);
+  unit_ = unit.value_or(unit_);
+  return unit.has_value();
+}
+
+// A conversion gives seconds, or what its unit or the channel's says. Without both real numbers are seconds; whole
+// seconds would be of no use to anyone, so that counts are taken for the nanoseconds that loggers count. False for
+// times that can't be told.
+bool MdfTimeReader::setScale(MdfTree& tree, const MdfChannel& channel) {
   constexpr std::uint8_t kLinear = 1;
   constexpr int kNanoseconds = 9;
   std::optional<int> unit = MdfTimeScale::unitExponentOf(tree.text(channel.unit));
@@ -203,9 +282,9 @@ std::optional<MdfTimeReader> MdfTimeReader::of(MdfTree& tree, const MdfChannel& 
   double factor = 1.0;
   bool isLinear = true;
   if (channel.conversion != 0) {
-    const auto block = tree.leaf<ChannelConversionBlock>(channel.conversion);
+    auto block = tree.leaf<ChannelConversionBlock>(channel.conversion);
     if (!block) {
-      return std::nullopt;
+      return false;
     }
     if (const auto own = MdfTimeScale::unitExponentOf(tree.text(block->link(ChannelConversionBlock::kUnit)))) {
       unit = own;
@@ -213,31 +292,36 @@ std::optional<MdfTimeReader> MdfTimeReader::of(MdfTree& tree, const MdfChannel& 
     isLinear = block->data.ccType <= kLinear;
     if (block->data.ccType == kLinear) {
       if (block->data.ccVal.size() < 2) {
-        return std::nullopt;
+        return false;
       }
       offset = block->data.ccVal[0];
       factor = block->data.ccVal[1];
     }
-  }
-  MdfChannel plain = channel;
-  plain.conversion = isLinear ? 0 : channel.conversion;
-  std::optional<MdfValue> value = MdfValue::of(tree, plain, group);
-  if (!value || value->lacksConversion_) {
-    return std::nullopt;
-  }
-  MdfTimeReader reader;
-  const bool isCount = value->form_ == MdfValue::Form::Unsigned || value->form_ == MdfValue::Form::Signed;
-  reader.guessed_ = !unit && channel.conversion == 0 && isCount;
-  const int exponent = unit.value_or(reader.guessed_ ? kNanoseconds : 0);
-  if (isLinear) {
-    reader.scale_ = MdfTimeScale(offset, factor, exponent);
-  } else {
-    for (int at = 0; at < exponent; ++at) {
-      reader.nsPerUnit_ /= 10;
+    if (!isLinear) {
+      value_.setConversion(MdfConversion::make(tree, std::move(block)));
+      if (value_.lacksConversion_) {
+        return false;
+      }
     }
   }
-  reader.value_ = std::move(*value);
-  return reader;
+  const bool isCount = value_.form_ == MdfValue::Form::Unsigned || value_.form_ == MdfValue::Form::Signed;
+  guessed_ = !unit && channel.conversion == 0 && isCount;
+  const int exponent = unit.value_or(guessed_ ? kNanoseconds : 0);
+  if (isLinear) {
+    scale_ = MdfTimeScale(offset, factor, exponent);
+  } else {
+    for (int at = 0; at < exponent; ++at) {
+      nsPerUnit_ /= 10;
+    }
+  }
+  return true;
+}
+
+// Times are put in order, and no number has no place in one.
+std::optional<RealMicroseconds> MdfTimeReader::readReal(const std::uint8_t* record) const {
+  constexpr double kNoTime = -1.0;  // with the quirk: Mf4MinusOneIsNoTime
+  const double count = value_.realOf(value_.number_.read(record));
+  return std::isnan(count) || count == kNoTime ? std::nullopt : std::optional(toMicroseconds(count, unit_));
 }
 
 // The time of a value with a conversion that is no scale.

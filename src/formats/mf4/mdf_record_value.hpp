@@ -1,4 +1,4 @@
-// The numbers of records on the complete way, one by one or of many records at once.
+// The numbers of records, one by one or of many records at once.
 #pragma once
 
 #include <array>
@@ -13,6 +13,7 @@
 #include "formats/mf4/mdf_number_field.hpp"
 #include "formats/mf4/mdf_time_scale.hpp"
 #include "formats/mf4/mdf_tree.hpp"
+#include "util/time_units.hpp"
 
 namespace xlatr {
 
@@ -59,6 +60,9 @@ class MdfValue {
   // Nothing for a channel that has no number, or lies outside of records of this size.
   [[nodiscard]] static std::optional<MdfValue> of(MdfTree& tree, const MdfChannel& channel,
                                                   const ChannelGroupBlockData& group);
+  // That of a channel whose number is an index into its conversion's table of bytes. Nothing without a conversion.
+  [[nodiscard]] static std::optional<MdfValue> ofTableBytes(MdfTree& tree, const MdfChannel& channel,
+                                                            const ChannelGroupBlockData& group);
   // Whether a channel is valid, without its number.
   [[nodiscard]] static MdfValue validityOf(MdfTree& tree, const MdfChannel& channel,
                                            const ChannelGroupBlockData& group);
@@ -67,7 +71,13 @@ class MdfValue {
   [[nodiscard]] std::optional<std::uint64_t> read(const MdfRow& row) const {
     return isPlain_ ? std::optional(number_.read(row.record(column_))) : readConverted(row);
   }
-  // The same of `count` records from the row on.
+  // The same of a record without a row, for values that are always valid and stand in it. False for nothing: this runs
+  // for each part of each message, and moves of an optional take longer than all the rest.
+  [[nodiscard]] bool readRecord(const std::uint8_t* record, std::uint64_t& value) const {
+    value = number_.read(record);
+    return isPlain_ || convert(value);
+  }
+  // The same as read(row) of `count` records from the row on.
   void read(const MdfRow& first, std::size_t count, MdfNumbers& numbers) const;
   // Sets the bit for those that are known and not 0.
   void readBits(const MdfRow& first, std::size_t count, std::uint16_t bit, std::uint16_t* bits) const;
@@ -82,8 +92,14 @@ class MdfValue {
 
   friend class MdfTimeReader;
 
+  // Without its conversion, its form only if `formed`: bits are unsigned.
+  [[nodiscard]] static std::optional<MdfValue> rawOf(MdfTree& tree, const MdfChannel& channel,
+                                                     const ChannelGroupBlockData& group, bool formed);
+  void setConversion(std::unique_ptr<MdfConversion> conversion);
   void prepare();
-  [[nodiscard]] bool setNumber(const ChannelBlockData& data, std::uint64_t dataBytes);
+  void setVirtual(MdfTree& tree);
+  [[nodiscard]] bool setNumber(MdfTree& tree, const ChannelBlockData& data, std::uint64_t dataBytes, bool formed);
+  [[nodiscard]] bool setForm(const ChannelBlockData& data);
   [[nodiscard]] bool isMarkedValid(const MdfRow& row) const;
   [[nodiscard]] std::uint64_t bits(const MdfRow& row) const {
     return form_ == Form::Index ? row.index() : number_.read(row.record(column_));
@@ -92,6 +108,14 @@ class MdfValue {
   [[nodiscard]] std::int64_t signedOf(std::uint64_t bits) const;
   [[nodiscard]] std::optional<std::uint64_t> converted(std::uint64_t bits) const;
   [[nodiscard]] std::optional<std::uint64_t> readConverted(const MdfRow& row) const;
+  [[nodiscard]] bool convert(std::uint64_t& value) const {
+    const auto found = result(value);
+    value = found.value_or(0);
+    return found.has_value();
+  }
+  [[nodiscard]] std::optional<std::uint64_t> result(std::uint64_t bits) const {
+    return prepared_ ? (*prepared_)[static_cast<std::size_t>(bits)] : converted(bits);
+  }
 
   MdfNumberField number_;
   std::uint32_t column_ = 0;
@@ -113,16 +137,21 @@ class MdfTimeReader {
 
   // Of all the rows, in nanoseconds; `known` says which of them have one.
   void read(const MdfRows& rows, std::int64_t* times, bool* known) const;
+  // On the compatible way: of one record, and not rounded.
+  [[nodiscard]] std::optional<RealMicroseconds> readReal(const std::uint8_t* record) const;
   // Whether the file does not say in which unit its times are.
   [[nodiscard]] bool isGuessed() const { return guessed_; }
 
  private:
+  [[nodiscard]] bool setUnit(MdfTree& tree, std::uint64_t conversion);
+  [[nodiscard]] bool setScale(MdfTree& tree, const MdfChannel& channel);
   [[nodiscard]] std::optional<std::int64_t> converted(std::uint64_t bits) const;
 
   MdfValue value_;                     // before any conversion, if there is a scale
   std::optional<MdfTimeScale> scale_;  // nothing for a conversion that is not linear
   std::int64_t nsPerUnit_ = 1'000'000'000;
   bool guessed_ = false;
+  TimeUnit unit_ = TimeUnit::Nanosecond;  // on the compatible way
 };
 
 }  // namespace xlatr

@@ -14,7 +14,7 @@ bool MdfTree::isUsable(std::uint64_t position, HeaderSection* found) {
   constexpr std::uint64_t kLongest = std::uint64_t{4} << 20;
   std::array<std::uint8_t, kHeaderSectionSize> bytes{};
   // Not by the stream, which raises what is only counted here, but for what is read and kept.
-  if (position > file_.size() || file_.bytesAfter(position) < bytes.size() || !file_.readAll(position, bytes)) {
+  if (position > file_->size() || file_->bytesAfter(position) < bytes.size() || !file_->readAll(position, bytes)) {
     return false;
   }
   HeaderSection head;
@@ -24,7 +24,7 @@ bool MdfTree::isUsable(std::uint64_t position, HeaderSection* found) {
   }
   const std::string_view id(head.blockId.data(), head.blockId.size());
   return id.starts_with("##") && head.linkCount <= kMostLinks && head.length <= kLongest &&
-         head.length >= kHeaderSectionSize + kLinkSize * head.linkCount && head.length <= file_.bytesAfter(position);
+         head.length >= kHeaderSectionSize + kLinkSize * head.linkCount && head.length <= file_->bytesAfter(position);
 }
 
 bool MdfTree::isBlock(std::uint64_t position, BlockTypeId type) {
@@ -38,6 +38,9 @@ bool MdfTree::isBlock(std::uint64_t position, BlockTypeId type) {
 }
 
 std::string MdfTree::text(std::uint64_t position) {
+  if (has(Quirk::Mf4DamagedBlocksFail)) {
+    return readText(&stream_, position);
+  }
   if (position == 0 || !(isBlock(position, BlockTypeId::TX) || isBlock(position, BlockTypeId::MD))) {
     return {};
   }
@@ -53,6 +56,9 @@ std::string MdfTree::text(std::uint64_t position) {
 }
 
 bool MdfTree::takeTableRows(std::size_t count) {
+  if (has(Quirk::Mf4DamagedBlocksFail)) {
+    return true;  // the stream counts what is read
+  }
   if (count > kMostTableRows - tableRows_) {
     damaged_ = true;
     return false;

@@ -12,6 +12,7 @@
 #include "formats/mf4/block_base.hpp"
 #include "formats/mf4/block_stream.hpp"
 #include "formats/mf4/mdf_data_file.hpp"
+#include "io/quirk.hpp"
 
 namespace xlatr {
 
@@ -25,7 +26,12 @@ class MdfTree {
   static constexpr std::size_t kMostTableRows = std::size_t{1} << 19;
 
   // Both must outlive it.
-  MdfTree(BlockStream& stream, MdfDataFile& file) : stream_(stream), file_(file) {}
+  MdfTree(BlockStream& stream, MdfDataFile& file) : stream_(stream), file_(&file) {}
+  // On the compatible way, where a block that can't be read raises its failure and only leaves are asked for: the nodes
+  // are those that the reader's information object holds.
+  explicit MdfTree(BlockStream& stream) : way_(Way::compatible()), stream_(stream) {}
+
+  [[nodiscard]] bool has(Quirk quirk) const { return way_.has(quirk); }
 
   // A node of the tree.
   template <class Block>
@@ -37,15 +43,18 @@ class MdfTree {
       damaged_ = true;
       return nullptr;
     }
-    file_.addBlock(position);
+    file_->addBlock(position);
     return leaf<Block>(position);
   }
 
-  // A block that others may lead to as well. Null, and no damage, for a block of another type if `maybe` is set.
+  // A block that others may lead to as well.
   template <class Block>
-  [[nodiscard]] std::unique_ptr<Block> leaf(std::uint64_t position, bool maybe = false) {
+  [[nodiscard]] std::unique_ptr<Block> leaf(std::uint64_t position) {
     if (position == 0) {
       return nullptr;
+    }
+    if (has(Quirk::Mf4DamagedBlocksFail)) {
+      return followLink<Block>(&stream_, position);
     }
     if (isBlock(position, Block::kType)) {
       try {
@@ -54,8 +63,6 @@ class MdfTree {
         throw;
       } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): counted below
       }
-    } else if (maybe && isUsable(position)) {
-      return nullptr;
     }
     damaged_ = true;
     return nullptr;
@@ -69,14 +76,15 @@ class MdfTree {
 
   [[nodiscard]] bool damaged() const { return damaged_; }
   void setDamaged() { damaged_ = true; }
-  [[nodiscard]] MdfDataFile& file() { return file_; }
+  [[nodiscard]] MdfDataFile& file() { return *file_; }
 
  private:
   // Whether there is a block of a size that describing blocks have.
   [[nodiscard]] bool isUsable(std::uint64_t position, HeaderSection* found = nullptr);
 
+  Way way_ = Way::complete();
   BlockStream& stream_;
-  MdfDataFile& file_;
+  MdfDataFile* file_ = nullptr;  // null on the compatible way
   std::unordered_set<std::uint64_t> entered_;
   std::size_t tableRows_ = 0;
   bool damaged_ = false;

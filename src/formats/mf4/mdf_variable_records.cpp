@@ -1,5 +1,6 @@
 #include "formats/mf4/mdf_variable_records.hpp"
 
+#include "formats/mf4/mdf_record_ids.hpp"
 #include "util/little_endian.hpp"
 
 namespace xlatr {
@@ -10,7 +11,7 @@ bool MdfVariableRecords::findValue(std::uint32_t& length) {
     if (bytes == nullptr) {
       return false;
     }
-    const std::uint64_t id = loadLittle<std::uint64_t>(bytes) & (~std::uint64_t{0} >> (64U - 8U * sizes_.idSize));
+    const std::uint64_t id = readMdfRecordId(bytes, sizes_.idSize);
     const auto found = sizes_.sizes.find(id);
     if (found == sizes_.sizes.end()) {
       return false;

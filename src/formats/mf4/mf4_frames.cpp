@@ -13,6 +13,7 @@
 #include "formats/mf4/mdf_channel_search.hpp"
 #include "formats/mf4/mdf_frame_reader.hpp"
 #include "formats/mf4/mdf_tree.hpp"
+#include "formats/mf4/mdf_turn_queue.hpp"
 #include "util/utf8.hpp"
 
 namespace xlatr {
@@ -106,7 +107,6 @@ class Mf4FrameSource final : public FrameSource {
   void makeSorted(const MdfLayoutContext& context, const Table& table);
   [[nodiscard]] std::vector<Table> sortedTables() const;
   [[nodiscard]] const MdfGroupInfo* groupAt(std::uint64_t position) const;
-  [[nodiscard]] static bool isLater(const MdfTurn& left, const MdfTurn& right) { return right.isBefore(left); }
   void enqueue(std::size_t reader, std::optional<std::int64_t> timeNs);
   void noteDamage() { state_.notes.note(Remark::RecordNotUnderstood, 1); }
 
@@ -123,7 +123,7 @@ class Mf4FrameSource final : public FrameSource {
   std::size_t streams_ = 0;
   MdfReadingState state_;
   std::vector<std::unique_ptr<MdfFrameReader>> readers_;
-  std::vector<MdfTurn> queue_;  // a heap, the earliest on top
+  MdfTurnQueue<std::int64_t> queue_;
   bool started_ = false;
 };
 
@@ -289,8 +289,7 @@ void Mf4FrameSource::enqueue(std::size_t reader, std::optional<std::int64_t> tim
     readers_[reader].reset();
     return;
   }
-  queue_.push_back({*timeNs, reader});
-  std::ranges::push_heap(queue_, isLater);
+  queue_.push(*timeNs, reader);
 }
 
 bool Mf4FrameSource::read(FrameBatch& batch, Account& account) {
@@ -302,10 +301,8 @@ bool Mf4FrameSource::read(FrameBatch& batch, Account& account) {
   }
   // The earliest reader goes on until another one is earlier.
   while (!queue_.empty() && !batch.full()) {
-    std::ranges::pop_heap(queue_, isLater);
-    const std::size_t reader = queue_.back().reader;
-    queue_.pop_back();
-    enqueue(reader, readers_[reader]->read(batch, reader, queue_.empty() ? nullptr : &queue_.front()));
+    const std::size_t reader = queue_.pop();
+    enqueue(reader, readers_[reader]->read(batch, reader, queue_.first()));
   }
   account.add(std::exchange(state_.notes, Account()));
   account.addRead(batch.size());

@@ -20,6 +20,11 @@ class RecordBytes {
   [[nodiscard]] const std::uint8_t* data() const { return bytes_.get(); }
   [[nodiscard]] std::span<const std::uint8_t> view() const { return {bytes_.get(), size_}; }
 
+  // These bytes; null if they are not all there.
+  [[nodiscard]] const std::uint8_t* at(std::uint64_t offset, std::size_t count) const {
+    return offset <= size_ && count <= size_ - static_cast<std::size_t>(offset) ? data() + offset : nullptr;
+  }
+
   void reserve(std::size_t size);
   // Adds `count` bytes of any value and returns where they are. std::length_error for more than there can be.
   [[nodiscard]] std::span<std::uint8_t> extend(std::size_t count);

@@ -563,29 +563,13 @@ TEST(Mf4FrameData, isLostInLargeBlocksThatAreBroken) {
 // More groups than have their blocks held as a whole.
 TEST(Mf4FrameData, isZippedInManyGroups) {
   constexpr std::size_t kRows = 50'000;
-  MdfFileBuilder file;
   const ByteList record = MdfFileBuilder::record(5);
   ByteList rows;
   for (std::size_t at = 0; at < kRows; ++at) {
     rows.insert(rows.end(), record.begin(), record.end());
     rows.resize(80 * (at + 1));
   }
-  const ByteList block = zippedBlock(rows);
-  std::uint64_t next = 0;
-  for (int at = 0; at < 9; ++at) {
-    const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = kRows, .dataBytes = 80});
-    next = file.dataGroup(group, file.block("DZ", {}, block), 0, next);
-  }
-  file.setFirstDataGroup(next);
-  const test::TempFolder folder;
-  const auto source = openMf4Frames(folder.write("trace.mf4", file.asText()));
-  FrameBatch batch;
-  Account account;
-  while (source->read(batch, account)) {
-    batch.clear();
-  }
-  EXPECT_EQ(account.read(), 9 * kRows);
-  EXPECT_EQ(account.noted(Remark::RecordNotUnderstood).frames, 0U);
+  test::expectRowsOfGroups(zippedBlock(rows), 9, kRows, 80);
 }
 
 TEST(Mf4FrameData, isFoundBackwardAmongUnsortedValuesAlone) {

@@ -108,4 +108,24 @@ inline std::uint64_t addList(MdfFileBuilder& file, const std::vector<std::uint64
   return file.block("DL", links, join({le(1, 1), le(0, 3), le(parts.size(), 4), le(equalLength, 8)}));
 }
 
+// `groups` sorted groups, each with zipped data of its own that are `rows` records of `width` bytes, are read whole.
+inline void expectRowsOfGroups(const ByteList& zippedRows, std::size_t groups, std::size_t rows, std::uint32_t width) {
+  MdfFileBuilder file;
+  std::uint64_t next = 0;
+  for (std::size_t at = 0; at < groups; ++at) {
+    const std::uint64_t group = file.group({.channels = file.frameChannels(), .cycles = rows, .dataBytes = width});
+    next = file.dataGroup(group, file.block("DZ", {}, zippedRows), 0, next);
+  }
+  file.setFirstDataGroup(next);
+  const TempFolder folder;
+  const auto source = openMf4Frames(folder.write("trace.mf4", file.asText()));
+  FrameBatch batch;
+  Account account;
+  while (source->read(batch, account)) {
+    batch.clear();
+  }
+  EXPECT_EQ(account.read(), groups * rows);
+  EXPECT_EQ(account.noted(Remark::RecordNotUnderstood).frames, 0U);
+}
+
 }  // namespace xlatr::test
