@@ -28,7 +28,7 @@ namespace xlatr::cli {
 
 namespace {
 
-[[noreturn]] void failUsage(const std::string& text) {
+[[noreturn]] void refuseUsage(const std::string& text) {
   throw CommandFailure(ExitCode::WrongUsage, text);
 }
 
@@ -45,10 +45,10 @@ struct CompatFile {
 TraceFormat requireTargetFormat(const Arguments& arguments, const std::string& target) {
   const TraceFormat format = formatFromName(arguments.to.empty() ? extensionOf(target) : arguments.to);
   if (format == XLATR_FORMAT_NONE && !arguments.to.empty()) {
-    failUsage("--to " + arguments.to + ": no such format; use one of " + nameList(targetFormats()));
+    refuseUsage("--to " + arguments.to + ": no such format; use one of " + nameList(targetFormats()));
   }
   if (format == XLATR_FORMAT_NONE) {
-    failUsage(target + ": the extension names no trace format; use one of " + extensionList(targetFormats()) +
+    refuseUsage(target + ": the extension names no trace format; use one of " + extensionList(targetFormats()) +
               ", or name the format with --to");
   }
   return format;
@@ -62,7 +62,7 @@ std::optional<double> versionOf(const Arguments& arguments) {
   const std::string& text = arguments.targetVersion;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), version);
   if (error != std::errc() || end != text.data() + text.size()) {
-    failUsage("--target-version " + text + ": this is no version, such as 2.1");
+    refuseUsage("--target-version " + text + ": this is no version, such as 2.1");
   }
   return version;
 }
@@ -74,7 +74,7 @@ double requireTargetVersion(const Arguments& arguments, TraceFormat format) {
   }
   const auto versions = formatVersions(format);
   if (std::find(versions.begin(), versions.end(), *version) == versions.end()) {
-    failUsage("--target-version " + arguments.targetVersion + ": " + formatName(format) + " has no such version; " +
+    refuseUsage("--target-version " + arguments.targetVersion + ": " + formatName(format) + " has no such version; " +
               (versions.empty() ? "leave the option out" : "use one of " + versionListText(versions)));
   }
   return *version;
@@ -86,7 +86,7 @@ char requireSeparator(const Arguments& arguments) {
     return '\t';
   }
   if (text.size() != 1) {
-    failUsage("--separator " + text + ": is not one character; use for example ',' or 'tab'");
+    refuseUsage("--separator " + text + ": is not one character; use for example ',' or 'tab'");
   }
   return text.front();
 }
@@ -262,7 +262,7 @@ void requireCompatOptions(const Arguments& arguments) {
       "--progress",  "--quiet",      "--help"};
   for (const OptionRow& option : optionTable()) {
     if (isGiven(option, arguments) && std::ranges::find(kOptions, longNameOf(option)) == kOptions.end()) {
-      failUsage(std::string(longNameOf(option)) + ": there is no such option with --compat");
+      refuseUsage(std::string(longNameOf(option)) + ": there is no such option with --compat");
     }
   }
 }
@@ -274,7 +274,7 @@ ExitCode runCompatConversions(const Arguments& arguments, const std::vector<JobP
   for (const JobPaths& paths : conversions) {
     const CompatFile file{paths.sources.front(), paths.target};
     if (file.source == kStandardStream || file.target == kStandardStream) {
-      failUsage("-: --compat converts files only");
+      refuseUsage("-: --compat converts files only");
     }
     try {
       code = worse(code, convert(arguments, file, form));
