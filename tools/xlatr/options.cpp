@@ -163,8 +163,8 @@ const std::array kCommands = {
         "file.\n"
         "A target gets its name when it is whole: until then there is the old file, or none. At the end one line says "
         "what was converted and what was not.\n"
-        "With a --split option the name of TARGET may contain %b (bus), %n (number of the part, %3n for 001), %t (when "
-        "the part begins) and %% (a percent sign).",
+        "With --split-bus the name of TARGET may contain %b (bus), with the other --split options %n (number of the "
+        "part, %3n for 001), and with all of them %t (when the part begins) and %% (a percent sign).",
         {"xlatr convert drive.blf drive.mf4", "xlatr convert logs/*.mf4 -O out --to trc -j 0",
          "xlatr convert drive.trc - --to csv | head", "xlatr convert drive.asc cut.asc --id 0x123 --from-time 12.5",
          "xlatr convert drive.mf4 part.trc --split-time 10m"},

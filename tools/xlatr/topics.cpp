@@ -29,12 +29,13 @@ const std::vector<Topic>& topics() {
       {.title = "Splitting",
        .commands = kTopicWriters,
        .paragraphs = {"Each part is a whole trace, whose times count from the start of all. The options may be "
-                      "combined. The name of the target may contain:"},
+                      "combined. The name of the target may contain these; if it does, `%b` must be there "
+                      "with `--split-bus` and `%n` with the others, so that each part has a name of its own:"},
        .terms = {{"%b", "the number of the bus"},
                  {"%n", "the number of the part; `%3n` for 001"},
                  {"%t", "when the part begins: `20240301-080000`, or in seconds if the trace states no start"},
                  {"%%", "a percent sign"}},
-       .lines = {"xlatr convert drive.mf4 'drive_%t.trc' --split-time 10m"},
+       .lines = {"xlatr convert drive.mf4 'drive_%3n_%t.trc' --split-time 10m"},
        .closing = {"A name without any of these gets `_BUS1` for the bus and `_001` for the part. Frames of no bus go "
                    "where the frame before them went."}},
       {.title = "Choosing frames",
@@ -77,7 +78,7 @@ const std::vector<Topic>& topics() {
             "sums them up, and the exit code is that of the file that fared worst. `-n` takes a run up again that was "
             "broken off."},
        .terms = {},
-       .lines = {"find logs -mtime -1 -print0 |", "  xlatr convert --files-from - --null -O out --to mf4 -j 0"},
+       .lines = {"find logs -type f -mtime -1 -print0 |", "  xlatr convert --files-from - --null -O out --to mf4 -j 0"},
        .closing = {}},
       {.title = "What was converted",
        .commands = kTopicWriters,
