@@ -30,7 +30,8 @@ constexpr std::string_view kEnd =
 ## More
 
 - [scale.md](scale.md): thousands of files, many cores, many machines.
-- [report.schema.json](report.schema.json): the JSON schema of what `--json` prints.
+- [report.schema.json](report.schema.json), [stats.schema.json](stats.schema.json) and
+  [compare.schema.json](compare.schema.json): the JSON schemas of what `--json` prints.
 - [formats/](formats): one page per format.
 - [quirks.md](quirks.md): what the compatible way does otherwise.
 )";

@@ -114,13 +114,13 @@ const std::array kOptions = {
     OptionRow{"--split-bus", "", "Write one file for each bus", OptionGroup::Split, OptionValue::None, kWriters,
               &Arguments::splitBus},
 
-    OptionRow{"--bitrate", "RATE", "Bits per second of CAN, to tell the load: 500k; 500k,2M with that of CAN FD data",
+    OptionRow{"--bitrate", "RATE", "Bits per second of CAN, to show the load: 500k; 500k,2M with that of CAN FD data",
               OptionGroup::Traffic, OptionValue::Text, kStats, &Arguments::bitRate},
-    OptionRow{"--lin-bitrate", "RATE", "Bits per second of LIN, to tell the load: 19200", OptionGroup::Traffic,
+    OptionRow{"--lin-bitrate", "RATE", "Bits per second of LIN, to show the load: 19200", OptionGroup::Traffic,
               OptionValue::Text, kStats, &Arguments::linBitRate},
     OptionRow{"--stuffing", "HOW",
               "Stuff bits in the load: mean (default), as random data has them; worst, as many as there can be; none",
-              OptionGroup::Traffic, OptionValue::Text, kStats, &Arguments::stuffing},
+              OptionGroup::Traffic, OptionValue::Word, kStats, &Arguments::stuffing, "mean worst none"},
     OptionRow{
         "--tolerance", "TIME",
         "Times that are no farther from each other are equal: 0, 10us, 1.5ms; by default the coarser resolution of "

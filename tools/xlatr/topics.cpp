@@ -5,7 +5,8 @@ namespace {
 
 constexpr CommandSet kTopicConvert = bitOf(CommandName::Convert);
 constexpr CommandSet kTopicWriters = kTopicConvert | bitOf(CommandName::Merge);
-constexpr CommandSet kTopicReaders = kTopicWriters | bitOf(CommandName::Cat);
+constexpr CommandSet kTopicReaders =
+    kTopicWriters | bitOf(CommandName::Cat) | bitOf(CommandName::Stats) | bitOf(CommandName::Compare);
 constexpr CommandSet kTopicMany = kTopicConvert | bitOf(CommandName::Check);
 constexpr CommandSet kTopicAll = ~CommandSet{0};
 
@@ -90,6 +91,28 @@ const std::vector<Topic>& topics() {
                  "62 dropped: the target has no such kind of frame (the first is line 263);",
                  "36: the target keeps no such details (the first is line 542)"},
        .closing = {}},
+      {.title = "Statistics",
+       .commands = bitOf(CommandName::Stats),
+       .paragraphs =
+           {"A table of buses and one of identifiers. Its columns in milliseconds are the times between a frame "
+            "and the next one of its identifier; 99 % of them are no longer than the one under P99, which is "
+            "right to 3.2 %.",
+            "The load counts the bits of each frame and the space after it; `--stuffing` says how many stuff "
+            "bits are assumed. What HIGHEST shows is the load of the busiest second. Where the terminal shows "
+            "no UTF-8, as `LC_ALL`, `LC_CTYPE` or `LANG` say, the frames over time are drawn in ASCII."},
+       .terms = {},
+       .lines = {"xlatr stats drive.trc --bitrate 500k,2M --bus 3"},
+       .closing = {}},
+      {.title = "Comparing",
+       .commands = bitOf(CommandName::Compare),
+       .paragraphs = {"Frames are equal if kind, identifier, flags, DLC, data and bus are, and the times within "
+                      "`--tolerance`. What a trace does not state is no difference: a bus, a direction, the DLC of a "
+                      "remote frame. Comments are not compared, unless `--kind` names them; `--texts` and "
+                      "`--attributes` compare those too. The traces are lined up by time and content, so that a frame "
+                      "that only one of them has makes no others differ."},
+       .terms = {},
+       .lines = {"xlatr compare drive.trc drive.btr --limit 2"},
+       .closing = {}},
       {.title = "Reasons",
        .commands = kTopicWriters | bitOf(CommandName::Check) | bitOf(CommandName::Info),
        .paragraphs = {"Each reason has a name, such as `kind_not_held`, and belongs to a class:"},
@@ -108,8 +131,9 @@ const std::vector<Topic>& topics() {
                    "that leaves no target. `xlatr formats` shows what each format can hold."}},
       {.title = "JSON",
        .commands = kTopicAll,
-       .paragraphs = {"docs/report.schema.json is the JSON schema of all that `--json` prints. New keys may be added; "
-                      "those that are there keep their names and meanings."},
+       .paragraphs = {"docs/report.schema.json is the JSON schema of what `--json` prints, docs/stats.schema.json and "
+                      "docs/compare.schema.json are those of `stats` and `compare`. New keys may be added; those that "
+                      "are there keep their names and meanings."},
        .terms =
            {{"convert, merge", "an object: `xlatr` (version of the program), `conversions`, `exit_code`"},
             {"each conversion",
@@ -120,6 +144,8 @@ const std::vector<Topic>& topics() {
             {"each remark",
              "`remark` (name of the reason), `class`, `effect` (`dropped`, `commented`, `noted`), `text`, `count`, "
              "`first` (the first line or record; 0 if there is none)"},
+            {"stats", "an array with an object for each trace: docs/stats.schema.json"},
+            {"compare", "an object: docs/compare.schema.json"},
             {"check", "an array: `file`, `whole`, `error`, `format`, `frames`, `unfinished`, `remarks`"},
             {"info",
              "an array: `file`, `format`, `description`, `version`, `producer`, `start`, `zone_known`, `size`, "
