@@ -30,16 +30,16 @@ constexpr CommandSet kAll = kReaders | kCheck | kInfo | kFormats;
 const std::array kOptions = {
     OptionRow{"--from", "FORMAT", "Format of the sources; by default that of their contents", OptionGroup::Source,
               OptionValue::SourceFormat, kReaders | kCheck, &Arguments::from},
-    OptionRow{"-r,--recursive", "", "Convert what is in the folders among the sources, and below them",
+    OptionRow{"-r,--recursive", "", "Take the traces in the folders that are named, and in the folders below them",
               OptionGroup::Source, OptionValue::None, kConvert | kCheck, &Arguments::recursive},
     OptionRow{"--files-from", "FILE", "Read more sources from FILE, one a line; - is standard input",
               OptionGroup::Source, OptionValue::File, kConvert | kCheck, &Arguments::filesFrom},
-    OptionRow{"--null", "", "The sources in the file of --files-from end in a zero byte, as find -print0 writes them",
+    OptionRow{"--null", "", "With --files-from: each name ends with a zero byte, as find -print0 writes them",
               OptionGroup::Source, OptionValue::None, kConvert | kCheck, &Arguments::null},
     OptionRow{"--shard", "I/N",
-              "Take every source whose path belongs to part I of N, so that N machines share a folder",
+              "Take part I of N of the sources, chosen by their paths, so that N machines can share a folder: 1/4",
               OptionGroup::Source, OptionValue::Text, kConvert | kCheck, &Arguments::shard},
-    OptionRow{"--count", "", "Read each file to its end: number of frames by kind and bus, duration, damage",
+    OptionRow{"--count", "", "Read each file to its end to show frames by kind and bus, duration and damage",
               OptionGroup::Source, OptionValue::None, kInfo, &Arguments::count},
 
     OptionRow{"--from-time", "TIME",
@@ -56,23 +56,25 @@ const std::array kOptions = {
     OptionRow{"--kind", "LIST",
               "Frames of these kinds: data, remote, error, overload, status, counters, lin, lin_event, event, comment; "
               "!error for all but those",
-              OptionGroup::Selection, OptionValue::Text, kReaders, &Arguments::kinds},
-    OptionRow{"--direction", "DIR", "Frames of this direction: rx or tx", OptionGroup::Selection, OptionValue::Text,
-              kReaders, &Arguments::directions},
+              OptionGroup::Selection, OptionValue::WordList, kReaders, &Arguments::kinds,
+              "data remote error overload status counters lin lin_event event comment"},
+    OptionRow{"--direction", "DIR", "Frames of this direction: rx or tx", OptionGroup::Selection, OptionValue::Word,
+              kReaders, &Arguments::directions, "rx tx"},
 
-    OptionRow{"--shift-time", "SECONDS", "Add so many seconds to all times; may be negative", OptionGroup::Change,
+    OptionRow{"--shift-time", "SECONDS", "Add SECONDS to all times; may be negative", OptionGroup::Change,
               OptionValue::Text, kReaders, &Arguments::shiftTime},
-    OptionRow{"--rebase", "", "Let the trace start with its first frame that is wanted", OptionGroup::Change,
+    OptionRow{"--rebase", "", "Let the times start at 0 with the first frame that is selected", OptionGroup::Change,
               OptionValue::None, kReaders, &Arguments::rebase},
-    OptionRow{"--map-bus", "LIST", "Give buses other numbers: 1=2,2=1", OptionGroup::Change, OptionValue::Text,
-              kReaders, &Arguments::busMap},
-    OptionRow{"--tz", "ZONE", "The zone of traces that state none: UTC, +01:00, -0330", OptionGroup::Change,
+    OptionRow{"--map-bus", "LIST", "Renumber buses: 1=2,2=1", OptionGroup::Change, OptionValue::Text, kReaders,
+              &Arguments::busMap},
+    OptionRow{"--tz", "ZONE", "Time zone of traces that state none: UTC, +01:00, -0330", OptionGroup::Change,
               OptionValue::Text, kReaders, &Arguments::zone},
     OptionRow{"--align", "HOW",
               "absolute: by the starts that the sources state (default); start: as if all had started together",
-              OptionGroup::Change, OptionValue::Text, kMerge, &Arguments::align},
-    OptionRow{"--gap", "HOW", "keep the time between recordings that follow each other (default), or close it",
-              OptionGroup::Change, OptionValue::Text, kMerge, &Arguments::gap},
+              OptionGroup::Change, OptionValue::Word, kMerge, &Arguments::align, "absolute start"},
+    OptionRow{"--gap", "HOW",
+              "keep: leave the time between recordings that follow each other (default); close: take it out",
+              OptionGroup::Change, OptionValue::Word, kMerge, &Arguments::gap, "keep close"},
 
     OptionRow{"--to", "FORMAT", "Format of the target; by default that of its extension", OptionGroup::Target,
               OptionValue::TargetFormat, kWriters, &Arguments::to},
@@ -80,20 +82,22 @@ const std::array kOptions = {
               OptionValue::File, kMerge, &Arguments::output},
     OptionRow{"-O,--output-dir", "FOLDER", "Write into FOLDER, one file for each source; needs --to",
               OptionGroup::Target, OptionValue::Folder, kConvert, &Arguments::outputFolder},
-    OptionRow{"--target-version", "V", "Version of the target; by default the one that is current", OptionGroup::Target,
-              OptionValue::Text, kWriters, &Arguments::targetVersion},
+    OptionRow{"--target-version", "V",
+              "File version of the target, one that 'xlatr formats' lists; by default the current one",
+              OptionGroup::Target, OptionValue::Text, kWriters, &Arguments::targetVersion},
     OptionRow{"--zipped", "", "Compress the data of an mf4 target", OptionGroup::Target, OptionValue::None, kWriters,
               &Arguments::zipped},
     OptionRow{"--compact", "", "Make the records of an mf4 target as short as their frames", OptionGroup::Target,
               OptionValue::None, kWriters, &Arguments::compact},
-    OptionRow{"--separator", "C", "Between the columns of a csv target of version 1.0: a character, or tab",
+    OptionRow{"--separator", "C",
+              "Character between the columns of a csv target of version 1.0, or tab; by default a semicolon",
               OptionGroup::Target, OptionValue::Text, kWriters, &Arguments::separator},
     OptionRow{"-f,--force", "", "Replace targets that exist", OptionGroup::Target, OptionValue::None, kWriters,
               &Arguments::force},
-    OptionRow{"-n,--skip-existing", "", "Leave out what has a target already, to take up a run that was broken off",
+    OptionRow{"-n,--skip-existing", "", "Skip sources whose target exists, to resume a run that was broken off",
               OptionGroup::Target, OptionValue::None, kConvert, &Arguments::skipExisting},
-    OptionRow{"--keep-partial", "", "Keep what was written before a failure, as drive.partial.trc", OptionGroup::Target,
-              OptionValue::None, kWriters, &Arguments::keepPartial},
+    OptionRow{"--keep-partial", "", "Keep what was written before a failure, under a name such as drive.partial.trc",
+              OptionGroup::Target, OptionValue::None, kWriters, &Arguments::keepPartial},
     OptionRow{"--compat", "",
               "Write exactly what the library's xlatr_convert writes: fewer pairs of formats, and what a target can't "
               "hold may be left out without a word",
@@ -103,22 +107,20 @@ const std::array kOptions = {
     OptionRow{"--session", "N", "With --compat: a session of a btr source, counted from 1; by default all",
               OptionGroup::Target, OptionValue::Text, kConvert, &Arguments::sessions},
 
-    OptionRow{"--split-size", "SIZE", "Begin a new file when one has this size: 100M, 2G", OptionGroup::Split,
+    OptionRow{"--split-size", "SIZE", "Begin a new file when one reaches SIZE: 100M, 2G", OptionGroup::Split,
               OptionValue::Text, kWriters, &Arguments::splitSize},
-    OptionRow{"--split-time", "TIME", "Begin a new file at each multiple of this time: 30s, 10m, 1h",
-              OptionGroup::Split, OptionValue::Text, kWriters, &Arguments::splitTime},
-    OptionRow{"--split-bus", "",
-              "Write a file for each bus. The target's name may say where what goes: %b bus, %n "
-              "number, %3n as 001, %t time, %% a percent sign",
-              OptionGroup::Split, OptionValue::None, kWriters, &Arguments::splitBus},
+    OptionRow{"--split-time", "TIME", "Begin a new file at each multiple of TIME: 30s, 10m, 1h", OptionGroup::Split,
+              OptionValue::Text, kWriters, &Arguments::splitTime},
+    OptionRow{"--split-bus", "", "Write one file for each bus", OptionGroup::Split, OptionValue::None, kWriters,
+              &Arguments::splitBus},
 
-    OptionRow{"--bitrate", "RATE", "Bits per second of CAN, to tell the load: 500k; 500k,2M with that of CAN FD data",
+    OptionRow{"--bitrate", "RATE", "Bits per second of CAN, to show the load: 500k; 500k,2M with that of CAN FD data",
               OptionGroup::Traffic, OptionValue::Text, kStats, &Arguments::bitRate},
-    OptionRow{"--lin-bitrate", "RATE", "Bits per second of LIN, to tell the load: 19200", OptionGroup::Traffic,
+    OptionRow{"--lin-bitrate", "RATE", "Bits per second of LIN, to show the load: 19200", OptionGroup::Traffic,
               OptionValue::Text, kStats, &Arguments::linBitRate},
     OptionRow{"--stuffing", "HOW",
               "Stuff bits in the load: mean (default), as random data has them; worst, as many as there can be; none",
-              OptionGroup::Traffic, OptionValue::Text, kStats, &Arguments::stuffing},
+              OptionGroup::Traffic, OptionValue::Word, kStats, &Arguments::stuffing, "mean worst none"},
     OptionRow{
         "--tolerance", "TIME",
         "Times that are no farther from each other are equal: 0, 10us, 1.5ms; by default the coarser resolution of "
@@ -135,32 +137,34 @@ const std::array kOptions = {
     OptionRow{"--strict", "", "Fail, and leave no target, if anything would be dropped, cut, damaged or guessed",
               OptionGroup::Running, OptionValue::None, kWriters, &Arguments::strict},
 
-    OptionRow{"--json", "", "Print what became of it as JSON", OptionGroup::Output, OptionValue::None, kAll,
-              &Arguments::json},
-    OptionRow{"--csv", "", "Print a table with a column for each field", OptionGroup::Output, OptionValue::None, kCat,
-              &Arguments::csv},
-    OptionRow{"--report", "FILE", "Write what --json prints into FILE", OptionGroup::Output, OptionValue::File,
+    OptionRow{"--json", "", "Print the result as JSON", OptionGroup::Output, OptionValue::None, kAll, &Arguments::json},
+    OptionRow{"--csv", "", "Print a table (RFC 4180) with a column for each field", OptionGroup::Output,
+              OptionValue::None, kCat, &Arguments::csv},
+    OptionRow{"--report", "FILE", "Write what --json prints into FILE, too", OptionGroup::Output, OptionValue::File,
               kWriters, &Arguments::report},
-    OptionRow{"--progress", "HOW", "auto: a bar on a terminal (default); json: lines for programs; none",
-              OptionGroup::Output, OptionValue::Text, kWriters | kCheck, &Arguments::progress},
-    OptionRow{"-q,--quiet", "", "Tell only what was lost or went wrong; twice: only what went wrong",
-              OptionGroup::Output, OptionValue::None, kWriters | kCheck, &Arguments::quiet},
-    OptionRow{"-h,--help", "", "Show this", OptionGroup::Output, OptionValue::None, kAll, &Arguments::help},
+    OptionRow{"--progress", "HOW", "auto: a bar on a terminal (default); json: lines of JSON on standard error; none",
+              OptionGroup::Output, OptionValue::Word, kWriters | kCheck, &Arguments::progress, "auto json none"},
+    OptionRow{"-q,--quiet", "", "Report only losses and failures; given twice, only failures", OptionGroup::Output,
+              OptionValue::None, kWriters | kCheck, &Arguments::quiet},
+    OptionRow{"-h,--help", "", "Show this help", OptionGroup::Output, OptionValue::None, kAll, &Arguments::help},
 };
 
 const std::array kCommands = {
     CommandRow{
         CommandName::Convert,
         "convert",
-        "SOURCE TARGET",
+        "SOURCE... TARGET",
         "SOURCE and TARGET",
         "Converts traces into another format or version.",
-        "Every format that is read becomes every format that is written. TARGET's extension names the format, or --to "
-        "does. - is standard input or output, but for formats that are not read or written in order (mf4, btr, blf).\n"
-        "Several sources go into a folder, one file each: name it last, or with -O. To put them into one file use "
-        "xlatr merge.\n"
+        "Every format that is read becomes every format that is written. The extension of TARGET names the format, or "
+        "--to does. SOURCE may be - for standard input and TARGET for standard output, but for mf4, btr and blf, which "
+        "are not read or written in order.\n"
+        "Several sources go into a folder, one file each: name it last, or with -O. 'xlatr merge' puts them into one "
+        "file.\n"
         "A target gets its name when it is whole: until then there is the old file, or none. At the end one line says "
-        "what came over and what did not.",
+        "what was converted and what was not.\n"
+        "With --split-bus the name of TARGET may contain %b (bus), with the other --split options %n (number of the "
+        "part, %3n for 001), and with all of them %t (when the part begins) and %% (a percent sign).",
         {"xlatr convert drive.blf drive.mf4", "xlatr convert logs/*.mf4 -O out --to trc -j 0",
          "xlatr convert drive.trc - --to csv | head", "xlatr convert drive.asc cut.asc --id 0x123 --from-time 12.5",
          "xlatr convert drive.mf4 part.trc --split-time 10m"},

@@ -37,8 +37,8 @@ struct CommandRow {
 enum class OptionGroup : std::uint8_t { Source, Selection, Change, Target, Split, Traffic, Running, Output };
 [[nodiscard]] std::string_view headingOf(OptionGroup group);
 
-// What can follow an option, for completions.
-enum class OptionValue : std::uint8_t { None, Text, File, Folder, SourceFormat, TargetFormat };
+// What can follow an option, for completions. A word is one of the row's words, a word list some of them with commas.
+enum class OptionValue : std::uint8_t { None, Text, File, Folder, SourceFormat, TargetFormat, Word, WordList };
 
 using OptionPlace =
     std::variant<bool Arguments::*, int Arguments::*, std::string Arguments::*, std::vector<std::string> Arguments::*>;
@@ -50,7 +50,8 @@ struct OptionRow {
   OptionGroup group;
   OptionValue value;
   CommandSet commands;
-  OptionPlace place;  // where it goes: a flag, a flag that counts, a text, or texts that add up
+  OptionPlace place;            // where it goes: a flag, a flag that counts, a text, or texts that add up
+  std::string_view words = {};  // what may follow it, with blanks between
 };
 
 [[nodiscard]] std::span<const CommandRow> commandTable();
