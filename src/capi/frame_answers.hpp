@@ -63,9 +63,12 @@ xlatr_code with(HandleTable<Handle, Object>& handles, const Handle* handle, Acti
   std::shared_ptr<Object> object;
   const xlatr_code found = answer([&] {
     object = handles.find(handle);
-    return object == nullptr ? XLATR_ERROR_HANDLE : XLATR_OK;
+    return XLATR_OK;
   });
-  return found != XLATR_OK ? found : answer(object->error, [&] { return action(*object); });
+  if (object == nullptr) {
+    return found == XLATR_OK ? XLATR_ERROR_HANDLE : found;
+  }
+  return answer(object->error, [&] { return action(*object); });
 }
 
 template <class Handle, class Object>

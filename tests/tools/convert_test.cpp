@@ -66,10 +66,10 @@ TEST_F(ConvertCommand, tellsWhatWasLostAndWhere) {
   EXPECT_EQ(noise.exitCode, 3);
   EXPECT_EQ(noise.errors,
             "xlatr: noise.trc -> noise.mf4: 2 frames read, 1 written; 1 dropped: the target has no such kind of frame "
-            "(the first is line 6); 1: the line can't be understood (the first is line 6)\n");
+            "(the first is line 6); 1 noted: the line can't be understood (the first is line 6)\n");
   const Ended buses = here.run({"convert", "-q", "drive.trc", "buses.trc", "--target-version", "1.1"});
   EXPECT_EQ(buses.exitCode, 3);
-  EXPECT_THAT(buses.errors, HasSubstr("2: the target names no buses (the first is line 5)"));
+  EXPECT_THAT(buses.errors, HasSubstr("2 noted: the target names no buses (the first is line 5)"));
   EXPECT_EQ(here.run({"convert", "-qq", "-f", "noise.trc", "noise.mf4"}).errors, "");
 }
 
@@ -79,7 +79,7 @@ TEST_F(ConvertCommand, roundsTimesWithoutAWarning) {
              "time_ns,kind,bus,id,ide,dir,edl,brs,esi,dlc,length,data,err,text\r\n1499,data,1,1,0,0,0,0,0,0,0,,,\r\n");
   const Ended run = here.run({"convert", "ns.csv", "us.trc", "--target-version", "2.1"});
   EXPECT_EQ(run.exitCode, 0);
-  EXPECT_THAT(run.errors, HasSubstr("1: the target's times are coarser (the first is line 2)"));
+  EXPECT_THAT(run.errors, HasSubstr("1 noted: the target's times are coarser (the first is line 2)"));
 }
 
 TEST_F(ConvertCommand, aStrictConversionLeavesNothing) {
@@ -144,7 +144,8 @@ TEST_F(ConvertCommand, keepsATargetThatExists) {
   here.write("copy.trc", "precious");
   const Ended run = here.run({"convert", "drive.trc", "copy.trc"});
   EXPECT_EQ(run.exitCode, 4);
-  EXPECT_EQ(run.errors, "xlatr: copy.trc: the file exists and is not to be replaced\n");
+  EXPECT_EQ(run.errors,
+            "xlatr: copy.trc: the file exists and is not to be replaced; -f replaces it, -n leaves it out\n");
   EXPECT_EQ(here.read("copy.trc"), "precious");
   EXPECT_EQ(here.run({"convert", "-n", "drive.trc", "copy.trc"}).errors, "xlatr: copy.trc: exists; left out\n");
   EXPECT_EQ(here.read("copy.trc"), "precious");

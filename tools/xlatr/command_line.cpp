@@ -143,7 +143,7 @@ std::vector<std::string> defaultsOf(const CommandRow& command, const std::string
 [[noreturn]] void failUnknown(const CommandRow& command, const std::string& word) {
   if (const OptionRow* const option = optionNamed(word)) {
     failCommandLine(word + ": " + std::string(command.name) + " has no such option; other commands have " +
-              std::string(longNameOf(*option)) + seeHelp(command));
+                    std::string(longNameOf(*option)) + seeHelp(command));
   }
   std::vector<std::string_view> names;
   for (const OptionRow& option : optionTable()) {

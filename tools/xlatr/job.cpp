@@ -232,6 +232,7 @@ class Job {
     } else if (code_ != XLATR_OK) {
       const char* const text = xlatr_job_error(job_.get());
       report.error = oneLine(text == nullptr || *text == '\0' ? xlatr_code_text(code_) : text);
+      report.error += code_ == XLATR_ERROR_TARGET_EXISTS ? "; -f replaces it, -n leaves it out" : "";
     } else if (!isComplete(report.account)) {
       report.exitCode = ExitCode::DoneWithLosses;
     }

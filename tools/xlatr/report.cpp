@@ -24,7 +24,7 @@ struct CountRow {
 constexpr std::array kCounts = {
     CountRow{"dropped", "dropped", &xlatr_account::dropped_by},
     CountRow{"commented", "kept as a comment", &xlatr_account::commented_by},
-    CountRow{"noted", "", &xlatr_account::noted},
+    CountRow{"noted", "noted", &xlatr_account::noted},
 };
 
 std::string_view className(std::int32_t remarkClass) {
@@ -116,7 +116,7 @@ std::string remarksText(const xlatr_account& account, bool placesAreRecords) {
         continue;
       }
       text.append("; ").append(countText(count.frames));
-      text.append(row.text.empty() ? "" : " ").append(row.text).append(": ").append(xlatr_remark_text(remark));
+      text.append(" ").append(row.text).append(": ").append(xlatr_remark_text(remark));
       if (xlatr_remark_class(remark) != XLATR_CLASS_SELECTION && count.first != 0) {
         text.append(" (the first is ").append(placesAreRecords ? "record " : "line ");
         text.append(countText(count.first)).append(")");
