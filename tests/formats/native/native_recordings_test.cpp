@@ -23,7 +23,8 @@ struct NativeTarget {
   const char* name;
   std::span<const FrameCapacity> (*capacities)();
   std::unique_ptr<FrameSource> (*open)(const InputSource& input);
-  std::unique_ptr<FrameSink> (*create)(const OutputTarget& target, const StreamHead& head, const SinkSettings& settings);
+  std::unique_ptr<FrameSink> (*create)(const OutputTarget& target, const StreamHead& head,
+                                       const SinkSettings& settings);
 };
 
 constexpr NativeTarget kTargets[] = {{"btrc", btrcCapacities, openBtrcFrames, createBtrcFrames},

@@ -49,7 +49,7 @@ TraceFormat requireTargetFormat(const Arguments& arguments, const std::string& t
   }
   if (format == XLATR_FORMAT_NONE) {
     refuseUsage(target + ": the extension names no trace format; use one of " + extensionList(targetFormats()) +
-              ", or name the format with --to");
+                ", or name the format with --to");
   }
   return format;
 }
@@ -75,7 +75,7 @@ double requireTargetVersion(const Arguments& arguments, TraceFormat format) {
   const auto versions = formatVersions(format);
   if (std::find(versions.begin(), versions.end(), *version) == versions.end()) {
     refuseUsage("--target-version " + arguments.targetVersion + ": " + formatName(format) + " has no such version; " +
-              (versions.empty() ? "leave the option out" : "use one of " + versionListText(versions)));
+                (versions.empty() ? "leave the option out" : "use one of " + versionListText(versions)));
   }
   return *version;
 }
