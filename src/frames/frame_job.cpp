@@ -72,7 +72,9 @@ void runJob(const JobSettings& settings, JobReport& report, const JobProgressFun
   while (source.read(batch, report.account)) {
     target.write(batch, report.account);
     batch.clear();
-    report.files = target.files();
+    if (report.files.size() != target.files().size()) {
+      report.files = target.files();
+    }
     report.progress.bytesRead = source.bytesRead();
     report.progress.framesRead = report.account.read();
     report.progress.seconds = clock.seconds();

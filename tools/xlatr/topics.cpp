@@ -89,7 +89,7 @@ const std::vector<Topic>& topics() {
        .lines = {"$ xlatr convert samples/drive.trc drive.mf4",
                  "xlatr: samples/drive.trc -> drive.mf4: 2,012 frames read, 1,950 written;",
                  "62 dropped: the target has no such kind of frame (the first is line 263);",
-                 "36: the target keeps no such details (the first is line 542)"},
+                 "36 noted: the target keeps no such details (the first is line 542)"},
        .closing = {}},
       {.title = "Statistics",
        .commands = bitOf(CommandName::Stats),
