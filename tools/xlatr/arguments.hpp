@@ -11,11 +11,8 @@ struct Arguments {
 
   // What is read.
   std::string from;
-  bool recursive = false;
   std::string filesFrom;
-  bool null = false;
   std::string shard;
-  bool count = false;
 
   // What of it is wanted, and changed.
   std::string fromTime;
@@ -25,7 +22,6 @@ struct Arguments {
   std::vector<std::string> kinds;
   std::vector<std::string> directions;
   std::string shiftTime;
-  bool rebase = false;
   std::vector<std::string> busMap;
   std::string zone;
 
@@ -33,17 +29,12 @@ struct Arguments {
   std::string to;
   std::string targetVersion;
   std::string separator;
-  bool zipped = false;
-  bool compact = false;
   std::string output;
   std::string outputFolder;
   std::string splitSize;
   std::string splitTime;
-  bool splitBus = false;
   std::string align;
   std::string gap;
-  bool compat = false;
-  bool sorted = false;
   std::vector<std::string> sessions;
 
   // How traffic is measured and compared.
@@ -51,23 +42,34 @@ struct Arguments {
   std::string linBitRate;
   std::string stuffing;
   std::string tolerance;
-  bool texts = false;
-  bool attributes = false;
   std::string limit;
 
   // How.
+  std::string jobs;
+
+  // What is told.
+  std::string report;
+  std::string progress;
+
+  // Flags, of all of these.
+  int quiet = 0;
+  bool recursive = false;
+  bool null = false;
+  bool count = false;
+  bool rebase = false;
+  bool zipped = false;
+  bool compact = false;
+  bool splitBus = false;
+  bool compat = false;
+  bool sorted = false;
+  bool texts = false;
+  bool attributes = false;
   bool force = false;
   bool skipExisting = false;
   bool keepPartial = false;
   bool strict = false;
-  std::string jobs;
-
-  // What is told.
   bool json = false;
   bool csv = false;
-  std::string report;
-  std::string progress;
-  int quiet = 0;
   bool help = false;
 };
 

@@ -15,7 +15,7 @@ namespace {
 using namespace xlatr::cli;
 
 ExitCode run(const std::vector<std::string>& words) {
-  const char* const defaults = std::getenv("XLATR_DEFAULTS");
+  const char* const defaults = std::getenv("XLATR_DEFAULTS");  // NOLINT(concurrency-mt-unsafe): there is one thread yet
   const CommandLine line = parseCommandLine(words, defaults == nullptr ? "" : defaults);
   if (line.version) {
     std::cout << "xlatr " XLATR_PROGRAM_VERSION "\n";

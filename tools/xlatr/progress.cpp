@@ -82,7 +82,7 @@ std::string progressBar(const ProgressState& state, std::size_t width) {
   while (all.size() > 1 && joined(all).size() + bar > width) {
     all.pop_back();
   }
-  const std::string text = joined(all).substr(0, width);
+  std::string text = joined(all).substr(0, width);
   if (bar == 0 || text.size() + bar > width) {
     return text;
   }
