@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <limits>
@@ -231,7 +232,9 @@ ExitCode convert(const Arguments& arguments, const CompatFile& file, ProgressFor
     Progress progress(form, 1, kWhole);
     std::uint64_t shown = 0;
     outcome = runConversion(request, [&](double percent) {
-      const auto now = std::max(shown, static_cast<std::uint64_t>(std::clamp(percent, 0.0, 100.0) * 100.0));
+      // A conversion without anything to do has no percent.
+      const double known = std::isnan(percent) ? 0.0 : std::clamp(percent, 0.0, 100.0);
+      const auto now = std::max(shown, static_cast<std::uint64_t>(known * 100.0));
       progress.add(now - shown, 0);
       shown = now;
     });
