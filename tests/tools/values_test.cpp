@@ -95,8 +95,14 @@ TEST(Values, listsAndWords) {
 
 TEST(Wanted, isNothingUnlessItIsAskedFor) {
   const Wanted wanted{Arguments()};
-  EXPECT_EQ(wanted.selection(), nullptr);
-  EXPECT_EQ(wanted.changes(), nullptr);
+  const xlatr_selection selection = wanted.selection();
+  EXPECT_EQ(selection.size, sizeof selection);
+  EXPECT_EQ(selection.bus_count + selection.id_count + selection.kinds + selection.directions, 0U);
+  EXPECT_EQ(selection.from_ns, 0);
+  EXPECT_EQ(selection.until_ns, 0);
+  const xlatr_changes changes = wanted.changes();
+  EXPECT_EQ(changes.bus_pair_count + changes.rebase + changes.zone_known, 0U);
+  EXPECT_EQ(changes.shift_ns, 0);
 }
 
 TEST(Wanted, readsEveryOption) {
@@ -110,26 +116,24 @@ TEST(Wanted, readsEveryOption) {
   arguments.zone = "+01:00";
   arguments.ids = {"!0x123,0x100-0x1FF,0x18FEF100x"};
   const Wanted wanted(arguments);
-  const xlatr_selection* const selection = wanted.selection();
-  ASSERT_NE(selection, nullptr);
-  EXPECT_EQ(selection->from_ns, kS * 3 / 2);
-  EXPECT_EQ(selection->absolute_times, 0U);
-  ASSERT_EQ(selection->bus_count, 2U);
-  EXPECT_EQ(selection->buses[1].first, 3);
-  EXPECT_EQ(selection->buses[1].last, 5);
-  EXPECT_EQ(selection->other_buses, 0U);
-  ASSERT_EQ(selection->id_count, 3U);
-  EXPECT_EQ(selection->other_ids, 1U);
-  EXPECT_EQ(selection->ids[1].last, 0x1FFU);
-  EXPECT_EQ(selection->ids[2].first, 0x18FEF100U);
-  EXPECT_EQ(selection->ids[2].length, 29U);
-  EXPECT_EQ(selection->kinds & 1U << XLATR_KIND_ERROR, 0U);
-  EXPECT_NE(selection->kinds & 1U << XLATR_KIND_DATA, 0U);
-  EXPECT_EQ(selection->directions, static_cast<std::uint32_t>(XLATR_FLAG_RECEIVED));
-  ASSERT_NE(wanted.changes(), nullptr);
-  EXPECT_EQ(wanted.changes()->shift_ns, -2 * kS);
-  EXPECT_EQ(wanted.changes()->bus_pair_count, 2U);
-  EXPECT_EQ(wanted.changes()->zone_minutes, 60);
+  const xlatr_selection selection = wanted.selection();
+  EXPECT_EQ(selection.from_ns, kS * 3 / 2);
+  EXPECT_EQ(selection.absolute_times, 0U);
+  ASSERT_EQ(selection.bus_count, 2U);
+  EXPECT_EQ(selection.buses[1].first, 3);
+  EXPECT_EQ(selection.buses[1].last, 5);
+  EXPECT_EQ(selection.other_buses, 0U);
+  ASSERT_EQ(selection.id_count, 3U);
+  EXPECT_EQ(selection.other_ids, 1U);
+  EXPECT_EQ(selection.ids[1].last, 0x1FFU);
+  EXPECT_EQ(selection.ids[2].first, 0x18FEF100U);
+  EXPECT_EQ(selection.ids[2].length, 29U);
+  EXPECT_EQ(selection.kinds & 1U << XLATR_KIND_ERROR, 0U);
+  EXPECT_NE(selection.kinds & 1U << XLATR_KIND_DATA, 0U);
+  EXPECT_EQ(selection.directions, static_cast<std::uint32_t>(XLATR_FLAG_RECEIVED));
+  EXPECT_EQ(wanted.changes().shift_ns, -2 * kS);
+  EXPECT_EQ(wanted.changes().bus_pair_count, 2U);
+  EXPECT_EQ(wanted.changes().zone_minutes, 60);
 }
 
 TEST(Wanted, readsMasksAndClockTimes) {
@@ -138,11 +142,11 @@ TEST(Wanted, readsMasksAndClockTimes) {
   arguments.untilTime = "2024-03-01T00:00";
   arguments.directions = {"!rx"};
   const Wanted wanted(arguments);
-  ASSERT_EQ(wanted.selection()->id_count, 2U);
-  EXPECT_EQ(wanted.selection()->ids[0].mask, 0x7F0U);
-  EXPECT_EQ(wanted.selection()->ids[1].last, 0x1FFFFFFFU);
-  EXPECT_EQ(wanted.selection()->absolute_times, 1U);
-  EXPECT_EQ(wanted.selection()->directions, static_cast<std::uint32_t>(XLATR_FLAG_TRANSMITTED));
+  ASSERT_EQ(wanted.selection().id_count, 2U);
+  EXPECT_EQ(wanted.selection().ids[0].mask, 0x7F0U);
+  EXPECT_EQ(wanted.selection().ids[1].last, 0x1FFFFFFFU);
+  EXPECT_EQ(wanted.selection().absolute_times, 1U);
+  EXPECT_EQ(wanted.selection().directions, static_cast<std::uint32_t>(XLATR_FLAG_TRANSMITTED));
 }
 
 TEST(Wanted, refusesWhatMakesNoSense) {

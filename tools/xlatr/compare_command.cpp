@@ -42,7 +42,7 @@ xlatr_comparison_options comparisonOptions(const Arguments& arguments, const Wan
   options.attributes = arguments.attributes ? 1 : 0;
   options.most_differences = limitOf(arguments);
   // Comments are compared by those who ask for them.
-  options.kinds = wanted.selection() == nullptr ? 0 : wanted.selection()->kinds;
+  options.kinds = wanted.selection().kinds;
   return options;
 }
 

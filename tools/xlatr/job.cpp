@@ -197,8 +197,10 @@ class Job {
     } else {
       options_.target = paths.target.c_str();
     }
-    options_.selection = settings.wanted_.selection();
-    options_.changes = settings.wanted_.changes();
+    const xlatr_selection selection = settings.wanted_.selection();
+    const xlatr_changes changes = settings.wanted_.changes();
+    options_.selection = &selection;
+    options_.changes = &changes;
     options_.strict = settings.strict_ ? 1 : 0;
     options_.align_starts = settings.alignsStarts_ ? 1 : 0;
     options_.close_gaps = settings.closesGaps_ ? 1 : 0;

@@ -30,8 +30,10 @@ Stream openTrace(const std::string& path, TraceFormat format, const Wanted& want
   xlatr_stream_options options{};
   options.size = sizeof options;
   options.format = format;
-  options.selection = wanted.selection();
-  options.changes = wanted.changes();
+  const xlatr_selection selection = wanted.selection();
+  const xlatr_changes changes = wanted.changes();
+  options.selection = &selection;
+  options.changes = &changes;
   return path == kStandardStream ? Stream(inputOf(standardInput()), &options) : Stream(path, &options);
 }
 

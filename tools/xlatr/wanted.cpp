@@ -106,7 +106,6 @@ void Wanted::readTimes(const Arguments& arguments) {
   selection_.from_ns = from.ns;
   selection_.until_ns = until.ns;
   selection_.absolute_times = from.absolute ? 1 : 0;
-  selects_ = true;
 }
 
 void Wanted::readBuses(const Arguments& arguments) {
@@ -116,7 +115,6 @@ void Wanted::readBuses(const Arguments& arguments) {
     const Range range = rangeValue("--bus", piece, kLargestBus);
     buses_.push_back({static_cast<std::uint16_t>(range.first), static_cast<std::uint16_t>(range.last)});
   }
-  selects_ = selects_ || !buses_.empty();
 }
 
 void Wanted::readIdentifiers(const Arguments& arguments) {
@@ -125,7 +123,6 @@ void Wanted::readIdentifiers(const Arguments& arguments) {
   for (const std::string& piece : pieces) {
     ids_.push_back(idRule("--id", piece));
   }
-  selects_ = selects_ || !ids_.empty();
 }
 
 void Wanted::readKinds(const Arguments& arguments) {
@@ -144,7 +141,6 @@ void Wanted::readKinds(const Arguments& arguments) {
   if (others && selection_.kinds == 0) {
     failValue("--kind", "", "no kind is left");
   }
-  selects_ = selects_ || !pieces.empty();
 }
 
 void Wanted::readDirections(const Arguments& arguments) {
@@ -154,7 +150,6 @@ void Wanted::readDirections(const Arguments& arguments) {
     const bool transmits = choiceValue("--direction", piece, {"rx", "tx"}) == 1;
     selection_.directions |= transmits != other ? XLATR_FLAG_TRANSMITTED : XLATR_FLAG_RECEIVED;
   }
-  selects_ = selects_ || !pieces.empty();
 }
 
 void Wanted::readChanges(const Arguments& arguments) {
@@ -176,21 +171,22 @@ void Wanted::readChanges(const Arguments& arguments) {
     changes_.zone_known = 1;
     changes_.zone_minutes = zoneValue("--tz", arguments.zone);
   }
-  changesAny_ = changes_.shift_ns != 0 || arguments.rebase || !busMap_.empty() || !arguments.zone.empty();
 }
 
-const xlatr_selection* Wanted::selection() const {
-  selection_.buses = buses_.data();
-  selection_.bus_count = static_cast<std::uint32_t>(buses_.size());
-  selection_.ids = ids_.data();
-  selection_.id_count = static_cast<std::uint32_t>(ids_.size());
-  return selects_ ? &selection_ : nullptr;
+xlatr_selection Wanted::selection() const {
+  xlatr_selection selection = selection_;
+  selection.buses = buses_.data();
+  selection.bus_count = static_cast<std::uint32_t>(buses_.size());
+  selection.ids = ids_.data();
+  selection.id_count = static_cast<std::uint32_t>(ids_.size());
+  return selection;
 }
 
-const xlatr_changes* Wanted::changes() const {
-  changes_.buses = busMap_.data();
-  changes_.bus_pair_count = static_cast<std::uint32_t>(busMap_.size() / 2);
-  return changesAny_ ? &changes_ : nullptr;
+xlatr_changes Wanted::changes() const {
+  xlatr_changes changes = changes_;
+  changes.buses = busMap_.data();
+  changes.bus_pair_count = static_cast<std::uint32_t>(busMap_.size() / 2);
+  return changes;
 }
 
 }  // namespace xlatr::cli

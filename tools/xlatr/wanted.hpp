@@ -14,9 +14,9 @@ class Wanted {
   // Raises a CommandFailure with ExitCode::WrongUsage for what can't be understood.
   explicit Wanted(const Arguments& arguments);
 
-  // They refer to this object. Null where nothing was asked for.
-  [[nodiscard]] const xlatr_selection* selection() const;
-  [[nodiscard]] const xlatr_changes* changes() const;
+  // They refer to this object. Any thread.
+  [[nodiscard]] xlatr_selection selection() const;
+  [[nodiscard]] xlatr_changes changes() const;
 
  private:
   void readTimes(const Arguments& arguments);
@@ -29,10 +29,9 @@ class Wanted {
   std::vector<xlatr_bus_rule> buses_;
   std::vector<xlatr_id_rule> ids_;
   std::vector<std::uint16_t> busMap_;
-  mutable xlatr_selection selection_{};
-  mutable xlatr_changes changes_{};
-  bool selects_ = false;
-  bool changesAny_ = false;
+  // Without the arrays above.
+  xlatr_selection selection_{};
+  xlatr_changes changes_{};
 };
 
 }  // namespace xlatr::cli
