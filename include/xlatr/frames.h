@@ -195,6 +195,7 @@ typedef struct xlatr_account {
   xlatr_count dropped_by[XLATR_REMARK_LIMIT];   /* adds up to `dropped` */
   xlatr_count commented_by[XLATR_REMARK_LIMIT]; /* adds up to `commented` */
   xlatr_count noted[XLATR_REMARK_LIMIT];        /* what else is to be told */
+  uint32_t complete; /* 1: everything that was wanted came over as it was, but for the rounding of times */
 } xlatr_account;
 
 /* "kind_not_held"; "the target has no such kind of frame"; XLATR_CLASS_NOT_HELD. Null, null and -1 beyond the last

@@ -160,6 +160,15 @@ namespace detail {
   return record;
 }
 
+// Keeps the handle that a function makes, also one that knows only why it failed.
+template <class Handle, class Close, class Make>
+xlatr_code make(std::unique_ptr<Handle, Close>& owner, Make function) {
+  Handle* handle = nullptr;
+  const xlatr_code code = function(&handle);
+  owner.reset(handle);
+  return code;
+}
+
 struct CloseStream {
   void operator()(xlatr_stream* stream) const { xlatr_stream_close(stream); }
 };
@@ -315,13 +324,10 @@ class Stream {
  private:
   struct Opened {};
 
-  // By a function that makes a handle, also one that knows only why it failed.
+  // By a function that makes a handle.
   template <class Open>
   Stream(Opened /*tag*/, Open open) {
-    xlatr_stream* handle = nullptr;
-    const xlatr_code code = open(&handle);
-    handle_.reset(handle);
-    require(code);
+    require(detail::make(handle_, open));
     batch_->size = sizeof *batch_;
   }
 
@@ -340,19 +346,15 @@ class Sink {
  public:
   explicit Sink(const std::string& path, const xlatr_head* head = nullptr,
                 const xlatr_sink_options* options = nullptr) {
-    xlatr_sink* handle = nullptr;
-    const xlatr_code code = xlatr_sink_create(path.c_str(), head, options, &handle);
-    handle_.reset(handle);
-    require(code);
+    require(detail::make(handle_,
+                         [&](xlatr_sink** handle) { return xlatr_sink_create(path.c_str(), head, options, handle); }));
   }
 
   // The output's context is released by the end of the sink.
   explicit Sink(const xlatr_output& output, const xlatr_head* head = nullptr,
                 const xlatr_sink_options* options = nullptr) {
-    xlatr_sink* handle = nullptr;
-    const xlatr_code code = xlatr_sink_create_output(&output, head, options, &handle);
-    handle_.reset(handle);
-    require(code);
+    require(detail::make(
+        handle_, [&](xlatr_sink** handle) { return xlatr_sink_create_output(&output, head, options, handle); }));
   }
 
   void write(const BatchView& batch) { require(xlatr_sink_write(handle_.get(), &batch.columns())); }
@@ -390,10 +392,7 @@ class Job {
       };
       options.context = progress_.get();
     }
-    xlatr_job* handle = nullptr;
-    const xlatr_code code = xlatr_job_create(&options, &handle);
-    handle_.reset(handle);
-    require(code);
+    require(detail::make(handle_, [&](xlatr_job** handle) { return xlatr_job_create(&options, handle); }));
   }
 
   void run() { require(xlatr_job_run(handle_.get())); }
@@ -425,10 +424,7 @@ class Job {
 class Analysis {
  public:
   explicit Analysis(const xlatr_analysis_options* options = nullptr) {
-    xlatr_analysis* handle = nullptr;
-    const xlatr_code code = xlatr_analysis_create(options, &handle);
-    handle_.reset(handle);
-    require(code);
+    require(detail::make(handle_, [&](xlatr_analysis** handle) { return xlatr_analysis_create(options, handle); }));
   }
 
   void add(const BatchView& batch) { require(xlatr_analysis_add(handle_.get(), &batch.columns())); }
@@ -472,10 +468,7 @@ class Analysis {
 class Comparison {
  public:
   explicit Comparison(const xlatr_comparison_options* options = nullptr) {
-    xlatr_comparison* handle = nullptr;
-    const xlatr_code code = xlatr_comparison_create(options, &handle);
-    handle_.reset(handle);
-    require(code);
+    require(detail::make(handle_, [&](xlatr_comparison** handle) { return xlatr_comparison_create(options, handle); }));
   }
 
   // Compares what is left of both.

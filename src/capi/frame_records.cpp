@@ -181,6 +181,7 @@ xlatr_account recordOf(const Account& account) {
   record.written = account.written();
   record.dropped = account.dropped();
   record.commented = account.commented();
+  record.complete = account.completeButForRounding() ? 1 : 0;
   const auto take = [](const Account::Count& count) { return xlatr_count{count.frames, count.first}; };
   for (const RemarkInfo& info : remarkTable()) {
     const auto at = static_cast<std::size_t>(info.remark);

@@ -9,6 +9,7 @@
 
 #include "frames/frame_capacity.hpp"
 #include "io/format.hpp"
+#include "util/utf8.hpp"
 
 namespace xlatr {
 namespace {
@@ -348,19 +349,12 @@ class Comparer {
 
   static void keep(const Row& row, KeptFrame& kept) {
     constexpr std::size_t kLongestText = 200;
-    constexpr unsigned kContinues = 0x80;  // the first bits of a byte inside of a UTF-8 character
-    constexpr unsigned kFirstBits = 0xC0;
     row.batch->get(row.at, kept.frame);
     kept.data.assign(kept.frame.data.begin(), kept.frame.data.end());
     kept.frame.data = {};  // the batch is used again
     if (kept.frame.text) {
       const std::string_view text = *std::exchange(kept.frame.text, "");
-      std::size_t length = std::min(text.size(), kLongestText);
-      while (length < text.size() && length > 0 &&
-             (static_cast<unsigned char>(text[length]) & kFirstBits) == kContinues) {
-        --length;
-      }
-      kept.text = text.substr(0, length);
+      kept.text = text.substr(0, utf8Boundary(text, std::min(text.size(), kLongestText)));
     }
   }
 

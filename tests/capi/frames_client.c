@@ -130,6 +130,7 @@ static void write_frames(void) {
   CHECK(xlatr_sink_finish(sink) == XLATR_ERROR_ARGUMENT);
   CHECK(xlatr_sink_get_account(sink, &account) == XLATR_OK);
   CHECK(account.read == 4 && account.written == 4 && account.commented == 2 && account.dropped == 0);
+  CHECK(account.complete == 0);
   CHECK(xlatr_sink_close(sink) == XLATR_OK && xlatr_stream_close(stream) == XLATR_OK);
   CHECK(xlatr_sink_create(in_folder("b.trc"), &head, &options, &sink) == XLATR_ERROR_TARGET_EXISTS);
   CHECK(strstr(xlatr_sink_error(sink), "b.trc: the file exists") != NULL);

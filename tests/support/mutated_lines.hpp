@@ -1,8 +1,11 @@
 // Lines that are nearly like given ones.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <random>
 #include <string>
 #include <string_view>
@@ -29,6 +32,36 @@ inline std::vector<std::string> mutatedLines(const std::vector<std::string_view>
     }
   }
   return mutated;
+}
+
+// Lines that a reader of plain ones takes, and what it makes of them.
+struct TakenLines {
+  std::vector<std::string> lines;
+  std::vector<std::string> texts;
+};
+
+// Those of the mutated lines for which `textOf` has a text. At least one of so many must be.
+template <typename TextOf>
+TakenLines takenOf(const std::vector<std::string_view>& lines, std::size_t oneOf, TextOf textOf) {
+  constexpr std::size_t kCopies = 3000;
+  TakenLines taken;
+  for (const std::string& line : mutatedLines(lines, kCopies)) {
+    if (const std::optional<std::string> text = textOf(line)) {
+      taken.lines.push_back(line);
+      taken.texts.push_back(*text);
+    }
+  }
+  EXPECT_GT(taken.lines.size(), lines.size() * kCopies / oneOf);
+  return taken;
+}
+
+// The texts of lines by two readers.
+inline void expectSameTexts(const std::vector<std::string>& texts, const std::vector<std::string>& expected,
+                            const std::vector<std::string>& lines) {
+  ASSERT_EQ(texts.size(), expected.size());
+  for (std::size_t at = 0; at < texts.size(); ++at) {
+    ASSERT_EQ(texts[at], expected[at]) << lines[at];
+  }
 }
 
 }  // namespace xlatr::test

@@ -4,50 +4,12 @@
 
 #include <cstdint>
 #include <limits>
-#include <optional>
 
 #include "hex_text.hpp"
 #include "xlatr/frames.h"
 
 namespace xlatr::cli {
 namespace {
-
-TEST(Measure, readsBitRates) {
-  EXPECT_EQ(bitRateOf("500000"), 500'000U);
-  EXPECT_EQ(bitRateOf("500k"), 500'000U);
-  EXPECT_EQ(bitRateOf("2M"), 2'000'000U);
-  EXPECT_EQ(bitRateOf("0.5M"), 500'000U);
-  EXPECT_EQ(bitRateOf("1G"), 1'000'000'000U);
-  for (const char* const wrong : {"", "k", "500K", "500 k", "0", "-5", "5G", "1e3", "nan", "inf", "500kk"}) {
-    EXPECT_EQ(bitRateOf(wrong), std::nullopt) << wrong;
-  }
-}
-
-TEST(Measure, readsPairsOfBitRates) {
-  const std::optional<BitRatePair> one = bitRatesOf("500k");
-  ASSERT_TRUE(one);
-  EXPECT_EQ(one->nominal, 500'000U);
-  EXPECT_EQ(one->data, 0U);
-  const std::optional<BitRatePair> two = bitRatesOf("500k,2M");
-  ASSERT_TRUE(two);
-  EXPECT_EQ(two->nominal, 500'000U);
-  EXPECT_EQ(two->data, 2'000'000U);
-  for (const char* const wrong : {"", ",", "500k,", ",2M", "500k,2M,8M"}) {
-    EXPECT_FALSE(bitRatesOf(wrong)) << wrong;
-  }
-}
-
-TEST(Measure, readsDurations) {
-  EXPECT_EQ(durationNsOf("0"), 0U);
-  EXPECT_EQ(durationNsOf("1us"), 1'000U);
-  EXPECT_EQ(durationNsOf("0.5ms"), 500'000U);
-  EXPECT_EQ(durationNsOf("10ns"), 10U);
-  EXPECT_EQ(durationNsOf("2s"), 2'000'000'000U);
-  EXPECT_EQ(durationNsOf("0.001"), 1'000'000U);
-  for (const char* const wrong : {"", "us", "-1us", "1 us", "1m", "10000000000"}) {
-    EXPECT_EQ(durationNsOf(wrong), std::nullopt) << wrong;
-  }
-}
 
 TEST(Measure, showsSeconds) {
   EXPECT_EQ(secondsText(0), "0.000000 s");

@@ -165,7 +165,7 @@ TEST(InfoCommand, showsWhatAFileIs) {
                                                                    "  frames      3\n"
                                                                    "    bus 1: data 1\n"
                                                                    "    bus 2: data 2\n"
-                                                                   "  duration    0.020 s\n"
+                                                                   "  duration    0.020000 s\n"
                                                                    "  whole       yes\n");
 }
 

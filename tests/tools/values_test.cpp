@@ -69,6 +69,34 @@ TEST(Values, durationsAndSizesHaveUnits) {
   }
 }
 
+TEST(Values, tolerancesMayBeNothing) {
+  EXPECT_EQ(toleranceValue("--x", "0"), 0U);
+  EXPECT_EQ(toleranceValue("--x", "1us"), 1'000U);
+  EXPECT_EQ(toleranceValue("--x", "0.5ms"), 500'000U);
+  EXPECT_EQ(toleranceValue("--x", "10ns"), 10U);
+  EXPECT_EQ(toleranceValue("--x", "2s"), 2'000'000'000U);
+  EXPECT_EQ(toleranceValue("--x", "0.001"), 1'000'000U);
+  for (const char* const wrong : {"", "us", "-1us", "1 us", "1m", "10000000000"}) {
+    EXPECT_NE(refusalOf([&] { static_cast<void>(toleranceValue("--x", wrong)); }), "") << wrong;
+  }
+}
+
+TEST(Values, bitRatesHaveUnits) {
+  EXPECT_EQ(bitRateValue("--x", "500000"), 500'000U);
+  EXPECT_EQ(bitRateValue("--x", "500k"), 500'000U);
+  EXPECT_EQ(bitRateValue("--x", "0.5M"), 500'000U);
+  EXPECT_EQ(bitRateValue("--x", "1G"), 1'000'000'000U);
+  for (const char* const wrong : {"", "k", "500K", "500 k", "0", "-5", "5G", "1e3", "nan", "inf", "500kk"}) {
+    EXPECT_NE(refusalOf([&] { static_cast<void>(bitRateValue("--x", wrong)); }), "") << wrong;
+  }
+  EXPECT_EQ(bitRatesValue("--x", "500k").nominal, 500'000U);
+  EXPECT_EQ(bitRatesValue("--x", "500k").data, 0U);
+  EXPECT_EQ(bitRatesValue("--x", "500k,2M").data, 2'000'000U);
+  for (const char* const wrong : {"", ",", "500k,", ",2M", "500k,2M,8M"}) {
+    EXPECT_NE(refusalOf([&] { static_cast<void>(bitRatesValue("--x", wrong)); }), "") << wrong;
+  }
+}
+
 TEST(Values, zonesAreMinutes) {
   EXPECT_EQ(zoneValue("--tz", "UTC"), 0);
   EXPECT_EQ(zoneValue("--tz", "+01:00"), 60);

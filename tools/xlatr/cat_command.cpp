@@ -99,7 +99,7 @@ ExitCode runCat(const Arguments& arguments) {
   if (arguments.csv && arguments.json) {
     throw CommandFailure(ExitCode::WrongUsage, "--csv and --json: say one of them");
   }
-  const TraceFormat format = arguments.from.empty() ? XLATR_FORMAT_NONE : formatValue("--from", arguments.from);
+  const TraceFormat format = sourceFormatOf(arguments);
   const Wanted wanted(arguments);
   watchSignals();
   const auto output = outputOf(arguments);

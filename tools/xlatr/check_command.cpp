@@ -9,6 +9,7 @@
 #include "conversions.hpp"
 #include "formats.hpp"
 #include "job.hpp"
+#include "measure.hpp"
 #include "open_trace.hpp"
 #include "output.hpp"
 #include "report.hpp"
@@ -22,10 +23,8 @@ struct Checked {
   std::string path;
   ExitCode exitCode = ExitCode::Failed;
   std::string error;
-  TraceFormat format = XLATR_FORMAT_NONE;
+  xlatr_head head{};  // without its texts
   xlatr_account account = emptyAccount();
-  bool placesAreRecords = false;
-  bool unfinished = false;
 };
 
 void read(Stream& stream, Progress& progress) {
@@ -46,10 +45,9 @@ Checked check(const std::string& path, TraceFormat format, const Wanted& all, Pr
   try {
     Stream stream = openTrace(path, format, all);
     read(stream, progress);
-    const xlatr_head head = stream.head();
-    checked.format = head.format;
-    checked.placesAreRecords = head.places_are_records != 0;
-    checked.unfinished = head.unfinished != 0;
+    checked.head = stream.head();
+    checked.head.path = nullptr;
+    checked.head.producer = nullptr;
     checked.account = stream.account();
     checked.exitCode = interruption().value_or(isWhole(stream) ? ExitCode::Done : ExitCode::DoneWithLosses);
   } catch (const Error& error) {
@@ -63,10 +61,8 @@ std::string lineOf(const Checked& checked) {
   if (!checked.error.empty()) {
     return checked.error;
   }
-  return checked.path + ": " + formatName(checked.format) + ", " + countText(checked.account.read) +
-         (checked.account.read == 1 ? " frame" : " frames") +
-         (checked.exitCode == ExitCode::Done ? ", whole" : remarksText(checked.account, checked.placesAreRecords)) +
-         (checked.unfinished ? "; it was not finished by its writer" : "");
+  return checked.path + ": " + formatName(checked.head.format) + ", " + countedFrames(checked.account.read) +
+         (checked.exitCode == ExitCode::Done ? ", whole" : remarksText(checked.account, checked.head));
 }
 
 nlohmann::ordered_json jsonOf(const Checked& checked) {
@@ -77,9 +73,9 @@ nlohmann::ordered_json jsonOf(const Checked& checked) {
   if (!checked.error.empty()) {
     json["error"] = checked.error;
   }
-  json["format"] = formatName(checked.format);
+  json["format"] = formatName(checked.head.format);
   json["frames"] = checked.account.read;
-  json["unfinished"] = checked.unfinished;
+  json["unfinished"] = checked.head.unfinished != 0;
   json["remarks"] = remarksJson(checked.account);
   return json;
 }
@@ -87,7 +83,7 @@ nlohmann::ordered_json jsonOf(const Checked& checked) {
 }  // namespace
 
 ExitCode runCheck(const Arguments& arguments) {
-  const TraceFormat format = arguments.from.empty() ? XLATR_FORMAT_NONE : formatValue("--from", arguments.from);
+  const TraceFormat format = sourceFormatOf(arguments);
   const Wanted all{Arguments()};
   const std::vector<SourceFile> sources = sourceList(arguments, arguments.paths);
   const std::size_t threads = jobCount(arguments, sources.size());
@@ -112,7 +108,9 @@ ExitCode runCheck(const Arguments& arguments) {
       continue;  // it was not begun when the program was interrupted
     }
     code = worse(code, file.exitCode);
-    array.push_back(jsonOf(file));
+    if (arguments.json) {
+      array.push_back(jsonOf(file));
+    }
     if (!file.error.empty()) {
       printError(file.error);
     } else if (!arguments.json && (arguments.quiet == 0 || (arguments.quiet == 1 && file.exitCode != ExitCode::Done))) {

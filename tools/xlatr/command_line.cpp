@@ -16,10 +16,6 @@ namespace {
   throw CommandFailure(ExitCode::WrongUsage, text);
 }
 
-bool hasOption(const CommandRow& command, const OptionRow& option) {
-  return (option.commands & bitOf(command.command)) != 0;
-}
-
 // How many characters must be put in, taken out or replaced (Levenshtein's distance).
 std::size_t distance(std::string_view one, std::string_view other) {
   std::vector<std::size_t> row(other.size() + 1);
@@ -111,10 +107,10 @@ std::vector<std::string> cut(const std::string& text) {
 
 const OptionRow* optionNamed(std::string_view word) {
   const std::string_view name = word.substr(0, word.find('='));
-  const auto isNamed = [name](const OptionRow& row) {
-    const std::string_view longName = longNameOf(row);
-    return name == longName || (longName != row.names && name == row.names.substr(0, row.names.find(',')));
-  };
+  if (name.empty()) {
+    return nullptr;  // as are the short names that there are not
+  }
+  const auto isNamed = [name](const OptionRow& row) { return name == longNameOf(row) || name == shortNameOf(row); };
   const auto found = std::ranges::find_if(optionTable(), isNamed);
   return found == optionTable().end() ? nullptr : &*found;
 }

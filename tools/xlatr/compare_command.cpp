@@ -3,13 +3,11 @@
 #include <cstdint>
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 
 #include "command_failure.hpp"
 #include "comparison_report.hpp"
 #include "job.hpp"
-#include "measure.hpp"
 #include "open_trace.hpp"
 #include "output.hpp"
 #include "report.hpp"
@@ -31,12 +29,8 @@ xlatr_comparison_options comparisonOptions(const Arguments& arguments, const Wan
   xlatr_comparison_options options{};
   options.size = sizeof options;
   if (!arguments.tolerance.empty()) {
-    const std::optional<std::uint64_t> tolerance = durationNsOf(arguments.tolerance);
-    if (!tolerance) {
-      failValue("--tolerance", arguments.tolerance, "say how long: 0, 10us, 1.5ms, 2s");
-    }
     options.tolerance_known = 1;
-    options.tolerance_ns = *tolerance;
+    options.tolerance_ns = toleranceValue("--tolerance", arguments.tolerance);
   }
   options.texts = arguments.texts ? 1 : 0;
   options.attributes = arguments.attributes ? 1 : 0;
@@ -50,7 +44,7 @@ ComparedTrace traceOf(const std::string& path, const Stream& stream) {
   return {path, stream.head().places_are_records != 0};
 }
 
-void tellDamage(const std::string& path, Stream& stream) {
+void tellDamage(const std::string& path, const Stream& stream) {
   if (!isWhole(stream)) {
     printDamage(path, stream);
   }
@@ -59,7 +53,7 @@ void tellDamage(const std::string& path, Stream& stream) {
 ExitCode compare(const Arguments& arguments) {
   const Wanted wanted(arguments);
   const xlatr_comparison_options options = comparisonOptions(arguments, wanted);
-  const TraceFormat format = arguments.from.empty() ? XLATR_FORMAT_NONE : formatValue("--from", arguments.from);
+  const TraceFormat format = sourceFormatOf(arguments);
   Stream first = openTrace(arguments.paths[0], format, wanted);
   Stream second = openTrace(arguments.paths[1], format, wanted);
   Comparison comparison(&options);

@@ -27,14 +27,6 @@ std::string wordsOf(const OptionRow& option) {
   }
 }
 
-std::string_view shortNameOf(const OptionRow& option) {
-  return longNameOf(option) == option.names ? "" : option.names.substr(0, option.names.find(','));
-}
-
-bool belongsTo(const OptionRow& option, const CommandRow& command) {
-  return (option.commands & bitOf(command.command)) != 0;
-}
-
 std::string commandNames() {
   std::string names;
   for (const CommandRow& row : commandTable()) {
@@ -149,7 +141,7 @@ std::string bashScript() {
     text.append("    ").append(command.name).append(") printf '%s ' \\\n");
     std::string names;
     for (const OptionRow& option : optionTable()) {
-      if (belongsTo(option, command)) {
+      if (hasOption(command, option)) {
         names.append(names.empty() ? "      " : " \\\n      ").append(longNameOf(option));
       }
     }
@@ -220,7 +212,7 @@ std::string zshScript() {
   for (const CommandRow& command : commandTable()) {
     text.append("    ").append(command.name).append(")\n      options=(\n");
     for (const OptionRow& option : optionTable()) {
-      text += belongsTo(option, command) ? zshOption(option) : "";
+      text += hasOption(command, option) ? zshOption(option) : "";
     }
     text += command.paths.empty() ? "" : "        '*:file:_files'\n";
     text += "      )\n      ;;\n";
@@ -282,7 +274,7 @@ std::string fishValue(const OptionRow& option) {
 std::string fishOption(const OptionRow& option) {
   std::string commands;
   for (const CommandRow& command : commandTable()) {
-    commands += belongsTo(option, command) ? " " + std::string(command.name) : "";
+    commands += hasOption(command, option) ? " " + std::string(command.name) : "";
   }
   const std::string_view shortName = shortNameOf(option);
   std::string text = "complete -c xlatr -n '__xlatr_is" + commands + "'";

@@ -6,13 +6,12 @@
 #include <cstddef>
 #include <string_view>
 
+#include "hex_text.hpp"
+#include "measure.hpp"
 #include "xlatr/frames.hpp"
 
 namespace xlatr::cli {
 namespace {
-
-constexpr char kSmallDigits[] = "0123456789abcdef";
-constexpr char kCapitalDigits[] = "0123456789ABCDEF";
 
 constexpr std::uint32_t kindBit(unsigned kind) {
   return std::uint32_t{1} << kind;
@@ -41,42 +40,10 @@ void appendPaddedNumber(std::string& out, std::uint64_t number, std::size_t widt
   appendPadded(out, {digits.data(), static_cast<std::size_t>(end - digits.data())}, width);
 }
 
-// Seconds, with the last three decimals only where they are not 0.
-void appendSeconds(std::string& out, std::int64_t ns, std::size_t width) {
-  constexpr std::uint64_t kNsPerSecond = 1'000'000'000;
-  const bool negative = ns < 0;
-  const std::uint64_t size = negative ? 0 - static_cast<std::uint64_t>(ns) : static_cast<std::uint64_t>(ns);
-  std::array<char, 32> text{};
-  char* end = text.data();
-  if (negative) {
-    *end++ = '-';
-  }
-  end = std::to_chars(end, text.data() + text.size(), size / kNsPerSecond).ptr;
-  *end++ = '.';
-  std::uint64_t rest = size % kNsPerSecond;
-  const std::size_t decimals = rest % 1000 == 0 ? 6 : 9;
-  rest = decimals == 6 ? rest / 1000 : rest;
-  for (std::size_t at = decimals; at > 0; --at) {
-    end[at - 1] = static_cast<char>('0' + rest % 10);
-    rest /= 10;
-  }
-  end += decimals;
-  appendPadded(out, {text.data(), static_cast<std::size_t>(end - text.data())}, width);
-}
-
-void appendIdentifier(std::string& out, const FrameView& frame, std::size_t width) {
-  const bool extended = frame.has(XLATR_FLAG_EXTENDED);
-  std::size_t digits = 3;
-  if (frame.kind() == XLATR_KIND_LIN) {
-    digits = 2;
-  } else if (extended) {
-    digits = 8;
-  }
-  std::array<char, 8> text{};
-  for (std::size_t at = 0; at < digits; ++at) {
-    text.at(at) = kCapitalDigits[frame.id() >> 4 * (digits - 1 - at) & 0xFU];
-  }
-  appendPadded(out, {text.data(), digits}, width);
+// Blanks before what was appended since, so that it is as wide.
+void alignRight(std::string& out, std::size_t since, std::size_t width) {
+  const std::size_t size = out.size() - since;
+  out.insert(since, width - std::min(width, size), ' ');
 }
 
 std::string_view directionOf(const FrameView& frame) {
@@ -101,24 +68,13 @@ void appendJsonText(std::string& out, std::string_view text) {
       out += '\\';
       out += character;
     } else if (static_cast<unsigned char>(character) < 0x20) {
-      out.append("\\u00");
-      out += kSmallDigits[static_cast<unsigned char>(character) >> 4U];
-      out += kSmallDigits[static_cast<unsigned char>(character) & 0xFU];
+      out.append("\\u");
+      appendHex(out, static_cast<unsigned char>(character), 4);
     } else {
       out += character;
     }
   }
   out += '"';
-}
-
-void appendData(std::string& out, Bytes data, std::string_view between) {
-  std::string_view before;
-  for (const std::uint8_t byte : data) {
-    out.append(before);
-    out += kSmallDigits[byte >> 4U];
-    out += kSmallDigits[byte & 0xFU];
-    before = between;
-  }
 }
 
 struct FlagWord {
@@ -147,7 +103,9 @@ void appendTextLine(const xlatr_batch& batch, std::size_t row, std::string& out)
   constexpr std::size_t kLengthWidth = 4;
   const FrameView frame(batch, row);
   const Bytes data = frame.data();
-  appendSeconds(out, frame.timeNs(), kTimeWidth);
+  std::size_t begin = out.size();
+  appendSeconds(out, frame.timeNs());
+  alignRight(out, begin, kTimeWidth);
   if (frame.bus() == 0) {
     appendPadded(out, "-", kBusWidth);
   } else {
@@ -155,7 +113,9 @@ void appendTextLine(const xlatr_batch& batch, std::size_t row, std::string& out)
   }
   appendPadded(out, directionOf(frame), kDirectionWidth);
   if (hasIdentifier(frame)) {
-    appendIdentifier(out, frame, kIdWidth);
+    begin = out.size();
+    appendHex(out, frame.id(), identifierDigits(frame.kind(), frame.has(XLATR_FLAG_EXTENDED)));
+    alignRight(out, begin, kIdWidth);
   } else {
     appendPadded(out, "-", kIdWidth);
   }
@@ -170,7 +130,7 @@ void appendTextLine(const xlatr_batch& batch, std::size_t row, std::string& out)
   }
   if (data.size() > 0) {
     out.append("  ");
-    appendData(out, data, " ");
+    appendHexBytes(out, {data.data(), data.size()}, " ");
   }
   for (const FlagWord& word : kFlags) {
     if (!word.text.empty() && frame.has(word.flag)) {
@@ -198,11 +158,8 @@ void appendJsonLine(const xlatr_batch& batch, std::size_t row, std::string& out)
   appendNumber(out, frame.bus());
   if (hasIdentifier(frame)) {
     out.append(",\"id\":\"");
-    std::array<char, 8> digits{};
-    char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), frame.id(), 16).ptr;
-    std::transform(digits.data(), end, digits.data(),
-                   [](char digit) { return digit >= 'a' ? static_cast<char>(digit - 'a' + 'A') : digit; });
-    out.append(digits.data(), end).append("\"");
+    appendHex(out, frame.id(), 1);
+    out += '"';
   }
   if (directionOf(frame) != "-") {
     out.append(",\"dir\":").append(frame.has(XLATR_FLAG_TRANSMITTED) ? "1" : "0");
@@ -218,7 +175,7 @@ void appendJsonLine(const xlatr_batch& batch, std::size_t row, std::string& out)
   out.append(",\"length\":");
   appendNumber(out, frame.data().size());
   out.append(",\"data\":\"");
-  appendData(out, frame.data(), "");
+  appendHexBytes(out, {frame.data().data(), frame.data().size()}, "");
   out += '"';
   for (std::uint32_t attribute = 0; attribute < XLATR_ATTRIBUTE_COUNT; ++attribute) {
     if (const auto value = frame.attribute(attribute)) {

@@ -26,9 +26,9 @@ std::string entry(std::string_view name, std::string_view text) {
 
 // "-f, --force" and "    --to FORMAT": the long names stand below each other.
 std::string shownNames(const OptionRow& option) {
-  const std::string_view longName = longNameOf(option);
-  std::string names = longName == option.names ? "    " : std::string(option.names.substr(0, 2)) + ", ";
-  names += longName;
+  const std::string_view shortName = shortNameOf(option);
+  std::string names = shortName.empty() ? "    " : std::string(shortName) + ", ";
+  names += longNameOf(option);
   if (!option.argument.empty()) {
     names.append(" ").append(option.argument);
   }
@@ -80,7 +80,7 @@ std::string wrapped(std::string_view text, std::size_t indent) {
 std::vector<const OptionRow*> optionsOf(const CommandRow& command, OptionGroup group) {
   std::vector<const OptionRow*> options;
   for (const OptionRow& row : optionTable()) {
-    if (row.group == group && (row.commands & bitOf(command.command)) != 0) {
+    if (row.group == group && hasOption(command, row)) {
       options.push_back(&row);
     }
   }

@@ -12,6 +12,7 @@
 #include "formats.hpp"
 #include "frame_counts.hpp"
 #include "job.hpp"
+#include "measure.hpp"
 #include "mf4_groups.hpp"
 #include "open_trace.hpp"
 #include "output.hpp"
@@ -80,13 +81,6 @@ bool isSorted(const Mf4Groups& groups) {
   return true;
 }
 
-std::string durationText(std::int64_t ns) {
-  constexpr std::int64_t kNsPerMillisecond = 1'000'000;
-  const std::string milliseconds = std::to_string(ns / kNsPerMillisecond % 1000);
-  return countText(static_cast<std::uint64_t>(ns / kNsPerMillisecond / 1000)) + "." +
-         std::string(3 - milliseconds.size(), '0') + milliseconds + " s";
-}
-
 class Lines {
  public:
   void add(std::string_view name, const std::string& value) {
@@ -127,8 +121,8 @@ void addCounts(const FileInfo& file, Lines& lines) {
     }
     lines.addBelow(text);
   }
-  lines.add("duration", durationText(file.counts->durationNs()));
-  const std::string remarks = remarksText(file.account, file.head.places_are_records != 0);
+  lines.add("duration", secondsText(file.counts->durationNs()));
+  const std::string remarks = remarksText(file.account, file.head);
   lines.add("whole", file.whole ? "yes" : "no" + remarks);
 }
 

@@ -90,11 +90,12 @@ TraceFormat formatValue(const char* option, const std::string& name) {
   return format;
 }
 
-JobSettings::JobSettings(const Arguments& arguments) : wanted_(arguments) {
+TraceFormat sourceFormatOf(const Arguments& arguments) {
+  return arguments.from.empty() ? TraceFormat{XLATR_FORMAT_NONE} : formatValue("--from", arguments.from);
+}
+
+JobSettings::JobSettings(const Arguments& arguments) : sourceFormat_(sourceFormatOf(arguments)), wanted_(arguments) {
   sink_.size = sizeof sink_;
-  if (!arguments.from.empty()) {
-    sourceFormat_ = formatValue("--from", arguments.from);
-  }
   if (!arguments.to.empty()) {
     sink_.format = formatValue("--to", arguments.to);
   }
@@ -156,19 +157,6 @@ ExitCode exitCodeOf(xlatr_code code) {
   }
 }
 
-bool isComplete(const xlatr_account& account) {
-  for (std::uint32_t remark = 0; xlatr_remark_name(remark) != nullptr; ++remark) {
-    if (xlatr_remark_class(remark) == XLATR_CLASS_SELECTION ||
-        std::string_view(xlatr_remark_name(remark)) == "time_rounded") {
-      continue;
-    }
-    if (account.dropped_by[remark].frames + account.commented_by[remark].frames + account.noted[remark].frames != 0) {
-      return false;
-    }
-  }
-  return true;
-}
-
 // A friend of the settings, of which it makes the library's records.
 class Job {
  public:
@@ -176,38 +164,39 @@ class Job {
     const xlatr_input input = standardInput();
     const xlatr_input* const inputs[] = {&input};
     std::vector<const char*> sources;
-    options_.size = sizeof options_;
+    xlatr_job_options options{};
+    options.size = sizeof options;
     for (const std::string& source : paths.sources) {
       if (source == kStandardStream) {
-        options_.inputs = inputs;
-        options_.input_count = 1;
+        options.inputs = inputs;
+        options.input_count = 1;
       } else {
         sources.push_back(source.c_str());
       }
     }
-    options_.sources = sources.data();
-    options_.source_count = static_cast<std::uint32_t>(sources.size());
-    options_.source_format = settings.sourceFormat_;
+    options.sources = sources.data();
+    options.source_count = static_cast<std::uint32_t>(sources.size());
+    options.source_format = settings.sourceFormat_;
     xlatr_sink_options sink = settings.sink_;
     sink.separator = settings.separator_.empty() ? nullptr : settings.separator_.c_str();
-    options_.sink = &sink;
+    options.sink = &sink;
     const xlatr_output output = standardOutput("standard output");
     if (paths.target == kStandardStream) {
-      options_.output = &output;
+      options.output = &output;
     } else {
-      options_.target = paths.target.c_str();
+      options.target = paths.target.c_str();
     }
     const xlatr_selection selection = settings.wanted_.selection();
     const xlatr_changes changes = settings.wanted_.changes();
-    options_.selection = &selection;
-    options_.changes = &changes;
-    options_.strict = settings.strict_ ? 1 : 0;
-    options_.align_starts = settings.alignsStarts_ ? 1 : 0;
-    options_.close_gaps = settings.closesGaps_ ? 1 : 0;
-    options_.progress = [](void* seen, const xlatr_job_progress* now) { return static_cast<Seen*>(seen)->see(*now); };
-    options_.context = &seen_;
+    options.selection = &selection;
+    options.changes = &changes;
+    options.strict = settings.strict_ ? 1 : 0;
+    options.align_starts = settings.alignsStarts_ ? 1 : 0;
+    options.close_gaps = settings.closesGaps_ ? 1 : 0;
+    options.progress = [](void* seen, const xlatr_job_progress* now) { return static_cast<Seen*>(seen)->see(*now); };
+    options.context = &seen_;
     xlatr_job* job = nullptr;
-    code_ = xlatr_job_create(&options_, &job);
+    code_ = xlatr_job_create(&options, &job);
     job_.reset(job);
   }
 
@@ -235,14 +224,13 @@ class Job {
       const char* const text = xlatr_job_error(job_.get());
       report.error = oneLine(text == nullptr || *text == '\0' ? xlatr_code_text(code_) : text);
       report.error += code_ == XLATR_ERROR_TARGET_EXISTS ? "; -f replaces it, -n leaves it out" : "";
-    } else if (!isComplete(report.account)) {
+    } else if (report.account.complete == 0) {
       report.exitCode = ExitCode::DoneWithLosses;
     }
   }
 
  private:
   Seen seen_;
-  xlatr_job_options options_{};
   std::unique_ptr<xlatr_job, CloseJob> job_;
   xlatr_code code_ = XLATR_OK;
 };

@@ -68,11 +68,11 @@ struct JobReport {
 // Runs to its end, whatever that is; an interruption (signals.hpp) cancels it.
 [[nodiscard]] JobReport runJob(const JobSettings& settings, const JobPaths& paths, Progress& progress);
 
-// Whether everything that was wanted came over, but for the rounding of times.
-[[nodiscard]] bool isComplete(const xlatr_account& account);
-
 // What a failure of the library means for the program.
 [[nodiscard]] ExitCode exitCodeOf(xlatr_code code);
+
+// The format that --from names; XLATR_FORMAT_NONE without it. Raises a CommandFailure with ExitCode::WrongUsage.
+[[nodiscard]] TraceFormat sourceFormatOf(const Arguments& arguments);
 
 // A name or an extension of a format in any case. Raises a CommandFailure with ExitCode::WrongUsage.
 [[nodiscard]] TraceFormat formatValue(const char* option, const std::string& name);

@@ -1,10 +1,8 @@
 #include "open_trace.hpp"
 
-#include <algorithm>
 #include <cstddef>
 #include <optional>
 
-#include "job.hpp"
 #include "output.hpp"
 #include "report.hpp"
 #include "standard_streams.hpp"
@@ -37,15 +35,13 @@ Stream openTrace(const std::string& path, TraceFormat format, const Wanted& want
   return path == kStandardStream ? Stream(inputOf(standardInput()), &options) : Stream(path, &options);
 }
 
-bool isWhole(Stream& stream) {
-  return isComplete(stream.account()) && stream.head().unfinished == 0;
+bool isWhole(const Stream& stream) {
+  return stream.account().complete != 0 && stream.head().unfinished == 0;
 }
 
-void printDamage(const std::string& path, Stream& stream) {
-  const xlatr_head head = stream.head();
-  std::string text = remarksText(stream.account(), head.places_are_records != 0);
-  text += head.unfinished != 0 ? "; it was not finished by its writer" : "";
-  printError(path + ": " + text.substr(std::min<std::size_t>(2, text.size())));
+void printDamage(const std::string& path, const Stream& stream) {
+  constexpr std::size_t kSeparator = 2;  // before the first remark
+  printError(path + ": " + remarksText(stream.account(), stream.head()).substr(kSeparator));
 }
 
 }  // namespace xlatr::cli

@@ -13,9 +13,9 @@ namespace xlatr::cli {
 [[nodiscard]] Stream openTrace(const std::string& path, TraceFormat format, const Wanted& wanted);
 
 // Whether a trace is whole and nothing of it had to be guessed.
-[[nodiscard]] bool isWhole(Stream& stream);
+[[nodiscard]] bool isWhole(const Stream& stream);
 
 // Prints what is wrong with a trace that is not.
-void printDamage(const std::string& path, Stream& stream);
+void printDamage(const std::string& path, const Stream& stream);
 
 }  // namespace xlatr::cli

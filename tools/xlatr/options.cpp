@@ -264,6 +264,10 @@ std::string_view longNameOf(const OptionRow& option) {
   return option.names.substr(option.names.rfind(',') + 1);
 }
 
+std::string_view shortNameOf(const OptionRow& option) {
+  return longNameOf(option) == option.names ? std::string_view() : option.names.substr(0, option.names.find(','));
+}
+
 bool isGiven(const OptionRow& option, const Arguments& arguments) {
   struct Given {
     const Arguments& arguments;

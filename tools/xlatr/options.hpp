@@ -61,6 +61,13 @@ struct OptionRow {
 // "--force": the last of the names.
 [[nodiscard]] std::string_view longNameOf(const OptionRow& option);
 
+// "-f"; empty for an option without a short name.
+[[nodiscard]] std::string_view shortNameOf(const OptionRow& option);
+
+[[nodiscard]] constexpr bool hasOption(const CommandRow& command, const OptionRow& option) {
+  return (option.commands & bitOf(command.command)) != 0;
+}
+
 // Whether the option was given.
 [[nodiscard]] bool isGiven(const OptionRow& option, const Arguments& arguments);
 

@@ -13,12 +13,6 @@ namespace xlatr::cli {
 
 namespace {
 
-std::string fixedText(double value, int digits) {
-  std::array<char, 64> buffer{};
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, digits);
-  return {buffer.data(), end.ptr};
-}
-
 bool isLineBreak(char character) {
   return character == '\n' || character == '\r';
 }
@@ -28,6 +22,12 @@ bool isControl(char character) {
 }
 
 }  // namespace
+
+std::string fixedText(double value, int digits) {
+  std::array<char, 400> buffer{};
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, digits);
+  return {buffer.data(), end.ptr};
+}
 
 void printError(std::string_view text) {
   std::cerr << "xlatr: " + oneLine(text) + "\n";

@@ -24,6 +24,9 @@ void printWarning(std::string_view text);
 // "2.0, 2.1": the versions in order.
 [[nodiscard]] std::string versionListText(const std::vector<double>& versions);
 
+// "12.50" for two digits.
+[[nodiscard]] std::string fixedText(double value, int digits);
+
 // "1,234,567".
 [[nodiscard]] std::string countText(std::uint64_t count);
 

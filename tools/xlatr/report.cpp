@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "formats.hpp"
+#include "measure.hpp"
 #include "output.hpp"
 #include "start_time.hpp"
 
@@ -31,10 +32,6 @@ std::string_view className(std::int32_t remarkClass) {
   static constexpr std::array<std::string_view, 6> kNames = {"selection", "damage",  "guess",
                                                              "not_held",  "reduced", "passed_over"};
   return kNames.at(static_cast<std::size_t>(remarkClass));
-}
-
-std::string framesText(std::uint64_t count) {
-  return countText(count) + (count == 1 ? " frame" : " frames");
 }
 
 std::string targetText(const JobReport& report) {
@@ -107,7 +104,7 @@ Json jsonOf(const JobReport& report) {
 
 }  // namespace
 
-std::string remarksText(const xlatr_account& account, bool placesAreRecords) {
+std::string remarksText(const xlatr_account& account, const xlatr_head& head) {
   std::string text;
   for (const CountRow& row : kCounts) {
     for (std::uint32_t remark = 0; xlatr_remark_name(remark) != nullptr; ++remark) {
@@ -118,10 +115,13 @@ std::string remarksText(const xlatr_account& account, bool placesAreRecords) {
       text.append("; ").append(countText(count.frames));
       text.append(" ").append(row.text).append(": ").append(xlatr_remark_text(remark));
       if (xlatr_remark_class(remark) != XLATR_CLASS_SELECTION && count.first != 0) {
-        text.append(" (the first is ").append(placesAreRecords ? "record " : "line ");
+        text.append(" (the first is ").append(head.places_are_records != 0 ? "record " : "line ");
         text.append(countText(count.first)).append(")");
       }
     }
+  }
+  if (head.unfinished != 0) {
+    text += "; the source was not finished by its writer";
   }
   return text;
 }
@@ -149,18 +149,13 @@ std::string reportLine(const JobReport& report) {
     return report.paths.target + ": exists; left out";
   }
   if (!report.error.empty()) {
-    return report.error + (report.exitCode == ExitCode::DoneWithLosses
-                               ? remarksText(report.account, report.head.places_are_records != 0)
-                               : "");
+    return report.error + (report.exitCode == ExitCode::DoneWithLosses ? remarksText(report.account, report.head) : "");
   }
-  std::string text = sourceText(report) + " -> " + targetText(report) + ": " + framesText(report.account.read) +
+  std::string text = sourceText(report) + " -> " + targetText(report) + ": " + countedFrames(report.account.read) +
                      " read, " + countText(report.account.written) + " written";
-  text += remarksText(report.account, report.head.places_are_records != 0);
+  text += remarksText(report.account, report.head);
   for (const auto& [name, count] : report.passedOver) {
     text += "; " + name + ": " + countText(count);
-  }
-  if (report.head.unfinished != 0) {
-    text += "; the source was not finished by its writer";
   }
   return text;
 }
@@ -177,7 +172,7 @@ std::string summaryLine(const std::vector<JobReport>& reports) {
     dropped += report.account.dropped;
     ++counts.at(static_cast<std::size_t>(std::ranges::find(kNames, statusName(report)) - kNames.begin()));
   }
-  std::string text = countText(reports.size()) + " sources: " + framesText(read) + " read, " + countText(written) +
+  std::string text = countText(reports.size()) + " sources: " + countedFrames(read) + " read, " + countText(written) +
                      " written, " + countText(dropped) + " dropped";
   for (std::size_t at = 0; at < kNames.size(); ++at) {
     if (counts.at(at) != 0) {

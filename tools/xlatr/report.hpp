@@ -18,8 +18,9 @@ namespace xlatr::cli {
 // As docs/report.schema.json says.
 [[nodiscard]] nlohmann::ordered_json reportJson(const std::vector<JobReport>& reports);
 
-// What an account tells besides its sums: "3 dropped: the target has no CAN FD frames (the first is line 17)".
-[[nodiscard]] std::string remarksText(const xlatr_account& account, bool placesAreRecords);
+// What an account tells besides its sums, and whether the source was finished: "; 3 dropped: the target has no CAN FD
+// frames (the first is line 17)".
+[[nodiscard]] std::string remarksText(const xlatr_account& account, const xlatr_head& head);
 
 // The reasons in an account, as in the report.
 [[nodiscard]] nlohmann::ordered_json remarksJson(const xlatr_account& account);

@@ -2,12 +2,10 @@
 
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 #include <utility>
 
 #include "job.hpp"
-#include "measure.hpp"
 #include "open_trace.hpp"
 #include "output.hpp"
 #include "report.hpp"
@@ -25,19 +23,12 @@ xlatr_analysis_options analysisOptions(const Arguments& arguments) {
   xlatr_analysis_options options{};
   options.size = sizeof options;
   if (!arguments.bitRate.empty()) {
-    const std::optional<BitRatePair> rates = bitRatesOf(arguments.bitRate);
-    if (!rates) {
-      failValue("--bitrate", arguments.bitRate, "say how many bits per second: 500k, or 500k,2M for CAN FD");
-    }
-    options.nominal_rate = rates->nominal;
-    options.data_rate = rates->data;
+    const BitRatePair rates = bitRatesValue("--bitrate", arguments.bitRate);
+    options.nominal_rate = rates.nominal;
+    options.data_rate = rates.data;
   }
   if (!arguments.linBitRate.empty()) {
-    const std::optional<std::uint32_t> rate = bitRateOf(arguments.linBitRate);
-    if (!rate) {
-      failValue("--lin-bitrate", arguments.linBitRate, "say how many bits per second: 19200");
-    }
-    options.lin_rate = *rate;
+    options.lin_rate = bitRateValue("--lin-bitrate", arguments.linBitRate);
   }
   if (!arguments.stuffing.empty()) {
     options.stuffing =
@@ -51,7 +42,7 @@ class StatsRun {
   explicit StatsRun(const Arguments& arguments)
       : wanted_(arguments),
         options_(analysisOptions(arguments)),
-        format_(arguments.from.empty() ? XLATR_FORMAT_NONE : formatValue("--from", arguments.from)),
+        format_(sourceFormatOf(arguments)),
         json_(arguments.json) {}
 
   ExitCode run(const std::string& path) {

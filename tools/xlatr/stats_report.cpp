@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
@@ -33,12 +32,6 @@ std::string payloadText(const xlatr_id_statistics& id) {
   const auto bytes = lastDataOf(id);
   const std::string text = hexBytes(bytes.first(std::min(bytes.size(), kShown)), " ");
   return id.last_length > kShown ? text + " ..." : text;
-}
-
-std::string rateText(double perSecond) {
-  std::array<char, 400> buffer{};
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), perSecond, std::chars_format::fixed, 1);
-  return {buffer.data(), end.ptr};
 }
 
 double secondsOf(const xlatr_analysis_summary& summary) {
@@ -110,7 +103,7 @@ std::string busTable(const Analysis& analysis, double seconds) {
   for (const xlatr_bus_statistics& bus : buses) {
     std::vector<std::string> row = {std::to_string(bus.bus),
                                     std::to_string(bus.traffic),
-                                    seconds > 0.0 ? rateText(static_cast<double>(bus.traffic) / seconds) : "-",
+                                    seconds > 0.0 ? fixedText(static_cast<double>(bus.traffic) / seconds, 1) : "-",
                                     std::to_string(bus.ids),
                                     std::to_string(bus.data_bytes),
                                     std::to_string(bus.frames[XLATR_KIND_ERROR]),
@@ -140,7 +133,7 @@ std::string identifierTable(const std::vector<xlatr_id_statistics>& ids, std::in
     const std::uint64_t covered = static_cast<std::uint64_t>(lastNs) - static_cast<std::uint64_t>(id.bins_begin_ns);
     rows.push_back({std::to_string(id.bus), identifierText(id.kind, id.id, id.extended != 0), xlatr_kind_name(id.kind),
                     std::to_string(id.frames),
-                    cycles && id.cycle_mean_ns > 0.0 ? rateText(1e9 / id.cycle_mean_ns) : "-",
+                    cycles && id.cycle_mean_ns > 0.0 ? fixedText(1e9 / id.cycle_mean_ns, 1) : "-",
                     milliseconds(static_cast<double>(id.cycle_min_ns)), milliseconds(id.cycle_mean_ns),
                     milliseconds(static_cast<double>(id.cycle_max_ns)),
                     milliseconds(static_cast<double>(id.cycle_p99_ns)), lengthText(id), payloadText(id),

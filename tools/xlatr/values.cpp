@@ -112,7 +112,7 @@ std::optional<std::int64_t> unitsOf(std::string_view text, std::span<const Unit>
   const std::size_t end = std::min(text.find_first_not_of("0123456789."), text.size());
   const auto unit = end == text.size() ? units.begin() : std::ranges::find(units, text.substr(end), &Unit::name);
   const auto number = billionths(text.substr(0, end));
-  if (unit == units.end() || !number || *number <= 0) {
+  if (unit == units.end() || !number) {
     return std::nullopt;
   }
   const std::int64_t whole = *number / kNsPerSecond;
@@ -172,6 +172,35 @@ std::uint64_t sizeValue(std::string_view option, std::string_view value) {
     failValue(option, value, "this is no size, such as 100M or 2G");
   }
   return static_cast<std::uint64_t>(*size);
+}
+
+std::uint64_t toleranceValue(std::string_view option, std::string_view value) {
+  static constexpr std::array kUnits = {Unit{"s", kNsPerSecond}, Unit{"ms", 1'000'000}, Unit{"us", 1000},
+                                        Unit{"ns", 1}};
+  const auto tolerance = unitsOf(value, kUnits);
+  if (!tolerance) {
+    failValue(option, value, "say how long: 0, 10us, 1.5ms, 2s");
+  }
+  return static_cast<std::uint64_t>(*tolerance);
+}
+
+std::uint32_t bitRateValue(std::string_view option, std::string_view value) {
+  static constexpr std::array kUnits = {Unit{"", 1}, Unit{"k", 1000}, Unit{"M", 1'000'000}, Unit{"G", 1'000'000'000}};
+  constexpr std::int64_t kHighest = 4'000'000'000;
+  const auto rate = unitsOf(value, kUnits);
+  if (!rate || *rate == 0 || *rate > kHighest) {
+    failValue(option, value, "say how many bits per second: 19200, 500k or 2M");
+  }
+  return static_cast<std::uint32_t>(*rate);
+}
+
+BitRatePair bitRatesValue(std::string_view option, std::string_view value) {
+  const std::size_t comma = value.find(',');
+  BitRatePair rates{.nominal = bitRateValue(option, value.substr(0, comma))};
+  if (comma != std::string_view::npos) {
+    rates.data = bitRateValue(option, value.substr(comma + 1));
+  }
+  return rates;
 }
 
 std::uint32_t numberValue(std::string_view option, std::string_view value, std::uint32_t largest) {

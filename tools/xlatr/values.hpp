@@ -25,6 +25,19 @@ struct TimeValue {
 // Nanoseconds of "90", "30s", "10m", "1.5h", "250ms"; more than 0.
 [[nodiscard]] std::int64_t durationValue(std::string_view option, std::string_view value);
 
+// Nanoseconds of "0", "1us", "0.5ms", "10ns", "2s"; seconds without a unit.
+[[nodiscard]] std::uint64_t toleranceValue(std::string_view option, std::string_view value);
+
+// Bits per second: "500k", "2M", "500000", "0.5M"; from one bit to 4 Gbit.
+[[nodiscard]] std::uint32_t bitRateValue(std::string_view option, std::string_view value);
+
+// "500k,2M": the nominal rate of CAN and that of the data of CAN FD, which is 0 if it is not stated.
+struct BitRatePair {
+  std::uint32_t nominal = 0;
+  std::uint32_t data = 0;
+};
+[[nodiscard]] BitRatePair bitRatesValue(std::string_view option, std::string_view value);
+
 // Bytes of "1000", "100k", "2.5M", "1G"; "Ki", "Mi" and "Gi" are units of 1,024. More than 0.
 [[nodiscard]] std::uint64_t sizeValue(std::string_view option, std::string_view value);
 

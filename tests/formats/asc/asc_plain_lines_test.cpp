@@ -101,21 +101,8 @@ TEST(AscPlainLines, othersAreLeftToTheirParser) {
 }
 
 TEST(AscPlainLines, becomeTheFramesOfTheParserOfAllForms) {
-  constexpr std::size_t kCopies = 3000;
-  std::vector<std::string> taken;
-  std::vector<std::string> texts;
-  for (const std::string& line : test::mutatedLines(kPlainLines, kCopies)) {
-    if (const auto text = plainTextOf(line)) {
-      taken.push_back(line);
-      texts.push_back(*text);
-    }
-  }
-  EXPECT_GT(taken.size(), kPlainLines.size() * kCopies / 10);
-  const std::vector<std::string> expected = textsOfAnyForm(taken);
-  ASSERT_EQ(texts.size(), expected.size());
-  for (std::size_t at = 0; at < texts.size(); ++at) {
-    ASSERT_EQ(texts[at], expected[at]) << taken[at];
-  }
+  const test::TakenLines taken = test::takenOf(kPlainLines, 10, plainTextOf);
+  test::expectSameTexts(taken.texts, textsOfAnyForm(taken.lines), taken.lines);
 }
 
 }  // namespace

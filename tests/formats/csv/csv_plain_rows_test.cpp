@@ -18,8 +18,6 @@
 namespace xlatr {
 namespace {
 
-constexpr std::size_t kCopies = 3000;
-
 // ---- version 1.0
 
 struct PlainTable {
@@ -67,14 +65,6 @@ std::vector<std::string> textsOfAnyForm(const PlainTable& table, const std::vect
     content += wider.insert(row.find(separator), separator + "x") + "\n";
   }
   return textsOfFile(content);
-}
-
-void expectSame(const std::vector<std::string>& texts, const std::vector<std::string>& expected,
-                const std::vector<std::string>& rows) {
-  ASSERT_EQ(texts.size(), expected.size());
-  for (std::size_t at = 0; at < texts.size(); ++at) {
-    ASSERT_EQ(texts[at], expected[at]) << rows[at];
-  }
 }
 
 TEST(CsvPlainRows, areTaken) {
@@ -127,21 +117,14 @@ TEST(CsvPlainRows, areThoseOfTablesWithOurColumns) {
 
 TEST(CsvPlainRows, becomeTheFramesOfTheParserOfAllForms) {
   for (const PlainTable& table : kPlainTables) {
-    std::vector<std::string> taken;
-    std::vector<std::string> texts;
-    for (const std::string& row : test::mutatedLines(table.rows, kCopies)) {
-      if (const auto text = plainTextOf(table, row)) {
-        taken.push_back(row);
-        texts.push_back(*text);
-      }
-    }
-    EXPECT_GT(taken.size(), table.rows.size() * kCopies / 20);
-    expectSame(texts, textsOfAnyForm(table, taken), taken);
+    const test::TakenLines taken =
+        test::takenOf(table.rows, 20, [&table](std::string_view row) { return plainTextOf(table, row); });
+    test::expectSameTexts(taken.texts, textsOfAnyForm(table, taken.lines), taken.lines);
     std::string content = columnLineOf(table) + "\n";
-    for (const std::string& row : taken) {
+    for (const std::string& row : taken.lines) {
       content += row + "\n";
     }
-    expectSame(textsOfFile(content), texts, taken);
+    test::expectSameTexts(textsOfFile(content), taken.texts, taken.lines);
   }
 }
 
@@ -221,17 +204,9 @@ TEST(CsvTablePlainRows, areThoseOfTablesWithOurColumns) {
 }
 
 TEST(CsvTablePlainRows, becomeTheFramesOfTheParserOfAllForms) {
-  std::vector<std::string> taken;
-  std::vector<std::string> texts;
-  for (const std::string& row : test::mutatedLines(kPlainTableRows, kCopies)) {
-    if (const auto text = plainTableTextOf(row)) {
-      taken.push_back(row);
-      texts.push_back(*text);
-    }
-  }
-  EXPECT_GT(taken.size(), kPlainTableRows.size() * kCopies / 20);
-  expectSame(texts, textsOfFile(tableOf(tableHeader(), ",other", taken)), taken);
-  expectSame(textsOfFile(tableOf(tableHeader(), "", taken)), texts, taken);
+  const test::TakenLines taken = test::takenOf(kPlainTableRows, 20, plainTableTextOf);
+  test::expectSameTexts(taken.texts, textsOfFile(tableOf(tableHeader(), ",other", taken.lines)), taken.lines);
+  test::expectSameTexts(textsOfFile(tableOf(tableHeader(), "", taken.lines)), taken.texts, taken.lines);
 }
 
 }  // namespace

@@ -70,21 +70,8 @@ TEST(LinPlainLines, othersAreLeftToTheirParser) {
 }
 
 TEST(LinPlainLines, becomeTheFramesOfTheParserOfAllForms) {
-  constexpr std::size_t kCopies = 3000;
-  std::vector<std::string> taken;
-  std::vector<std::string> texts;
-  for (const std::string& line : test::mutatedLines(kPlainLinLines, kCopies)) {
-    if (const auto text = plainTextOf(line)) {
-      taken.push_back(line);
-      texts.push_back(*text);
-    }
-  }
-  EXPECT_GT(taken.size(), kPlainLinLines.size() * kCopies / 20);
-  const std::vector<std::string> expected = textsOfAnyForm(taken);
-  ASSERT_EQ(texts.size(), expected.size());
-  for (std::size_t at = 0; at < texts.size(); ++at) {
-    ASSERT_EQ(texts[at], expected[at]) << taken[at];
-  }
+  const test::TakenLines taken = test::takenOf(kPlainLinLines, 20, plainTextOf);
+  test::expectSameTexts(taken.texts, textsOfAnyForm(taken.lines), taken.lines);
 }
 
 }  // namespace

@@ -137,22 +137,11 @@ TEST(TrcPlainLines, othersAreLeftToTheirParser) {
 }
 
 TEST(TrcPlainLines, becomeTheFramesOfTheParserOfAllForms) {
-  constexpr std::size_t kCopies = 3000;
   for (const PlainTrc& trace : kPlainTraces) {
-    std::vector<std::string> taken;
-    std::vector<std::string> texts;
-    for (const std::string& line : test::mutatedLines(trace.lines, kCopies)) {
-      if (const auto text = plainTextOf(trace, line)) {
-        taken.push_back(line);
-        texts.push_back(*text);
-      }
-    }
-    EXPECT_GT(taken.size(), trace.lines.size() * kCopies / 10) << trace.version;
-    const std::vector<std::string> expected = textsOfAnyForm(trace, taken);
-    ASSERT_EQ(texts.size(), expected.size()) << trace.version;
-    for (std::size_t at = 0; at < texts.size(); ++at) {
-      ASSERT_EQ(texts[at], expected[at]) << trace.version << ": " << taken[at];
-    }
+    SCOPED_TRACE(trace.version);
+    const test::TakenLines taken =
+        test::takenOf(trace.lines, 10, [&trace](std::string_view line) { return plainTextOf(trace, line); });
+    test::expectSameTexts(taken.texts, textsOfAnyForm(trace, taken.lines), taken.lines);
   }
 }
 
