@@ -162,6 +162,10 @@ class Calls {
     made.in_order = arguments_.flag() ? 1 : 0;
     return made;
   }
+  static std::int32_t cancelSoon(void* context, const xlatr_job_progress* progress) {
+    require(context == nullptr && progress->size == sizeof *progress);
+    return progress->frames_read > 100 ? 1 : 0;
+  }
   std::int64_t readSource(std::uint64_t offset, void* buffer, std::uint64_t bytes) const {
     if (atOnce_ == 0) {
       return -1;
@@ -189,6 +193,7 @@ class Calls {
     options.selection = arguments_.flag() ? &wanted : nullptr;
     options.changes = arguments_.flag() ? &changed : nullptr;
     options.format = arguments_.flag() ? arguments_.format() : 0;
+    options.progress = arguments_.flag() ? cancelSoon : nullptr;
     xlatr_stream* stream = nullptr;
     xlatr_stream_open(path(), &options, &stream);
     streams_.add(stream);

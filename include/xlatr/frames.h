@@ -185,6 +185,8 @@ typedef struct xlatr_count {
   uint64_t first; /* the place of the first */
 } xlatr_count;
 
+enum { XLATR_MET_SIZE = 64 };
+
 /* read = written + dropped. Remarks beyond the last are 0. */
 typedef struct xlatr_account {
   uint64_t size;
@@ -196,6 +198,9 @@ typedef struct xlatr_account {
   xlatr_count commented_by[XLATR_REMARK_LIMIT]; /* adds up to `commented` */
   xlatr_count noted[XLATR_REMARK_LIMIT];        /* what else is to be told */
   uint32_t complete; /* 1: everything that was wanted came over as it was, but for the rounding of times */
+  uint32_t reserved;
+  char met[XLATR_REMARK_LIMIT][XLATR_MET_SIZE]; /* how the first line or record that was noted so begins: UTF-8, or a
+                                                   record's bytes in hexadecimal digits; "" where that is not known */
 } xlatr_account;
 
 /* "kind_not_held"; "the target has no such kind of frame"; XLATR_CLASS_NOT_HELD. Null, null and -1 beyond the last
@@ -256,6 +261,22 @@ typedef struct xlatr_changes {
   int32_t zone_minutes;
 } xlatr_changes;
 
+/* ---- progress */
+
+/* How far a trace is read. */
+typedef struct xlatr_job_progress {
+  uint64_t size;
+  uint64_t bytes_read;
+  uint64_t bytes_total; /* 0 if nobody knows */
+  uint64_t frames_read;
+  double seconds;          /* since the start of the job, or since the stream was opened */
+  double bytes_per_second; /* since then */
+} xlatr_job_progress;
+
+/* Called for about every 16,000 frames, on the thread that runs the job or reads the stream. 0 goes on, anything else
+ * cancels. */
+typedef int32_t (*xlatr_progress_function)(void* context, const xlatr_job_progress* progress);
+
 /* ---- streams */
 
 /* A trace that is read. */
@@ -266,6 +287,9 @@ typedef struct xlatr_stream_options {
   TraceFormat format; /* 0: that of the content */
   const xlatr_selection* selection;
   const xlatr_changes* changes;
+  xlatr_progress_function progress; /* whoever reads the stream; one that it cancels ends with XLATR_ERROR_CANCELLED.
+                                       May be null */
+  void* context;
 } xlatr_stream_options;
 
 /* A trace that is no file: its bytes come from a function of the caller. */
@@ -370,18 +394,6 @@ XLATR_API xlatr_code xlatr_sink_close(xlatr_sink* sink);
 
 /* A whole conversion: sources, what is wanted of them, and a target, in this process and without a file in between. */
 typedef struct xlatr_job xlatr_job;
-
-typedef struct xlatr_job_progress {
-  uint64_t size;
-  uint64_t bytes_read;
-  uint64_t bytes_total;
-  uint64_t frames_read;
-  double seconds;          /* since the start of the job */
-  double bytes_per_second; /* since the start of the job */
-} xlatr_job_progress;
-
-/* Called for about every 16,000 frames, on the thread that runs the job. 0 goes on, anything else cancels. */
-typedef int32_t (*xlatr_progress_function)(void* context, const xlatr_job_progress* progress);
 
 typedef struct xlatr_job_options {
   uint64_t size;

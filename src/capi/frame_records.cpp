@@ -1,5 +1,6 @@
 #include "capi/frame_records.hpp"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <span>
@@ -188,6 +189,8 @@ xlatr_account recordOf(const Account& account) {
     record.dropped_by[at] = take(account.dropped(info.remark));
     record.commented_by[at] = take(account.commented(info.remark));
     record.noted[at] = take(account.noted(info.remark));
+    static_assert(Account::kLongestMet < XLATR_MET_SIZE);
+    std::ranges::copy(account.met(info.remark), record.met[at]);
   }
   return record;
 }
@@ -216,7 +219,7 @@ xlatr_batch recordOf(const FrameBatch& batch) {
   return record;
 }
 
-xlatr_job_progress recordOf(const JobProgress& progress) {
+xlatr_job_progress recordOf(const ReadProgress& progress) {
   xlatr_job_progress record{};
   record.bytes_read = progress.bytesRead;
   record.bytes_total = progress.bytesTotal;
@@ -224,6 +227,15 @@ xlatr_job_progress recordOf(const JobProgress& progress) {
   record.seconds = progress.seconds;
   record.bytes_per_second = progress.seconds > 0.0 ? static_cast<double>(progress.bytesRead) / progress.seconds : 0.0;
   return record;
+}
+
+bool wantsToGoOn(xlatr_progress_function function, void* context, const ReadProgress& progress) {
+  if (function == nullptr) {
+    return true;
+  }
+  xlatr_job_progress record = recordOf(progress);
+  record.size = sizeof record;
+  return function(context, &record) == 0;
 }
 
 xlatr_written recordOf(const WrittenFile& file) {

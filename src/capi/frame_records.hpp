@@ -15,6 +15,7 @@
 #include "frames/split_target.hpp"
 #include "frames/target_file.hpp"
 #include "frames/wanted_frames.hpp"
+#include "frames/watched_frames.hpp"
 #include "xlatr/frames.h"
 
 namespace xlatr::capi {
@@ -76,7 +77,9 @@ struct SinkTarget {
 [[nodiscard]] xlatr_account recordOf(const Account& account);
 // The columns belong to the batch.
 [[nodiscard]] xlatr_batch recordOf(const FrameBatch& batch);
-[[nodiscard]] xlatr_job_progress recordOf(const JobProgress& progress);
+[[nodiscard]] xlatr_job_progress recordOf(const ReadProgress& progress);
+// Whether the caller wants to go on; one who did not ask does.
+[[nodiscard]] bool wantsToGoOn(xlatr_progress_function function, void* context, const ReadProgress& progress);
 // The texts belong to the file or the row.
 [[nodiscard]] xlatr_written recordOf(const WrittenFile& file);
 [[nodiscard]] xlatr_passed_over recordOf(const PassedOver& row);

@@ -23,6 +23,7 @@
 #include "frames/split_target.hpp"
 #include "frames/trace_file.hpp"
 #include "frames/wanted_frames.hpp"
+#include "frames/watched_frames.hpp"
 #include "io/format.hpp"
 #include "io/input_file.hpp"
 #include "io/output_target.hpp"
@@ -51,7 +52,7 @@ struct Job {
   std::atomic<bool> cancelled{false};
   JobReport report;
   Mutex mutex;
-  JobProgress progress XLATR_GUARDED_BY(mutex);
+  ReadProgress progress XLATR_GUARDED_BY(mutex);
 };
 
 HandleTable<xlatr_sink, Sink>& sinks() {
@@ -82,9 +83,15 @@ xlatr_code openStream(Stream& stream, const InputSource& input, const xlatr_stre
   }
   FrameSelection selection = selectionOf(known.selection);
   FrameChanges changes = changesOf(known.changes);
-  auto source = openTrace(input, known.format);
-  stream.source = std::make_unique<WantedFrames>(std::move(source), std::move(selection), std::move(changes));
   stream.size = input.size().value_or(0);
+  std::unique_ptr<FrameSource> source = openTrace(input, known.format);
+  if (known.progress != nullptr) {
+    source = std::make_unique<WatchedFrames>(
+        std::move(source), stream.size, [watch = known.progress, context = known.context](const ReadProgress& now) {
+          return wantsToGoOn(watch, context, now);
+        });
+  }
+  stream.source = std::make_unique<WantedFrames>(std::move(source), std::move(selection), std::move(changes));
   return XLATR_OK;
 }
 
@@ -220,19 +227,12 @@ xlatr_code createJob(Job& job, const xlatr_job_options* options, CallerEnds& end
   return XLATR_OK;
 }
 
-bool goesOn(Job& job, const JobProgress& progress) {
+bool goesOn(Job& job, const ReadProgress& progress) {
   {
     const MutexLock lock(job.mutex);
     job.progress = progress;
   }
-  if (job.callback != nullptr) {
-    xlatr_job_progress record = recordOf(progress);
-    record.size = sizeof record;
-    if (job.callback(job.context, &record) != 0) {
-      return false;
-    }
-  }
-  return !job.cancelled.load();
+  return wantsToGoOn(job.callback, job.context, progress) && !job.cancelled.load();
 }
 
 xlatr_code runJob(Job& job) {
@@ -242,7 +242,7 @@ xlatr_code runJob(Job& job) {
   if (job.cancelled.load()) {
     throw FrameFailure(FrameProblem::Cancelled, job.settings.target.name() + ": the conversion was cancelled");
   }
-  xlatr::runJob(job.settings, job.report, [&job](const JobProgress& progress) { return goesOn(job, progress); });
+  xlatr::runJob(job.settings, job.report, [&job](const ReadProgress& progress) { return goesOn(job, progress); });
   return XLATR_OK;
 }
 
@@ -490,7 +490,7 @@ xlatr_code xlatr_job_cancel(xlatr_job* job) {
 
 xlatr_code xlatr_job_get_progress(xlatr_job* job, xlatr_job_progress* progress) {
   return with(jobs(), job, [&](Job& open) {
-    JobProgress now;
+    ReadProgress now;
     {
       const MutexLock lock(open.mutex);
       now = open.progress;

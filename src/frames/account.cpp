@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "util/enum_order.hpp"
+#include "util/hex.hpp"
+#include "util/utf8.hpp"
 
 namespace xlatr {
 namespace {
@@ -70,6 +72,26 @@ void Account::note(Remark remark, std::uint64_t place) {
   count(notedBy_[index(remark)], 1, place);
 }
 
+void Account::note(Remark remark, std::uint64_t place, std::string_view line) {
+  if (noted(remark).frames == 0) {
+    constexpr std::size_t kShown = kLongestMet / 2;  // a byte of another encoding may become two
+    std::string converted;
+    met_[index(remark)] = asUtf8(line.substr(0, utf8Boundary(line, kShown)), converted);
+  }
+  note(remark, place);
+}
+
+void Account::note(Remark remark, std::uint64_t place, std::span<const std::uint8_t> record) {
+  if (noted(remark).frames == 0) {
+    constexpr std::size_t kShown = 12;
+    std::string& met = met_[index(remark)];
+    for (const std::uint8_t byte : record.first(std::min(kShown, record.size()))) {
+      met.append(met.empty() ? "" : " ").append(hexPair(byte));
+    }
+  }
+  note(remark, place);
+}
+
 bool Account::complete() const {
   const auto isNone = [](const Count& counted) { return counted.frames == 0; };
   return commented_ == 0 && dropped_ == dropped(Remark::NotSelected).frames && std::ranges::all_of(notedBy_, isNone);
@@ -93,6 +115,11 @@ void Account::add(const Account& other) {
       }
     }
   };
+  for (std::size_t at = 0; at < met_.size(); ++at) {
+    if (notedBy_[at].frames == 0) {
+      met_[at] = other.met_[at];
+    }
+  }
   addCounts(commentedBy_, other.commentedBy_);
   addCounts(droppedBy_, other.droppedBy_);
   addCounts(notedBy_, other.notedBy_);

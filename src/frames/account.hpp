@@ -4,6 +4,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
+#include <string>
 #include <string_view>
 
 namespace xlatr {
@@ -86,6 +88,9 @@ class Account {
   void addDropped(Remark reason, std::uint64_t frames, std::uint64_t place);
   // Anything else that is to be told; changes none of the sums.
   void note(Remark remark, std::uint64_t place);
+  // The same for a piece of a source, a line or a record, of which the first bytes help to see what it is.
+  void note(Remark remark, std::uint64_t place, std::string_view line);
+  void note(Remark remark, std::uint64_t place, std::span<const std::uint8_t> record);
 
   [[nodiscard]] std::uint64_t read() const { return read_; }
   [[nodiscard]] std::uint64_t written() const { return written_ + commented_; }
@@ -94,6 +99,10 @@ class Account {
   [[nodiscard]] const Count& commented(Remark reason) const { return commentedBy_[index(reason)]; }
   [[nodiscard]] const Count& dropped(Remark reason) const { return droppedBy_[index(reason)]; }
   [[nodiscard]] const Count& noted(Remark remark) const { return notedBy_[index(remark)]; }
+  // How the first piece that was noted so begins: UTF-8, or a record's bytes in hexadecimal digits. Empty if nobody
+  // said it. At most kLongestMet bytes.
+  [[nodiscard]] const std::string& met(Remark remark) const { return met_[index(remark)]; }
+  static constexpr std::size_t kLongestMet = 62;
   // Whether everything that was wanted came over as it was.
   [[nodiscard]] bool complete() const;
   // The same, but that times may have been rounded to those that the target has.
@@ -114,6 +123,7 @@ class Account {
   Counts commentedBy_;
   Counts droppedBy_;
   Counts notedBy_;
+  std::array<std::string, kRemarkCount> met_;
 };
 
 }  // namespace xlatr

@@ -59,7 +59,7 @@ class Clock {
 
 }  // namespace
 
-void runJob(const JobSettings& settings, JobReport& report, const JobProgressFunction& progress) {
+void runJob(const JobSettings& settings, JobReport& report, const ReadProgressFunction& progress) {
   const Clock clock;
   SplitTarget target(settings.target, withSources(settings), settings.split);
   WantedFrames source(openSources(settings.sources, settings.merging), settings.selection, settings.changes);

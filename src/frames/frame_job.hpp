@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "frames/split_target.hpp"
 #include "frames/target_file.hpp"
 #include "frames/wanted_frames.hpp"
+#include "frames/watched_frames.hpp"
 #include "io/input_file.hpp"
 #include "io/output_target.hpp"
 #include "xlatr/xlatr.h"
@@ -36,27 +36,17 @@ struct JobSettings {
   FrameChanges changes = {};
 };
 
-struct JobProgress {
-  std::uint64_t bytesRead = 0;
-  std::uint64_t bytesTotal = 0;
-  std::uint64_t framesRead = 0;
-  double seconds = 0.0;  // since the start
-};
-
-// Called once for each batch, about every 16,000 frames. False cancels the job.
-using JobProgressFunction = std::function<bool(const JobProgress&)>;
-
 struct JobReport {
   StreamHead head = {};  // of the source, or of all sources merged
   Account account = {};
   std::vector<PassedOver> passedOver = {};
-  JobProgress progress = {};
+  ReadProgress progress = {};
   std::vector<WrittenFile> files = {};
 };
 
 // Runs to its end. Raises a FrameFailure or a std::ios_base::failure; the target is then as it was before, or not
 // there, and so is the part of a split target that was being written. `report` says how far it came. May run on several
 // threads at once, each with its own target. `progress` may be empty.
-void runJob(const JobSettings& settings, JobReport& report, const JobProgressFunction& progress = {});
+void runJob(const JobSettings& settings, JobReport& report, const ReadProgressFunction& progress = {});
 
 }  // namespace xlatr

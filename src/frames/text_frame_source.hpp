@@ -107,7 +107,7 @@ class TextFrameSource final : public FrameSource {
       }
       frame_.reset();
       makeComment(line);
-      account.note(Remark::LineNotUnderstood, number);
+      account.note(Remark::LineNotUnderstood, number, line);
     }
     timeNs_ = frame_.timeNs;
     frame_.place = number;

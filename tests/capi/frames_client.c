@@ -541,6 +541,53 @@ static void run_jobs(void) {
   CHECK(xlatr_job_create(&options, &job) == XLATR_ERROR_ARGUMENT && xlatr_job_close(job) == XLATR_OK);
 }
 
+static int32_t see_reading(void* context, const xlatr_job_progress* progress) {
+  CHECK(progress->size == sizeof *progress && progress->frames_read == 4 && progress->bytes_read > 0);
+  CHECK(progress->bytes_total > 0 && progress->seconds >= 0.0);
+  ++*(int*)context;
+  return 0;
+}
+
+static void watch_streams(void) {
+  int calls = 0;
+  xlatr_stream_options options = {.size = sizeof options, .progress = see_reading, .context = &calls};
+  xlatr_batch batch = {.size = sizeof batch};
+  xlatr_account account = {.size = sizeof account};
+  xlatr_stream* stream = NULL;
+  CHECK(xlatr_stream_open(in_folder("a.trc"), &options, &stream) == XLATR_OK);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_OK && batch.rows == 4 && calls == 0);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_END && calls == 1);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+
+  options.progress = refuse_to_go_on;
+  options.context = NULL;
+  CHECK(xlatr_stream_open(in_folder("a.trc"), &options, &stream) == XLATR_OK);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_OK);
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_ERROR_CANCELLED);
+  CHECK(strstr(xlatr_stream_error(stream), "a.trc: reading was cancelled") != NULL);
+  CHECK(xlatr_stream_get_account(stream, &account) == XLATR_OK && account.read == 4);
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+
+  xlatr_analysis* analysis = NULL;
+  CHECK(xlatr_stream_open(in_folder("a.trc"), &options, &stream) == XLATR_OK);
+  CHECK(xlatr_analysis_create(NULL, &analysis) == XLATR_OK);
+  CHECK(xlatr_analysis_run(analysis, stream) == XLATR_ERROR_CANCELLED);
+  CHECK(xlatr_analysis_close(analysis) == XLATR_OK && xlatr_stream_close(stream) == XLATR_OK);
+}
+
+static void tell_what_was_met(void) {
+  write_file(in_folder("noise.trc"), ";$FILEVERSION=2.1\r\n;$COLUMNS=N,O,T,B,I,d,R,L,D\r\nsome noise\r\n");
+  xlatr_batch batch = {.size = sizeof batch};
+  xlatr_account account = {.size = sizeof account};
+  xlatr_stream* stream = open_stream(in_folder("noise.trc"));
+  CHECK(xlatr_stream_next(stream, &batch) == XLATR_OK && batch.rows == 1);
+  CHECK(xlatr_stream_get_account(stream, &account) == XLATR_OK);
+  for (uint32_t remark = 0; xlatr_remark_name(remark) != NULL; ++remark) {
+    CHECK(strcmp(account.met[remark], account.noted[remark].frames == 0 ? "" : "some noise") == 0);
+  }
+  CHECK(xlatr_stream_close(stream) == XLATR_OK);
+}
+
 static void merge_streams(void) {
   xlatr_stream* streams[3] = {open_stream(in_folder("a.trc")), open_stream(in_folder("a.trc")), NULL};
   xlatr_batch batch = {.size = sizeof batch};
@@ -887,6 +934,8 @@ int main(int argc, char** argv) {
   run_strict_job();
   tell_what_is_passed_over();
   run_jobs();
+  watch_streams();
+  tell_what_was_met();
   merge_streams();
   pass_arrow();
   analyse();

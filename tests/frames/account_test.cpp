@@ -2,9 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <set>
+#include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace xlatr {
 namespace {
@@ -38,6 +43,49 @@ TEST(Account, notesChangeNoSum) {
   EXPECT_EQ(account.written(), 1U);
   EXPECT_EQ(account.dropped(), 0U);
   EXPECT_FALSE(account.complete());
+}
+
+TEST(Account, keepsTheBeginningOfTheFirst) {
+  Account account;
+  EXPECT_EQ(account.met(Remark::LineNotUnderstood), "");
+  account.note(Remark::LineNotUnderstood, 3, std::string_view("caf\xE9 closed"));
+  account.note(Remark::LineNotUnderstood, 4, std::string_view("another"));
+  EXPECT_EQ(account.met(Remark::LineNotUnderstood), "caf\xC3\xA9 closed");
+  EXPECT_EQ(account.noted(Remark::LineNotUnderstood), (Account::Count{2, 3}));
+  std::array<std::uint8_t, 20> record{0x00, 0xFF, 0x7A};
+  account.note(Remark::RecordNotUnderstood, 1, record);
+  EXPECT_EQ(account.met(Remark::RecordNotUnderstood), "00 FF 7A 00 00 00 00 00 00 00 00 00");
+  account.note(Remark::RecordNotUnderstood, 2, std::span(record).first(1));
+  EXPECT_EQ(account.met(Remark::RecordNotUnderstood), "00 FF 7A 00 00 00 00 00 00 00 00 00");
+}
+
+// Cut between characters, and never too long for the record of the C interface.
+TEST(Account, keepsNoMoreThanAnybodyReads) {
+  Account account;
+  account.note(Remark::LineNotUnderstood, 1, std::string(30, 'x') + "\u20AC and more");
+  EXPECT_EQ(account.met(Remark::LineNotUnderstood), std::string(30, 'x'));
+  account.note(Remark::TextCut, 1, std::string(1000, '\xFF'));
+  std::string latin;
+  for (int at = 0; at < 31; ++at) {
+    latin += "\u00FF";
+  }
+  EXPECT_EQ(account.met(Remark::TextCut), latin);
+  EXPECT_LE(latin.size(), Account::kLongestMet);
+  account.note(Remark::RecordNotUnderstood, 1, std::vector<std::uint8_t>(64));
+  EXPECT_LE(account.met(Remark::RecordNotUnderstood).size(), Account::kLongestMet);
+}
+
+TEST(Account, keepsTheBeginningOfOthers) {
+  Account first;
+  Account second;
+  second.note(Remark::LineNotUnderstood, 4, std::string_view("second"));
+  first.add(second);
+  EXPECT_EQ(first.met(Remark::LineNotUnderstood), "second");
+  Account third;
+  third.note(Remark::LineNotUnderstood, 5, std::string_view("third"));
+  first.add(third);
+  EXPECT_EQ(first.met(Remark::LineNotUnderstood), "second");
+  EXPECT_EQ(first.noted(Remark::LineNotUnderstood), (Account::Count{2, 4}));
 }
 
 TEST(Account, takesOthersInTheirOrder) {

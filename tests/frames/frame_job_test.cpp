@@ -24,7 +24,7 @@ constexpr const char* kHeader =
     ";$STARTTIME=43894.5\r\n"
     ";$COLUMNS=N,O,T,B,I,d,R,L,D\r\n";
 
-JobReport run(const JobSettings& settings, const JobProgressFunction& progress = {}) {
+JobReport run(const JobSettings& settings, const ReadProgressFunction& progress = {}) {
   JobReport report;
   runJob(settings, report, progress);
   return report;
@@ -196,7 +196,7 @@ TEST_F(FrameJob, canBeCancelledAndLeavesNoTarget) {
   const std::string source = writeTrc("a.trc", "1 1.0 DT 1 0001 Rx - 0\r\n");
   const std::string target = folder_.file("b.trc");
   EXPECT_THROW(static_cast<void>(run({.sources = {{source}}, .target = target},
-                                     [](const JobProgress& progress) { return progress.framesRead == 0; })),
+                                     [](const ReadProgress& progress) { return progress.framesRead == 0; })),
                FrameFailure);
   EXPECT_FALSE(std::filesystem::exists(target));
 }

@@ -66,7 +66,7 @@ TEST_F(ConvertCommand, tellsWhatWasLostAndWhere) {
   EXPECT_EQ(noise.exitCode, 3);
   EXPECT_EQ(noise.errors,
             "xlatr: noise.trc -> noise.mf4: 2 frames read, 1 written; 1 dropped: the target has no such kind of frame "
-            "(the first is line 6); 1 noted: the line can't be understood (the first is line 6)\n");
+            "(the first is line 6); 1 noted: the line can't be understood (the first is line 6: \"noise\")\n");
   const Ended buses = here.run({"convert", "-q", "drive.trc", "buses.trc", "--target-version", "1.1"});
   EXPECT_EQ(buses.exitCode, 3);
   EXPECT_THAT(buses.errors, HasSubstr("2 noted: the target names no buses (the first is line 5)"));
@@ -213,7 +213,7 @@ TEST_F(ConvertCommand, writesAReport) {
   EXPECT_EQ(one.at("files").at(0).at("bytes"), fs::file_size(here / "noise.mf4"));
   EXPECT_EQ(one.at("remarks").at(0),
             Json::parse(R"({"remark": "kind_not_held", "class": "not_held", "effect": "dropped",
-                            "text": "the target has no such kind of frame", "count": 1, "first": 6})"));
+                            "text": "the target has no such kind of frame", "count": 1, "first": 6, "met": ""})"));
   const Ended refused = here.run({"convert", "-f", "drive.trc", "y.mf4", "--report", "missing/report.json"});
   EXPECT_EQ(refused.exitCode, 5);
 }

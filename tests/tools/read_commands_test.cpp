@@ -105,9 +105,9 @@ TEST(CatCommand, takesSeveralSourcesAndTellsWhatIsDamaged) {
             "      0.001500  1  Rx       123  data          0\n"
             "      0.001500  -   -         -  comment       0  noise?\n");
   EXPECT_EQ(run.errors,
-            "xlatr: a.trc: 1 noted: the line can't be understood (the first is line 5)\n"
+            "xlatr: a.trc: 1 noted: the line can't be understood (the first is line 5: \"noise?\")\n"
             "xlatr: missing.trc: there is no such file\n"
-            "xlatr: a.trc: 1 noted: the line can't be understood (the first is line 5)\n");
+            "xlatr: a.trc: 1 noted: the line can't be understood (the first is line 5: \"noise?\")\n");
   EXPECT_EQ(here.run({"cat", "a.trc"}).exitCode, 3);
 }
 
@@ -135,7 +135,8 @@ TEST(CheckCommand, readsToTheEnd) {
   EXPECT_EQ(here.run({"check", "-q", "whole.trc"}).output, "");
   const Ended cut = here.run({"check", "-q", "-j", "2", "whole.trc", "cut.trc"});
   EXPECT_EQ(cut.exitCode, 3);
-  EXPECT_EQ(cut.output, "cut.trc: trc, 2 frames; 1 noted: the line can't be understood (the first is line 5)\n");
+  EXPECT_EQ(cut.output,
+            "cut.trc: trc, 2 frames; 1 noted: the line can't be understood (the first is line 5: \"2 2.5 DT 1 01\")\n");
   const Ended none = here.run({"check", "--json", "whole.trc", "none.trc"});
   EXPECT_EQ(none.exitCode, 1);
   const Json json = Json::parse(none.output);

@@ -35,25 +35,31 @@ class SafeFiles : public testing::Test {
     fs::remove(here / "whole.asc");
   }
 
-  // Starts a conversion that can't come to its end: its source is a pipe that holds the first lines.
+  // Starts a conversion that can't come to its end.
   [[nodiscard]] pid_t startHeld(const std::vector<std::string>& options) {
+    std::string words = "convert - out.asc";
+    for (const std::string& option : options) {
+      words += " " + option;
+    }
+    const pid_t program = startWithHeldInput(words);
+    for (int tries = 0; tries < 2000 && !fs::exists(here / ".out.asc.xlatr-part"); ++tries) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return program;
+  }
+
+  // Its standard input is a pipe that holds the first lines.
+  [[nodiscard]] pid_t startWithHeldInput(const std::string& words) {
     EXPECT_EQ(::mkfifo((here / "held").c_str(), 0600), 0);
     // Read and written by this end, so that nobody waits for another.
     source_ = ::open((here / "held").c_str(), O_RDWR | O_CLOEXEC);
     // More than is looked at to know the format, and less than a pipe takes.
     const std::string lines = traceOfBuses(std::vector<int>(kHeldFrames, 1));
     EXPECT_EQ(::write(source_, lines.data(), lines.size()), static_cast<ssize_t>(lines.size()));
-    std::string line = "exec " XLATR_PROGRAM " convert - out.asc < held";
-    for (const std::string& option : options) {
-      line += " " + option;
-    }
     const int errors = ::open((here / "errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    const Workspace shell("/bin/sh");
-    const pid_t program = shell.start({"-c", "cd '" + here.path() + "'; " + line}, errors);
+    const pid_t program =
+        shell_.start({"-c", "cd '" + here.path() + "'; exec " XLATR_PROGRAM " " + words + " < held"}, errors);
     ::close(errors);
-    for (int tries = 0; tries < 2000 && !fs::exists(here / ".out.asc.xlatr-part"); ++tries) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
     return program;
   }
   void TearDown() override {
@@ -65,6 +71,7 @@ class SafeFiles : public testing::Test {
   static constexpr int kHeldFrames = 200;
 
   const Workspace here{};
+  const Workspace shell_{"/bin/sh"};
   std::string whole_;
   int source_ = -1;
 };
@@ -152,6 +159,39 @@ TEST_F(SafeFiles, aFullDiskLeavesTheOldFile) {
   EXPECT_FALSE(fs::exists(here / ".out.asc.xlatr-part"));
 }
 
+// The same on a real one, where the system lets a test have its own.
+TEST_F(SafeFiles, aFullDiskIsToldWithItsReason) {
+  const std::string disk = "mkdir disk && mount -t tmpfs -o size=64k none disk && echo old > disk/out.asc";
+  if (here.shell("unshare -rm sh -c '" + disk + "' || exit 9").exitCode == 9) {
+    GTEST_SKIP() << "no disk of one's own on this system";
+  }
+  fs::remove(here / "disk");
+  const Ended run =
+      here.shell("unshare -rm sh -c '" + disk +
+                 "; " XLATR_PROGRAM " convert -f long.trc disk/out.asc; echo $? > code; ls -A disk; cat disk/out.asc'");
+  EXPECT_EQ(here.read("code"), "5\n");
+  EXPECT_EQ(run.output, "out.asc\nold\n");
+  EXPECT_EQ(run.errors, "xlatr: disk/out.asc: cannot write: No space left on device\n");
+}
+
+TEST_F(SafeFiles, signalsEndWhatReadsTraces) {
+  for (const char* const words : {"stats -", "check -", "cat -", "info --count -", "compare - long.trc"}) {
+    const pid_t program = startWithHeldInput(words);
+    // Until the program has read all that the pipe held, and waits for more.
+    int left = 1;
+    for (int tries = 0; tries < 2000 && left > 0; ++tries) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      ASSERT_EQ(::ioctl(source_, FIONREAD, &left), 0);
+    }
+    ASSERT_EQ(left, 0) << words << ": " << here.read("errors");
+    ASSERT_EQ(::kill(program, SIGTERM), 0);
+    EXPECT_EQ(Workspace::wait(program), 143) << words;
+    EXPECT_EQ(here.read("errors"), "xlatr: interrupted\n") << words;
+    ::close(std::exchange(source_, -1));
+    fs::remove(here / "held");
+  }
+}
+
 TEST_F(SafeFiles, aRequestForProgressIsAnswered) {
   const pid_t program = startHeld({});
   ASSERT_EQ(::kill(program, SIGUSR1), 0);
@@ -195,6 +235,22 @@ class Terminal {
   int own_;
   int programs_ = -1;
 };
+
+// It makes room for the results, which may go to the same terminal.
+TEST_F(SafeFiles, readersDrawABarToo) {
+  here.write("longer.trc", traceOfBuses(std::vector<int>(200'000, 1)));
+  for (const char* const words : {"stats longer.trc longer.trc", "compare longer.trc longer.trc"}) {
+    Terminal terminal(80);
+    const pid_t program =
+        shell_.start({"-c", "cd '" + here.path() + "'; exec " XLATR_PROGRAM " " + std::string(words) + " > out"},
+                     terminal.forProgram());
+    const std::string text = terminal.readAll();
+    EXPECT_EQ(Workspace::wait(program), 0);
+    EXPECT_THAT(text, StartsWith("\r["));
+    EXPECT_THAT(text, testing::EndsWith(" \r"));
+    EXPECT_THAT(here.read("out"), Not(HasSubstr("[")));
+  }
+}
 
 TEST_F(SafeFiles, aBarIsDrawnOnATerminalAndFitsIt) {
   here.write("longer.trc", traceOfBuses(std::vector<int>(200'000, 1)));

@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -128,7 +130,43 @@ std::string textOfBuses(std::uint16_t count, const xlatr_analysis_options& optio
   batch.text_offsets = offsets.data();
   Analysis analysis(&options);
   analysis.add(BatchView(batch));
-  return statsText("odd.mf4", analysis, false);
+  return statsText("odd.mf4", analysis, false, 0);
+}
+
+std::size_t longestLineOf(const std::string& text) {
+  std::size_t longest = 0;
+  for (std::size_t begin = 0, end = 0; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1) {
+    longest = std::max(longest, end - begin);
+  }
+  return longest;
+}
+
+// The columns go that are missed least, until the rest fits.
+TEST(StatsReport, fitsANarrowTerminal) {
+  const Workspace here;
+  here.write("drive.trc", kStatsTrace);
+  Stream stream((here / "drive.trc").string());
+  Analysis analysis;
+  analysis.run(stream);
+  const std::string all = statsText("drive.trc", analysis, false, 0);
+  const std::size_t whole = longestLineOf(all);
+  constexpr std::size_t kWithoutP99 = 8;
+  constexpr std::size_t kWithoutTime = 18;
+  struct Case {
+    std::size_t width;
+    const char* columns;
+  };
+  for (const auto& [width, columns] : std::initializer_list<Case>{
+           {whole, "MIN ms  MEAN ms  MAX ms  P99 ms  LEN  LAST DATA                    OVER TIME\n"},
+           {whole - 1, "MIN ms  MEAN ms  MAX ms  LEN  LAST DATA                    OVER TIME\n"},
+           {whole - kWithoutP99 - 1, "MIN ms  MEAN ms  MAX ms  LEN  LAST DATA\n"},
+           {whole - kWithoutP99 - kWithoutTime - 1, "MIN ms  MEAN ms  MAX ms  LEN\n"},
+           {1, "MIN ms  MEAN ms  MAX ms  LEN\n"},
+       }) {
+    EXPECT_THAT(statsText("drive.trc", analysis, false, width), HasSubstr(columns)) << width;
+  }
+  // A bar of the line over time is one character, however many bytes it takes.
+  EXPECT_THAT(statsText("drive.trc", analysis, true, whole), HasSubstr("P99 ms"));
 }
 
 TEST(StatsReport, saysWhatIsBeyondItsLimits) {

@@ -79,7 +79,7 @@ std::unique_ptr<FrameOutput> outputOf(const Arguments& arguments) {
 }
 
 ExitCode print(const std::string& path, TraceFormat format, const Wanted& wanted, FrameOutput& output) {
-  Stream stream = openTrace(path, format, wanted);
+  Stream stream = openTrace(path, format, wanted, nullptr);
   while (const auto batch = stream.next()) {
     output.write(*batch);
     if (const auto code = interruption()) {
@@ -108,8 +108,9 @@ ExitCode runCat(const Arguments& arguments) {
     try {
       code = worse(code, print(path, format, wanted, *output));
     } catch (const Error& error) {
-      printError(error.what());
-      code = worse(code, exitCodeOf(error.code()));
+      const ReadFailure failure = failureOf(error);
+      printError(failure.text);
+      code = worse(code, failure.exitCode);
     }
     if (interruption()) {
       break;

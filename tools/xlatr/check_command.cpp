@@ -4,6 +4,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "conversions.hpp"
@@ -27,32 +28,31 @@ struct Checked {
   xlatr_account account = emptyAccount();
 };
 
-void read(Stream& stream, Progress& progress) {
+std::uint64_t sizeOf(const std::vector<SourceFile>& sources) {
   std::uint64_t bytes = 0;
-  while (const auto batch = stream.next()) {
-    const std::uint64_t before = bytes;
-    bytes = stream.bytesRead();
-    progress.add(bytes - before, batch->size());
-    if (interruption()) {
-      return;
-    }
+  for (const SourceFile& source : sources) {
+    bytes += sizeOfFile(source.path);
   }
+  return bytes;
 }
 
 Checked check(const std::string& path, TraceFormat format, const Wanted& all, Progress& progress) {
   Checked checked;
   checked.path = path;
   try {
-    Stream stream = openTrace(path, format, all);
-    read(stream, progress);
+    Watch watch(progress);
+    Stream stream = openTrace(path, format, all, &watch);
+    while (stream.next()) {
+    }
     checked.head = stream.head();
     checked.head.path = nullptr;
     checked.head.producer = nullptr;
     checked.account = stream.account();
-    checked.exitCode = interruption().value_or(isWhole(stream) ? ExitCode::Done : ExitCode::DoneWithLosses);
+    checked.exitCode = isWhole(stream) ? ExitCode::Done : ExitCode::DoneWithLosses;
   } catch (const Error& error) {
-    checked.error = oneLine(error.what());
-    checked.exitCode = exitCodeOf(error.code());
+    auto failure = failureOf(error);
+    checked.error = std::move(failure.text);
+    checked.exitCode = failure.exitCode;
   }
   return checked;
 }
@@ -89,13 +89,9 @@ ExitCode runCheck(const Arguments& arguments) {
   const std::size_t threads = jobCount(arguments, sources.size());
   const ProgressForm form = progressForm(arguments);
   watchSignals();
-  std::uint64_t bytes = 0;
-  for (const SourceFile& source : sources) {
-    bytes += sizeOfFile(source.path);
-  }
   std::vector<Checked> checked(sources.size());
   {
-    Progress progress(form, sources.size(), bytes);
+    Progress progress(form, sources.size(), sizeOf(sources));
     inParallel(sources.size(), threads, [&](std::size_t at) {
       checked[at] = check(sources[at].path, format, all, progress);
       progress.fileDone();

@@ -7,10 +7,14 @@
 
 #include "command_failure.hpp"
 #include "comparison_report.hpp"
+#include "conversions.hpp"
 #include "job.hpp"
 #include "open_trace.hpp"
 #include "output.hpp"
+#include "progress.hpp"
 #include "report.hpp"
+#include "signals.hpp"
+#include "source_list.hpp"
 #include "values.hpp"
 #include "wanted.hpp"
 #include "xlatr/frames.h"
@@ -54,10 +58,17 @@ ExitCode compare(const Arguments& arguments) {
   const Wanted wanted(arguments);
   const xlatr_comparison_options options = comparisonOptions(arguments, wanted);
   const TraceFormat format = sourceFormatOf(arguments);
-  Stream first = openTrace(arguments.paths[0], format, wanted);
-  Stream second = openTrace(arguments.paths[1], format, wanted);
+  watchSignals();
+  Progress progress(progressForm(arguments), arguments.paths.size(), sizeOfFiles(arguments.paths));
+  Watch watchFirst(progress);
+  Watch watchSecond(progress);
+  Stream first = openTrace(arguments.paths[0], format, wanted, &watchFirst);
+  Stream second = openTrace(arguments.paths[1], format, wanted, &watchSecond);
   Comparison comparison(&options);
   comparison.run(first, second);
+  progress.fileDone();
+  progress.fileDone();
+  progress.hide();
   const ComparedTrace one = traceOf(arguments.paths[0], first);
   const ComparedTrace other = traceOf(arguments.paths[1], second);
   std::cout << (arguments.json ? jsonText(comparisonJson(one, other, comparison, limitOf(arguments)))
@@ -76,7 +87,8 @@ ExitCode runCompare(const Arguments& arguments) {
   try {
     return compare(arguments);
   } catch (const Error& error) {
-    throw CommandFailure(exitCodeOf(error.code()), error.what());
+    const ReadFailure failure = failureOf(error);
+    throw CommandFailure(failure.exitCode, failure.text);
   }
 }
 

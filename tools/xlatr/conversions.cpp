@@ -70,9 +70,7 @@ void writeReport(const std::string& path, const std::string& text) {
 std::uint64_t bytesOf(const std::vector<JobPaths>& conversions) {
   std::uint64_t bytes = 0;
   for (const JobPaths& paths : conversions) {
-    for (const std::string& source : paths.sources) {
-      bytes += sizeOfFile(source);
-    }
+    bytes += sizeOfFiles(paths.sources);
   }
   return bytes;
 }

@@ -1,5 +1,7 @@
 #include "formats_command.hpp"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -36,16 +38,6 @@ std::vector<std::string> kindsOf(std::uint32_t kinds) {
   return names;
 }
 
-std::string versionsOf(TraceFormat format, const std::vector<xlatr_capacity>& rows) {
-  std::vector<double> versions;
-  for (const xlatr_capacity& row : rows) {
-    if (row.format == format) {
-      versions.push_back(row.version);
-    }
-  }
-  return versions.empty() ? "-" : versionListText(versions);
-}
-
 std::string framesText(const xlatr_capacity& row) {
   if (row.xl != 0) {
     return "CAN, FD, XL";
@@ -69,23 +61,52 @@ std::string resolutionText(std::int64_t ns) {
   return ns % kThousand == 0 ? std::to_string(ns / kThousand) + " us" : std::to_string(ns) + " ns";
 }
 
+bool isWritten(TraceFormat format, const std::vector<xlatr_capacity>& rows) {
+  return std::ranges::any_of(rows, [format](const xlatr_capacity& row) { return row.format == format; });
+}
+
+// What the table shows of a version, but for its name.
+std::vector<std::string> cellsOf(const xlatr_capacity& row) {
+  const auto yes = [](bool condition) { return std::string(condition ? "yes" : "-"); };
+  return {framesText(row),
+          yes((row.kinds >> XLATR_KIND_REMOTE & 1U) != 0),
+          yes((row.kinds >> XLATR_KIND_ERROR & 1U) != 0),
+          busesText(row),
+          resolutionText(row.resolution_ns),
+          yes(row.comments != 0),
+          yes(row.zone != 0)};
+}
+
+// Versions that follow each other and can hold the same share a row.
+std::string heldText(const std::vector<xlatr_capacity>& rows) {
+  std::vector<std::vector<std::string>> table{
+      {"WRITTEN", "FRAMES", "REMOTE", "ERRORS", "BUSES", "TIMES", "COMMENTS", "ZONE"}};
+  for (std::size_t at = 0; at < rows.size();) {
+    const std::vector<std::string> cells = cellsOf(rows[at]);
+    std::size_t last = at;
+    while (last + 1 < rows.size() && rows[last + 1].format == rows[at].format && cellsOf(rows[last + 1]) == cells) {
+      ++last;
+    }
+    std::string name = formatName(rows[at].format) + " " + versionText(rows[at].version);
+    if (last != at) {
+      name.append(last == at + 1 ? ", " : " to ").append(versionText(rows[last].version));
+    }
+    table.push_back({name});
+    table.back().insert(table.back().end(), cells.begin(), cells.end());
+    at = last + 1;
+  }
+  return tableText(table);
+}
+
 std::string textOf() {
   const std::vector<xlatr_capacity> rows = capacities();
-  std::vector<std::vector<std::string>> formats{{"FORMAT", "DESCRIPTION", "READ", "WRITTEN VERSIONS"}};
+  std::vector<std::vector<std::string>> formats{{"FORMAT", "DESCRIPTION", "READ", "WRITTEN"}};
   for (const TraceFormat format : allFormats()) {
-    formats.push_back({formatName(format), formatDescription(format), "yes", versionsOf(format, rows)});
+    formats.push_back({formatName(format), formatDescription(format), "yes", isWritten(format, rows) ? "yes" : "-"});
   }
-  std::vector<std::vector<std::string>> held{
-      {"WRITTEN", "FRAMES", "BRS/ESI", "REMOTE", "ERRORS", "BUSES", "TIMES", "COMMENTS", "ZONE"}};
-  const auto yes = [](bool condition) { return std::string(condition ? "yes" : "-"); };
-  for (const xlatr_capacity& row : rows) {
-    held.push_back({formatName(row.format) + " " + versionText(row.version), framesText(row), yes(row.fd_bits != 0),
-                    yes((row.kinds >> XLATR_KIND_REMOTE & 1U) != 0), yes((row.kinds >> XLATR_KIND_ERROR & 1U) != 0),
-                    busesText(row), resolutionText(row.resolution_ns), yes(row.comments != 0), yes(row.zone != 0)});
-  }
-  return tableText(formats) + "\n" + tableText(held) +
-         "\nWhat a file can't hold becomes a comment where there are comments, and is dropped and\n"
-         "counted otherwise. docs/formats says more of each.\n";
+  return tableText(formats) + "\n" + heldText(rows) +
+         "\nWhat a file can't hold becomes a comment where there are comments, and is\n"
+         "dropped and counted otherwise. docs/formats says more of each.\n";
 }
 
 Json jsonOf(const xlatr_capacity& row) {

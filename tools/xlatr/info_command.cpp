@@ -42,7 +42,7 @@ struct FileInfo {
 FileInfo infoOf(const std::string& path, bool counts) {
   FileInfo file;
   file.path = path;
-  Stream stream = openTrace(path, XLATR_FORMAT_NONE, Wanted{Arguments()});
+  Stream stream = openTrace(path, XLATR_FORMAT_NONE, Wanted{Arguments()}, nullptr);
   file.head = stream.head();
   file.producer = file.head.producer;
   file.head.path = nullptr;
@@ -258,8 +258,9 @@ ExitCode runInfo(const Arguments& arguments) {
         std::cout << std::exchange(before, "\n") << textOf(file);
       }
     } catch (const Error& error) {
-      printError(error.what());
-      code = worse(code, exitCodeOf(error.code()));
+      const ReadFailure failure = failureOf(error);
+      printError(failure.text);
+      code = worse(code, failure.exitCode);
       array.push_back({{"file", path}, {"error", error.what()}});
     }
     if (const auto ended = interruption()) {

@@ -66,20 +66,6 @@ struct CloseJob {
   void operator()(xlatr_job* job) const { xlatr_job_close(job); }
 };
 
-// What has come to a job since it was looked at last.
-struct Seen {
-  Progress& progress;
-  std::uint64_t bytes = 0;
-  std::uint64_t frames = 0;
-
-  std::int32_t see(const xlatr_job_progress& now) {
-    progress.add(now.bytes_read - bytes, now.frames_read - frames);
-    bytes = now.bytes_read;
-    frames = now.frames_read;
-    return interruption() ? 1 : 0;
-  }
-};
-
 }  // namespace
 
 TraceFormat formatValue(const char* option, const std::string& name) {
@@ -160,7 +146,7 @@ ExitCode exitCodeOf(xlatr_code code) {
 // A friend of the settings, of which it makes the library's records.
 class Job {
  public:
-  Job(const JobSettings& settings, const JobPaths& paths, Progress& progress) : seen_{progress} {
+  Job(const JobSettings& settings, const JobPaths& paths, Progress& progress) : watch_(progress) {
     const xlatr_input input = standardInput();
     const xlatr_input* const inputs[] = {&input};
     std::vector<const char*> sources;
@@ -193,8 +179,8 @@ class Job {
     options.strict = settings.strict_ ? 1 : 0;
     options.align_starts = settings.alignsStarts_ ? 1 : 0;
     options.close_gaps = settings.closesGaps_ ? 1 : 0;
-    options.progress = [](void* seen, const xlatr_job_progress* now) { return static_cast<Seen*>(seen)->see(*now); };
-    options.context = &seen_;
+    options.progress = Watch::see;
+    options.context = &watch_;
     xlatr_job* job = nullptr;
     code_ = xlatr_job_create(&options, &job);
     job_.reset(job);
@@ -230,7 +216,7 @@ class Job {
   }
 
  private:
-  Seen seen_;
+  Watch watch_;
   std::unique_ptr<xlatr_job, CloseJob> job_;
   xlatr_code code_ = XLATR_OK;
 };

@@ -3,8 +3,10 @@
 #include <cstddef>
 #include <optional>
 
+#include "job.hpp"
 #include "output.hpp"
 #include "report.hpp"
+#include "signals.hpp"
 #include "standard_streams.hpp"
 
 namespace xlatr::cli {
@@ -24,7 +26,7 @@ Input inputOf(const xlatr_input& record) {
 
 }  // namespace
 
-Stream openTrace(const std::string& path, TraceFormat format, const Wanted& wanted) {
+Stream openTrace(const std::string& path, TraceFormat format, const Wanted& wanted, Watch* watch) {
   xlatr_stream_options options{};
   options.size = sizeof options;
   options.format = format;
@@ -32,7 +34,18 @@ Stream openTrace(const std::string& path, TraceFormat format, const Wanted& want
   const xlatr_changes changes = wanted.changes();
   options.selection = &selection;
   options.changes = &changes;
+  if (watch != nullptr) {
+    options.progress = Watch::see;
+    options.context = watch;
+  }
   return path == kStandardStream ? Stream(inputOf(standardInput()), &options) : Stream(path, &options);
+}
+
+ReadFailure failureOf(const Error& error) {
+  if (const auto code = interruption()) {
+    return {*code, "interrupted"};
+  }
+  return {exitCodeOf(error.code()), oneLine(error.what())};
 }
 
 bool isWhole(const Stream& stream) {

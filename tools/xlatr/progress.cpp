@@ -134,6 +134,11 @@ void Progress::printLine(const std::string& line) {
   std::cerr << line + "\n" << std::flush;
 }
 
+void Progress::hide() {
+  const std::lock_guard lock(mutex_);
+  wipe();
+}
+
 void Progress::show(bool always) {
   constexpr std::chrono::milliseconds kBetween{100};
   const auto now = std::chrono::steady_clock::now();
@@ -165,6 +170,14 @@ void Progress::wipe() {
     std::cerr << '\r' + std::string(drawn_.size(), ' ') + '\r' << std::flush;
     drawn_.clear();
   }
+}
+
+std::int32_t Watch::see(void* watch, const xlatr_job_progress* now) {
+  Watch& self = *static_cast<Watch*>(watch);
+  self.progress_.add(now->bytes_read - self.bytes_, now->frames_read - self.frames_);
+  self.bytes_ = now->bytes_read;
+  self.frames_ = now->frames_read;
+  return interruption() ? 1 : 0;
 }
 
 }  // namespace xlatr::cli

@@ -7,6 +7,8 @@
 #include <mutex>
 #include <string>
 
+#include "xlatr/frames.h"
+
 namespace xlatr::cli {
 
 enum class ProgressForm : std::uint8_t { None, Bar, Json };
@@ -40,6 +42,8 @@ class Progress {
   void fileDone();
   // Writes a line to stderr.
   void printLine(const std::string& line);
+  // Makes room for lines on stdout. It comes back with the next that is added.
+  void hide();
 
  private:
   void show(bool always);
@@ -51,6 +55,21 @@ class Progress {
   std::string drawn_;
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   std::chrono::steady_clock::time_point shown_ = start_;
+};
+
+// One trace, or one job, of which the library tells how far it is. Must outlive it.
+class Watch {
+ public:
+  explicit Watch(Progress& progress) : progress_(progress) {}
+
+  // What the library calls, with the watch as its context: adds what has come since the last call, and cancels when
+  // the program is asked to end.
+  [[nodiscard]] static std::int32_t see(void* watch, const xlatr_job_progress* now);
+
+ private:
+  Progress& progress_;
+  std::uint64_t bytes_ = 0;
+  std::uint64_t frames_ = 0;
 };
 
 }  // namespace xlatr::cli

@@ -34,6 +34,11 @@ std::string_view className(std::int32_t remarkClass) {
   return kNames.at(static_cast<std::size_t>(remarkClass));
 }
 
+// How the first line or record begins that a count is about; empty if that is not known.
+std::string_view metAt(const xlatr_account& account, const CountRow& row, std::uint32_t remark) {
+  return row.counts == &xlatr_account::noted ? account.met[remark] : "";
+}
+
 std::string targetText(const JobReport& report) {
   if (report.written.size() > 1) {
     return report.written.front().path + " and " + countText(report.written.size() - 1) + " more";
@@ -116,7 +121,12 @@ std::string remarksText(const xlatr_account& account, const xlatr_head& head) {
       text.append(" ").append(row.text).append(": ").append(xlatr_remark_text(remark));
       if (xlatr_remark_class(remark) != XLATR_CLASS_SELECTION && count.first != 0) {
         text.append(" (the first is ").append(head.places_are_records != 0 ? "record " : "line ");
-        text.append(countText(count.first)).append(")");
+        text.append(countText(count.first));
+        const std::string_view met = metAt(account, row, remark);
+        if (!met.empty()) {
+          text.append(": ").append(head.places_are_records != 0 ? met : "\"" + std::string(met) + "\"");
+        }
+        text.append(")");
       }
     }
   }
@@ -137,7 +147,8 @@ Json remarksJson(const xlatr_account& account) {
                         {"effect", row.name},
                         {"text", xlatr_remark_text(remark)},
                         {"count", count.frames},
-                        {"first", count.first}});
+                        {"first", count.first},
+                        {"met", metAt(account, row, remark)}});
       }
     }
   }

@@ -128,4 +128,12 @@ std::uint64_t sizeOfFile(const std::string& path) {
   return error ? 0 : size;
 }
 
+std::uint64_t sizeOfFiles(std::span<const std::string> paths) {
+  std::uint64_t bytes = 0;
+  for (const std::string& path : paths) {
+    bytes += sizeOfFile(path);
+  }
+  return bytes;
+}
+
 }  // namespace xlatr::cli

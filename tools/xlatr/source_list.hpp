@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -25,5 +26,7 @@ struct SourceFile {
 
 // Bytes of a file, 0 of what is none.
 [[nodiscard]] std::uint64_t sizeOfFile(const std::string& path);
+// Of all together.
+[[nodiscard]] std::uint64_t sizeOfFiles(std::span<const std::string> paths);
 
 }  // namespace xlatr::cli

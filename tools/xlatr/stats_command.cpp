@@ -1,16 +1,22 @@
 #include "stats_command.hpp"
 
+#include <cstddef>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 
+#include "conversions.hpp"
 #include "job.hpp"
 #include "open_trace.hpp"
 #include "output.hpp"
+#include "progress.hpp"
 #include "report.hpp"
+#include "signals.hpp"
+#include "source_list.hpp"
 #include "sparkline.hpp"
 #include "stats_report.hpp"
+#include "terminal.hpp"
 #include "values.hpp"
 #include "wanted.hpp"
 #include "xlatr/frames.h"
@@ -39,22 +45,27 @@ xlatr_analysis_options analysisOptions(const Arguments& arguments) {
 
 class StatsRun {
  public:
-  explicit StatsRun(const Arguments& arguments)
-      : wanted_(arguments),
+  StatsRun(const Arguments& arguments, Progress& progress)
+      : progress_(progress),
+        wanted_(arguments),
         options_(analysisOptions(arguments)),
         format_(sourceFormatOf(arguments)),
         json_(arguments.json) {}
 
   ExitCode run(const std::string& path) {
     try {
-      Stream stream = openTrace(path, format_, wanted_);
+      Watch watch(progress_);
+      Stream stream = openTrace(path, format_, wanted_, &watch);
       Analysis analysis(&options_);
       analysis.run(stream);
+      progress_.hide();
       show(path, stream, analysis);
       return isWhole(stream) ? ExitCode::Done : ExitCode::DoneWithLosses;
     } catch (const Error& error) {
-      printError(error.what());
-      return exitCodeOf(error.code());
+      progress_.hide();
+      const ReadFailure failure = failureOf(error);
+      printError(failure.text);
+      return failure.exitCode;
     }
   }
 
@@ -71,17 +82,19 @@ class StatsRun {
       trace["remarks"] = remarksJson(stream.account());
       traces_.push_back(std::move(trace));
     } else {
-      std::cout << (shown_++ == 0 ? "" : "\n") << statsText(path, analysis, showsUtf8());
+      std::cout << (shown_++ == 0 ? "" : "\n") << statsText(path, analysis, showsUtf8(), width_);
     }
     if (!isWhole(stream)) {
       printDamage(path, stream);
     }
   }
 
+  Progress& progress_;
   Wanted wanted_;
   xlatr_analysis_options options_;
   TraceFormat format_;
   bool json_;
+  std::size_t width_ = outputIsTerminal() ? terminalWidth() : 0;
   int shown_ = 0;
   nlohmann::ordered_json traces_ = nlohmann::ordered_json::array();
 };
@@ -89,11 +102,18 @@ class StatsRun {
 }  // namespace
 
 ExitCode runStats(const Arguments& arguments) {
-  StatsRun run(arguments);
+  watchSignals();
+  Progress progress(progressForm(arguments), arguments.paths.size(), sizeOfFiles(arguments.paths));
+  StatsRun run(arguments, progress);
   ExitCode code = ExitCode::Done;
   for (const std::string& path : arguments.paths) {
     code = worse(code, run.run(path));
+    if (interruption()) {
+      return code;
+    }
+    progress.fileDone();
   }
+  progress.hide();
   run.finish();
   return code;
 }

@@ -22,6 +22,11 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Rows = std::vector<std::vector<std::string>>;
 
+// Columns that a narrow terminal does without.
+constexpr std::string_view kP99 = "P99 ms";
+constexpr std::string_view kLastData = "LAST DATA";
+constexpr std::string_view kOverTime = "OVER TIME";
+
 std::span<const std::uint8_t> lastDataOf(const xlatr_id_statistics& id) {
   return std::span(id.last_data).first(std::min<std::size_t>(id.last_length, std::size(id.last_data)));
 }
@@ -122,10 +127,40 @@ std::string busTable(const Analysis& analysis, double seconds) {
   return numbersText(std::move(rows), 1);
 }
 
-std::string identifierTable(const std::vector<xlatr_id_statistics>& ids, std::int64_t lastNs, bool utf8) {
+// In characters, of the longest line.
+std::size_t widthOf(std::string_view text) {
+  std::size_t longest = 0;
+  std::size_t width = 0;
+  for (const char character : text) {
+    const bool goesOn = (static_cast<unsigned char>(character) & 0xC0U) == 0x80U;  // with a character of UTF-8
+    width = character == '\n' ? 0 : width + (goesOn ? 0 : 1);
+    longest = std::max(longest, width);
+  }
+  return longest;
+}
+
+// With the columns that there is room for; 0 is room for all.
+std::string fittingText(Rows rows, std::size_t width) {
+  constexpr std::array<std::string_view, 3> kFirstToGo = {kP99, kOverTime, kLastData};
+  std::size_t left = 2;
+  std::string text = numbersText(rows, left);
+  for (const std::string_view name : kFirstToGo) {
+    if (width == 0 || widthOf(text) <= width) {
+      break;
+    }
+    const auto column = std::ranges::find(rows.front(), name) - rows.front().begin();
+    std::ranges::for_each(rows, [column](auto& row) { row.erase(row.begin() + column); });
+    left -= name == kP99 ? 0U : 1U;
+    text = numbersText(rows, left);
+  }
+  return text;
+}
+
+std::string identifierTable(const std::vector<xlatr_id_statistics>& ids, std::int64_t lastNs, bool utf8,
+                            std::size_t width) {
   constexpr std::size_t kSparks = 16;
-  Rows rows{
-      {"BUS", "ID", "KIND", "FRAMES", "/S", "MIN ms", "MEAN ms", "MAX ms", "P99 ms", "LEN", "LAST DATA", "OVER TIME"}};
+  Rows rows{{"BUS", "ID", "KIND", "FRAMES", "/S", "MIN ms", "MEAN ms", "MAX ms", std::string(kP99), "LEN",
+             std::string(kLastData), std::string(kOverTime)}};
   for (const xlatr_id_statistics& id : ids) {
     const bool cycles = id.cycles != 0;
     const auto milliseconds = [cycles](double ns) { return cycles ? millisecondsText(ns) : "-"; };
@@ -140,7 +175,7 @@ std::string identifierTable(const std::vector<xlatr_id_statistics>& ids, std::in
                     sparkline({id.frames_over_time, static_cast<std::size_t>(id.bins)},
                               static_cast<double>(covered) / static_cast<double>(id.bin_ns), kSparks, utf8)});
   }
-  return numbersText(std::move(rows), 2);
+  return fittingText(std::move(rows), width);
 }
 
 // ---- JSON
@@ -219,14 +254,14 @@ Json identifierJson(const xlatr_id_statistics& id) {
 
 }  // namespace
 
-std::string statsText(const std::string& name, const Analysis& analysis, bool utf8) {
+std::string statsText(const std::string& name, const Analysis& analysis, bool utf8, std::size_t width) {
   const xlatr_analysis_summary summary = analysis.summary();
   std::string text = headText(name, summary);
   if (summary.buses != 0) {
     text += "\n" + busTable(analysis, secondsOf(summary));
   }
   if (const auto ids = analysis.ids(); !ids.empty()) {
-    text += "\n" + identifierTable(ids, summary.last_ns, utf8);
+    text += "\n" + identifierTable(ids, summary.last_ns, utf8, width);
   }
   return text;
 }

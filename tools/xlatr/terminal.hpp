@@ -9,7 +9,7 @@ namespace xlatr::cli {
 [[nodiscard]] bool inputIsTerminal();
 [[nodiscard]] bool outputIsTerminal();
 
-// Of the terminal on stderr, in characters; 80 if it does not say.
+// Of the terminal on stderr or stdout, in characters; 80 if none says.
 [[nodiscard]] std::size_t terminalWidth();
 
 }  // namespace xlatr::cli

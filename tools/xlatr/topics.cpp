@@ -143,7 +143,8 @@ const std::vector<Topic>& topics() {
              "`seconds`; `read` is the sum of `written` and `dropped`"},
             {"each remark",
              "`remark` (name of the reason), `class`, `effect` (`dropped`, `commented`, `noted`), `text`, `count`, "
-             "`first` (the first line or record; 0 if there is none)"},
+             "`first` (the first line or record; 0 if there is none), `met` (how that line begins if it is not "
+             "understood, or that record in hexadecimal digits)"},
             {"stats", "an array with an object for each trace: docs/stats.schema.json"},
             {"compare", "an object: docs/compare.schema.json"},
             {"check", "an array: `file`, `whole`, `error`, `format`, `frames`, `unfinished`, `remarks`"},

@@ -201,7 +201,7 @@ class BlfFrameSource final : public FrameSource {
     frame_.reset();
     frame_.place = objects_;
     if (!takeTime(object, account) || !readObject(object, frame_, reading_)) {
-      account.note(Remark::RecordNotUnderstood, objects_);
+      account.note(Remark::RecordNotUnderstood, objects_, object.body);
       return;
     }
     batch.append(frame_);

@@ -72,7 +72,7 @@ class TableSource final : public FrameSource {
       frame_.kind = FrameKind::Comment;
       frame_.timeNs = timeNs_;
       frame_.text = record_.text;
-      account.note(Remark::LineNotUnderstood, record_.line);
+      account.note(Remark::LineNotUnderstood, record_.line, record_.text);
     } else if (frame_.kind == FrameKind::Comment && looksLikeFrameComment(*frame_.text)) {
       takeFrameComment();
     }

@@ -251,8 +251,10 @@ bool BtrcFrameSource::peekAny(RawRecord& record, Account& account) {
     }
     // Zeros up to the end of a block are filling without a header.
     const std::uint64_t damaged = place();
+    std::array<std::uint8_t, kRecordHeaderSize> begin{};
+    std::ranges::copy(start.first(kRecordHeaderSize), begin.begin());
     if (!skipTo(endOfBlock())) {
-      account.note(Remark::RecordNotUnderstood, damaged);
+      account.note(Remark::RecordNotUnderstood, damaged, begin);
       goOnAtTotals();
     }
   }
@@ -288,7 +290,7 @@ void BtrcFrameSource::append(const RawRecord& record, FrameBatch& batch, Account
     takeText(record, account);
   } else {
     if (!takeRecord(record.header.type, record.bytes, scale_, frame_)) {
-      account.note(Remark::RecordNotUnderstood, itsPlace);
+      account.note(Remark::RecordNotUnderstood, itsPlace, record.bytes);
     }
     skipRecord(record);
   }

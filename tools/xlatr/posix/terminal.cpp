@@ -3,6 +3,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <initializer_list>
+
 namespace xlatr::cli {
 
 bool errorOutputIsTerminal() {
@@ -19,8 +21,13 @@ bool outputIsTerminal() {
 
 std::size_t terminalWidth() {
   constexpr std::size_t kUsual = 80;
-  winsize size{};
-  return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
+  for (const int stream : {STDERR_FILENO, STDOUT_FILENO}) {
+    winsize size{};
+    if (::ioctl(stream, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+      return size.ws_col;
+    }
+  }
+  return kUsual;
 }
 
 }  // namespace xlatr::cli
