@@ -3,9 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
+#include <utility>
+#include <vector>
 
+#include "frames/account.hpp"
+#include "frames/frame_batch.hpp"
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_failure.hpp"
 #include "util/paths.hpp"
@@ -78,21 +86,55 @@ std::string versionsOf(std::span<const FrameCapacity> capacities) {
   return versions;
 }
 
+// The first bytes of a trace.
+class StartBytes final : public InputBytes {
+ public:
+  explicit StartBytes(const std::string& start) : start_(start) {}
+
+  [[nodiscard]] std::size_t readAt(std::uint64_t offset, std::span<char> bytes) override {
+    const std::size_t begin = std::min<std::size_t>(offset, start_.size());
+    return start_.copy(bytes.data(), bytes.size(), begin);
+  }
+  [[nodiscard]] std::optional<std::uint64_t> size() const override { return start_.size(); }
+
+ private:
+  const std::string& start_;
+};
+
+// Lines and records that are none of the format.
+std::uint64_t notUnderstood(const FormatDescriptor& format, const std::string& start) {
+  const auto source = format.openFrames({std::string(), std::make_shared<StartBytes>(start)});
+  FrameBatch batch;
+  Account account;
+  static_cast<void>(source->read(batch, account));
+  return account.noted(Remark::LineNotUnderstood).frames + account.noted(Remark::RecordNotUnderstood).frames;
+}
+
+// Some formats have the same heads. The one that understands most counts, and among such ones that of the name.
+const FormatDescriptor* likeliest(std::vector<const FormatDescriptor*> formats, const FormatDescriptor& byName,
+                                  const std::string& start) {
+  if (formats.size() < 2) {
+    return formats.empty() ? nullptr : formats.front();
+  }
+  std::ranges::stable_partition(formats, [&byName](const auto* format) { return format == &byName; });
+  return *std::ranges::min_element(formats, {}, [&start](const auto* format) { return notUnderstood(*format, start); });
+}
+
 }  // namespace
 
 const FormatDescriptor& formatOfTrace(const InputSource& input) {
   requireInput(input);
   const std::string start = startOf(input);
   const FormatDescriptor& byName = formatOf(formatOfPath(input.name()));
-  const auto recognises = [&start](const FormatDescriptor& format) {
-    return format.openFrames != nullptr && format.recognises != nullptr && format.recognises(start);
-  };
-  if (byName.openFrames != nullptr && (start.empty() || recognises(byName))) {
+  if (start.empty() && byName.openFrames != nullptr) {
     return byName;
   }
-  const auto found = std::ranges::find_if(formatRegistry(), [&](const auto* format) { return recognises(*format); });
-  if (found != formatRegistry().end()) {
-    return **found;
+  std::vector<const FormatDescriptor*> recognising;
+  std::ranges::copy_if(formatRegistry(), std::back_inserter(recognising), [&start](const FormatDescriptor* format) {
+    return format->openFrames != nullptr && format->recognises != nullptr && format->recognises(start);
+  });
+  if (const FormatDescriptor* const found = likeliest(std::move(recognising), byName, start)) {
+    return *found;
   }
   if (start.empty()) {
     throw FrameFailure(FrameProblem::NotATrace, input.name() + ": the file is empty");

@@ -238,5 +238,18 @@ TEST_F(FrameJob, tellsFormatsByContent) {
   EXPECT_EQ(formatOfTrace(folder_.write("c.trc", "")).format, XLATR_FORMAT_TRC);
 }
 
+// Two formats have this head. Their frames tell them apart, and where there are none the name does.
+TEST_F(FrameJob, tellsFormatsWithTheSameHeadByTheirFrames) {
+  const std::string head = ";$FILEVERSION=1.1\n;$STARTTIME=44403.25\n";
+  const std::string lin = "1) 1000 Pub 2A 2 01 02 7C CL\n";
+  const std::string can = "     1)        10.0  Rx         0123  2  0A B0\n";
+  for (const char* const name : {"a.trc", "a.ltrc", "a"}) {
+    EXPECT_EQ(formatOfTrace(folder_.write(name, head + lin)).format, XLATR_FORMAT_LIN) << name;
+    EXPECT_EQ(formatOfTrace(folder_.write(name, head + can)).format, XLATR_FORMAT_TRC) << name;
+  }
+  EXPECT_EQ(formatOfTrace(folder_.write("a.trc", head)).format, XLATR_FORMAT_TRC);
+  EXPECT_EQ(formatOfTrace(folder_.write("a.ltrc", head)).format, XLATR_FORMAT_LIN);
+}
+
 }  // namespace
 }  // namespace xlatr

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <utility>
 
 #include "formats/mf4/block_texts.hpp"
 #include "formats/mf4/mdf_conversion.hpp"
 #include "formats/mf4/mdf_number_field.hpp"
+#include "util/text.hpp"
 
 namespace xlatr {
 namespace {
@@ -67,10 +69,12 @@ struct FoundName {
   std::string_view rest;  // after the frame's name and the character after it
 };
 
-// "CAN_DataFrame", "CAN_DataFrame.ID", "CAN_DataFrame_2.ID", "Bus\CAN_DataFrame.ID".
+// "CAN_DataFrame", "CAN_DataFrame.ID", "CAN_DataFrame_2.ID", "Bus\CAN_DataFrame.ID". Producers don't agree on the case
+// of letters.
 FoundName frameIn(std::string_view name) {
+  const std::string upper = toUpperAscii(name);
   for (const MdfFrameName& frame : kNames) {
-    const std::size_t begin = name.rfind(frame.name);
+    const std::size_t begin = upper.rfind(toUpperAscii(frame.name));
     if (begin == std::string_view::npos || (begin > 0 && isWordCharacter(name[begin - 1]))) {
       continue;
     }
@@ -90,7 +94,8 @@ FoundName frameIn(std::string_view name) {
 }
 
 const MemberName* memberNamed(std::string_view name) {
-  const auto* const found = std::ranges::find(kMemberNames, name, &MemberName::name);
+  const auto* const found = std::ranges::find_if(
+      kMemberNames, [name](const MemberName& member) { return equalsIgnoreCase(member.name, name); });
   return found == kMemberNames.end() ? nullptr : found;
 }
 

@@ -415,6 +415,20 @@ TEST(Mf4FrameChannels, haveNumbersAfterTheirFrame) {
   }
 }
 
+TEST(Mf4FrameChannels, haveNamesInAnyCase) {
+  for (const char* const name : {"can_dataframe", "CAN_DATAFRAME_2", "Bus.Can_DataFrame"}) {
+    MdfFileBuilder file;
+    const std::string prefix = std::string(name) + ".";
+    EXPECT_EQ(readMembers(file,
+                          {{.name = prefix + "id", .byteOffset = 8, .bitCount = 16},
+                           {.name = prefix + "BUSCHANNEL", .byteOffset = 10}},
+                          {{1, 0, 3, 0}}, name)
+                  .frames,
+              Texts{"1 data 3 1"})
+        << name;
+  }
+}
+
 TEST(Mf4FrameChannels, mayBeGrouped) {
   MdfFileBuilder file;
   const std::uint64_t inner = file.channels({{.name = "BRS", .byteOffset = 10}, {.name = "EDL", .byteOffset = 11}});
