@@ -17,7 +17,10 @@ FrameBatch::FrameBatch()
       dlcs_(kCapacity),
       dataOffsets_(kCapacity + 1),
       textOffsets_(kCapacity + 1),
-      places_(kCapacity) {}
+      places_(kCapacity) {
+  dataOffsets_.front() = 0;
+  textOffsets_.front() = 0;
+}
 
 void FrameBatch::clear() {
   size_ = 0;
@@ -163,7 +166,7 @@ void keepBits(RowBits& bits, const WantedRows& rows) {
 
 // Moves the bytes of the wanted rows to the front, and their offsets with them. Returns how many bytes they have.
 template <typename Bytes>
-std::size_t keepBytes(Bytes& bytes, ColumnBuffer<std::int32_t>& offsets, const WantedRows& rows) {
+std::size_t keepBytes(Bytes& bytes, UnsetColumnBuffer<std::int32_t>& offsets, const WantedRows& rows) {
   constexpr std::size_t kFullFrame = 8;
   if (bytes.empty()) {
     return 0;  // and all offsets are
@@ -229,7 +232,7 @@ Frame FrameBatch::at(std::size_t row) const {
 }
 
 void FrameBatch::get(std::size_t row, Frame& frame) const {
-  const auto slice = [row](const ColumnBuffer<std::int32_t>& offsets, auto bytes) {
+  const auto slice = [row](const UnsetColumnBuffer<std::int32_t>& offsets, auto bytes) {
     const auto begin = static_cast<std::size_t>(offsets[row]);
     return bytes.subspan(begin, static_cast<std::size_t>(offsets[row + 1]) - begin);
   };

@@ -18,6 +18,9 @@ namespace xlatr {
 // The memory of a column. Starts at an address that Arrow's readers like best.
 template <typename Value>
 using ColumnBuffer = std::vector<Value, AlignedAllocator<Value, 64>>;
+// The same for one that has room for all rows from the beginning: what nobody fills costs no memory.
+template <typename Value>
+using UnsetColumnBuffer = std::vector<Value, UnsetAllocator<Value, 64>>;
 
 // One bit a row, the lowest bit of a byte first (Arrow columnar format, "Validity bitmaps").
 class RowBits {
@@ -142,16 +145,16 @@ class FrameBatch {
 
   // The columns of fixed width have kCapacity rows from the beginning, of which `size_` are in use.
   std::size_t size_ = 0;
-  ColumnBuffer<std::int64_t> times_;
-  ColumnBuffer<std::uint8_t> kinds_;
-  ColumnBuffer<std::uint16_t> buses_;
-  ColumnBuffer<std::uint32_t> ids_;
-  ColumnBuffer<std::uint16_t> flags_;
-  ColumnBuffer<std::uint16_t> dlcs_;
-  ColumnBuffer<std::int32_t> dataOffsets_;
-  ColumnBuffer<std::int32_t> textOffsets_;
-  ColumnBuffer<std::uint64_t> places_;
-  ColumnBuffer<std::uint8_t> data_;  // the first `dataSize_` bytes of it are in use
+  UnsetColumnBuffer<std::int64_t> times_;
+  UnsetColumnBuffer<std::uint8_t> kinds_;
+  UnsetColumnBuffer<std::uint16_t> buses_;
+  UnsetColumnBuffer<std::uint32_t> ids_;
+  UnsetColumnBuffer<std::uint16_t> flags_;
+  UnsetColumnBuffer<std::uint16_t> dlcs_;
+  UnsetColumnBuffer<std::int32_t> dataOffsets_;
+  UnsetColumnBuffer<std::int32_t> textOffsets_;
+  UnsetColumnBuffer<std::uint64_t> places_;
+  UnsetColumnBuffer<std::uint8_t> data_;  // the first `dataSize_` bytes of it are in use
   std::size_t dataSize_ = 0;
   ColumnBuffer<char> text_;
   RowBits textValidity_;

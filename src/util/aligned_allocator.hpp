@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <new>
+#include <type_traits>
+#include <utility>
 
 namespace xlatr {
 
@@ -31,6 +33,24 @@ struct AlignedAllocator {
   }
 
   bool operator==(const AlignedAllocator&) const = default;
+};
+
+// The same for memory that its user fills: values that a container makes without being told of what are not set, so
+// that pages that nobody uses are never touched.
+template <typename Value, std::size_t kAlignment>
+struct UnsetAllocator : AlignedAllocator<Value, kAlignment> {
+  static_assert(std::is_trivially_default_constructible_v<Value>);
+
+  template <typename Other>
+  struct rebind {
+    using other = UnsetAllocator<Other, kAlignment>;
+  };
+
+  void construct(Value* /*value*/) noexcept {}
+  template <typename... Arguments>
+  void construct(Value* value, Arguments&&... arguments) {
+    ::new (static_cast<void*>(value)) Value(std::forward<Arguments>(arguments)...);
+  }
 };
 
 }  // namespace xlatr
