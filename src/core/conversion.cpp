@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <cstring>
 #include <new>
+#include <system_error>
 #include <utility>
 
+#include "core/out_of_memory.hpp"
 #include "platform/module_path.hpp"
 #include "util/paths.hpp"
 
@@ -13,6 +16,8 @@ namespace xlatr {
 namespace {
 
 constexpr char kInProgress[] = "In progress";
+constexpr std::size_t kFirstTextSize = std::max(sizeof kInProgress, sizeof kOutOfMemory);
+constexpr char kNoThread[] = "The system starts no thread for the conversion: ";
 constexpr char kUnsupportedTarget[] = "The specified conversion is invalid or not supported ";
 
 std::uint64_t nextConversionId() {
@@ -30,8 +35,9 @@ Element* allocateZeroed(std::size_t count) {
   return static_cast<Element*>(memory);
 }
 
-void replaceText(ConversionResult& result, std::string_view text) {
-  char* const copy = allocateZeroed<char>(text.size() + 1);
+// The allocation may be longer than the text: at least of the size `room`.
+void replaceText(ConversionResult& result, std::string_view text, std::size_t room = 0) {
+  char* const copy = allocateZeroed<char>(std::max(text.size() + 1, room));
   text.copy(copy, text.size());
   std::free(std::exchange(result.text, copy));
 }
@@ -78,6 +84,21 @@ std::string TargetPathTemplate::pathOfSession(std::string_view marker, std::uint
   return (directory + platform::pathSeparator() + stem).append(marker) + std::to_string(session) + extension;
 }
 
+void fillFailedResult(ConversionResult* result, const char* text) noexcept {
+  if (result == nullptr) {
+    return;
+  }
+  result->status = XLATR_FAILED;
+  result->file_count = 0;
+  result->files = nullptr;
+  try {
+    replaceText(*result, text);
+  } catch (const std::bad_alloc&) {
+    std::free(std::exchange(result->text, nullptr));
+  }
+  result->finished = 1;
+}
+
 Conversion::Conversion(const char* source, const char* target, const ConversionOptions& options,
                        ConversionResult* result, void (*onFinished)(void*), void* context)
     : id_(nextConversionId()),
@@ -104,7 +125,8 @@ Conversion::Conversion(const char* source, const char* target, const ConversionO
     result_->finished = 0;
     result_->file_count = 0;
     result_->files = nullptr;
-    replaceText(*result_, kInProgress);
+    // With room for the text that there may be no room for in the end.
+    replaceText(*result_, kInProgress, kFirstTextSize);
   }
   if (options.progress != nullptr) {
     *options.progress = {id_, 0, XLATR_IN_PROGRESS, 0.0F};
@@ -176,7 +198,10 @@ void Conversion::addWorkers(const TraceFileInfo& file, Workers& workers) {
 
 void Conversion::start() {
   prepareWorkers();
-  monitor_ = std::thread(&Conversion::monitor, this);
+  if (!startMonitor()) {
+    finish();
+    return;
+  }
   const MutexLock guard(listLock_);
   if (collect()) {
     return;
@@ -184,6 +209,21 @@ void Conversion::start() {
   for (const auto& worker : running_) {
     worker->start();
   }
+}
+
+// Without a monitor the conversion is at its end, and no worker is started.
+bool Conversion::startMonitor() {
+  const MutexLock guard(listLock_);
+  ended_.reserve(running_.size());  // the monitor moves workers there, and nothing could catch its failure
+  try {
+    monitor_ = std::thread(&Conversion::monitor, this);
+    return true;
+  } catch (const std::system_error& failure) {
+    refusal_ = std::string(kNoThread).append(failure.code().message()).append(" ");
+  }
+  running_.clear();
+  collect();
+  return false;
 }
 
 void Conversion::waitUntilFinished() {
@@ -238,14 +278,18 @@ void Conversion::monitor() {
   while (!exit_) {
     const EventGroup::Event event = events_.waitAny();
     if (event == stopEvent_) {
-      const MutexLock guard(finishedLock_);
-      finished_ = true;
-      finishedChanged_.notify_all();
-      onFinished_(context_);
+      finish();
     } else if (event != wakeEvent_) {
       workerEnded(event);
     }
   }
+}
+
+void Conversion::finish() {
+  const MutexLock guard(finishedLock_);
+  finished_ = true;
+  finishedChanged_.notify_all();
+  onFinished_(context_);
 }
 
 void Conversion::workerEnded(EventGroup::Event event) {
@@ -265,7 +309,7 @@ void Conversion::workerEnded(EventGroup::Event event) {
 }
 
 // Completes the conversion if no worker runs any more, and returns whether that is so.
-bool Conversion::collect() {
+bool Conversion::collect() noexcept {
   if (!running_.empty()) {
     return false;
   }
@@ -277,7 +321,11 @@ bool Conversion::collect() {
   status_ = codeOfState();
   collected_ = true;
   if (result_ != nullptr) {
-    fillResult();
+    try {
+      fillResult();
+    } catch (const std::bad_alloc&) {
+      fillResultWithoutMemory();
+    }
   }
   events_.signal(stopEvent_);
   return true;
@@ -290,13 +338,30 @@ void Conversion::fillResult() {
       names.push_back(&name);
     }
   }
+  const std::string text = joinedMessages();
   if (!names.empty()) {
     result_->files = allocateZeroed<char*>(names.size());
-    std::ranges::transform(names, result_->files, [](const std::string* name) { return copyOfFileName(*name); });
-    result_->file_count = static_cast<std::uint32_t>(names.size());
+    for (const std::string* const name : names) {
+      result_->files[result_->file_count] = copyOfFileName(*name);
+      ++result_->file_count;
+    }
   }
+  replaceText(*result_, text);
   result_->status = status_;
-  replaceText(*result_, joinedMessages());
+  result_->finished = 1;
+}
+
+// What was converted is there, but the caller would not learn of all of it.
+void Conversion::fillResultWithoutMemory() noexcept {
+  state_ = State::WorkerFailed;
+  status_ = codeOfState();
+  for (std::uint32_t index = 0; index < result_->file_count; ++index) {
+    std::free(result_->files[index]);
+  }
+  std::free(static_cast<void*>(std::exchange(result_->files, nullptr)));
+  result_->file_count = 0;
+  std::memcpy(result_->text, kOutOfMemory, sizeof kOutOfMemory);
+  result_->status = status_;
   result_->finished = 1;
 }
 

@@ -33,6 +33,10 @@ struct TargetPathTemplate {
 // A null path has an empty directory and stem.
 [[nodiscard]] TargetPathTemplate makeTargetPathTemplate(const char* path, TraceFormat targetFormat);
 
+// Fills the record of a conversion that never came to work. No effect on a null one. Without memory for the text the
+// record gets none.
+void fillFailedResult(ConversionResult* result, const char* text) noexcept;
+
 // Owns the workers of a conversion and the thread that waits for them, and fills the caller's records.
 //
 // Locks: listLock_ may be taken under the registry's lock; finishedLock_ comes after it, and `onFinished`
@@ -48,7 +52,7 @@ class Conversion {
   Conversion(const Conversion&) = delete;
   Conversion& operator=(const Conversion&) = delete;
 
-  // Makes the workers and starts them.
+  // Makes the workers and starts them. If it raises a failure, the conversion has not begun.
   void start();
   void waitUntilFinished();
   [[nodiscard]] bool isFinished();
@@ -64,10 +68,13 @@ class Conversion {
   void takeOption(const ConversionOption& option);
   void prepareWorkers();
   void addWorkers(const TraceFileInfo& file, Workers& workers);
+  [[nodiscard]] bool startMonitor();
   void monitor();
+  void finish();
   void workerEnded(EventGroup::Event event);
-  bool collect() XLATR_REQUIRES(listLock_);
+  bool collect() noexcept XLATR_REQUIRES(listLock_);
   void fillResult() XLATR_REQUIRES(listLock_);
+  void fillResultWithoutMemory() noexcept XLATR_REQUIRES(listLock_);
   [[nodiscard]] std::string joinedMessages() XLATR_REQUIRES(listLock_);
   [[nodiscard]] float computePercent() XLATR_REQUIRES(listLock_);
   [[nodiscard]] std::int32_t codeOfState() XLATR_REQUIRES(listLock_);

@@ -1,41 +1,38 @@
 #include "core/conversion_registry.hpp"
 
 #include <algorithm>
-#include <system_error>
+#include <exception>
+#include <new>
 
 #include "core/format_matrix.hpp"
+#include "core/out_of_memory.hpp"
 #include "platform/thread.hpp"
 #include "util/failures.hpp"
+#include "util/process_wide.hpp"
 
 namespace xlatr {
 namespace {
 
 constexpr bool kIdleReaperPolls = XLATR_IDLE_REAPER_POLLS;
 
-}  // namespace
-
-ConversionRegistry::Conversions* ConversionRegistry::ofTheParent_ = nullptr;
-
-ConversionRegistry& ConversionRegistry::instance() {
+ProcessWide<ConversionRegistry>& registries() {
   // Made first, so that it ends last: workers may still fail while the end of the registry waits for them.
   static_cast<void>(lastErrorText(0));
-  static ConversionRegistry registry;
-  return registry;
+  static ProcessWide<ConversionRegistry> made;
+  return made;
 }
 
-ConversionRegistry::ConversionRegistry()
-    : changedEvent_(events_.create()),
-      process_(platform::currentProcessId()),
-      reaper_(&ConversionRegistry::reap, this) {}
+[[maybe_unused]] const ProcessWide<ConversionRegistry>& kRegistriesAtLoad = registries();
+
+}  // namespace
+
+ConversionRegistry& ConversionRegistry::instance() {
+  return registries().get();
+}
+
+ConversionRegistry::ConversionRegistry() : changedEvent_(events_.create()), reaper_(&ConversionRegistry::reap, this) {}
 
 ConversionRegistry::~ConversionRegistry() {
-  if (process_ != platform::currentProcessId()) {
-    // A forked process has the registry but none of its threads: there is nothing to wait for, and the conversions go
-    // on in the other process.
-    reaper_.detach();
-    ofTheParent_ = conversions_.release();
-    return;
-  }
   {
     const MutexLock guard(lock_);
     exit_ = true;
@@ -43,7 +40,7 @@ ConversionRegistry::~ConversionRegistry() {
   }
   events_.signal(changedEvent_);
   reaper_.join();
-  conversions_->clear();
+  conversions_.clear();
 }
 
 TraceFormat ConversionRegistry::convertibleFrom(TraceFormat source) {
@@ -63,15 +60,20 @@ std::int32_t ConversionRegistry::convert(const char* source, const char* target,
     auto& self = *static_cast<ConversionRegistry*>(registry);
     self.events_.signal(self.changedEvent_);
   };
-  conversions_->push_back(std::make_unique<Conversion>(source, target, options, result, onFinished, this));
-  Conversion& conversion = *conversions_->back();
-  setIdle(false);
+  const std::size_t before = conversions_.size();
   try {
-    conversion.start();
+    conversions_.push_back(std::make_unique<Conversion>(source, target, options, result, onFinished, this));
+    setIdle(false);
+    conversions_.back()->start();
+  } catch (const std::bad_alloc&) {
+    conversions_.resize(before);
+    fillFailedResult(result, kOutOfMemory);
+    return XLATR_FAILED;
   } catch (...) {
-    conversions_->pop_back();
+    conversions_.resize(before);
     throw;
   }
+  Conversion& conversion = *conversions_.back();
   if (options.asynchronous == 0) {
     conversion.waitUntilFinished();
   }
@@ -83,9 +85,9 @@ std::int32_t ConversionRegistry::fillProgress(ConversionProgress* progress) {
   if (progress == nullptr) {
     return XLATR_BAD_ARGUMENT;
   }
-  const auto conversion = std::ranges::find_if(
-      *conversions_, [progress](const auto& candidate) { return candidate->id() == progress->id; });
-  if (conversion == conversions_->end()) {
+  const auto conversion =
+      std::ranges::find_if(conversions_, [progress](const auto& candidate) { return candidate->id() == progress->id; });
+  if (conversion == conversions_.end()) {
     return XLATR_UNKNOWN_CONVERSION;
   }
   (*conversion)->fillProgress(*progress);
@@ -103,7 +105,7 @@ void ConversionRegistry::reap() {
   while (!exit_) {
     {
       const MutexLock guard(lock_);
-      if (conversions_->empty() && !exit_) {
+      if (conversions_.empty() && !exit_) {
         setIdle(true);
       }
     }
@@ -113,7 +115,7 @@ void ConversionRegistry::reap() {
     }
     static_cast<void>(events_.waitAny());
     const MutexLock guard(lock_);
-    std::erase_if(*conversions_, [](const auto& conversion) { return conversion->isFinished(); });
+    std::erase_if(conversions_, [](const auto& conversion) { return conversion->isFinished(); });
   }
   if (poller.joinable()) {
     setIdle(true);  // wakes a sleeping poller, which then sees that all is over
@@ -126,7 +128,7 @@ std::thread ConversionRegistry::startPoller() {
   if constexpr (kIdleReaperPolls) {
     try {
       return std::thread(&ConversionRegistry::poll, this);
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
       return {};
     }
   }

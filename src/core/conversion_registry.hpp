@@ -18,10 +18,13 @@ namespace xlatr {
 // functions, all of a synchronous conversion included, and is the first in the order of locks.
 class ConversionRegistry {
  public:
-  // Made at the first call; ends with the process or when the library is unloaded. Conversions that are still running
-  // then end at their next message.
+  // Made at the first call in a process, forked or not; ends with the process or when the library is unloaded.
+  // Conversions that are still running then end at their next message.
   static ConversionRegistry& instance();
 
+  // For instance() alone.
+  ConversionRegistry();
+  ~ConversionRegistry();
   ConversionRegistry(const ConversionRegistry&) = delete;
   ConversionRegistry& operator=(const ConversionRegistry&) = delete;
 
@@ -31,27 +34,18 @@ class ConversionRegistry {
   std::int32_t fillProgress(ConversionProgress* progress);
 
  private:
-  ConversionRegistry();
-  ~ConversionRegistry();
-
   void reap();
   [[nodiscard]] std::thread startPoller();
   void poll();
   void setIdle(bool idle);
 
-  using Conversions = std::vector<std::unique_ptr<Conversion>>;
-
   Mutex lock_;
-  std::unique_ptr<Conversions> conversions_ XLATR_GUARDED_BY(lock_) = std::make_unique<Conversions>();
+  std::vector<std::unique_ptr<Conversion>> conversions_ XLATR_GUARDED_BY(lock_);
   EventGroup events_;
   const EventGroup::Event changedEvent_;
   std::atomic<bool> exit_ = false;
   std::atomic<bool> idle_ = false;
-  const std::int64_t process_;
   std::thread reaper_;
-
-  // Where a forked process keeps the conversions that it does not run, so that they count as held and not as leaked.
-  static Conversions* ofTheParent_;
 };
 
 }  // namespace xlatr

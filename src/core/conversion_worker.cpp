@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <exception>
-#include <system_error>
+#include <new>
 #include <utility>
 
+#include "core/out_of_memory.hpp"
 #include "util/failures.hpp"
 #include "util/paths.hpp"
 
@@ -75,7 +76,7 @@ bool ConversionWorker::start() {
     try {
       thread_ = std::thread(&ConversionWorker::run, this);
       return true;
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
       reportFailure(kThreadNotJoinable);
     }
   }
@@ -88,15 +89,9 @@ void ConversionWorker::run() {
   try {
     convert();
     events_.signal(finishedEvent_);
-  } catch (const std::exception& failure) {
-    closeAllWritersQuietly();
-    const std::string text = named(textOf(failure));
-    dropSafeFiles();
-    reportFailure(text);
   } catch (...) {
     closeAllWritersQuietly();
-    dropSafeFiles();
-    reportFailure(kUnknownException);
+    reportCaughtFailure();
   }
   source_.reset();
 }
@@ -294,6 +289,29 @@ void ConversionWorker::closeAllWritersQuietly() noexcept {
 void ConversionWorker::reportFailure(std::string text) {
   message_ = std::move(text);
   events_.signal(failureEvent_);
+}
+
+void ConversionWorker::reportCaughtFailure() noexcept {
+  try {
+    message_ = textOfCaughtFailure();
+  } catch (...) {
+    // Where there is no memory for the text of the failure there may be room for none that is longer than this.
+    message_ = kOutOfMemory;
+  }
+  dropSafeFiles();
+  events_.signal(failureEvent_);
+}
+
+std::string ConversionWorker::textOfCaughtFailure() const {
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    return named(kOutOfMemory);
+  } catch (const std::exception& failure) {
+    return named(textOf(failure));
+  } catch (...) {
+    return kUnknownException;
+  }
 }
 
 }  // namespace xlatr

@@ -74,6 +74,8 @@ class ConversionWorker {
   [[nodiscard]] std::string named(std::string text) const;
   void closeAllWritersQuietly() noexcept;
   void reportFailure(std::string text);
+  void reportCaughtFailure() noexcept;
+  [[nodiscard]] std::string textOfCaughtFailure() const;
   [[nodiscard]] std::string fileNameOfTarget() const;
 
   const WorkOrder order_;

@@ -5,6 +5,7 @@
 
 #include "platform/thread.hpp"
 #include "util/mutex.hpp"
+#include "util/process_wide.hpp"
 
 namespace xlatr {
 
@@ -35,16 +36,18 @@ struct LastErrorStore {
   std::map<std::uint32_t, std::string> texts XLATR_GUARDED_BY(lock);
 };
 
-LastErrorStore& lastErrorStore() {
-  static LastErrorStore store;
-  return store;
+ProcessWide<LastErrorStore>& lastErrorStores() {
+  static ProcessWide<LastErrorStore> made;
+  return made;
 }
+
+[[maybe_unused]] const ProcessWide<LastErrorStore>& kStoresAtLoad = lastErrorStores();
 
 }  // namespace
 
 void raiseFailure(FailureKind kind, std::string text) {
   {
-    auto& store = lastErrorStore();
+    auto& store = lastErrorStores().get();
     const MutexLock guard(store.lock);
     store.texts[platform::currentThreadId()] = text;
   }
@@ -71,10 +74,13 @@ void throwParsingFailure(std::string_view word, std::string_view text) {
 }
 
 std::string lastErrorText(std::uint32_t threadId) {
-  auto& store = lastErrorStore();
-  const MutexLock guard(store.lock);
-  const auto entry = store.texts.find(threadId);
-  return entry == store.texts.end() ? std::string() : entry->second;
+  LastErrorStore* const store = lastErrorStores().find();
+  if (store == nullptr) {
+    return {};
+  }
+  const MutexLock guard(store->lock);
+  const auto entry = store->texts.find(threadId);
+  return entry == store->texts.end() ? std::string() : entry->second;
 }
 
 }  // namespace xlatr
