@@ -106,7 +106,8 @@ typedef struct ConversionResult {
   int32_t status;      /* a status code */
   uint8_t finished;    /* 1 once the conversion has ended; everything else in the record is complete then */
   char* text;          /* messages of the conversion, each followed by a blank: failures, or warnings of a success;
-                          "In progress" meanwhile. Null before the first use: must be null or an earlier text */
+                          "In progress" meanwhile. Null before the first use: must be null or an earlier text. Null
+                          after a failure for whose text there was no memory */
   uint32_t file_count; /* entries of `files` */
   char** files;        /* name and extension, without the directory, of each file written; null if there is none */
 } ConversionResult;
@@ -132,9 +133,9 @@ XLATR_API TraceFormat xlatr_get_formats_convertible_to(TraceFormat targets);
  * reported through it. If `options` is null the function does nothing and returns XLATR_BAD_ARGUMENT.
  *
  * Returns XLATR_SUCCESS, XLATR_NOTHING_CONVERTED or XLATR_FAILED, the last also for a target format that is not exactly
- * one flag or that no conversion can have. An asynchronous call returns the state at that moment, which is
- * XLATR_SUCCESS once the work has begun; `result` holds what it ended with when xlatr_get_progress returns
- * XLATR_UNKNOWN_CONVERSION.
+ * one flag or that no conversion can have, and if there is no memory or no thread for the conversion. An asynchronous
+ * call returns the state at that moment, which is XLATR_SUCCESS once the work has begun; `result` holds what it ended
+ * with when xlatr_get_progress returns XLATR_UNKNOWN_CONVERSION.
  */
 XLATR_API int32_t xlatr_convert(const char* source, const char* target, const ConversionOptions* options,
                                 ConversionResult* result);

@@ -1,13 +1,15 @@
 // What this process shares with another one under a name: a piece of memory and the lock that guards it.
 //
 // Whoever opens a name first creates what it stands for, and the other process attaches to it. Only processes of the
-// same user can. Nothing here raises a failure.
+// same user can. Nothing here raises a failure, and to remove a name takes no memory.
 #pragma once
 
 #include <chrono>
 #include <cstddef>
 #include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace xlatr::platform {
 
@@ -28,11 +30,16 @@ class SharedMemory {
 
   // Removes the name: whoever opens it from now on gets new memory. Attached processes keep what they have. No effect
   // if there is no such name.
-  static void remove(const std::string& name);
+  static void remove(std::string_view name);
+
+  // The names with this prefix that nobody has open any more, in this or another process, and that were made more than
+  // a minute ago: the processes that were to remove them were ended before.
+  [[nodiscard]] static std::vector<std::string> forgottenNames(std::string_view prefix);
 
  private:
   std::byte* bytes_ = nullptr;
   std::size_t size_ = 0;
+  int descriptor_ = -1;  // locked, which tells that the name is in use
 };
 
 // A lock between processes, free when it is created. Unlike a lock between threads it is not released when a process
@@ -51,7 +58,7 @@ class NamedMutex {
   [[nodiscard]] bool lock(std::chrono::milliseconds limit);
   void unlock();
 
-  static void remove(const std::string& name);
+  static void remove(std::string_view name);
 
  private:
   void* handle_ = nullptr;

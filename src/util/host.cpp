@@ -84,7 +84,7 @@ std::optional<CommandAnswer> runCommandAndRead(const std::string& program, const
 }
 
 bool startCommand(const std::string& program, const std::vector<std::string>& arguments, platform::Process& process) {
-  return process.start(program, arguments, platform::StandardStreams::Closed);
+  return process.start(program, arguments, platform::StandardStreams::Closed, platform::ProgramTie::Link);
 }
 
 bool makeUniqueFilePath(const std::string& directory, const std::string& prefix, const std::string& extension,

@@ -37,8 +37,8 @@ namespace xlatr {
 // started or has no exit code. The program gets the arguments unchanged, blanks and quotes included.
 [[nodiscard]] std::uint32_t runCommandAndWait(const std::string& program, const std::vector<std::string>& arguments);
 
-// Starts the program, with its standard input and output closed, and does not wait for it; `process` then refers to it.
-// False if it could not be started.
+// Starts the program, with its standard input and output closed and a link to this process, and does not wait for it;
+// `process` then refers to it. False if it could not be started.
 [[nodiscard]] bool startCommand(const std::string& program, const std::vector<std::string>& arguments,
                                 platform::Process& process);
 

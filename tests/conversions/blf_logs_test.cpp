@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -132,6 +133,14 @@ TEST_F(BlfReaders, workInTenThreadsAtOnce) {
   for (const std::string& each : rows) {
     EXPECT_EQ(each, expected);
   }
+}
+
+TEST_F(BlfReaders, workInAHostThatIgnoresTheEndsOfItsPrograms) {
+  writeFile("a.blf", file({.objects = 100}, zipped(manyFrames(100))));
+  const auto former = std::signal(SIGCHLD, SIG_IGN);
+  const std::string rows = Log("a.blf").toRows("a.csv");
+  std::signal(SIGCHLD, former);
+  EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 100);
 }
 
 TEST_F(BlfReaders, stopTheConverterInTheMiddle) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <pthread.h>
+#include <signal.h>
+#include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,7 +20,9 @@
 
 #include "core/conversion_registry.hpp"
 #include "core/conversion_worker.hpp"
+#include "formats/blf/blf_reader.hpp"
 #include "io/format.hpp"
+#include "support/blf_stand_in.hpp"
 #include "support/temp_folder.hpp"
 
 namespace {
@@ -238,6 +242,26 @@ TEST_F(ShortageTest, ofThreadsFailsAWorker) {
   EXPECT_FALSE(worker.start());
   EXPECT_EQ(events.waitAny(), worker.failureEvent());
   EXPECT_EQ(worker.message(), "The conversion thread is not joinable");
+}
+
+// The end of a reader whose converter still runs: it is handed over to a thread that can't be started.
+TEST_F(ShortageTest, ofMemoryDoesNotKeepAReaderFromEnding) {
+  test::writeStandIn(folder_, "echo $$ > \"$(dirname \"$0\")/pid\"; exec sleep 1000");
+  const BlfInfo info(TraceFileInfo(folder_.write("log.blf", "")), BlfConverter(folder_.path().string()));
+  auto reader = std::make_unique<BlfReader>(info, folder_.path().string());
+  ASSERT_TRUE(reader->setActive(true));
+  while (folder_.read("pid").find('\n') == std::string::npos) {
+    std::this_thread::yield();
+  }
+  const pid_t converter = std::stoi(folder_.read("pid"));
+  {
+    const Shortage shortage(0, true);
+    reader.reset();
+  }
+  EXPECT_EQ(::kill(converter, SIGKILL), 0) << "it runs on";
+  while (::kill(converter, 0) == 0) {
+    BlfReader(info, folder_.path().string());  // sees to what has no thread
+  }
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -135,15 +136,102 @@ TEST_F(ProcessTest, aLimitBeyondTheClockIsNoLimit) {
   EXPECT_EQ(process.waitFor(milliseconds::max()), 0U);
 }
 
+// A host that does not want to hear of the ends of its programs.
+class IgnoredEnds {
+ public:
+  IgnoredEnds() {
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    EXPECT_EQ(::sigaction(SIGCHLD, &ignore, &former_), 0);
+  }
+  ~IgnoredEnds() { ::sigaction(SIGCHLD, &former_, nullptr); }
+  IgnoredEnds(const IgnoredEnds&) = delete;
+  IgnoredEnds& operator=(const IgnoredEnds&) = delete;
+
+ private:
+  struct sigaction former_ {};
+};
+
 TEST_F(ProcessTest, anExitCodeThatTheHostTookAwayIsAllOnes) {
-  struct sigaction ignore {};
-  struct sigaction former {};
-  ignore.sa_handler = SIG_IGN;
-  ASSERT_EQ(::sigaction(SIGCHLD, &ignore, &former), 0);
+  const IgnoredEnds ignored;
   Process process;
   ASSERT_TRUE(process.start("true", {}));
   EXPECT_EQ(process.wait(), kNoExitCode);
-  ::sigaction(SIGCHLD, &former, nullptr);
+  EXPECT_EQ(process.waitFor(milliseconds(0)), kNoExitCode) << "asked again";
+}
+
+TEST_F(ProcessTest, theEndOfAProgramIsSeenWithoutSignals) {
+  const IgnoredEnds ignored;
+  Process process;
+  startGated(process);
+  EXPECT_EQ(process.waitFor(milliseconds(10)), std::nullopt);
+  openGate();
+  EXPECT_EQ(process.waitFor(kLong), kNoExitCode);
+}
+
+// A program with a link, whose other end is its descriptor 3.
+void startLinked(Process& process, std::string_view script, const std::string& argument = {}) {
+  ASSERT_TRUE(process.start("/bin/sh", std::vector<std::string>{"-c", std::string(script), "sh", argument},
+                            StandardStreams::Closed, ProgramTie::Link));
+}
+
+TEST_F(ProcessTest, aLinkTellsTheExitCodeThatTheHostTookAway) {
+  const IgnoredEnds ignored;
+  Process process;
+  startLinked(process, R"(printf '\004' >&3; exit 4)");
+  EXPECT_EQ(process.waitFor(kLong), 4U);
+  Process silent;
+  startLinked(silent, "exit 4");
+  EXPECT_EQ(silent.wait(), kNoExitCode);
+}
+
+TEST_F(ProcessTest, theSystemKnowsTheExitCodeBetterThanTheLink) {
+  Process process;
+  startLinked(process, R"(printf '\004' >&3; exit 5)");
+  EXPECT_EQ(process.wait(), 5U);
+}
+
+TEST_F(ProcessTest, aProgramFindsItsLinkByItsEnvironment) {
+  Process process;
+  startLinked(process, R"(test "$XLATR_PARENT_LINK" = 3 && test -S /proc/$$/fd/3 && ! test -e /proc/$$/fd/4)");
+  EXPECT_EQ(process.wait(), 0U);
+  // Nobody takes over the link of somebody else.
+  ::setenv("XLATR_PARENT_LINK", "3", 1);
+  EXPECT_EQ(runScript(R"(test -z "$XLATR_PARENT_LINK")"), 0U);
+  ::unsetenv("XLATR_PARENT_LINK");
+}
+
+TEST_F(ProcessTest, aLinkEndsWithItsHandle) {
+  ASSERT_EQ(::mkfifo(path("seen").c_str(), 0600), 0);
+  {
+    Process process;
+    startLinked(process, R"(cat <&3 > "$1")", path("seen"));
+    // Opened by both: the program reads its link.
+    std::ifstream seen(path("seen"));
+    process = Process();
+    EXPECT_EQ(seen.get(), std::char_traits<char>::eof());
+  }
+}
+
+TEST_F(ProcessTest, aProgramHearsOfTheEndsOfItsOwnPrograms) {
+  const IgnoredEnds ignored;
+  Process process;
+  const auto ignoredSignals =
+      process.run("/bin/sh", std::vector<std::string>{"-c", "grep SigIgn /proc/self/status"}, 100);
+  ASSERT_TRUE(ignoredSignals);
+  const std::uint64_t mask = std::stoull(ignoredSignals->substr(ignoredSignals->find('\t')), nullptr, 16);
+  EXPECT_EQ(mask & (std::uint64_t{1} << (SIGCHLD - 1)), 0U);
+}
+
+TEST_F(ProcessTest, anotherThreadMayWaitForTheEndThatOneThreadBrings) {
+  Process process;
+  startGated(process);
+  std::thread waiting([&] { process.awaitEnd(); });
+  process.kill();
+  waiting.join();
+  EXPECT_EQ(process.waitFor(milliseconds(0)), 128U + 9U) << "it was only awaited";
+  Process().kill();
+  Process().awaitEnd();
 }
 
 // What a shell script prints, cut after `most` bytes, and then its exit code.

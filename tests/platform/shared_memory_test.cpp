@@ -1,11 +1,13 @@
 #include "platform/shared_memory.hpp"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
 
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <string>
 
 #include "platform/thread.hpp"
@@ -69,6 +71,31 @@ TEST(SharedMemory, refusesAnInvalidName) {
   NamedMutex mutex;
   EXPECT_FALSE(mutex.open("a/b"));
   EXPECT_FALSE(mutex.lock(std::chrono::milliseconds(0)));
+}
+
+TEST(SharedMemory, isForgottenWhenNobodyHasItOpenForLong) {
+  using testing::ElementsAre;
+  const std::string prefix = nameOf("forgotten");
+  const std::string name = prefix + "_1";
+  const auto age = [&] {
+    std::filesystem::last_write_time("/dev/shm/" + name,
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::minutes(2));
+  };
+  SharedMemory first;
+  SharedMemory second;
+  ASSERT_TRUE(first.open(name, 4));
+  ASSERT_TRUE(second.open(name, 4));
+  age();
+  EXPECT_THAT(SharedMemory::forgottenNames(prefix), ElementsAre());
+  first.close();
+  EXPECT_THAT(SharedMemory::forgottenNames(prefix), ElementsAre());
+  second.close();
+  EXPECT_THAT(SharedMemory::forgottenNames(prefix), ElementsAre(name));
+  EXPECT_THAT(SharedMemory::forgottenNames(prefix + "_2"), ElementsAre());
+  ASSERT_TRUE(first.open(name, 8));  // touches it
+  first.close();
+  EXPECT_THAT(SharedMemory::forgottenNames(prefix), ElementsAre());
+  SharedMemory::remove(name);
 }
 
 TEST(NamedMutex, isHeldByOneAtATime) {

@@ -1,6 +1,7 @@
 // BLF2CSV.exe: turns a BLF log into the table that the library reads, and tells what the library asks about a log.
 // The answer to a question goes to standard output and, as far as eight bits hold it, into the exit code.
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <iostream>
@@ -10,8 +11,11 @@
 
 #include "blf2csv/progress_channel.hpp"
 #include "blf2csv/table_conversion.hpp"
+#include "platform/parent_link.hpp"
 
 namespace {
+
+using xlatr::platform::ParentLink;
 
 constexpr int kExitDone = 0;
 constexpr int kExitFailed = 1;
@@ -56,11 +60,24 @@ int answerAbout(const std::string& path, Query query) {
   }
 }
 
-int convert(const std::string& path, const std::string& target, const std::string& name) {
-  std::signal(SIGINT, interrupt);
-  std::signal(SIGTERM, interrupt);
+// Whoever started the program to go on in spite of a signal has it so.
+void watch(int signal) {
+  if (std::signal(signal, interrupt) == SIG_IGN) {
+    std::signal(signal, SIG_IGN);
+  }
+}
+
+int convert(const std::string& path, const std::string& target, const std::string& name, const ParentLink& parent) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    watch(signal);
+  }
+  // A table is as private as the log, which may be nobody else's business.
+  xlatr::platform::keepNewFilesPrivate();
   blf2csv::ProgressChannel channel(name);
-  const auto goOn = [&channel](std::uint16_t progress) { return channel.tell(progress) && interrupted == 0; };
+  // Without the program that wants the table nobody would remove it.
+  const auto goOn = [&](std::uint16_t progress) {
+    return channel.tell(progress) && interrupted == 0 && !parent.isCut();
+  };
   blf2csv::Remarks remarks;
   if (blf2csv::convertToFile(path, target, goOn, remarks) == blf2csv::Outcome::Stopped) {
     return kExitStopped;
@@ -71,7 +88,7 @@ int convert(const std::string& path, const std::string& target, const std::strin
   return kExitDone;
 }
 
-int run(std::span<char*> arguments) {
+int run(std::span<char*> arguments, const ParentLink& parent) {
   const auto word = [&](std::size_t index) { return std::string(arguments[index]); };
   if (arguments.size() == 2 && word(1) == "-GetApiVersion") {
     return answer(kApiVersion);
@@ -83,7 +100,7 @@ int run(std::span<char*> arguments) {
     return answerAbout(word(2), blf2csv::countObjects);
   }
   if (arguments.size() == 4) {
-    return convert(word(1), word(2), word(3));
+    return convert(word(1), word(2), word(3), parent);
   }
   std::cerr << kUsage;
   return kExitUsage;
@@ -92,10 +109,13 @@ int run(std::span<char*> arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const ParentLink parent;
+  int code = kExitFailed;
   try {
-    return run(std::span(argv, static_cast<std::size_t>(argc)));
+    code = run(std::span(argv, static_cast<std::size_t>(argc)), parent);
   } catch (const std::exception& failure) {
     complain(failure.what());
-    return kExitFailed;
   }
+  parent.tellExitCode(code);
+  return code;
 }

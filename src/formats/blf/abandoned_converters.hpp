@@ -1,9 +1,9 @@
 // Converters that are still running when nobody waits for them anymore.
 #pragma once
 
-#include <cstdint>
+#include <list>
 #include <string>
-#include <vector>
+#include <thread>
 
 #include "platform/process.hpp"
 #include "util/mutex.hpp"
@@ -11,37 +11,45 @@
 namespace xlatr {
 
 // Makes sure that they leave nothing: no entry in the system's process table, no table, which a converter may write
-// only after its reader is gone, and no names of a shared block that it made when the reader's was gone. Safe from any
-// thread.
+// only after its reader is gone, and no names of a shared block that it made when the reader's was gone. A thread waits
+// for each of them; what has none, because no thread could be started, is cleaned up after when the list is used again.
+// Safe from any thread.
 class AbandonedConverters {
  public:
-  // The one list of the process. When the process ends, or the library is unloaded, those that are still running are
-  // ended.
-  static AbandonedConverters& instance();
-
-  AbandonedConverters(const AbandonedConverters&) = delete;
-  AbandonedConverters& operator=(const AbandonedConverters&) = delete;
-
-  // Takes over a running converter and what it may leave.
-  void add(platform::Process process, std::string table, std::string blockName);
-  // Cleans up after those that have ended.
-  void sweep();
-
- private:
+  // A converter and what it may leave.
   struct Entry {
     platform::Process process;
     std::string table;
     std::string blockName;
+    std::thread watcher = {};
   };
+  using Entries = std::list<Entry>;
 
-  AbandonedConverters();
+  // The one list of the process, forked or not. When the process ends, or the library is unloaded, those that are still
+  // running are ended.
+  static AbandonedConverters& instance();
+
+  // For instance() alone.
+  AbandonedConverters() = default;
   ~AbandonedConverters();
+  AbandonedConverters(const AbandonedConverters&) = delete;
+  AbandonedConverters& operator=(const AbandonedConverters&) = delete;
 
+  // Takes over a running converter, the only entry of `entry`.
+  void add(Entries& entry) noexcept;
+  // Cleans up after those that have ended.
+  void sweep();
+
+  // Removes what a converter left.
   static void cleanUpAfter(const Entry& entry);
 
+ private:
+  void watch(Entries::iterator entry);
+
   Mutex lock_;
-  std::vector<Entry> entries_ XLATR_GUARDED_BY(lock_);
-  const std::int64_t owner_;  // a forked child has a copy of the list, but not the converters
+  Entries running_ XLATR_GUARDED_BY(lock_);
+  Entries ended_ XLATR_GUARDED_BY(lock_);  // cleaned up after; their threads are at their end
+  bool ending_ XLATR_GUARDED_BY(lock_) = false;
 };
 
 }  // namespace xlatr

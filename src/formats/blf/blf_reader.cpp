@@ -35,20 +35,20 @@ bool BlfReader::open() {
   conversionProgress_ = 0.0;
   failure_.clear();
   std::string path;
-  if (!makeUniqueFilePath(temporaryFolder_, "BLF", "CSV", path)) {
+  if (!makeUniqueFilePath(temporaryFolder_, std::string(kBlfTablePrefix), "CSV", path)) {
     throwProcessingFailure("Cannot get temporary file. Check path length.");
   }
-  temporaryPath_ = std::move(path);
-  if (!info_.converter().start(info_.getPath(), temporaryPath_, blockName(), process_)) {
-    temporaryPath_.clear();
+  BlfSharedBlock::removeForgotten();
+  AbandonedConverters::Entries made;
+  AbandonedConverters::Entry& entry = made.emplace_back();
+  entry.blockName = getFileStem(path);
+  entry.table = std::move(path);
+  if (!info_.converter().start(info_.getPath(), entry.table, entry.blockName, entry.process)) {
     throwProcessingFailure("Cannot launch BLF to CSV");
   }
-  sharedBlock_.emplace(blockName());
+  converter_ = std::move(made);
+  sharedBlock_.emplace(entry.blockName);
   return true;
-}
-
-std::string BlfReader::blockName() const {
-  return getFileStem(temporaryPath_);
 }
 
 bool BlfReader::InitializePhaseTwoWaitBlfToCsv(std::int32_t& exitCode) {
@@ -60,7 +60,10 @@ bool BlfReader::InitializePhaseTwoWaitBlfToCsv(std::int32_t& exitCode) {
     }
   }
   exitCode = -1;
-  const auto ended = process_.waitFor(kWait);
+  if (converter_.empty()) {
+    return true;
+  }
+  const auto ended = converter_.front().process.waitFor(kWait);
   if (!ended) {
     return false;
   }
@@ -72,9 +75,13 @@ void BlfReader::InitializePhaseThreePrepareCsvReader(std::int32_t exitCode) {
   if (exitCode != 0) {
     throwProcessingFailure("Error while converting BLF to temporary CSV " + std::to_string(exitCode));
   }
-  csvReader_ = std::make_unique<CsvReader>(CsvInfo(TraceFileInfo(temporaryPath_)));
+  const std::string table = converter_.empty() ? std::string() : converter_.front().table;
+  csvReader_ = std::make_unique<CsvReader>(CsvInfo(TraceFileInfo(table)));
   active_ = csvReader_->setActive(true);
   failure_ = csvReader_->failure();
+  if (active_) {
+    platform::removeFile(table);
+  }
 }
 
 bool BlfReader::KillBlfToCsv() {
@@ -99,29 +106,26 @@ bool BlfReader::ReadNextMessage(std::unique_ptr<BlfMessage>& message) {
 }
 
 void BlfReader::close() {
-  letConverterGo();
   if (csvReader_) {
     csvReader_->setActive(false);  // its head stays known, for the start time
   }
-  if (!temporaryPath_.empty()) {
-    platform::removeFile(temporaryPath_);
-    temporaryPath_.clear();
-  }
+  letConverterGo();
   active_ = false;
 }
 
 // A converter that is still running is not ended, because another program may be watching it. It is cleaned up later.
-void BlfReader::letConverterGo() {
+void BlfReader::letConverterGo() noexcept {
   sharedBlock_.reset();
-  if (!process_.isStarted()) {
+  if (converter_.empty()) {
     return;
   }
-  if (process_.waitFor(std::chrono::milliseconds(0))) {
-    // What it made after the library had removed the names.
-    BlfSharedBlock::removeNames(blockName());
-    process_ = platform::Process();
+  AbandonedConverters::Entry& entry = converter_.front();
+  if (entry.process.waitFor(std::chrono::milliseconds(0))) {
+    AbandonedConverters::cleanUpAfter(entry);
+    converter_.clear();
   } else {
-    AbandonedConverters::instance().add(std::move(process_), temporaryPath_, blockName());
+    platform::removeFile(entry.table);
+    AbandonedConverters::instance().add(converter_);  // made by the constructor, so it needs no memory
   }
 }
 

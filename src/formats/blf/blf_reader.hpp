@@ -6,12 +6,12 @@
 #include <optional>
 #include <string>
 
+#include "formats/blf/abandoned_converters.hpp"
 #include "formats/blf/blf_info.hpp"
 #include "formats/blf/blf_message.hpp"
 #include "formats/blf/blf_shared_block.hpp"
 #include "formats/csv/csv_reader.hpp"
 #include "io/trace_reader.hpp"
-#include "platform/process.hpp"
 
 namespace xlatr {
 
@@ -19,7 +19,9 @@ namespace xlatr {
 //   1. setActive(true) starts the converter, which writes a table into a temporary file;
 //   2. InitializePhaseTwoWaitBlfToCsv is called until it returns true: the converter has ended;
 //   3. InitializePhaseThreePrepareCsvReader opens the table; the reader is active from then on.
-// Deactivation and destruction remove the temporary file in every phase. All failures are ConverterProcessingException.
+// The temporary file has no name any more once it is open, so that nothing remains however the process ends;
+// deactivation and destruction remove it in every other phase. A converter ends with the process and then leaves
+// nothing either. All failures are ConverterProcessingException.
 class BlfReader final : public TraceReader {
  public:
   // Copies the information object. The table, which takes a multiple of the log's size, goes into the folder.
@@ -51,13 +53,12 @@ class BlfReader final : public TraceReader {
   void close() override;
 
  private:
-  [[nodiscard]] std::string blockName() const;
-  void letConverterGo();
+  void letConverterGo() noexcept;
 
   BlfInfo info_;
   std::string temporaryFolder_;
-  std::string temporaryPath_;  // empty if there is no temporary file
-  platform::Process process_;
+  // The converter and its traces, in the form in which they can be handed over without memory.
+  AbandonedConverters::Entries converter_;
   std::optional<BlfSharedBlock> sharedBlock_;
   double conversionProgress_ = 0.0;  // percent
   std::uint64_t objectsRead_ = 0;

@@ -4,6 +4,8 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,14 +13,46 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "platform/posix/parent_link.hpp"
+
 namespace xlatr::platform {
+
+namespace {
+
+// Owns a descriptor, or none.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() {
+    if (isOpen()) {
+      ::close(number_);
+    }
+  }
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+
+  [[nodiscard]] bool isOpen() const { return number_ >= 0; }
+  [[nodiscard]] int get() const { return number_; }
+
+ private:
+  int number_ = -1;
+};
+
+}  // namespace
 
 struct Process::State {
   pid_t id = 0;
+  Descriptor end;   // can be read once the program has ended; none where the system has no such thing
+  Descriptor link;  // our end
   std::optional<std::uint32_t> exitCode;
 };
 
@@ -26,14 +60,15 @@ struct Process::Launch {
   const std::string& program;
   std::span<const std::string> arguments;
   StandardStreams streams;
+  ProgramTie tie = ProgramTie::None;
   int output = -1;  // the descriptor that gets the standard output instead, if any
 };
 
 namespace {
 
-constexpr int kFirstPrivateDescriptor = STDERR_FILENO + 1;
 constexpr std::uint32_t kSignalBase = 128;
 constexpr std::chrono::milliseconds kPollInterval(1);
+constexpr std::chrono::milliseconds kLongestPoll(1000);
 
 class FileActions {
  public:
@@ -73,17 +108,58 @@ class SpawnAttributes {
   SpawnAttributes(const SpawnAttributes&) = delete;
   SpawnAttributes& operator=(const SpawnAttributes&) = delete;
 
-  bool unblockSignals() {
+  // No signal is blocked, and the program hears of the ends of its own programs, whether or not we do.
+  bool resetSignals() {
     sigset_t none;
     ::sigemptyset(&none);
+    sigset_t ends;
+    ::sigemptyset(&ends);
+    ::sigaddset(&ends, SIGCHLD);
     return made_ && ::posix_spawnattr_setsigmask(&attributes_, &none) == 0 &&
-           ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK) == 0;
+           ::posix_spawnattr_setsigdefault(&attributes_, &ends) == 0 &&
+           ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF) == 0;
   }
   [[nodiscard]] const posix_spawnattr_t* get() const { return &attributes_; }
 
  private:
   posix_spawnattr_t attributes_{};
   bool made_;
+};
+
+// Texts as the system wants to be given them.
+class Words {
+ public:
+  // The program and its arguments.
+  Words(const std::string& program, std::span<const std::string> arguments) {
+    texts_.reserve(arguments.size() + 1);
+    texts_.push_back(program);
+    texts_.insert(texts_.end(), arguments.begin(), arguments.end());
+    for (std::string& text : texts_) {
+      pointers_.push_back(text.data());
+    }
+    pointers_.push_back(nullptr);
+  }
+  // The environment, with the link of the program if it has one.
+  explicit Words(bool tied) {
+    const std::string_view link = kParentLinkVariable;
+    const std::string_view name = link.substr(0, link.find('=') + 1);
+    for (char** entry = ::environ; entry != nullptr && *entry != nullptr; ++entry) {
+      if (!std::string_view(*entry).starts_with(name)) {
+        pointers_.push_back(*entry);
+      }
+    }
+    if (tied) {
+      texts_.emplace_back(link);
+      pointers_.push_back(texts_.back().data());
+    }
+    pointers_.push_back(nullptr);
+  }
+
+  [[nodiscard]] char* const* get() { return pointers_.data(); }
+
+ private:
+  std::vector<std::string> texts_;
+  std::vector<char*> pointers_;
 };
 
 // What a program prints. Reading never blocks for longer than asked.
@@ -134,24 +210,55 @@ class Pipe {
   bool atEnd_ = false;
 };
 
-// The exit code if the program has ended, even if nobody knows it any more: a host that ignores SIGCHLD or reaps all
-// children takes it from us.
-std::optional<std::uint32_t> reap(pid_t id, int options) {
-  int status = 0;
-  pid_t answer = 0;
+// Two ends of a link.
+struct Link {
+  Descriptor ours;
+  Descriptor theirs;
+
+  [[nodiscard]] bool open() {
+    std::array<int, 2> ends{-1, -1};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+      return false;
+    }
+    ours = Descriptor(ends[0]);
+    theirs = Descriptor(ends[1]);
+    return true;
+  }
+};
+
+// Stands for the program alone, while its number may be given to another one as soon as somebody has taken its exit
+// code. Not open on a system that has no such descriptors, and for a program that is gone already.
+Descriptor openEnd(pid_t id) {
+  return Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, id, 0)));
+}
+
+// Whether the program has ended within the limit; a negative limit is none. Without a descriptor it only checks.
+bool endsWithin(const Descriptor& end, int milliseconds) {
+  pollfd wanted{.fd = end.get(), .events = POLLIN, .revents = 0};
+  return ::poll(&wanted, 1, milliseconds) > 0;
+}
+
+std::uint32_t codeOf(const siginfo_t& info) {
+  const auto status = static_cast<std::uint32_t>(info.si_status);
+  return info.si_code == CLD_EXITED ? status : kSignalBase + status;
+}
+
+int uninterruptedWait(pid_t id, const Descriptor& end, siginfo_t& info, int options) {
+  constexpr auto kByDescriptor = static_cast<idtype_t>(3);  // P_PIDFD, which not all headers have
+  int answer = 0;
   do {
-    answer = ::waitpid(id, &status, options);
-  } while (answer == -1 && errno == EINTR);
-  if (answer == 0) {
-    return std::nullopt;
-  }
-  if (answer == id && WIFEXITED(status)) {
-    return static_cast<std::uint32_t>(WEXITSTATUS(status));
-  }
-  if (answer == id && WIFSIGNALED(status)) {
-    return kSignalBase + static_cast<std::uint32_t>(WTERMSIG(status));
-  }
-  return kNoExitCode;
+    info = {};
+    answer = end.isOpen() ? ::waitid(kByDescriptor, static_cast<id_t>(end.get()), &info, options)
+                          : ::waitid(P_PID, static_cast<id_t>(id), &info, options);
+  } while (answer != 0 && errno == EINTR);
+  return answer;
+}
+
+// What a program told over its link. A host that ignores SIGCHLD, or takes the exit codes of all its programs, leaves
+// us no other.
+std::uint32_t toldExitCode(const Descriptor& link) {
+  unsigned char code = 0;
+  return link.isOpen() && ::recv(link.get(), &code, sizeof code, MSG_DONTWAIT) == sizeof code ? code : kNoExitCode;
 }
 
 }  // namespace
@@ -166,13 +273,12 @@ Process& Process::operator=(Process&& other) noexcept {
 }
 
 Process::~Process() {
-  if (state_ && !state_->exitCode) {
-    static_cast<void>(reap(state_->id, WNOHANG));
-  }
+  static_cast<void>(waitFor(std::chrono::milliseconds(0)));
 }
 
-bool Process::start(const std::string& program, std::span<const std::string> arguments, StandardStreams streams) {
-  return start(Launch{.program = program, .arguments = arguments, .streams = streams});
+bool Process::start(const std::string& program, std::span<const std::string> arguments, StandardStreams streams,
+                    ProgramTie tie) {
+  return start(Launch{.program = program, .arguments = arguments, .streams = streams, .tie = tie});
 }
 
 bool Process::start(const Launch& launch) {
@@ -186,25 +292,24 @@ bool Process::start(const Launch& launch) {
   if (launch.output >= 0 && !actions.duplicate(launch.output, STDOUT_FILENO)) {
     return false;
   }
-  if (!actions.closeFrom(kFirstPrivateDescriptor) || !attributes.unblockSignals()) {
+  Link link;
+  const bool tied = launch.tie == ProgramTie::Link;
+  if (tied && (!link.open() || !actions.duplicate(link.theirs.get(), kParentLinkDescriptor))) {
     return false;
   }
-  std::vector<std::string> words;
-  words.reserve(launch.arguments.size() + 1);
-  words.push_back(launch.program);
-  words.insert(words.end(), launch.arguments.begin(), launch.arguments.end());
-  std::vector<char*> pointers;
-  pointers.reserve(words.size() + 1);
-  for (std::string& word : words) {
-    pointers.push_back(word.data());
+  if (!actions.closeFrom(tied ? kParentLinkDescriptor + 1 : kParentLinkDescriptor) || !attributes.resetSignals()) {
+    return false;
   }
-  pointers.push_back(nullptr);
+  Words words(launch.program, launch.arguments);
+  Words environment(tied);
 
   auto state = std::make_unique<State>();
-  if (::posix_spawnp(&state->id, launch.program.c_str(), actions.get(), attributes.get(), pointers.data(), ::environ) !=
-      0) {
+  if (::posix_spawnp(&state->id, launch.program.c_str(), actions.get(), attributes.get(), words.get(),
+                     environment.get()) != 0) {
     return false;
   }
+  state->end = openEnd(state->id);
+  state->link = std::move(link.ours);
   state_ = std::move(state);
   return true;
 }
@@ -235,15 +340,19 @@ std::optional<std::uint32_t> Process::waitFor(std::chrono::milliseconds limit) {
     return kNoExitCode;
   }
   const auto start = std::chrono::steady_clock::now();
-  while (!state_->exitCode) {
-    state_->exitCode = reap(state_->id, WNOHANG);
+  while (!reap()) {
     // Compared in milliseconds: the largest limit fits neither a point in time nor a finer unit.
     const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
-    if (state_->exitCode || waited >= limit) {
+    if (waited >= limit) {
       break;
     }
-    // There is no wait for one child with a limit, and the signal handlers belong to the host.
-    std::this_thread::sleep_for(std::min(kPollInterval, limit));
+    const auto left = std::min(limit - waited, kLongestPoll);
+    if (state_->end.isOpen()) {
+      static_cast<void>(endsWithin(state_->end, static_cast<int>(left.count())));
+    } else {
+      // The signal handlers belong to the host.
+      std::this_thread::sleep_for(std::min(kPollInterval, left));
+    }
   }
   return state_->exitCode;
 }
@@ -253,15 +362,45 @@ std::uint32_t Process::wait() {
     return kNoExitCode;
   }
   if (!state_->exitCode) {
-    state_->exitCode = reap(state_->id, 0);
+    awaitEnd();
+    static_cast<void>(reap());
   }
   return state_->exitCode.value_or(kNoExitCode);
 }
 
+// Whether the exit code is known, even if only in that nobody knows it any more.
+bool Process::reap() {
+  if (state_->exitCode) {
+    return true;
+  }
+  siginfo_t info{};
+  if (uninterruptedWait(state_->id, state_->end, info, WEXITED | WNOHANG) != 0) {
+    state_->exitCode = toldExitCode(state_->link);
+  } else if (info.si_pid != 0) {
+    state_->exitCode = codeOf(info);
+  }
+  return state_->exitCode.has_value();
+}
+
 void Process::terminate() {
   if (state_ && !waitFor(std::chrono::milliseconds(0))) {
-    ::kill(state_->id, SIGKILL);
+    kill();
     static_cast<void>(wait());
+  }
+}
+
+void Process::awaitEnd() const {
+  siginfo_t info{};
+  if (state_) {
+    static_cast<void>(uninterruptedWait(state_->id, state_->end, info, WEXITED | WNOWAIT));
+  }
+}
+
+void Process::kill() const {
+  if (state_ && state_->end.isOpen()) {
+    ::syscall(SYS_pidfd_send_signal, state_->end.get(), SIGKILL, nullptr, 0);
+  } else if (state_) {
+    ::kill(state_->id, SIGKILL);
   }
 }
 

@@ -118,12 +118,30 @@ TEST_F(BlfReaderTest, readsTheRowsOfTheTable) {
   EXPECT_EQ(log.getCSVInfoStartTime(), 0.0) << "not before phase three";
 }
 
+// However the process ends that reads it.
+TEST_F(BlfReaderTest, anOpenTableHasNoName) {
+  standIn(R"(cp "$1" "$2")");
+  BlfReader log = reader();
+  ASSERT_TRUE(log.setActive(true));
+  const std::int32_t exitCode = waitForConverter(log);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(temporary_), {}), 1);
+  log.InitializePhaseThreePrepareCsvReader(exitCode);
+  EXPECT_TRUE(std::filesystem::is_empty(temporary_));
+  std::unique_ptr<BlfMessage> message;
+  int count = 0;
+  while (log.ReadNextMessage(message)) {
+    ++count;
+  }
+  EXPECT_EQ(count, 3);
+}
+
 TEST_F(BlfReaderTest, removesItsFileWhenItIsDestroyed) {
   standIn(R"(cp "$1" "$2")");
   {
     BlfReader log = reader();
-    readAllPhases(log);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(temporary_), {}), 1);
+    ASSERT_TRUE(log.setActive(true));
+    EXPECT_EQ(waitForConverter(log), 0);
+    EXPECT_FALSE(std::filesystem::is_empty(temporary_));
   }
   expectNothingLeft();
 }
@@ -356,9 +374,45 @@ TEST_F(BlfReaderTest, aConverterRunsOnWithoutItsReader) {
   EXPECT_TRUE(std::filesystem::is_empty(temporary_));
   ::kill(id, SIGKILL);
   while (::kill(id, 0) == 0) {
-    static_cast<void>(reader());  // cleans up what was left running
+    std::this_thread::yield();  // nobody need use the library for what was left running to be cleaned up
   }
   expectNothingLeft();
+}
+
+TEST_F(BlfReaderTest, severalConvertersRunOnWithoutTheirReaders) {
+  standIn("exec sleep 1000");
+  std::vector<pid_t> ids;
+  for (int round = 0; round < 3; ++round) {
+    std::filesystem::remove(folder_.file("pid"));
+    BlfReader log = reader();
+    ASSERT_TRUE(log.setActive(true));
+    ids.push_back(standInId());
+  }
+  // Not in the order in which they were let go.
+  for (const pid_t id : {ids[2], ids[0], ids[1]}) {
+    ::kill(id, SIGKILL);
+    while (::kill(id, 0) == 0) {
+      std::this_thread::yield();
+    }
+  }
+  expectNothingLeft();
+}
+
+TEST_F(BlfReaderTest, removesTheNamesThatAProcessLeftWhenItWasKilled) {
+  const std::string name = "BLF" + std::string(32, 'A');
+  platform::SharedMemory memory;
+  platform::NamedMutex mutex;
+  ASSERT_TRUE(memory.open(name, 4));
+  ASSERT_TRUE(mutex.open(name + "_MUTEX"));
+  memory.close();
+  mutex.close();
+  std::filesystem::last_write_time("/dev/shm/" + name,
+                                   std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+  standIn(R"(cp "$1" "$2")");
+  BlfReader log = reader();
+  EXPECT_EQ(test::countSharedNames(name), 2U);
+  ASSERT_TRUE(log.setActive(true));
+  EXPECT_EQ(test::countSharedNames(name), 0U);
 }
 
 TEST_F(BlfReaderTest, aTableThatComesTooLateIsRemovedAllTheSame) {
@@ -371,7 +425,7 @@ TEST_F(BlfReaderTest, aTableThatComesTooLateIsRemovedAllTheSame) {
   const pid_t id = standInId();
   std::ofstream(folder_.file("gate")) << "go\n";
   while (::kill(id, 0) == 0) {
-    static_cast<void>(reader());
+    std::this_thread::yield();
   }
   expectNothingLeft();
 }

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 #include "support/blf_stand_in.hpp"
@@ -94,6 +95,34 @@ TEST(BlfSharedBlock, keepsTheOldProgressWhenTheLockIsNotToBeHad) {
   ASSERT_TRUE(dead.open(name + "_MUTEX"));
   ASSERT_TRUE(dead.lock(std::chrono::milliseconds(0)));
   EXPECT_EQ(block.readProgress(), std::nullopt);
+}
+
+// As if made long ago.
+void age(const std::string& name) {
+  std::filesystem::last_write_time("/dev/shm/" + name,
+                                   std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+}
+
+TEST(BlfSharedBlock, removesOnlyForgottenBlocks) {
+  const std::string inUse = freshName();
+  const std::string young = freshName();
+  const std::string forgotten = freshName();
+  const std::string other = freshName() + "x";
+  const OtherSide user(inUse);
+  for (const std::string& name : {young, forgotten, other}) {
+    const OtherSide ended(name);
+  }
+  for (const std::string& name : {inUse, forgotten, other}) {
+    age(name);
+  }
+  BlfSharedBlock::removeForgotten();
+  EXPECT_EQ(test::countSharedNames(inUse), 1U);
+  EXPECT_EQ(test::countSharedNames(young), 1U);
+  EXPECT_EQ(test::countSharedNames(forgotten), 0U);
+  EXPECT_EQ(test::countSharedNames(other), 1U) << "none of ours";
+  for (const std::string& name : {inUse, young, other}) {
+    BlfSharedBlock::removeNames(name);
+  }
 }
 
 }  // namespace

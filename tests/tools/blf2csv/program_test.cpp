@@ -1,18 +1,23 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
+#include "platform/process.hpp"
 #include "platform/shared_memory.hpp"
 #include "support/blf_builder.hpp"
 #include "tools/blf2csv/table.hpp"
@@ -290,13 +295,101 @@ TEST(Blf2CsvProgram, stopsInTheMiddle) {
 }
 
 TEST(Blf2CsvProgram, anInterruptIsAStop) {
-  for (const int signal : {SIGINT, SIGTERM}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     const Workspace here;
     const std::string name = blockName("SIGNAL");
     EXPECT_EQ(runUntilTheMiddle(here, name, [signal](Watcher&, pid_t program) { ::kill(program, signal); }), 2);
     EXPECT_THAT(here.names(), IsEmpty());
     EXPECT_FALSE(isLeft(name));
   }
+}
+
+// As a shell has it for what runs in the background, and nohup for what is to survive the terminal.
+TEST(Blf2CsvProgram, aSignalThatItsCallerIgnoredIsIgnored) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    const Workspace here;
+    const std::string name = blockName("IGNORED");
+    const auto former = std::signal(signal, SIG_IGN);
+    EXPECT_EQ(runUntilTheMiddle(here, name, [signal](Watcher&, pid_t program) { ::kill(program, signal); }), 0);
+    std::signal(signal, former);
+    EXPECT_THAT(here.names(), ElementsAre("large.csv"));
+  }
+}
+
+TEST(Blf2CsvProgram, nobodyElseMayReadTheTable) {
+  const Workspace here;
+  here.write("a.blf", smallLog());
+  EXPECT_EQ(here.run({"a.blf", "a.csv", blockName("MODE")}).exitCode, 0);
+  EXPECT_EQ(std::filesystem::status(here / "a.csv").permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+// Starts the program on the large log as the library does, and waits for ever.
+[[noreturn]] void beItsParent(const Workspace& here, const std::string& name) {
+  xlatr::platform::Process program;
+  const std::vector<std::string> arguments{largeLog(), here / "large.csv", name};
+  const bool started = program.start(XLATR_PROGRAM, arguments, xlatr::platform::StandardStreams::Closed,
+                                     xlatr::platform::ProgramTie::Link);
+  while (started) {
+    ::pause();
+  }
+  ::_exit(1);
+}
+
+// However that ends; the table and the names would stay for good.
+TEST(Blf2CsvProgram, endsWithItsParentAndLeavesNothing) {
+  // Who has lost its parent is ours then, so that its end can be seen.
+  ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+  static_cast<void>(largeLog());
+  for (const int signal : {SIGKILL, SIGTERM, SIGHUP}) {
+    const Workspace here;
+    const std::string name = blockName("PARENT");
+    Watcher watcher(name);
+    ASSERT_TRUE(watcher.isOpen());
+    const pid_t parent = ::fork();
+    if (parent == 0) {
+      beItsParent(here, name);
+    }
+    while (watcher.progress() < 1000) {
+      std::this_thread::yield();
+    }
+    EXPECT_LT(watcher.progress(), 9000) << "the middle was missed";
+    EXPECT_FALSE(here.names().empty());
+    ::kill(parent, signal);
+    EXPECT_EQ(Workspace::wait(parent), 128 + signal);
+    int status = -1;
+    EXPECT_GT(::wait(&status), 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 2);
+    EXPECT_THAT(here.names(), IsEmpty());
+    EXPECT_FALSE(isLeft(name));
+  }
+  ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+}
+
+TEST(Blf2CsvProgram, tellsItsExitCodeToAParentThatIgnoresItsEnd) {
+  const Workspace here;
+  here.write("a.blf", smallLog());
+  const auto former = std::signal(SIGCHLD, SIG_IGN);
+  for (const auto& [source, exitCode] : {std::pair("a.blf", 0U), std::pair("none.blf", 1U)}) {
+    xlatr::platform::Process program;
+    ASSERT_TRUE(program.start(XLATR_PROGRAM,
+                              std::vector<std::string>{here / source, here / "a.csv", blockName("TELLS")},
+                              xlatr::platform::StandardStreams::Closed, xlatr::platform::ProgramTie::Link));
+    EXPECT_EQ(program.wait(), exitCode);
+  }
+  std::signal(SIGCHLD, former);
+}
+
+// A variable that it inherited from somebody else's program is no link.
+TEST(Blf2CsvProgram, runsWithoutTheLinkThatItIsPromised) {
+  const Workspace here;
+  here.write("a.blf", smallLog());
+  ::setenv("XLATR_PARENT_LINK", "3", 1);
+  EXPECT_EQ(here.run({"a.blf", "a.csv", blockName("PROMISED")}).exitCode, 0);
+  EXPECT_EQ(here.shell("xlatr a.blf b.csv " + blockName("PROMISED") + " 3< a.blf").exitCode, 0);
+  ::unsetenv("XLATR_PARENT_LINK");
+  EXPECT_EQ(here.read("b.csv"), std::string(kHead) + kRow);
 }
 
 // A process that holds the lock for ever delays the conversion once, for the limit of an access, and not at each step;
