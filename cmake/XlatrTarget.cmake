@@ -36,7 +36,8 @@ endfunction()
 # follows from its code, keeps programs apart. Only code that users get is looked at afterwards: the tests count too since
 # an inline function may be theirs when they are linked.
 function(xlatr_count_lines name folder)
-  set(counting "-fprofile-instr-generate=${PROJECT_BINARY_DIR}/counts/%m.profraw")
+  # Threads that count the same line at the same time would lose counts, and more of one place than of another.
+  set(counting "-fprofile-instr-generate=${PROJECT_BINARY_DIR}/counts/%m.profraw" -fprofile-update=atomic)
   target_compile_options(${name} PRIVATE ${counting})
   target_link_options(${name} PRIVATE ${counting})
   if(folder MATCHES "^(src|tools)(/|$)")

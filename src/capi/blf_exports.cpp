@@ -1,5 +1,6 @@
 // BlfInfo, BlfReader and BlfMessage.
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "capi/families.hpp"
@@ -9,7 +10,14 @@ using xlatr::capi::object;
 namespace {
 
 // Asked while the library is loaded: what becomes of the converter later does not change it.
-[[maybe_unused]] const double kConverterVersionAtLoad = xlatr::blfCurrentVersion();
+// Nobody could catch a failure there; it is asked again then.
+[[maybe_unused]] const double kConverterVersionAtLoad = []() noexcept {
+  try {
+    return xlatr::blfCurrentVersion();
+  } catch (const std::bad_alloc&) {
+    return 0.0;
+  }
+}();
 
 // Leaves `message` alone at the end.
 bool readNext(xlatr::BlfReader& reader, BlfMessage*& message) {

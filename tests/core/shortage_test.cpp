@@ -2,7 +2,6 @@
 // in its turn, so this is a program of its own.
 #include <gtest/gtest.h>
 
-#include <pthread.h>
 #include <signal.h>
 #include <sys/types.h>
 #include <sys/wait.h>
@@ -23,6 +22,7 @@
 #include "formats/blf/blf_reader.hpp"
 #include "io/format.hpp"
 #include "support/blf_stand_in.hpp"
+#include "support/no_threads.hpp"
 #include "support/temp_folder.hpp"
 
 namespace {
@@ -70,11 +70,11 @@ void operator delete[](void* memory, std::size_t /*size*/) noexcept {
   std::free(memory);
 }
 
-// The linker has the library call this instead of calloc.
-extern "C" void* __real_calloc(std::size_t count, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
-extern "C" void* __wrap_calloc(std::size_t count, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
-void* __wrap_calloc(std::size_t count, std::size_t size) {            // NOLINT(bugprone-reserved-identifier)
-  return isRefused() ? nullptr : __real_calloc(count, size);
+// The linker has the library call the second one instead of calloc, and gives that the name of the first.
+extern "C" void* systemCalloc(std::size_t count, std::size_t size) __asm__("__real_calloc");
+extern "C" void* refusingCalloc(std::size_t count, std::size_t size) __asm__("__wrap_calloc");
+void* refusingCalloc(std::size_t count, std::size_t size) {
+  return isRefused() ? nullptr : systemCalloc(count, size);
 }
 
 namespace xlatr {
@@ -93,29 +93,6 @@ class Shortage {
 
   // Whether it came to that.
   [[nodiscard]] static bool wasFelt() { return lasting ? given == 0 : given == kAll; }
-};
-
-// Gives threads a stack that there is no room for.
-class NoThreads {
- public:
-  NoThreads() {
-    ::pthread_attr_init(&former_);
-    ::pthread_getattr_default_np(&former_);
-    pthread_attr_t huge;
-    ::pthread_attr_init(&huge);
-    ::pthread_attr_setstacksize(&huge, std::size_t{1} << 46U);
-    EXPECT_EQ(::pthread_setattr_default_np(&huge), 0);
-    ::pthread_attr_destroy(&huge);
-  }
-  ~NoThreads() {
-    ::pthread_setattr_default_np(&former_);
-    ::pthread_attr_destroy(&former_);
-  }
-  NoThreads(const NoThreads&) = delete;
-  NoThreads& operator=(const NoThreads&) = delete;
-
- private:
-  pthread_attr_t former_{};
 };
 
 // What a caller of the C interface has and frees.
@@ -216,7 +193,7 @@ TEST_F(ShortageTest, ofThreadsFailsAConversion) {
     ConversionOptions options = traceOptions(&progress);
     options.asynchronous = asynchronous ? 1 : 0;
     {
-      const NoThreads shortage;
+      const test::NoThreads shortage;
       EXPECT_EQ(convert(source_, target_, result, options), XLATR_FAILED);
     }
     while (ConversionRegistry::instance().fillProgress(&progress) == XLATR_SUCCESS) {
@@ -238,7 +215,7 @@ TEST_F(ShortageTest, ofThreadsFailsAWorker) {
   auto sources = formatOf(file.getFormat()).makeSources(file, SessionSelection{});
   ConversionWorker worker(WorkOrder{file, &formatOf(XLATR_FORMAT_TRC), target_, 2.1, {}, false},
                           std::move(sources.front().source), events);
-  const NoThreads shortage;
+  const test::NoThreads shortage;
   EXPECT_FALSE(worker.start());
   EXPECT_EQ(events.waitAny(), worker.failureEvent());
   EXPECT_EQ(worker.message(), "The conversion thread is not joinable");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -97,18 +98,33 @@ std::size_t jobCount(const Arguments& arguments, std::size_t files) {
 
 void inParallel(std::size_t count, std::size_t threads, const std::function<void(std::size_t)>& work) {
   std::atomic<std::size_t> next = 0;
-  const auto run = [&] {
-    for (std::size_t at = next++; at < count && !interruption(); at = next++) {
-      work(at);
+  std::atomic<bool> failed = false;
+  std::exception_ptr failure;
+  const auto run = [&]() noexcept {
+    try {
+      for (std::size_t at = next++; at < count && !failed && !interruption(); at = next++) {
+        work(at);
+      }
+    } catch (...) {
+      if (!failed.exchange(true)) {
+        failure = std::current_exception();
+      }
     }
   };
   std::vector<std::thread> others;
-  for (std::size_t thread = 1; thread < threads; ++thread) {
-    others.emplace_back(run);
+  others.reserve(threads);
+  try {
+    for (std::size_t thread = 1; thread < threads; ++thread) {
+      others.emplace_back(run);
+    }
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): those that could be started do the work
   }
   run();
   for (std::thread& other : others) {
     other.join();
+  }
+  if (failure) {
+    std::rethrow_exception(failure);
   }
 }
 

@@ -22,7 +22,8 @@ namespace xlatr::cli {
 // How many at a time. Raises a CommandFailure with ExitCode::WrongUsage.
 [[nodiscard]] std::size_t jobCount(const Arguments& arguments, std::size_t files);
 
-// Calls `work` with each number below `count`, on so many threads. What it raises ends the program.
+// Calls `work` with each number below `count`, on so many threads, or on as many as the system starts. When it raises a
+// failure, no further number is begun; the first failure comes out when all threads have ended.
 void inParallel(std::size_t count, std::size_t threads, const std::function<void(std::size_t)>& work);
 
 }  // namespace xlatr::cli

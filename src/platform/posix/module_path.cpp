@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include <memory>
+#include <new>
 
 namespace xlatr::platform {
 
@@ -31,14 +32,20 @@ std::string findModuleDirectory() {
   return path.substr(0, path.find_last_of(pathSeparator()) + (path.rfind(pathSeparator()) == 0 ? 1 : 0));
 }
 
-// Found while the library is loaded: the loader keeps a relative path as it was given, and that leads elsewhere once
-// the program has changed its directory.
 const std::string& knownModuleDirectory() {
   static const std::string directory = findModuleDirectory();
   return directory;
 }
 
-[[maybe_unused]] const std::string& kFoundAtLoad = knownModuleDirectory();
+// Found while the library is loaded: the loader keeps a relative path as it was given, and that leads elsewhere once
+// the program has changed its directory. Nobody could catch a failure there; it is looked for again then.
+[[maybe_unused]] const bool kFoundAtLoad = []() noexcept {
+  try {
+    return !knownModuleDirectory().empty();
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}();
 
 }  // namespace
 
