@@ -64,6 +64,10 @@ class TextFrameSource final : public FrameSource {
       ++line_;
       append(line, line_, batch, account);
     }
+    // Not even a header: what was to be copied or recorded here was not.
+    if (line_ == 0 && !std::exchange(emptinessTold_, true)) {
+      account.note(Remark::SourceCut, 1);
+    }
     account.addRead(batch.size());
     return !batch.empty();
   }
@@ -160,7 +164,8 @@ class TextFrameSource final : public FrameSource {
   StreamHead head_;
   std::vector<KeptLine> kept_;  // those that ended the header, or stood in it, and are no part of it
   std::size_t keptBytes_ = 0;
-  std::uint64_t line_ = 0;   // the last one that was read, counted from 1
+  std::uint64_t line_ = 0;  // the last one that was read, counted from 1
+  bool emptinessTold_ = false;
   std::int64_t timeNs_ = 0;  // of the last frame
   Frame frame_;
   FrameCommentReader frameComments_;

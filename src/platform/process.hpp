@@ -36,9 +36,9 @@ class Process {
   Process& operator=(Process&& other) noexcept;
 
   // Starts the program with the arguments as they are, without a command processor, in this process's environment and
-  // directory. A name without a separator is searched for as the system does. The program gets the standard streams, the
-  // link if it is to have one, and no other open file of ours. False if it can't be started; the handle then refers to
-  // no program. A program that the handle referred to before is let go.
+  // directory. A name without a separator is searched for as the system does. The program gets the standard streams,
+  // the link if it is to have one, and no other open file of ours. False if it can't be started; the handle then refers
+  // to no program. A program that the handle referred to before is let go.
   [[nodiscard]] bool start(const std::string& program, std::span<const std::string> arguments,
                            StandardStreams streams = StandardStreams::Inherited, ProgramTie tie = ProgramTie::None);
 

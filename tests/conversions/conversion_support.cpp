@@ -8,6 +8,8 @@
 #include <random>
 #include <system_error>
 
+#include "support/temp_folder.hpp"
+
 namespace xlatr::conversions {
 namespace {
 
@@ -61,7 +63,7 @@ std::string bytesAround(std::string_view data, std::size_t offset) {
 WorkingDirectory::WorkingDirectory() : previous_(fs::current_path()) {
   std::random_device random;
   do {
-    path_ = fs::temp_directory_path() / ("xlatr-test-" + std::to_string(random()));
+    path_ = test::parentOfFolders() / ("xlatr-test-" + std::to_string(random()));
   } while (!fs::create_directory(path_));
   fs::current_path(path_);
 }

@@ -46,8 +46,9 @@ TEST(FrameRegistry, opensAnEmptyFileOfEachFormat) {
     EXPECT_FALSE(source->read(batch, account)) << format->extension;
     EXPECT_EQ(source->head().format, format->format);
     EXPECT_EQ(account.read(), 0U);
-    // A text without a line lacks nothing; what has a layout lacks its head.
-    EXPECT_EQ(account.complete(), source->head().places == PlaceUnit::Line) << format->extension;
+    EXPECT_EQ(account.noted(Remark::SourceCut).frames, 1U) << format->extension;
+    EXPECT_FALSE(source->read(batch, account));
+    EXPECT_EQ(account.noted(Remark::SourceCut).frames, 1U) << format->extension << " says so once";
   }
 }
 

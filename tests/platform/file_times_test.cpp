@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "platform/thread.hpp"
+#include "support/temp_folder.hpp"
 
 namespace xlatr::platform {
 namespace {
@@ -21,8 +22,7 @@ class FileTimes : public testing::Test {
  protected:
   void SetUp() override {
     const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = std::filesystem::temp_directory_path() /
-                 ("xlatr_times_" + std::to_string(currentThreadId()) + "_" + test->name());
+    directory_ = test::parentOfFolders() / ("xlatr_times_" + std::to_string(currentThreadId()) + "_" + test->name());
     std::filesystem::remove_all(directory_);
     std::filesystem::create_directories(directory_);
     std::ofstream(path("file")) << "x";

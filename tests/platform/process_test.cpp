@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "platform/thread.hpp"
+#include "support/temp_folder.hpp"
 #include "util/time_zone.hpp"
 
 namespace xlatr::platform {
@@ -41,8 +42,7 @@ class ProcessTest : public testing::Test {
  protected:
   void SetUp() override {
     const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = std::filesystem::temp_directory_path() /
-                 ("xlatr_process_" + std::to_string(currentThreadId()) + "_" + test->name());
+    directory_ = test::parentOfFolders() / ("xlatr_process_" + std::to_string(currentThreadId()) + "_" + test->name());
     std::filesystem::remove_all(directory_);
     std::filesystem::create_directories(directory_);
   }

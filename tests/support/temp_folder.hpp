@@ -1,6 +1,7 @@
 // A new folder for a test, removed with all its files when the test ends.
 #pragma once
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -9,14 +10,18 @@
 #include <string_view>
 #include <system_error>
 
-#include <cstdlib>
-
 namespace xlatr::test {
+
+// Where the folders are. A TMPDIR that is empty names none, as for the shell and its tools.
+inline std::filesystem::path parentOfFolders() {
+  const char* const chosen = std::getenv("TMPDIR");
+  return chosen != nullptr && *chosen == '\0' ? "/tmp" : std::filesystem::temp_directory_path();
+}
 
 class TempFolder {
  public:
   TempFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "xlatr-test-XXXXXX").string();
+    std::string pattern = (parentOfFolders() / "xlatr-test-XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr) {
       throw std::runtime_error("no temporary folder at " + pattern);
     }

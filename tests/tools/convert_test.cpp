@@ -91,6 +91,18 @@ TEST_F(ConvertCommand, aStrictConversionLeavesNothing) {
   EXPECT_THAT(here.names(), ElementsAre("drive.trc", "noise.trc"));
 }
 
+// What should have been copied or recorded there was not, which a script is to learn.
+TEST_F(ConvertCommand, tellsOfASourceWithoutAByte) {
+  for (const char* const source : {"empty.trc", "empty.asc", "empty.csv", "empty.ltrc"}) {
+    here.write(source, "");
+    const Ended run = here.run({"convert", "-f", source, "x.trc"});
+    EXPECT_EQ(run.exitCode, 3) << source;
+    EXPECT_EQ(run.errors, "xlatr: " + std::string(source) +
+                              " -> x.trc: 0 frames read, 0 written; 1 noted: the source ends in the middle of it (the "
+                              "first is line 1)\n");
+  }
+}
+
 TEST_F(ConvertCommand, refusesWhatIsNoTrace) {
   here.write("hello.asc", "hello");
   here.write("empty.txt", "");

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "platform/thread.hpp"
+#include "support/temp_folder.hpp"
 
 namespace xlatr {
 namespace {
@@ -19,8 +20,8 @@ class Files : public testing::Test {
  protected:
   void SetUp() override {
     const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = std::filesystem::temp_directory_path() /
-                 ("xlatr_files_" + std::to_string(platform::currentThreadId()) + "_" + test->name());
+    directory_ =
+        test::parentOfFolders() / ("xlatr_files_" + std::to_string(platform::currentThreadId()) + "_" + test->name());
     std::filesystem::remove_all(directory_);
     std::filesystem::create_directories(directory_);
   }

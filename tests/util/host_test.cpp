@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "platform/thread.hpp"
+#include "support/temp_folder.hpp"
 #include "util/time_zone.hpp"
 
 namespace xlatr {
@@ -24,8 +25,8 @@ class Host : public testing::Test {
  protected:
   void SetUp() override {
     const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = std::filesystem::temp_directory_path() /
-                 ("xlatr_host_" + std::to_string(platform::currentThreadId()) + "_" + test->name());
+    directory_ =
+        test::parentOfFolders() / ("xlatr_host_" + std::to_string(platform::currentThreadId()) + "_" + test->name());
     std::filesystem::remove_all(directory_);
     std::filesystem::create_directories(directory_);
   }
