@@ -168,9 +168,6 @@ TEST_F(ShortageTest, ofMemoryFailsAConversionAndNotItsProcess) {
 
 // The first ones are those of the registry, whose making fails as it always did: by an exception.
 TEST_F(ShortageTest, ofMemoryMayComeBeforeTheFirstConversion) {
-#if defined(XLATR_NO_FORK)
-  GTEST_SKIP() << "the sanitizer does not follow a process that forks while it has threads";
-#endif
   for (long before = 0; before < 12; ++before) {
     const pid_t child = ::fork();
     if (child == 0) {
