@@ -1,19 +1,14 @@
 #include "formats/mf4/mdf_frame_output.hpp"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 #include "formats/mf4/block_header.hpp"
+#include "formats/mf4/mdf_unfinished.hpp"
 #include "util/little_endian.hpp"
 
 namespace xlatr {
 namespace {
-
-constexpr std::uint64_t kUnfinishedFlagsPosition = 60;
-constexpr std::uint16_t kOnlyCountsAreMissing = 0x1;
-constexpr std::string_view kUnfinished = "UnFinMF ";
-constexpr std::string_view kFinished = "MDF     ";
 
 void setStart(HeaderBlockData& data, const std::optional<TraceStart>& start) {
   constexpr std::int64_t kNsOfMinute = 60'000'000'000;
@@ -39,12 +34,10 @@ MdfFrameOutput::MdfFrameOutput(const OutputTarget& target, const std::optional<T
 void MdfFrameOutput::writeTree(const std::optional<TraceStart>& start) {
   const auto header = HeaderBlock::createEmptyTree(FileHistoryBlock::createInUtc());
   setStart(header->data, start);
-  FileIdentificationBlock identification = FileIdentificationBlock::forVersion(form_.version);
-  std::copy(kUnfinished.begin(), kUnfinished.end(), identification.idFile.begin());
-  identification.idUnfinishedFlags = kOnlyCountsAreMissing;
   Bytes bytes;
-  appendFields(bytes, identification);
+  appendFields(bytes, FileIdentificationBlock::forVersion(form_.version));
   header->appendTreeBytes(bytes);
+  markUnfinished(bytes, kMdfCountsMissing);
   output_.write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   end_ = bytes.size();
   const DataGroupBlock& dataGroup = *header->firstDataGroup();
@@ -136,10 +129,7 @@ void MdfFrameOutput::close() {
     records_->patch(group.countPosition, group.count);
   }
   // Last of all: until here the file says that it is not finished.
-  output_.seek(0);
-  output_.write(kFinished);
-  output_.seek(kUnfinishedFlagsPosition);
-  output_.write(std::string_view("\0\0", sizeof(kOnlyCountsAreMissing)));
+  markFinished(output_);
   output_.close();
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "formats/mf4/block_failures.hpp"
+#include "formats/mf4/mdf_unfinished.hpp"
 #include "util/failures.hpp"
 #include "util/little_endian.hpp"
 
@@ -47,17 +48,25 @@ MdfTargetFile::MdfTargetFile(BufferedOutput& output, const MdfLayoutOptions& opt
 
 template <class Action>
 void MdfTargetFile::changeFile(Action&& action) {
-  broken_ = true;
-  action();
-  broken_ = false;
+  try {
+    action();
+  } catch (...) {
+    failure_ = std::current_exception();
+    throw;
+  }
+}
+
+void MdfTargetFile::requireWhole() const {
+  if (failure_) {
+    std::rethrow_exception(failure_);
+  }
 }
 
 void MdfTargetFile::writeTree(MdfFileHeader& header) {
-  if (broken_) {
-    return;
-  }
+  requireWhole();
   takePositions(*header.header());
-  const Bytes tree = header.toBytes();
+  Bytes tree = header.toBytes();
+  markUnfinished(tree, options_.zipped ? kMdfCountsMissing : kMdfCountsMissing | kMdfLastLengthMissing);
   changeFile([&] {
     output_.seek(0);
     output_.write(viewOf(tree));
@@ -91,7 +100,8 @@ bool MdfTargetFile::hasPlaceFor(const MdfCanMessage& message) const {
 }
 
 void MdfTargetFile::append(const MdfCanMessage& message) {
-  if (broken_ || !hasPlaceFor(message)) {
+  requireWhole();
+  if (!hasPlaceFor(message)) {
     return;
   }
   const std::string_view record = record_.render(message, options_, signalData_.size());
@@ -116,7 +126,8 @@ void MdfTargetFile::appendSignal(const MdfCanMessage& message) {
 }
 
 void MdfTargetFile::finish() {
-  if (!treeWritten_ || broken_) {
+  requireWhole();
+  if (!treeWritten_) {
     return;
   }
   changeFile([this] {
@@ -135,10 +146,10 @@ void MdfTargetFile::finish() {
     for (std::size_t group = 0; group < groupCount(); ++group) {
       patch(dataLinkPositions_[group], dataPositions[group]);
     }
-    // Last of all, so that whoever comes upon half a file finds one without records.
     for (std::size_t kind = 0; kind < kindCount(); ++kind) {
       patch(cycleCountPositions_[kind], frameCounts_[kind]);
     }
+    markFinished(output_);
   });
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <optional>
 
 #include "formats/mf4/block_header.hpp"
@@ -20,7 +21,12 @@ namespace xlatr {
 // the numbers that could not be known before. The records of the first data group go to the file as they come in. Those
 // of the others, which only sorted files have, and the payloads of signal data wait in memory.
 //
-// Failures are those of the output and kDeflateFailure. After one the file is left as it is: still without records.
+// Up to the end the file says that it is unfinished: no reader takes what an interrupted writer has left for a whole
+// trace, and one that knows how gets the records of the first data group out of it, unless they are zipped or their
+// payloads are elsewhere.
+//
+// Failures are those of the output and kDeflateFailure. After one the file is left as it is, and each later call raises
+// the same again.
 class MdfTargetFile {
  public:
   // `output` is a new file that nobody else writes to.
@@ -50,6 +56,7 @@ class MdfTargetFile {
   void appendSignal(const MdfCanMessage& message);
   void beginGroup();
   void drainGroup(std::size_t group);
+  void requireWhole() const;
   void writeSignalData();
   void alignEnd();
   void patch(std::uint64_t position, std::uint64_t value);
@@ -59,8 +66,8 @@ class MdfTargetFile {
   BufferedOutput& output_;
   const MdfLayoutOptions options_;
   bool treeWritten_ = false;
-  bool broken_ = false;    // a failure in the midst of a change
-  std::uint64_t end_ = 0;  // of the tree and the finished data blocks
+  std::exception_ptr failure_;  // the first one in the midst of a change
+  std::uint64_t end_ = 0;       // of the tree and the finished data blocks
   Positions cycleCountPositions_{};
   Positions dataLinkPositions_{};
   std::uint64_t payloadLinkPosition_ = 0;

@@ -12,9 +12,8 @@
 
 namespace xlatr {
 
-// Writes the bus logging layout of ASAM MDF 4. At no time does the file say that it is unfinished; up to its end it
-// says that it has no records. Records stay in the order in which they come; whoever wants them in the order of time
-// gets that from a reader.
+// Writes the bus logging layout of ASAM MDF 4. Up to its end the file says that it is unfinished. Records stay in the
+// order in which they come; whoever wants them in the order of time gets that from a reader.
 class MdfWriter final : public TraceWriter {
  public:
   explicit MdfWriter(std::string targetPath = {}, bool overrideExistingFile = false, double targetVersion = 0.0);

@@ -14,14 +14,13 @@
 #include "formats/mf4/mdf_frame_reader.hpp"
 #include "formats/mf4/mdf_tree.hpp"
 #include "formats/mf4/mdf_turn_queue.hpp"
+#include "formats/mf4/mdf_unfinished.hpp"
 #include "util/utf8.hpp"
 
 namespace xlatr {
 namespace {
 
-// Bits of idUnfinishedFlags: what the writer would have filled in at the end.
-constexpr std::uint16_t kCountsUnknown = 0x1;
-constexpr std::uint16_t kLastLengthUnknown = 0x4;
+// A bit of idUnfinishedFlags that no writer of ours sets.
 constexpr std::uint16_t kOffsetsUnknown = 0x40;
 
 constexpr std::size_t kMostStreams = 1024;
@@ -141,9 +140,9 @@ void Mf4FrameSource::readTop() {
   unfinished_ = identification.idUnfinishedFlags;
   head_.unfinished = magic.starts_with("UnFin") || unfinished_ != 0 || identification.idCustomUnfinishedFlags != 0;
   if (head_.unfinished && unfinished_ == 0) {
-    unfinished_ = kCountsUnknown | kLastLengthUnknown;  // whatever is not said
+    unfinished_ = kMdfCountsMissing | kMdfLastLengthMissing;  // whatever is not said
   }
-  file_.hasOpenBlock = (unfinished_ & kLastLengthUnknown) != 0;
+  file_.hasOpenBlock = (unfinished_ & kMdfLastLengthMissing) != 0;
   const auto header = tree_.leaf<DescribedBlock<HeaderBlockData>>(HeaderBlock::kPosition);
   if (!header) {
     return;
@@ -211,7 +210,7 @@ void Mf4FrameSource::makeReaders() {
                                        groups_, [](const MdfGroupInfo& group) { return group.frame != nullptr; }));
   limits_.window = std::clamp(kWindows / (2 * expected), std::size_t{8} << 10, std::size_t{256} << 10);
   const MdfLayoutContext context{tree_, file_, groups_, limits_, sizes_, (unfinished_ & kOffsetsUnknown) != 0};
-  if ((unfinished_ & kCountsUnknown) == 0) {
+  if ((unfinished_ & kMdfCountsMissing) == 0) {
     head_.frames = 0;
   }
   for (const Table& table : tables) {
@@ -239,7 +238,7 @@ void Mf4FrameSource::makeSorted(const MdfLayoutContext& context, const Table& ta
     return;
   }
   std::uint64_t count = group.data.cgCycleCount;
-  if ((unfinished_ & kCountsUnknown) != 0) {
+  if ((unfinished_ & kMdfCountsMissing) != 0) {
     count = kMdfUnknownCount;
   } else if (head_.frames) {
     *head_.frames += count;

@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-
 #include <algorithm>
-#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -17,9 +14,14 @@
 #include <utility>
 #include <vector>
 
+#include "formats/mf4/mdf_info.hpp"
 #include "formats/mf4/mdf_reader.hpp"
+#include "formats/mf4/mf4_frames.hpp"
 #include "formats/trc/trc_message.hpp"
 #include "formats/trc/trc_version.hpp"
+#include "frames/account.hpp"
+#include "frames/frame_batch.hpp"
+#include "support/file_size_limit.hpp"
 #include "support/layout.hpp"
 #include "support/mf4_checker.hpp"
 #include "support/temp_folder.hpp"
@@ -413,21 +415,83 @@ TEST_F(MdfWriterTest, closesInItsDestructor) {
   EXPECT_EQ(test::checkMf4(read()).groups.at(2).cycleCount, 1U);
 }
 
-TEST_F(MdfWriterTest, saysThatThereAreNoRecordsUntilItsEnd) {
-  MdfWriter writer(path_, false, 4.2);
-  writer.setActive(true);
-  writer.WriteHeader(StubInfo("source.trc"));
-  for (int count = 0; count < 20000; ++count) {
-    writer.WriteMessage(frame(kDataLine));
-  }
-  writer.flush();
-  const std::string half = read();
-  EXPECT_GT(half.size(), 1000000U);  // most records are there
-  const test::Mf4Report report = test::checkMf4(half.substr(0, 8064));
+constexpr char kPlainMark = 5;   // counts and the last length are missing
+constexpr char kZippedMark = 1;  // counts
+
+void expectMark(const std::string& file, char mark) {
+  EXPECT_EQ(file.substr(0, 8), mark == 0 ? "MDF     " : "UnFinMF ");
+  EXPECT_EQ(file.substr(60, 4), std::string({mark, 0, 0, 0}));
+}
+
+// The tree of blocks, and the head of the data: whole but for the mark, and without records.
+void expectUnfinished(const std::string& file) {
+  expectMark(file, kPlainMark);
+  std::string tree = file.substr(0, 8064);
+  tree.replace(0, 8, "MDF     ");
+  tree[60] = 0;
+  const test::Mf4Report report = test::checkMf4(tree);
   EXPECT_EQ(faultsOf(report), "");
   EXPECT_EQ(report.groups.at(0).cycleCount, 0U);
-  writer.setActive(false);
-  EXPECT_EQ(test::checkMf4(read()).groups.at(0).cycleCount, 20000U);
+}
+
+TEST_F(MdfWriterTest, saysThatItIsUnfinishedUntilItsEnd) {
+  for (const bool zipped : {false, true}) {
+    MdfWriter writer(path_, true, 4.2);
+    writer.setZipped(zipped);
+    writer.setActive(true);
+    writer.WriteHeader(StubInfo("source.trc"));
+    writer.flush();
+    expectMark(read(), zipped ? kZippedMark : kPlainMark);
+    for (int count = 0; count < 20000; ++count) {
+      writer.WriteMessage(frame(kDataLine));
+    }
+    writer.flush();
+    expectMark(read(), zipped ? kZippedMark : kPlainMark);
+    if (!zipped) {
+      expectUnfinished(read());
+    }
+    writer.setActive(false);
+    expectMark(read(), 0);
+    EXPECT_EQ(test::checkMf4(read()).groups.at(0).cycleCount, 20000U);
+  }
+}
+
+// What an interrupted writer has left: nothing for a reader that asks for finished files, most of the frames for one
+// that knows better.
+TEST_F(MdfWriterTest, isReadWithoutItsEndByThoseWhoKnowHow) {
+  struct Case {
+    MdfLayoutOptions options;
+    bool found;
+  };
+  for (const auto& [options, found] : {Case{layout(MdfLayout::Unsorted), true}, Case{layout(MdfLayout::Sorted), true},
+                                       Case{layout(MdfLayout::SignalData), false}, Case{{.zipped = true}, false}}) {
+    SCOPED_TRACE(static_cast<int>(options.layout));
+    MdfWriter writer(path_, true, 4.2);
+    writer.setLayoutOptions(options);
+    writer.setActive(true);
+    writer.WriteHeader(StubInfo("source.trc"));
+    for (int count = 0; count < 20000; ++count) {
+      writer.WriteMessage(frame(kDataLine));
+    }
+    writer.flush();
+    const std::string half = folder_.write("half.mf4", read());
+    std::string text;
+    EXPECT_FALSE(MdfReader(MdfInfo(half)).ValidateFile(text));
+    EXPECT_EQ(text, "Only finalized MDF4 files are supported");
+    const auto source = openMf4Frames(half);
+    EXPECT_TRUE(source->head().unfinished);
+    Account account;
+    for (FrameBatch batch; source->read(batch, account); batch.clear()) {
+      for (std::size_t row = 0; row < batch.size(); ++row) {
+        ASSERT_EQ(batch.at(row).id, 0x100U);
+        ASSERT_EQ(batch.at(row).data.size(), 2U);
+      }
+    }
+    EXPECT_EQ(account.read() > 15'000, found) << account.read();
+    EXPECT_EQ(account.read() == 0, !found) << account.read();
+    writer.setActive(false);
+    EXPECT_EQ(test::checkMf4(read()).groups.at(0).cycleCount, 20000U);
+  }
 }
 
 TEST_F(MdfWriterTest, passesOverFramesThatNoRecordHolds) {
@@ -475,27 +539,10 @@ TEST_F(MdfWriterTest, startsAtWhatTheDateTellsInMicroseconds) {
   }
 }
 
-// As long as it lives no file of the process grows beyond this size.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) {
-    ::signal(SIGXFSZ, SIG_IGN);  // so that writing fails instead
-    ::getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit{.rlim_cur = bytes, .rlim_max = before_.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &before_); }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
- private:
-  rlimit before_{};
-};
-
 TEST_F(MdfWriterTest, leavesAFileThatCanNotGrowWithoutRecords) {
   MdfWriter writer(path_, true, 4.2);
   {
-    const FileSizeLimit limit(100000);
+    const test::FileSizeLimit limit(100000);
     writer.setActive(true);
     writer.WriteHeader(StubInfo("source.trc"));
     EXPECT_THROW(
@@ -505,19 +552,18 @@ TEST_F(MdfWriterTest, leavesAFileThatCanNotGrowWithoutRecords) {
           }
         },
         std::ios_base::failure);
-    writer.WriteMessage(frame(kDataLine));
+    EXPECT_THROW(writer.WriteMessage(frame(kDataLine)), std::ios_base::failure);
+    EXPECT_THROW(writer.WriteHeader(StubInfo("source.trc")), std::ios_base::failure);
   }
-  writer.setActive(false);  // does not even try
+  EXPECT_THROW(writer.setActive(false), std::ios_base::failure);  // does not even try
   EXPECT_FALSE(writer.getActive());
   const std::string file = read();
   EXPECT_EQ(file.size(), 100000U);
-  const test::Mf4Report report = test::checkMf4(file.substr(0, 8064));
-  EXPECT_EQ(faultsOf(report), "");
-  EXPECT_EQ(report.groups.at(0).cycleCount, 0U);
+  expectUnfinished(file);
 }
 
 TEST_F(MdfWriterTest, raisesWhatFailsAtItsEndAndIsInactiveThen) {
-  const FileSizeLimit limit(8050);
+  const test::FileSizeLimit limit(8050);
   MdfWriter writer(path_, true, 4.2);
   writer.setActive(true);
   writer.WriteHeader(StubInfo("source.trc"));
