@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <span>
 #include <string>
@@ -14,7 +15,9 @@
 namespace xlatr {
 
 // Collects what is written and hands it to the system in blocks. One thread at a time. Failures are
-// std::ios_base::failure; after one, what was not yet written is dropped, so that closing does not fail again.
+// std::ios_base::failure, or what the bytes' own way of being written raises. After one, what was not yet written is
+// dropped, and each later call raises the same again, up to and including close: whoever passes over a failure does not
+// make a whole file of it.
 class BufferedOutput {
  public:
   BufferedOutput() = default;
@@ -34,18 +37,21 @@ class BufferedOutput {
   [[nodiscard]] std::uint64_t position() const { return handed_ + used_; }
   // Hands all that was written to the system.
   void flush();
-  // Flushes and closes; no effect when no file is open.
+  // Flushes and closes, whatever has failed before; no effect when no file is open.
   void close();
 
  private:
   void hand(std::span<const char> bytes);
+  void remember();
+  void requireWhole() const;
 
   std::string name_;
   platform::File file_;
   std::shared_ptr<OutputBytes> bytes_;  // null for a file
   std::unique_ptr<char[]> buffer_;
   std::size_t used_ = 0;
-  std::uint64_t handed_ = 0;  // the offset at which the buffer begins
+  std::uint64_t handed_ = 0;    // the offset at which the buffer begins
+  std::exception_ptr failure_;  // the first one; the file then lacks something
 };
 
 }  // namespace xlatr

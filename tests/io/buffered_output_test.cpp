@@ -2,8 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
+#include <functional>
 #include <ios>
+#include <memory>
+#include <new>
+#include <span>
 #include <string>
+#include <system_error>
 
 #include "support/temp_folder.hpp"
 
@@ -65,6 +71,87 @@ TEST(BufferedOutput, raisesAFullDiskOnceWithTheReason) {
     EXPECT_STREQ(failure.what(), "/dev/full: cannot write: No space left on device");
   }
   EXPECT_NO_THROW(output.close());
+}
+
+// Takes bytes, but for a while.
+class FailingBytes final : public OutputBytes {
+ public:
+  void write(std::span<const char> bytes) override {
+    if (raise) {
+      raise();
+    }
+    taken.append(bytes.data(), bytes.size());
+  }
+
+  std::function<void()> raise;
+  std::string taken;
+};
+
+template <typename Action>
+std::string failureOf(Action action) {
+  try {
+    action();
+  } catch (const std::exception& failure) {
+    return failure.what();
+  }
+  return {};
+}
+
+// Whoever catches the failure of one write and goes on must not end with a file that looks whole.
+TEST(BufferedOutput, remembersAFailureUntilItIsClosed) {
+  const std::string large(70'000, 'x');
+  for (const bool noMemory : {false, true}) {
+    const auto bytes = std::make_shared<FailingBytes>();
+    BufferedOutput output;
+    output.open({"out", bytes});
+    output.write("a");
+    output.flush();
+    bytes->raise = [noMemory] {
+      if (noMemory) {
+        throw std::bad_alloc();
+      }
+      throw std::ios_base::failure("out: no", std::make_error_code(std::errc::io_error));
+    };
+    const std::string expected = noMemory ? "std::bad_alloc" : "out: no: Input/output error";
+    output.write("b");
+    EXPECT_EQ(failureOf([&] { output.flush(); }), expected);
+    bytes->raise = nullptr;
+    EXPECT_EQ(failureOf([&] { output.write("c"); }), expected);
+    EXPECT_EQ(failureOf([&] { output.write(large); }), expected);
+    EXPECT_EQ(failureOf([&] { output.flush(); }), expected);
+    EXPECT_EQ(failureOf([&] { output.seek(1); }), expected);
+    EXPECT_EQ(failureOf([&] { output.close(); }), expected);
+    EXPECT_FALSE(output.isOpen());
+    EXPECT_EQ(failureOf([&] { output.close(); }), "");
+    EXPECT_EQ(bytes->taken, "a");
+    // The next file has nothing to do with it.
+    output.open({"out", bytes});
+    output.write("d");
+    output.close();
+    EXPECT_EQ(bytes->taken, "ad");
+  }
+}
+
+TEST(BufferedOutput, remembersThatItCouldNotSeek) {
+  const auto bytes = std::make_shared<FailingBytes>();
+  BufferedOutput output;
+  output.open({"out", bytes});
+  const std::string expected =
+      "out: cannot seek in what is written in order: " + std::make_error_code(std::errc::invalid_seek).message();
+  EXPECT_EQ(failureOf([&] { output.seek(7); }), expected);
+  EXPECT_EQ(failureOf([&] { output.write("a"); }), expected);
+  EXPECT_EQ(failureOf([&] { output.close(); }), expected);
+}
+
+TEST(BufferedOutput, swallowsAFailureInItsDestructorAlone) {
+  const auto bytes = std::make_shared<FailingBytes>();
+  bytes->raise = [] { throw 7; };  // NOLINT(hicpp-exception-baseclass): of a caller's own kind
+  {
+    BufferedOutput output;
+    output.open({"out", bytes});
+    output.write("a");
+  }
+  EXPECT_EQ(bytes->taken, "");
 }
 
 TEST(BufferedOutput, namesTheFileThatCannotBeMade) {

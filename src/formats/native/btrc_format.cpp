@@ -1,6 +1,7 @@
 #include "formats/native/btrc_format.hpp"
 
 #include <array>
+#include <new>
 #include <string>
 
 #include "formats/native/btrc_frames.hpp"
@@ -45,7 +46,9 @@ class BtrcSource final : public TraceSource {
   // Records that are not frames are for the logger's own tools; their texts would fill the target.
   [[nodiscard]] Verdict judge() const override { return message_.getValid() ? Verdict::Write : Verdict::Drop; }
 
-  // A record that can't be written costs the rest of its block, not the conversion.
+  // A record that can't be written costs the rest of its block, not the conversion. That is for records that no line
+  // has a place for; lack of memory has nothing to do with the record, and a target that has failed once refuses the
+  // comment.
   void write(ITraceWriter& writer) override {
     try {
       if (!intoTrc_ || message_.canStandIn(trcVersion_)) {
@@ -54,6 +57,8 @@ class BtrcSource final : public TraceSource {
       if (!message_.commentary.empty()) {
         writer.WriteComment(message_.commentary);
       }
+    } catch (const std::bad_alloc&) {
+      throw;
     } catch (...) {
       const std::string report = reader_.SkipCurrentBlock();
       writer.WriteComment("-->INTEGRITY PROBLEM. Raw data: " + message_.getParsingBytesString());

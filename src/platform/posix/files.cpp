@@ -1,6 +1,7 @@
 #include "platform/files.hpp"
 
 #include <fcntl.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): <csignal> need not have signal sets
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,22 +34,81 @@ constexpr std::size_t kLargestTransfer = std::size_t{1} << 30;
 
 constexpr mode_t kAllMayReadAndWrite = 0666;  // minus the process's mask
 
+constexpr char kIsPipe[] = "create, since this is a pipe; name a file";
+
+bool isPipe(mode_t mode) {
+  return S_ISFIFO(mode) || S_ISSOCK(mode);
+}
+
+bool isSame(const struct stat& one, const struct stat& other) {
+  return one.st_ino == other.st_ino && one.st_dev == other.st_dev;
+}
+
+// A folder, and a pipe that nobody reads, have errors that say little.
+[[noreturn]] void raiseNotCreated(const std::string& path, int error) {
+  if (error == EEXIST && kindOfPath(path) == PathKind::Folder) {
+    raise(path, "create", EISDIR);
+  }
+  raise(path, error == ENXIO ? "create, since nobody reads from this pipe" : "create", error);
+}
+
+// A write beyond the limit of a file's size raises a signal in the thread that writes, and so does one to a pipe that
+// has lost its reader. Both end the process unless it expects them, and what a process does with its signals is not
+// ours to change. So the thread holds them back while it writes, and takes what its write has raised. That costs two
+// short calls of the system for each write, of many kilobytes: a limit can be set at any time, so that there is no
+// moment at which to learn that they are not needed.
+class WriteSignals {
+ public:
+  WriteSignals() {
+    ::sigemptyset(&signals_);
+    ::sigaddset(&signals_, SIGXFSZ);
+    ::sigaddset(&signals_, SIGPIPE);
+    ::pthread_sigmask(SIG_BLOCK, &signals_, &before_);
+  }
+  ~WriteSignals() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  WriteSignals(const WriteSignals&) = delete;
+  WriteSignals& operator=(const WriteSignals&) = delete;
+
+  // Whether the system counts an error as worth a signal.
+  [[nodiscard]] static bool raisedBy(int error) { return error == EFBIG || error == EPIPE; }
+  void take() const {
+    const timespec now{};
+    while (::sigtimedwait(&signals_, nullptr, &now) < 0 && errno == EINTR) {
+    }
+  }
+
+ private:
+  sigset_t signals_{};
+  sigset_t before_{};
+};
+
 }  // namespace
 
 PathKind kindOfPath(const std::string& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) {
-    return PathKind::Nothing;
+    const bool isLink = ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+    return isLink ? PathKind::BrokenLink : PathKind::Nothing;
   }
   if (S_ISDIR(status.st_mode)) {
     return PathKind::Folder;
+  }
+  if (isPipe(status.st_mode)) {
+    return PathKind::Pipe;
   }
   return S_ISREG(status.st_mode) ? PathKind::File : PathKind::Device;
 }
 
 bool fileExists(const std::string& path) {
   const PathKind kind = kindOfPath(path);
-  return kind == PathKind::File || kind == PathKind::Device;
+  return kind == PathKind::File || kind == PathKind::Device || kind == PathKind::Pipe;
+}
+
+bool isSameFile(const std::string& one, const std::string& other) {
+  struct stat first {};
+  struct stat second {};
+  return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 && S_ISREG(first.st_mode) &&
+         isSame(first, second);
 }
 
 std::string pathBehindLinks(const std::string& path) {
@@ -76,18 +136,38 @@ void replaceFile(const std::string& path, const std::string& by) {
   }
 }
 
+// Some file systems can't look and rename in one step; there another program may come in between.
+bool nameFile(const std::string& path, const std::string& by) {
+  if (::renameat2(AT_FDCWD, by.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) {
+    return true;
+  }
+  if (errno == EEXIST) {
+    return false;
+  }
+  if (errno != EINVAL && errno != ENOSYS) {
+    raise(path, "create", errno);
+  }
+  if (kindOfPath(path) != PathKind::Nothing) {
+    return false;
+  }
+  replaceFile(path, by);
+  return true;
+}
+
 File::File(int descriptor, std::string path) : descriptor_(descriptor), path_(std::move(path)) {}
 
 File::~File() {
-  if (isOpen()) {
-    ::close(descriptor_);
-  }
+  static_cast<void>(release());
 }
 
-File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)), path_(std::move(other.path_)) {}
+File::File(File&& other) noexcept
+    : descriptor_(std::exchange(other.descriptor_, -1)),
+      locked_(std::exchange(other.locked_, false)),
+      path_(std::move(other.path_)) {}
 
 File& File::operator=(File&& other) noexcept {
   std::swap(descriptor_, other.descriptor_);
+  std::swap(locked_, other.locked_);
   std::swap(path_, other.path_);
   return *this;
 }
@@ -102,12 +182,36 @@ File File::openForReading(const std::string& path) {
   return file;
 }
 
-File File::createForWriting(const std::string& path) {
-  File file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kAllMayReadAndWrite), path);
-  if (!file.isOpen()) {
-    raise(path, "create", errno);
+// Nothing is emptied before it is known that nobody else writes to it. A pipe without a reader refuses to be opened
+// without waiting.
+File File::createForWriting(const std::string& path, Creation creation, Pipes pipes) {
+  if (pipes == Pipes::Refuse && kindOfPath(path) == PathKind::Pipe) {
+    raise(path, kIsPipe, EOPNOTSUPP);  // to open it would be an empty trace for its reader
   }
-  return file;
+  const int exclusive = creation == Creation::New ? O_EXCL : 0;
+  for (;;) {
+    File file(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | exclusive, kAllMayReadAndWrite),
+        path);
+    if (!file.isOpen()) {
+      raiseNotCreated(path, errno);
+    }
+    struct stat status {};
+    if (::fstat(file.descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
+      file.requireWritable(pipes);
+      return file;
+    }
+    const Lock lock = creation == Creation::Reserved ? Lock::Taken : file.lock();
+    if (lock == Lock::Busy) {
+      raise(path, "create while another conversion is writing it", EBUSY);
+    }
+    if (lock == Lock::Taken) {
+      if (::ftruncate(file.descriptor_, 0) != 0) {
+        raise(path, "create", errno);
+      }
+      return file;
+    }
+  }
 }
 
 File File::lockForWriting(const std::string& path) {
@@ -119,19 +223,38 @@ File File::lockForWriting(const std::string& path) {
       raise(path, "create", errno);
     }
     requireRegular(file.descriptor_, path, "create");
-    if (::flock(file.descriptor_, LOCK_EX | LOCK_NB) != 0) {
-      if (errno == EWOULDBLOCK) {
-        return {};
-      }
-      return file;  // a file system without locks
+    const Lock lock = file.lock();
+    if (lock == Lock::Busy) {
+      return {};
     }
-    // Whoever had it before may have removed or renamed it in the meantime.
-    struct stat locked {};
-    struct stat named {};
-    if (::fstat(file.descriptor_, &locked) == 0 && ::stat(path.c_str(), &named) == 0 && locked.st_ino == named.st_ino &&
-        locked.st_dev == named.st_dev) {
+    if (lock == Lock::Taken) {
       return file;
     }
+  }
+}
+
+// A file system without locks gives the file to everybody.
+File::Lock File::lock() {
+  locked_ = ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
+  if (!locked_) {
+    return errno == EWOULDBLOCK ? Lock::Busy : Lock::Taken;
+  }
+  // Whoever had it before may have removed or renamed it in the meantime.
+  struct stat locked {};
+  struct stat named {};
+  const bool there = ::fstat(descriptor_, &locked) == 0 && ::stat(path_.c_str(), &named) == 0;
+  return there && isSame(locked, named) ? Lock::Taken : Lock::Moved;
+}
+
+// From here on a pipe or a device makes its writer wait, as those who name one expect.
+void File::requireWritable(Pipes pipes) const {
+  struct stat status {};
+  if (::fstat(descriptor_, &status) != 0 || (pipes == Pipes::Refuse && isPipe(status.st_mode))) {
+    raise(path_, kIsPipe, EOPNOTSUPP);
+  }
+  const int flags = ::fcntl(descriptor_, F_GETFL);
+  if (flags < 0 || ::fcntl(descriptor_, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+    raise(path_, "create", errno);
   }
 }
 
@@ -148,12 +271,16 @@ std::size_t File::read(std::span<char> bytes) {
 }
 
 void File::write(std::span<const char> bytes) {
+  const WriteSignals signals;
   while (!bytes.empty()) {
     const ssize_t count = ::write(descriptor_, bytes.data(), std::min(bytes.size(), kLargestTransfer));
     if (count >= 0) {
       bytes = bytes.subspan(static_cast<std::size_t>(count));
-    } else if (errno != EINTR) {
-      fail("write");
+    } else if (const int error = errno; error != EINTR) {
+      if (WriteSignals::raisedBy(error)) {
+        signals.take();
+      }
+      raise(path_, "write", error);
     }
   }
 }
@@ -165,9 +292,20 @@ void File::seek(std::uint64_t offset) {
 }
 
 void File::close() {
-  if (isOpen() && ::close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) {
+  if (!release()) {
     fail("close");
   }
+}
+
+// A process that was forked meanwhile has the file open, too, and would keep it locked.
+bool File::release() noexcept {
+  if (!isOpen()) {
+    return true;
+  }
+  if (std::exchange(locked_, false)) {
+    ::flock(descriptor_, LOCK_UN);
+  }
+  return ::close(std::exchange(descriptor_, -1)) == 0 || errno == EINTR;
 }
 
 void File::fail(const char* action) const {

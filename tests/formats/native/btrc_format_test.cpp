@@ -2,12 +2,20 @@
 
 #include <gtest/gtest.h>
 
+#include <ios>
+#include <memory>
+#include <new>
+#include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "formats/native/zelk_message.hpp"
+#include "formats/trc/trc_writer.hpp"
+#include "io/output_target.hpp"
 #include "io/trace_source.hpp"
 #include "io/trace_writer.hpp"
 #include "support/btrc_image.hpp"
@@ -99,6 +107,57 @@ TEST_F(BtrcSourceTest, recordThatCanNotBeWrittenCostsTheRestOfItsBlock) {
                    "03 04",
                    "-->Block skipped | Block Size: 8192 | Old position: 80 | New position 8192 | 8112 bytes advanced",
                    "message 3"}));
+}
+
+// Whatever the guard around one record catches, a target that lacks something is not whole, and lack of memory is no
+// matter of the record.
+TEST_F(BtrcSourceTest, failuresOfTheSystemAreNoMatterOfTheRecord) {
+  class FailingOnce final : public OutputBytes {
+   public:
+    void write(std::span<const char> /*bytes*/) override {
+      if (!std::exchange(failed_, true)) {
+        throw std::ios_base::failure("out.trc: no", std::make_error_code(std::errc::io_error));
+      }
+    }
+
+   private:
+    bool failed_ = false;
+  };
+  class WithoutMemory final : public TraceWriter {
+   public:
+    WithoutMemory() : TraceWriter("out", false, 1.0) {}
+    [[nodiscard]] std::unique_ptr<ITraceWriter> CreateNew() const override { return nullptr; }
+    void WriteHeader(const ITraceInfo& /*source*/) override {}
+    void WriteComment(std::string_view /*text*/) override { ADD_FAILURE() << "a comment about the record"; }
+    void WriteMessage(const IMessage& /*message*/) override { throw std::bad_alloc(); }
+    [[nodiscard]] TraceFormat getTargetFormat() const override { return XLATR_FORMAT_TRC; }
+  };
+  std::string content = filled(head() + plainFrame(kStart, 0, 1));
+  for (int block = 1; block < 30; ++block) {
+    std::string frames;
+    for (int frame = 0; frame < 200; ++frame) {
+      frames += plainFrame(kStart, 0, 1);
+    }
+    content += filled(frames);
+  }
+  const auto source = makeBtrcSource(TraceFileInfo(folder_.write("in.btrc", content)));
+  source->setTarget({XLATR_FORMAT_TRC, 2.1});
+  EXPECT_TRUE(source->reader().setActive(true));
+  TrcWriter writer("out.trc", false, 2.1);
+  writer.setOutput({"out.trc", std::make_shared<FailingOnce>()});
+  writer.setActive(true);
+  const auto convertAll = [&](ITraceWriter& target) {
+    while (source->readNext() == TraceSource::Read::Message) {
+      source->write(target);
+    }
+  };
+  EXPECT_THROW(convertAll(writer), std::ios_base::failure);
+  EXPECT_THROW(convertAll(writer), std::ios_base::failure);
+  EXPECT_THROW(writer.setActive(false), std::ios_base::failure);
+  EXPECT_FALSE(writer.getActive());
+  EXPECT_TRUE(source->reader().setActive(true));
+  WithoutMemory withoutMemory;
+  EXPECT_THROW(convertAll(withoutMemory), std::bad_alloc);
 }
 
 TEST_F(BtrcSourceTest, impossibleDateIsReported) {
