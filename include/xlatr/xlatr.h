@@ -58,9 +58,11 @@ enum {
   XLATR_OPTION_SEPARATOR = 3,      /* value.separator */
   XLATR_OPTION_ZIPPED = 4,         /* value.flag: compress the data of an MF4 target; default 0 */
   XLATR_OPTION_SORTED = 5,         /* value.flag: sort the records of an MF4 target by kind of frame; default 0 */
-  XLATR_OPTION_SAFE = 6 /* value.flag: a target has its name when it is whole; until then it is written beside
-                           it, and a conversion that fails leaves no target, or the one that was there before.
-                           default 0: a target is written under its name from the start */
+  XLATR_OPTION_SAFE = 6, /* value.flag: a target has its name when it is whole; until then it is written beside
+                            it, and a conversion that fails leaves no target, or the one that was there before.
+                            default 0: a target is written under its name from the start */
+  XLATR_OPTION_NEW = 7   /* value.flag: a target that is there already is kept and the conversion fails; default 0: it
+                            is replaced */
 };
 
 /* The size of each buffer in ConversionResult.files: a name is cut to 260 characters. */

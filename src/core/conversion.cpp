@@ -164,6 +164,9 @@ void Conversion::takeOption(const ConversionOption& option) {
     case XLATR_OPTION_SAFE:
       safe_ = option.value.flag != 0;
       break;
+    case XLATR_OPTION_NEW:
+      mustBeNew_ = option.value.flag != 0;
+      break;
     default:
       break;
   }
@@ -192,7 +195,8 @@ void Conversion::addWorkers(const TraceFileInfo& file, Workers& workers) {
     std::string path =
         made.session ? targetPath_.pathOfSession(format.sessionMarker, *made.session) : targetPath_.path();
     workers.push_back(std::make_unique<ConversionWorker>(
-        WorkOrder{file, &target_, std::move(path), version, settings_, safe_}, std::move(made.source), events_));
+        WorkOrder{file, &target_, std::move(path), version, settings_, safe_, mustBeNew_}, std::move(made.source),
+        events_));
   }
 }
 

@@ -87,6 +87,7 @@ class Conversion {
   SessionSelection sessions_;
   WriterSettings settings_;
   bool safe_ = false;
+  bool mustBeNew_ = false;
   ConversionResult* const result_;
   void (*const onFinished_)(void*);
   void* const context_;

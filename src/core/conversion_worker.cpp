@@ -54,7 +54,7 @@ ConversionWorker::ConversionWorker(WorkOrder order, std::unique_ptr<TraceSource>
       firstWriter_(makeWriter(order_)),
       currentWriter_(firstWriter_.get()) {
   if (firstWriter_) {
-    firstWriter_->setOverrideExistingFile(true);
+    firstWriter_->setOverrideExistingFile(!order_.mustBeNew);
     firstWriter_->setTargetVersion(order_.targetVersion);
   }
 }
@@ -162,12 +162,25 @@ void ConversionWorker::openFirstWriter() {
 
 void ConversionWorker::activate(ITraceWriter& writer) {
   if (order_.safe) {
-    safeFiles_.push_back(std::make_unique<SafeFile>(writer.getTargetPath(), true));
-    writer.setOutput(safeFiles_.back()->reserve());
+    writer.requireUsableTarget();
+    writer.setOutput(reserve(writer.getTargetPath()));
   }
   writer.setActive(true);
   outputFiles_.push_back(getFileName(writer.getTargetPath()));
   source_->writeHeader(writer);
+}
+
+OutputTarget ConversionWorker::reserve(const std::string& path) {
+  try {
+    safeFiles_.push_back(std::make_unique<SafeFile>(
+        path, TargetRules{.replaces = !order_.mustBeNew, .sources = {source_->info().getPath()}}));
+    return safeFiles_.back()->reserve();
+  } catch (const TargetRefusal& refusal) {
+    if (refusal.reason() == TargetRefusal::Reason::Source) {
+      throwProcessingFailure(kTargetIsSource);
+    }
+    throw;
+  }
 }
 
 ITraceWriter* ConversionWorker::selectWriter(std::optional<std::uint32_t> bus) {

@@ -15,6 +15,7 @@
 #include "core/events.hpp"
 #include "core/waiting_comments.hpp"
 #include "io/format.hpp"
+#include "io/output_target.hpp"
 #include "io/safe_file.hpp"
 #include "io/trace_info.hpp"
 #include "io/trace_source.hpp"
@@ -29,7 +30,8 @@ struct WorkOrder {
   std::string targetPath;
   double targetVersion;
   WriterSettings settings;
-  bool safe = false;  // targets have their names when all of them are whole
+  bool safe = false;       // targets have their names when all of them are whole
+  bool mustBeNew = false;  // no target is there yet
 };
 
 // Owns a reader, writers and the thread that moves the messages from the reader to the writers. One of two events tells
@@ -63,6 +65,7 @@ class ConversionWorker {
   void convertMessage();
   void openFirstWriter();
   void activate(ITraceWriter& writer);
+  [[nodiscard]] OutputTarget reserve(const std::string& path);
   // The writer that the current message goes to; null when it can't be opened.
   ITraceWriter* selectWriter(std::optional<std::uint32_t> bus);
   ITraceWriter* openWriterOfBus(std::uint32_t bus);

@@ -1,33 +1,26 @@
 #include "frames/target_file.hpp"
 
-#include <algorithm>
 #include <exception>
-#include <filesystem>
 #include <ios>
-#include <system_error>
 #include <utility>
 
 #include "frames/frame_failure.hpp"
 #include "frames/trace_file.hpp"
-#include "platform/files.hpp"
 
 namespace xlatr {
 namespace {
 
 FrameProblem problemOf(TargetRefusal::Reason reason) {
-  return reason == TargetRefusal::Reason::Exists ? FrameProblem::TargetExists : FrameProblem::TargetRefused;
-}
-
-bool isSameFile(const std::string& one, const std::string& other) {
-  std::error_code ignored;
-  return std::filesystem::equivalent(one, other, ignored);
-}
-
-void requireOtherThan(const std::vector<std::string>& sources, const std::string& target) {
-  const auto isTarget = [&target](const std::string& source) { return isSameFile(source, target); };
-  if (platform::kindOfPath(target) == platform::PathKind::File && std::ranges::any_of(sources, isTarget)) {
-    throw FrameFailure(FrameProblem::TargetIsSource, target + ": the target is the source; choose another name");
+  switch (reason) {
+    case TargetRefusal::Reason::Exists:
+      return FrameProblem::TargetExists;
+    case TargetRefusal::Reason::Source:
+      return FrameProblem::TargetIsSource;
+    case TargetRefusal::Reason::Folder:
+    case TargetRefusal::Reason::InUse:
+      break;
   }
+  return FrameProblem::TargetRefused;
 }
 
 }  // namespace
@@ -40,8 +33,10 @@ TargetFile::TargetFile(OutputTarget target, TargetSettings settings)
   if (target_.name().empty()) {
     throw FrameFailure(FrameProblem::BadArgument, "there is no target");
   }
-  requireOtherThan(settings_.sources, target_.name());
-  guarded([&] { file_.emplace(target_.name(), settings_.replaces); });
+  guarded([&] {
+    file_.emplace(target_.name(),
+                  TargetRules{.replaces = settings_.replaces, .takesPipes = true, .sources = settings_.sources});
+  });
 }
 
 TargetFile::~TargetFile() {

@@ -46,7 +46,8 @@ std::string partialName(std::string_view path) {
 
 }  // namespace
 
-SafeFile::SafeFile(std::string path, bool replaces) : path_(std::move(path)), replaces_(replaces) {
+SafeFile::SafeFile(std::string path, TargetRules rules) : path_(std::move(path)), rules_(std::move(rules)) {
+  requireNoSource(path_);
   requireFree();
 }
 
@@ -58,10 +59,16 @@ void SafeFile::requireFree() const {
   switch (platform::kindOfPath(path_)) {
     case platform::PathKind::Nothing:
     case platform::PathKind::Device:
+    case platform::PathKind::Pipe:
       break;
     case platform::PathKind::File:
-      if (!replaces_) {
-        throw TargetRefusal(TargetRefusal::Reason::Exists, path_ + ": the file exists and is not to be replaced");
+      if (!rules_.replaces) {
+        refuseExisting();
+      }
+      break;
+    case platform::PathKind::BrokenLink:
+      if (!rules_.replaces) {
+        throw TargetRefusal(TargetRefusal::Reason::Exists, path_ + ": a link that leads nowhere has this name");
       }
       break;
     case platform::PathKind::Folder:
@@ -69,13 +76,30 @@ void SafeFile::requireFree() const {
   }
 }
 
+void SafeFile::refuseExisting() const {
+  throw TargetRefusal(TargetRefusal::Reason::Exists, path_ + ": the file exists and is not to be replaced");
+}
+
+bool SafeFile::isSource(const std::string& path) const {
+  return std::ranges::any_of(rules_.sources,
+                             [&path](const std::string& source) { return platform::isSameFile(source, path); });
+}
+
+void SafeFile::requireNoSource(const std::string& path) const {
+  if (isSource(path)) {
+    throw TargetRefusal(TargetRefusal::Reason::Source, path_ + ": the target is the source; choose another name");
+  }
+}
+
 OutputTarget SafeFile::reserve() {
-  if (platform::kindOfPath(path_) == platform::PathKind::Device) {
+  const platform::PathKind kind = platform::kindOfPath(path_);
+  if (kind == platform::PathKind::Device || kind == platform::PathKind::Pipe) {
     written_ = path_;
-    return path_;
+    return {path_, platform::Creation::Replace, rules_.takesPipes ? platform::Pipes::Take : platform::Pipes::Refuse};
   }
   target_ = platform::pathBehindLinks(path_);
   written_ = nameBeside(target_);
+  requireNoSource(written_);  // what a killed process has left, which somebody wants to save
   lock_ = platform::File::lockForWriting(written_);
   if (!lock_.isOpen()) {
     throw TargetRefusal(TargetRefusal::Reason::InUse, path_ + ": another conversion is writing this file");
@@ -87,14 +111,18 @@ OutputTarget SafeFile::reserve() {
 
 void SafeFile::finish() {
   if (beside_) {
-    platform::replaceFile(target_, written_);
+    if (rules_.replaces) {
+      platform::replaceFile(target_, written_);
+    } else if (!platform::nameFile(target_, written_)) {
+      refuseExisting();
+    }
     beside_ = false;
   }
   drop();
 }
 
 std::string SafeFile::keepAsPartial() {
-  if (!beside_) {
+  if (!beside_ || isSource(partialName(target_))) {
     return {};
   }
   platform::replaceFile(partialName(target_), written_);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "io/output_target.hpp"
 #include "platform/files.hpp"
@@ -13,7 +14,7 @@ namespace xlatr {
 // Why a name can't be written.
 class TargetRefusal : public std::runtime_error {
  public:
-  enum class Reason : std::uint8_t { Exists, Folder, InUse };
+  enum class Reason : std::uint8_t { Exists, Folder, InUse, Source };
 
   TargetRefusal(Reason reason, const std::string& text) : std::runtime_error(text), reason_(reason) {}
 
@@ -21,6 +22,13 @@ class TargetRefusal : public std::runtime_error {
 
  private:
   Reason reason_;
+};
+
+// What may become of a name.
+struct TargetRules {
+  bool replaces = false;                  // what stands there already
+  bool takesPipes = false;                // which may make a writer wait for ever
+  std::vector<std::string> sources = {};  // files that are read, none of which may be written
 };
 
 // A file is written beside its name and gets the name when it is whole: under the name there is the old file or the
@@ -31,7 +39,7 @@ class TargetRefusal : public std::runtime_error {
 class SafeFile {
  public:
   // Nothing is created yet, but a name that can't be written is refused.
-  SafeFile(std::string path, bool replaces);
+  SafeFile(std::string path, TargetRules rules);
   ~SafeFile();
   SafeFile(const SafeFile&) = delete;
   SafeFile& operator=(const SafeFile&) = delete;
@@ -40,7 +48,8 @@ class SafeFile {
   [[nodiscard]] OutputTarget reserve();
   // Gives the file its name. It was written and closed.
   void finish();
-  // Gives a file that is not whole a name that says so, "drive.partial.trc", which is returned; empty if there is none.
+  // Gives a file that is not whole a name that says so, "drive.partial.trc", which is returned; empty if there is none,
+  // or if a source has that name.
   std::string keepAsPartial();
   // As if nothing had been reserved; no effect after finish.
   void drop();
@@ -52,9 +61,12 @@ class SafeFile {
 
  private:
   void requireFree() const;
+  [[noreturn]] void refuseExisting() const;
+  [[nodiscard]] bool isSource(const std::string& path) const;
+  void requireNoSource(const std::string& path) const;
 
   std::string path_;
-  bool replaces_;
+  TargetRules rules_;
   std::string target_;   // behind its links
   std::string written_;  // what is written: a file beside the target, or the target itself
   platform::File lock_;  // of the file beside

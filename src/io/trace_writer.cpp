@@ -12,6 +12,11 @@ namespace {
 // The limit of the strictest platform: users may open the traces with a program of any.
 constexpr std::size_t kMaxTargetPathLength = 260;
 
+// A link that leads nowhere would have its file made where nobody has named one.
+bool isTaken(const std::string& path) {
+  return platform::fileExists(path) || platform::kindOfPath(path) == platform::PathKind::BrokenLink;
+}
+
 }  // namespace
 
 ITraceWriter::~ITraceWriter() = default;
@@ -47,11 +52,12 @@ void TraceWriter::requireUsableTarget() const {
   if (targetPath_.empty()) {
     throwProcessingFailure("Value cannot be null or empty - TargetPath");
   }
-  if (!overrideExistingFile_ && platform::fileExists(targetPath_)) {
+  if (!overrideExistingFile_ && isTaken(targetPath_)) {
     throwProcessingFailure("File already exists - TargetPath");
   }
-  if (equalsIgnoreCase(targetPath_, sourcePath_)) {
-    throwProcessingFailure("Source and target paths match. Target file cannot be overridden - SourcePath/TargetPath");
+  // Two spellings of a path can name one file, and two files can have one name in all but the case of its letters.
+  if (equalsIgnoreCase(targetPath_, sourcePath_) || platform::isSameFile(targetPath_, sourcePath_)) {
+    throwProcessingFailure(kTargetIsSource);
   }
   if (targetPath_.size() >= kMaxTargetPathLength) {
     throwProcessingFailure("Target path too long (" + std::to_string(targetPath_.size()) +
@@ -61,7 +67,8 @@ void TraceWriter::requireUsableTarget() const {
 
 void TraceWriter::open() {
   requireUsableTarget();
-  output_.open(outputTarget_ ? *outputTarget_ : OutputTarget(targetPath_));
+  const auto creation = overrideExistingFile_ ? platform::Creation::Replace : platform::Creation::New;
+  output_.open(outputTarget_ ? *outputTarget_ : OutputTarget(targetPath_, creation));
   active_ = true;
 }
 

@@ -15,6 +15,10 @@
 
 namespace xlatr {
 
+// Why a target that would destroy its source is refused.
+inline constexpr char kTargetIsSource[] =
+    "Source and target paths match. Target file cannot be overridden - SourcePath/TargetPath";
+
 // How a conversion and a caller drive any writer. All failures are exceptions: ConverterProcessingException for wrong
 // use, std::ios_base::failure when the system refuses. One thread at a time.
 class ITraceWriter {
@@ -33,6 +37,8 @@ class ITraceWriter {
   // Hands what was written to the system.
   virtual void flush() = 0;
 
+  // Raises if the target path can't be used; touches no file. Part of setActive.
+  virtual void requireUsableTarget() const = 0;
   [[nodiscard]] virtual bool getActive() const = 0;
   // true checks the target path and creates the file, false flushes and closes it; no effect when nothing changes.
   virtual void setActive(bool active) = 0;
@@ -68,6 +74,7 @@ class TraceWriter : public ITraceWriter {
  public:
   void WriteHeader_2(const ITraceInfo& source, double startDays) override;
   void flush() override { output_.flush(); }
+  void requireUsableTarget() const override;
   [[nodiscard]] bool getActive() const override { return active_; }
   void setActive(bool active) override;
   [[nodiscard]] const std::string& getTargetPath() const override { return targetPath_; }
@@ -90,8 +97,6 @@ class TraceWriter : public ITraceWriter {
   void open() override;
   void close() override;
 
-  // Raises if the target path can't be used; touches no file.
-  void requireUsableTarget() const;
   // Raises "Writer is not initialized" while inactive.
   void requireActive() const;
   // Raises when active: properties are frozen from the creation of the file to its end.

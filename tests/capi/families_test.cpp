@@ -1,7 +1,9 @@
 // What all families of a kind promise, driven through every one of them.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
+#include <ios>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -200,6 +202,62 @@ TYPED_TEST(WriterFamily, refusesTargetsThatAreNone) {
   EXPECT_EQ(processingFailureOf([&] { TypeParam::setActive(writer.get(), true); }),
             "Target path too long (260). Maximum allowed is 260.");
   EXPECT_FALSE(TypeParam::getActive(writer.get()));
+}
+
+TYPED_TEST(WriterFamily, refusesItsSourceUnderAnyName) {
+  namespace fs = std::filesystem;
+  const std::string source = this->folder_.write("source.trace", "the source");
+  fs::create_hard_link(source, this->folder_.file("hard"));
+  fs::create_symlink(source, this->folder_.file("soft"));
+  fs::create_directory(this->folder_.file("folder"));
+  const auto writer = this->make(true);
+  TypeParam::setSourcePath(writer.get(), source.c_str());
+  for (const char* name : {"./source.trace", "folder/../source.trace", "hard", "soft"}) {
+    TypeParam::setTargetPath(writer.get(), this->folder_.file(name).c_str());
+    EXPECT_EQ(processingFailureOf([&] { TypeParam::setActive(writer.get(), true); }),
+              "Source and target paths match. Target file cannot be overridden - SourcePath/TargetPath")
+        << name;
+  }
+  EXPECT_EQ(this->folder_.read("source.trace"), "the source");
+}
+
+TYPED_TEST(WriterFamily, makesNoFileBehindALinkThatLeadsNowhere) {
+  std::filesystem::create_symlink(this->folder_.file("elsewhere"), this->target_);
+  const auto writer = this->make();
+  EXPECT_EQ(processingFailureOf([&] { TypeParam::setActive(writer.get(), true); }), "File already exists - TargetPath");
+  EXPECT_FALSE(this->folder_.has("elsewhere"));
+  TypeParam::setOverrideExistingFile(writer.get(), true);
+  TypeParam::setActive(writer.get(), true);
+  EXPECT_TRUE(this->folder_.has("elsewhere"));
+}
+
+// Of the system: these texts are not stored.
+template <typename Action>
+std::string systemFailureOf(Action action) {
+  try {
+    action();
+  } catch (const std::ios_base::failure& failure) {
+    return failure.what();
+  }
+  return {};
+}
+
+TYPED_TEST(WriterFamily, hasItsTargetForItself) {
+  const auto first = this->makeActive();
+  const auto second = this->make(true);
+  EXPECT_EQ(systemFailureOf([&] { TypeParam::setActive(second.get(), true); }),
+            this->target_ + ": cannot create while another conversion is writing it: Device or resource busy");
+  EXPECT_FALSE(TypeParam::getActive(second.get()));
+  TypeParam::setActive(first.get(), false);
+  TypeParam::setActive(second.get(), true);
+  EXPECT_TRUE(TypeParam::getActive(second.get()));
+}
+
+TYPED_TEST(WriterFamily, neverWaitsForTheReaderOfAPipe) {
+  ASSERT_EQ(::mkfifo(this->target_.c_str(), 0600), 0);
+  const auto writer = this->make(true);
+  EXPECT_EQ(systemFailureOf([&] { TypeParam::setActive(writer.get(), true); }),
+            this->target_ + ": cannot create, since this is a pipe; name a file: Operation not supported");
 }
 
 // ---- readers

@@ -1,9 +1,13 @@
 // The worker's loop, driven by a source whose messages are all written out in the test.
 #include "core/conversion_worker.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <deque>
+#include <filesystem>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -132,8 +136,8 @@ class ConversionWorkerTest : public testing::Test {
   Outcome convert(double version) { return convert(version, scripted(), formatOf(XLATR_FORMAT_TRC)); }
   Outcome convert(double version, std::unique_ptr<TraceSource> source, const FormatDescriptor& target) {
     EventGroup events;
-    ConversionWorker worker({TraceFileInfo(source_), &target, folder_.file("out.trc"), version, {}}, std::move(source),
-                            events);
+    ConversionWorker worker({TraceFileInfo(source_), &target, folder_.file("out.trc"), version, {}, safe_, mustBeNew_},
+                            std::move(source), events);
     Outcome outcome;
     outcome.started = worker.start();
     outcome.failed = events.waitAny() == worker.failureEvent();
@@ -149,6 +153,8 @@ class ConversionWorkerTest : public testing::Test {
 
   test::TempFolder folder_;
   std::string source_ = folder_.write("source.trc", "");
+  bool safe_ = false;
+  bool mustBeNew_ = false;
   Script script_;
 };
 
@@ -237,6 +243,64 @@ TEST_F(ConversionWorkerTest, neverWritesABusFileOverItsSource) {
   EXPECT_TRUE(outcome.failed);
   EXPECT_EQ(outcome.message, "Source and target paths match. Target file cannot be overridden - SourcePath/TargetPath");
   EXPECT_EQ(folder_.read("out_BUS2.trc"), "the source");
+}
+
+TEST_F(ConversionWorkerTest, knowsItsSourceByAnyName) {
+  source_ = folder_.write("source.trc", "the source");
+  const std::string given = source_;
+  std::filesystem::create_hard_link(given, folder_.file("out_BUS2.trc"));
+  for (const bool safe : {false, true}) {
+    safe_ = safe;
+    source_ = given;
+    std::filesystem::remove(folder_.file("out.trc"));
+    script_.steps = {{1, Verdict::Comment, "a"}, {2, Verdict::Comment, "b"}};
+    const Outcome split = convert(2.0);
+    EXPECT_EQ(split.message, kTargetIsSource);
+    std::filesystem::create_symlink(given, folder_.file("out.trc"));
+    const Outcome whole = convert(2.1);
+    EXPECT_EQ(whole.message, kTargetIsSource);
+    EXPECT_EQ(whole.files, Names{});
+    // The place beside the target, which an interrupted conversion has left.
+    std::filesystem::remove(folder_.file("out.trc"));
+    static_cast<void>(folder_.write(".out.trc.xlatr-part", "a fragment"));
+    source_ = folder_.file("saved.trc");
+    std::filesystem::remove(source_);
+    std::filesystem::create_hard_link(folder_.file(".out.trc.xlatr-part"), source_);
+    const Outcome saved = convert(2.1);
+    EXPECT_EQ(saved.message, safe ? kTargetIsSource : "");
+    EXPECT_EQ(folder_.read(".out.trc.xlatr-part"), "a fragment");
+  }
+  EXPECT_EQ(folder_.read("source.trc"), "the source");
+}
+
+TEST_F(ConversionWorkerTest, keepsATargetThatIsThere) {
+  mustBeNew_ = true;
+  static_cast<void>(folder_.write("out.trc", "kept"));
+  for (const bool safe : {false, true}) {
+    safe_ = safe;
+    EXPECT_EQ(convert(2.1).message, "File already exists - TargetPath");
+    EXPECT_EQ(folder_.read("out.trc"), "kept");
+  }
+  // It comes while the conversion runs.
+  std::filesystem::remove(folder_.file("out.trc"));
+  script_.steps = {{1, Verdict::Write, "a"}};
+  script_.beforeWrite = [this](const Step&) { static_cast<void>(folder_.write("out.trc", "kept")); };
+  EXPECT_EQ(convert(2.1).message, folder_.file("out.trc") + ": the file exists and is not to be replaced");
+  EXPECT_EQ(folder_.read("out.trc"), "kept");
+  EXPECT_FALSE(folder_.has(".out.trc.xlatr-part"));
+}
+
+// A reader that does not read would hold the conversion up for ever.
+TEST_F(ConversionWorkerTest, writesToNoPipe) {
+  const std::string target = folder_.file("out.trc");
+  ASSERT_EQ(::mkfifo(target.c_str(), 0600), 0);
+  const int reader = ::open(target.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  for (const bool safe : {false, true}) {
+    safe_ = safe;
+    EXPECT_EQ(convert(2.1).message,
+              target + ": cannot create, since this is a pipe; name a file: Operation not supported");
+  }
+  ::close(reader);
 }
 
 TEST_F(ConversionWorkerTest, keepsBusesApartWhateverTheirNumber) {

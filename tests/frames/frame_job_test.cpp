@@ -230,6 +230,19 @@ TEST_F(FrameJob, refusesWhatItCantDo) {
   EXPECT_EQ(std::filesystem::file_size(existing), 4U);
 }
 
+TEST_F(FrameJob, writesNoPartOverASource) {
+  const std::string first = writeTrc("a.trc", "1 1.0 DT 1 0001 Rx - 0\r\n");
+  const std::string second = writeTrc("b.trc", "1 1.0 DT 2 0001 Rx - 0\r\n");
+  std::filesystem::create_hard_link(second, folder_.file("c_BUS2.trc"));
+  const std::string before = folder_.read("b.trc");
+  expectFailure({.sources = {{first}, {second}},
+                 .target = folder_.file("c.trc"),
+                 .writing = {.replaces = true},
+                 .split = {.buses = true}},
+                FrameProblem::TargetIsSource, "c_BUS2.trc: the target is the source");
+  EXPECT_EQ(folder_.read("b.trc"), before);
+}
+
 TEST_F(FrameJob, tellsFormatsByContent) {
   const std::string misnamed = writeTrc("a.asc", "1 1.0 DT 1 0001 Rx - 0\r\n");
   EXPECT_EQ(formatOfTrace(misnamed).format, XLATR_FORMAT_TRC);

@@ -1,7 +1,9 @@
 #include "frames/target_file.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -143,6 +145,71 @@ TEST_F(TargetFileTest, replacesTheFileBehindALink) {
   write(path_, true);
   EXPECT_TRUE(fs::is_symlink(path_));
   EXPECT_NE(contentOf(old), "old");
+}
+
+TEST_F(TargetFileTest, writesOverNoSource) {
+  const std::string source = folder_.write("source.trc", "the source");
+  fs::create_hard_link(source, path_);
+  for (const bool replaces : {false, true}) {
+    expectFailure(FrameProblem::TargetIsSource, path_ + ": the target is the source", [&] {
+      TargetFile(path_, {.replaces = replaces, .sources = {folder_.file("other"), source}});
+    });
+  }
+  EXPECT_EQ(contentOf(source), "the source");
+}
+
+// Both names are made here: the user has not named them.
+TEST_F(TargetFileTest, writesOverNoFragmentThatIsItsSource) {
+  const std::string fragment = folder_.write(".drive.trc.xlatr-part", "a fragment");
+  {
+    TargetFile target(path_, {.sources = {fragment}});
+    expectFailure(FrameProblem::TargetIsSource, path_ + ": the target is the source", [&] { begin(target); });
+  }
+  EXPECT_EQ(contentOf(fragment), "a fragment");
+  fs::remove(fragment);
+  const std::string partial = folder_.write("drive.partial.trc", "a fragment");
+  {
+    TargetFile target(path_, {.keepsPartial = true, .sources = {partial}});
+    begin(target);
+  }
+  EXPECT_EQ(contentOf(partial), "a fragment");
+  EXPECT_EQ(filesIn(folder_.path().string()), 1U);
+}
+
+TEST_F(TargetFileTest, doesNotReplaceWhatComesWhileItIsWritten) {
+  {
+    TargetFile target(path_, {});
+    begin(target);
+    static_cast<void>(folder_.write("drive.trc", "kept"));
+    expectFailure(FrameProblem::TargetExists, path_ + ": the file exists", [&] { target.finish(); });
+  }
+  EXPECT_EQ(contentOf(path_), "kept");
+  EXPECT_EQ(filesIn(folder_.path().string()), 1U);
+}
+
+TEST_F(TargetFileTest, keepsALinkThatLeadsNowhere) {
+  fs::create_symlink(folder_.file("elsewhere"), path_);
+  expectFailure(FrameProblem::TargetExists, path_ + ": a link that leads nowhere has this name",
+                [&] { TargetFile(path_, {}); });
+  write(path_, true);
+  EXPECT_FALSE(fs::is_symlink(path_));
+  EXPECT_FALSE(folder_.has("elsewhere"));
+}
+
+TEST_F(TargetFileTest, writesToAPipeThatSomebodyReads) {
+  ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+  {
+    TargetFile target(path_, {});
+    expectFailure(FrameProblem::TargetRefused, path_ + ": cannot create, since nobody reads from this pipe",
+                  [&] { begin(target); });
+  }
+  const int reader = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  write(path_, false);
+  std::string text(100'000, '\0');
+  text.resize(static_cast<std::size_t>(::read(reader, text.data(), text.size())));
+  ::close(reader);
+  EXPECT_NE(text.find(" 123 "), std::string::npos);
+  EXPECT_TRUE(fs::is_fifo(path_));
 }
 
 TEST_F(TargetFileTest, writesOverWhatAKilledProcessLeft) {

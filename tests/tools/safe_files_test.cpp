@@ -151,8 +151,7 @@ TEST_F(SafeFiles, aFolderThatCannotBeWrittenIsTold) {
 // write its counts over the limit, too.
 TEST_F(SafeFiles, aFullDiskLeavesTheOldFile) {
   here.write("out.asc", "old");
-  const Ended run =
-      here.shell("trap '' XFSZ; export LLVM_PROFILE_FILE=/dev/null; ulimit -f 64; xlatr convert -f long.trc out.asc");
+  const Ended run = here.shell("export LLVM_PROFILE_FILE=/dev/null; ulimit -f 64; xlatr convert -f long.trc out.asc");
   EXPECT_EQ(run.exitCode, 5);
   EXPECT_THAT(run.errors, StartsWith("xlatr: out.asc: cannot write: "));
   EXPECT_EQ(here.read("out.asc"), "old");
@@ -190,6 +189,38 @@ TEST_F(SafeFiles, signalsEndWhatReadsTraces) {
     ::close(std::exchange(source_, -1));
     fs::remove(here / "held");
   }
+}
+
+TEST_F(SafeFiles, nothingIsMadeBehindALinkThatLeadsNowhere) {
+  fs::create_symlink("elsewhere", here / "out.asc");
+  for (const char* way : {"-q", "--compat"}) {
+    const Ended run = here.run({"convert", way, "long.trc", "out.asc"});
+    EXPECT_EQ(run.exitCode, 4) << way;
+    EXPECT_THAT(run.errors, StartsWith("xlatr: out.asc: ")) << way;
+  }
+  for (const char* way : {"-q", "--compat"}) {
+    EXPECT_EQ(here.run({"convert", way, "-n", "long.trc", "out.asc"}).exitCode, 0) << way;
+  }
+  EXPECT_TRUE(fs::is_symlink(here / "out.asc"));
+  EXPECT_FALSE(fs::exists(here / "elsewhere"));
+}
+
+TEST_F(SafeFiles, aPipeThatNobodyReadsIsRefused) {
+  ASSERT_EQ(::mkfifo((here / "out.asc").c_str(), 0600), 0);
+  const Ended run = here.run({"convert", "long.trc", "out.asc"});
+  EXPECT_EQ(run.exitCode, 5);
+  EXPECT_EQ(run.errors,
+            "xlatr: out.asc: cannot create, since nobody reads from this pipe: No such device or address\n");
+  const Ended compatible = here.run({"convert", "--compat", "-f", "long.trc", "out.asc"});
+  EXPECT_EQ(compatible.exitCode, 1);
+  EXPECT_THAT(compatible.errors, HasSubstr("this is a pipe; name a file"));
+  const int reader = ::open((here / "out.asc").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  here.write("short.trc", traceOfBuses({1, 2}));
+  EXPECT_EQ(here.run({"convert", "-q", "short.trc", "out.asc"}).exitCode, 0);
+  std::string text(10'000, '\0');
+  text.resize(static_cast<std::size_t>(::read(reader, text.data(), text.size())));
+  ::close(reader);
+  EXPECT_THAT(text, StartsWith("date "));
 }
 
 TEST_F(SafeFiles, aRequestForProgressIsAnswered) {

@@ -76,11 +76,13 @@ TEST(TargetFiles, findWhatIsInTheWay) {
   here.write("x_BUS1.trc", "");
   here.write("x_BUS1.asc", "");
   std::filesystem::create_directory(here / "x_BUS3.trc");
+  std::filesystem::create_symlink("elsewhere", here / "x_BUS4.trc");
   EXPECT_THAT(one.existing(), IsEmpty());
-  EXPECT_THAT(split.existing(), ElementsAre((here / "x_BUS1.trc").string(), (here / "x_BUS2.trc").string()));
+  EXPECT_THAT(split.existing(), ElementsAre((here / "x_BUS1.trc").string(), (here / "x_BUS2.trc").string(),
+                                            (here / "x_BUS4.trc").string()));
   here.write("x.trc", "");
   EXPECT_THAT(one.existing(), ElementsAre(target));
-  EXPECT_EQ(split.existing().size(), 3U);
+  EXPECT_EQ(split.existing().size(), 4U);
 }
 
 TEST(TargetFiles, findNothingInAFolderThatDoesNotExist) {

@@ -23,9 +23,10 @@
 namespace xlatr::cli {
 namespace {
 
+// A link that leads nowhere exists, too: it would be replaced.
 bool exists(const std::string& path) {
   std::error_code error;
-  return std::filesystem::exists(path, error);
+  return std::filesystem::exists(std::filesystem::symlink_status(path, error));
 }
 
 // A folder of a mirrored tree is made when the first file of it is written.

@@ -101,6 +101,9 @@ ConversionOption flagOption(std::int32_t tag) {
 
 std::vector<ConversionOption> conversionOptions(const Arguments& arguments) {
   std::vector<ConversionOption> options{flagOption(XLATR_OPTION_SAFE)};
+  if (!arguments.force) {
+    options.push_back(flagOption(XLATR_OPTION_NEW));  // what comes after this program has looked is kept, too
+  }
   if (const std::optional<double> version = versionOf(arguments)) {
     options.emplace_back().tag = XLATR_OPTION_TARGET_VERSION;
     options.back().value.version = *version;

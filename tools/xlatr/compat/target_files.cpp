@@ -22,10 +22,11 @@ bool takeNumbered(std::string_view& rest, std::string_view marker) {
   return digits > 0;
 }
 
+// A link that leads nowhere is in the way, too.
 bool isInTheWay(const std::filesystem::path& path) {
   std::error_code error;
-  const auto status = std::filesystem::status(path, error);
-  return std::filesystem::exists(status) && !std::filesystem::is_directory(status);
+  return std::filesystem::exists(std::filesystem::symlink_status(path, error)) &&
+         !std::filesystem::is_directory(path, error);
 }
 
 }  // namespace
