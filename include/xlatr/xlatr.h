@@ -60,7 +60,8 @@ enum {
   XLATR_OPTION_SORTED = 5,         /* value.flag: sort the records of an MF4 target by kind of frame; default 0 */
   XLATR_OPTION_SAFE = 6, /* value.flag: a target has its name when it is whole; until then it is written beside
                             it, and a conversion that fails leaves no target, or the one that was there before.
-                            default 0: a target is written under its name from the start */
+                            A pipe that somebody reads is written as it is, at the pace of its reader. default 0: a
+                            target is written under its name from the start, and is no pipe */
   XLATR_OPTION_NEW = 7   /* value.flag: a target that is there already is kept and the conversion fails; default 0: it
                             is replaced */
 };

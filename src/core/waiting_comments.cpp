@@ -1,6 +1,9 @@
 #include "core/waiting_comments.hpp"
 
+#include <algorithm>
 #include <cstring>
+#include <ios>
+#include <span>
 #include <utility>
 
 #include "util/failures.hpp"
@@ -8,7 +11,20 @@
 namespace xlatr {
 namespace {
 
-constexpr std::size_t kMostInMemory = std::size_t{1} << 20;
+// How many of the bytes are whole texts, which are handed out.
+std::size_t handOutWhole(std::string_view bytes, const std::function<void(std::string_view)>& take) {
+  std::size_t size = 0;
+  std::size_t at = 0;
+  while (bytes.size() - at >= sizeof size) {
+    std::memcpy(&size, bytes.data() + at, sizeof size);
+    if (bytes.size() - at - sizeof size < size) {
+      break;
+    }
+    take(bytes.substr(at + sizeof size, size));
+    at += sizeof size + size;
+  }
+  return at;
+}
 
 }  // namespace
 
@@ -17,49 +33,51 @@ void WaitingComments::add(std::string_view text) {
   char length[sizeof size];
   std::memcpy(length, &size, sizeof size);
   held_.append(length, sizeof size).append(text);
-  if (held_.size() > kMostInMemory) {
+  if (held_.size() > mostHeld_) {
     spill();
   }
 }
 
-// If the system has no temporary file to give, the texts stay in memory.
+// If the system has no temporary file to give, or no room in it, the texts stay in memory. It is asked again when they
+// are twice as many, and not for each of them.
 void WaitingComments::spill() {
-  if (!spilled_) {
-    spilled_.reset(std::tmpfile());
+  if (!spilled_.isOpen()) {
+    spilled_ = platform::File::createTemporary();
   }
-  if (!spilled_) {
+  mostHeld_ = 2 * held_.size();
+  if (!spilled_.isOpen()) {
     return;
   }
-  const long begin = std::ftell(spilled_.get());
-  if (std::fwrite(held_.data(), 1, held_.size(), spilled_.get()) == held_.size()) {
-    held_.clear();
-  } else if (begin >= 0) {
-    std::clearerr(spilled_.get());
-    std::fseek(spilled_.get(), begin, SEEK_SET);
+  try {
+    spilled_.seek(spilledBytes_);
+    spilled_.write(held_);
+  } catch (const std::ios_base::failure&) {
+    return;
   }
+  spilledBytes_ += held_.size();
+  held_.clear();
+  mostHeld_ = kMostHeld;
 }
 
 void WaitingComments::handOut(const std::function<void(std::string_view)>& take) {
-  std::string text;
-  const auto spilled = std::exchange(spilled_, nullptr);
-  if (spilled) {
-    std::rewind(spilled.get());
-    for (std::size_t size = 0; std::fread(&size, sizeof size, 1, spilled.get()) == 1;) {
-      text.resize(size);
-      if (std::fread(text.data(), 1, size, spilled.get()) != size) {
-        throwProcessingFailure("Comments that were kept aside can't be read back");
-      }
-      take(text);
-    }
-  }
+  platform::File spilled = std::exchange(spilled_, platform::File());
   const std::string held = std::exchange(held_, {});
-  for (std::size_t at = 0; at < held.size();) {
-    std::size_t size = 0;
-    std::memcpy(&size, held.data() + at, sizeof size);
-    at += sizeof size;
-    take({held.data() + at, size});
-    at += size;
+  std::string window;
+  if (spilled.isOpen()) {
+    spilled.seek(0);
   }
+  for (std::uint64_t left = std::exchange(spilledBytes_, 0); left > 0;) {
+    const std::size_t before = window.size();
+    window.resize(before + static_cast<std::size_t>(std::min<std::uint64_t>(left, kMostHeld)));
+    const std::size_t count = spilled.read(std::span(window).subspan(before));
+    if (count == 0) {
+      throwProcessingFailure("Comments that were kept aside can't be read back");
+    }
+    left -= count;
+    window.resize(before + count);
+    window.erase(0, handOutWhole(window, take));
+  }
+  handOutWhole(held, take);
 }
 
 }  // namespace xlatr

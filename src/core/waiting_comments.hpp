@@ -1,11 +1,13 @@
 // Comments that have no file to go to yet.
 #pragma once
 
-#include <cstdio>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
+
+#include "platform/files.hpp"
 
 namespace xlatr {
 
@@ -18,14 +20,14 @@ class WaitingComments {
   void handOut(const std::function<void(std::string_view)>& take);
 
  private:
-  struct Close {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
+  static constexpr std::size_t kMostHeld = std::size_t{1} << 20;
 
   void spill();
 
   std::string held_;  // each text after its length
-  std::unique_ptr<std::FILE, Close> spilled_;
+  std::size_t mostHeld_ = kMostHeld;
+  platform::File spilled_;
+  std::uint64_t spilledBytes_ = 0;
 };
 
 }  // namespace xlatr

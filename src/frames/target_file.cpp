@@ -34,8 +34,7 @@ TargetFile::TargetFile(OutputTarget target, TargetSettings settings)
     throw FrameFailure(FrameProblem::BadArgument, "there is no target");
   }
   guarded([&] {
-    file_.emplace(target_.name(),
-                  TargetRules{.replaces = settings_.replaces, .takesPipes = true, .sources = settings_.sources});
+    file_.emplace(target_.name(), TargetRules{.replaces = settings_.replaces, .sources = settings_.sources});
   });
 }
 

@@ -95,7 +95,7 @@ OutputTarget SafeFile::reserve() {
   const platform::PathKind kind = platform::kindOfPath(path_);
   if (kind == platform::PathKind::Device || kind == platform::PathKind::Pipe) {
     written_ = path_;
-    return {path_, platform::Creation::Replace, rules_.takesPipes ? platform::Pipes::Take : platform::Pipes::Refuse};
+    return {path_, platform::Creation::Replace, platform::Pipes::Take};
   }
   target_ = platform::pathBehindLinks(path_);
   written_ = nameBeside(target_);

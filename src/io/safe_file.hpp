@@ -27,13 +27,13 @@ class TargetRefusal : public std::runtime_error {
 // What may become of a name.
 struct TargetRules {
   bool replaces = false;                  // what stands there already
-  bool takesPipes = false;                // which may make a writer wait for ever
   std::vector<std::string> sources = {};  // files that are read, none of which may be written
 };
 
 // A file is written beside its name and gets the name when it is whole: under the name there is the old file or the
 // whole new one at any time. What is not finished is removed; what a process that was killed has left is written over
-// by the next one with the same name. A device, which can't be renamed, is written to as it is.
+// by the next one with the same name. A device and a pipe that somebody reads, which can't be renamed, are written to
+// as they are.
 //
 // Raises TargetRefusals and std::ios_base::failures.
 class SafeFile {

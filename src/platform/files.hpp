@@ -57,6 +57,10 @@ class File {
   // file that is not open if somebody else has it locked. The lock binds only those who ask for it.
   [[nodiscard]] static File lockForWriting(const std::string& path);
 
+  // A file for reading and writing that has no name, is nobody else's, and is gone when it is closed. One that is not
+  // open if the system gives none.
+  [[nodiscard]] static File createTemporary();
+
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
   // Fills as much of `bytes` as the file still has and returns how much that was; 0 at the end.
   [[nodiscard]] std::size_t read(std::span<char> bytes);

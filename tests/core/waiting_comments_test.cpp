@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "support/file_size_limit.hpp"
+
 namespace xlatr {
 namespace {
 
@@ -40,6 +42,25 @@ TEST(WaitingComments, takesTextsOfAnySize) {
   comments.add(large);
   comments.add("small again");
   EXPECT_TRUE(handedOut(comments) == (std::vector<std::string>{"small", large, "small again"}));
+}
+
+// Nothing is lost while there is no room for a file; once there is, it is used.
+TEST(WaitingComments, staysInMemoryWhenTheDiskIsFull) {
+  WaitingComments comments;
+  std::vector<std::string> expected;
+  const auto add = [&](int count) {
+    for (; count > 0; --count) {
+      expected.push_back(std::to_string(count) + std::string(1000, 'z'));
+      comments.add(expected.back());
+    }
+  };
+  add(1500);  // the first MiB is in the file
+  {
+    const test::FileSizeLimit limit(1'500'000);
+    add(5000);
+  }
+  add(5000);
+  EXPECT_TRUE(handedOut(comments) == expected);
 }
 
 }  // namespace

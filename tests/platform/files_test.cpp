@@ -200,6 +200,16 @@ TEST_F(FilesTest, writesToAPipeThatSomebodyReads) {
   EXPECT_EQ(failureOf(pipe, [&] { file.write(std::string_view("more")); }), "cannot write: Broken pipe");
 }
 
+TEST_F(FilesTest, aTemporaryFileKeepsWhatItIsGiven) {
+  File file = File::createTemporary();
+  ASSERT_TRUE(file.isOpen());
+  file.write(std::string_view("kept aside"));
+  file.seek(5);
+  std::array<char, 8> bytes{};
+  EXPECT_EQ(file.read(bytes), 5U);
+  EXPECT_STREQ(bytes.data(), "aside");
+}
+
 TEST_F(FilesTest, writesToADeviceAsItIs) {
   EXPECT_EQ(failureToCreate("/dev/null", Creation::Replace), "");
   File full = File::createForWriting("/dev/full");

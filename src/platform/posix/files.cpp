@@ -233,6 +233,15 @@ File File::lockForWriting(const std::string& path) {
   }
 }
 
+File File::createTemporary() {
+  std::string name = P_tmpdir "/xlatr-XXXXXX";
+  File file(::mkostemp(name.data(), O_CLOEXEC), "a temporary file");
+  if (file.isOpen()) {
+    ::unlink(name.c_str());
+  }
+  return file;
+}
+
 // A file system without locks gives the file to everybody.
 File::Lock File::lock() {
   locked_ = ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
