@@ -16,13 +16,19 @@
 #include "frames/frame_batch.hpp"
 #include "frames/frame_capacity.hpp"
 #include "frames/frame_failure.hpp"
-#include "util/paths.hpp"
+#include "platform/module_path.hpp"
 #include "util/render.hpp"
 
 namespace xlatr {
 namespace {
 
 constexpr std::size_t kStart = 4096;  // enough for the head of any text trace
+
+// By the last name alone: whole paths have a limit of length on the compatible way, which knows no format beyond it.
+TraceFormat formatByName(std::string_view path) {
+  const std::string_view name = path.substr(path.rfind(platform::pathSeparator()) + 1);
+  return formatOfExtension(name.substr(std::min(name.rfind('.'), name.size())));
+}
 
 std::string startOf(const InputSource& input) {
   std::string start(kStart, '\0');
@@ -125,7 +131,7 @@ const FormatDescriptor* likeliest(std::vector<const FormatDescriptor*> formats, 
 const FormatDescriptor& formatOfTrace(const InputSource& input) {
   requireInput(input);
   const std::string start = startOf(input);
-  const FormatDescriptor& byName = formatOf(formatOfPath(input.name()));
+  const FormatDescriptor& byName = formatOf(formatByName(input.name()));
   if (start.empty() && byName.openFrames != nullptr) {
     return byName;
   }
@@ -158,7 +164,7 @@ std::unique_ptr<FrameSource> openTrace(const InputSource& input, TraceFormat for
 }
 
 TraceFormat writableFormat(const std::string& path, TraceFormat format, double version) {
-  const FormatDescriptor& known = formatOf(format == XLATR_FORMAT_NONE ? formatOfPath(path) : format);
+  const FormatDescriptor& known = formatOf(format == XLATR_FORMAT_NONE ? formatByName(path) : format);
   if (known.createFrames == nullptr) {
     const std::string reason = known.format == XLATR_FORMAT_NONE
                                    ? "the extension names no format: say which one to write"

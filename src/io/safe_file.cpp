@@ -21,9 +21,13 @@ FolderAndName cut(std::string_view path) {
   return {path.substr(0, nameAt), path.substr(nameAt)};
 }
 
-// As much of a name as file systems have room for beside what is put around it.
+// As much of a name as file systems have room for beside what is put around it. A name that is too long by itself is to
+// fail at once, and not when all is written.
 std::string_view shortened(std::string_view name, std::size_t added) {
   constexpr std::size_t kLongestName = 255;  // bytes, of most file systems
+  if (name.size() > kLongestName) {
+    return name;
+  }
   return name.substr(0, utf8Boundary(name, std::min(name.size(), kLongestName - added)));
 }
 

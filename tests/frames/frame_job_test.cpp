@@ -230,6 +230,21 @@ TEST_F(FrameJob, refusesWhatItCantDo) {
   EXPECT_EQ(std::filesystem::file_size(existing), 4U);
 }
 
+// Only the system has limits here, and it is the one to tell them.
+TEST_F(FrameJob, takesLongPaths) {
+  const std::string source = writeTrc("a.trc", "1 1.0 DT 1 0001 Rx - 0\r\n");
+  std::string folder = folder_.path().string();
+  for (int depth = 0; depth < 3; ++depth) {
+    folder += "/" + std::string(150, 'd');
+    std::filesystem::create_directory(folder);
+  }
+  EXPECT_EQ(run({.sources = {{source}}, .target = folder + "/b.trc"}).account.written(), 1U);
+  EXPECT_EQ(read(folder + "/b.trc").size(), 1U);
+  const std::string tooLong = folder_.file(std::string(300, 'n') + ".trc");
+  expectFailure({.sources = {{source}}, .target = tooLong}, FrameProblem::TargetRefused,
+                tooLong + ": cannot create: File name too long");
+}
+
 TEST_F(FrameJob, writesNoPartOverASource) {
   const std::string first = writeTrc("a.trc", "1 1.0 DT 1 0001 Rx - 0\r\n");
   const std::string second = writeTrc("b.trc", "1 1.0 DT 2 0001 Rx - 0\r\n");

@@ -19,6 +19,8 @@ TEST(OneLine, foldsLineBreaksAndTamesControlCharacters) {
            {"two  blanks stay", "two  blanks stay"},
            {"a\tb\x1b[2J\x7f", "a?b?[2J?"},
            {"gr\xc3\xbc\xc3\x9f", "gr\xc3\xbc\xc3\x9f"},
+           {"a\xc2\x9b[2J\xc2\x80\xc2\xa0", "a?[2J?\xc2\xa0"},
+           {"cut \xc2", "cut \xc2"},
        }) {
     EXPECT_EQ(oneLine(text), expected);
   }

@@ -191,6 +191,17 @@ TEST_F(SafeFiles, signalsEndWhatReadsTraces) {
   }
 }
 
+TEST_F(SafeFiles, aFullDiskBehindStandardOutputIsTold) {
+  for (const char* command : {"cat", "convert --to asc"}) {
+    const std::string target = command == std::string_view("cat") ? "" : " -";
+    const Ended run = here.shell("export LLVM_PROFILE_FILE=/dev/null; ulimit -f 8; xlatr " + std::string(command) +
+                                 " long.trc" + target + " > out.txt");
+    EXPECT_NE(run.exitCode, 0) << command;
+    EXPECT_LT(run.exitCode, 128) << command;
+    EXPECT_THAT(run.errors, StartsWith("xlatr: standard output: ")) << command;
+  }
+}
+
 TEST_F(SafeFiles, nothingIsMadeBehindALinkThatLeadsNowhere) {
   fs::create_symlink("elsewhere", here / "out.asc");
   for (const char* way : {"-q", "--compat"}) {

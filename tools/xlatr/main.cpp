@@ -10,6 +10,7 @@
 #include "command_line.hpp"
 #include "help.hpp"
 #include "output.hpp"
+#include "signals.hpp"
 
 namespace {
 
@@ -58,6 +59,7 @@ ExitCode run(const std::vector<std::string>& words) {
 }
 
 ExitCode runProgram(int argc, char** argv) {
+  expectFullFiles();
   try {
     const ExitCode code = run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
     finishOutput();

@@ -21,6 +21,13 @@ bool isControl(char character) {
   return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
 }
 
+// U+0080 to U+009F in UTF-8, some of which begin what a terminal takes for a command.
+bool isLongControl(std::string_view text) {
+  constexpr unsigned char kLead = 0xC2;
+  const auto byte = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+  return text.size() > 1 && byte(0) == kLead && byte(1) >= 0x80 && byte(1) < 0xA0;
+}
+
 }  // namespace
 
 std::string fixedText(double value, int digits) {
@@ -39,8 +46,12 @@ void printWarning(std::string_view text) {
 
 std::string oneLine(std::string_view text) {
   std::string line;
-  for (const char character : text) {
-    if (isLineBreak(character)) {
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char character = text[at];
+    if (isLongControl(text.substr(at))) {
+      line += '?';
+      ++at;
+    } else if (isLineBreak(character)) {
       if (!line.empty() && line.back() != ' ') {
         line += ' ';
       }

@@ -41,6 +41,10 @@ void watchSignals() {
   watch(SIGUSR1, onProgressRequest, SA_RESTART);
 }
 
+void expectFullFiles() {
+  watch(SIGXFSZ, SIG_IGN, 0);
+}
+
 std::optional<ExitCode> interruption() {
   switch (ending.load()) {
     case 0:
