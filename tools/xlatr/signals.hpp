@@ -11,8 +11,8 @@ namespace xlatr::cli {
 // should it hang. A request for progress sets another flag.
 void watchSignals();
 
-// From now on a write beyond the limit of a file's size fails with a reason, as one to a full disk does, and does not end
-// the program without a word.
+// From now on a write beyond the limit of a file's size fails with a reason, as one to a full disk does, and does not
+// end the program without a word.
 void expectFullFiles();
 
 // How the program is to end, if it is asked to.
