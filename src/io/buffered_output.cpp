@@ -25,7 +25,8 @@ void BufferedOutput::open(const OutputTarget& target) {
   name_ = target.name();
   bytes_ = target.bytes();
   if (bytes_ == nullptr) {
-    file_ = platform::File::createForWriting(target.path());
+    path_ = target.path();
+    file_ = platform::File::createForWriting(path_);
   }
   if (!buffer_) {
     buffer_ = std::make_unique_for_overwrite<char[]>(kBlockSize);
@@ -37,6 +38,9 @@ void BufferedOutput::open(const OutputTarget& target) {
 void BufferedOutput::write(std::string_view bytes) {
   if (bytes.empty()) {
     return;  // an empty text may have no place in memory
+  }
+  if (resting_) {
+    resume();
   }
   if (bytes.size() > kBlockSize - used_) {
     flush();
@@ -66,6 +70,22 @@ void BufferedOutput::flush() {
   }
 }
 
+void BufferedOutput::rest() {
+  if (bytes_ != nullptr || !file_.isOpen()) {
+    return;
+  }
+  flush();
+  file_.close();
+  buffer_.reset();
+  resting_ = true;
+}
+
+void BufferedOutput::resume() {
+  buffer_ = std::make_unique_for_overwrite<char[]>(kBlockSize);
+  file_ = platform::File::openForAppending(path_);
+  resting_ = false;
+}
+
 void BufferedOutput::hand(std::span<const char> bytes) {
   if (bytes_ == nullptr) {
     file_.write(bytes);
@@ -76,6 +96,7 @@ void BufferedOutput::hand(std::span<const char> bytes) {
 }
 
 void BufferedOutput::close() {
+  resting_ = false;
   const std::shared_ptr<OutputBytes> bytes = std::move(bytes_);
   platform::File closing = std::move(file_);
   const std::span<const char> left(buffer_.get(), std::exchange(used_, 0));

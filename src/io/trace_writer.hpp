@@ -32,6 +32,9 @@ class ITraceWriter {
   virtual void WriteMessage(const IMessage& message) = 0;
   // Hands what was written to the system.
   virtual void flush() = 0;
+  // Hands what was written to the system, and gives back the file and the memory that this takes until something is
+  // written again.
+  virtual void rest() = 0;
 
   [[nodiscard]] virtual bool getActive() const = 0;
   // true checks the target path and creates the file, false flushes and closes it; no effect when nothing changes.
@@ -68,6 +71,7 @@ class TraceWriter : public ITraceWriter {
  public:
   void WriteHeader_2(const ITraceInfo& source, double startDays) override;
   void flush() override { output_.flush(); }
+  void rest() override { output_.rest(); }
   [[nodiscard]] bool getActive() const override { return active_; }
   void setActive(bool active) override;
   [[nodiscard]] const std::string& getTargetPath() const override { return targetPath_; }

@@ -52,6 +52,7 @@ class BlfReader final : public TraceReader {
 
  private:
   [[nodiscard]] std::string blockName() const;
+  void requireTable();
   void letConverterGo();
 
   BlfInfo info_;

@@ -21,11 +21,34 @@ namespace {
   throw std::ios_base::failure(path + ": cannot " + action, std::error_code(error, std::generic_category()));
 }
 
-void requireRegular(int descriptor, const std::string& path, const char* action) {
+std::uint64_t sizeIn(const struct stat& status) {
+  return static_cast<std::uint64_t>(std::max<off_t>(status.st_size, 0));
+}
+
+// Returns the size of the file.
+std::uint64_t requireRegular(int descriptor, const std::string& path, const char* action) {
   struct stat status {};
-  if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+  if (::fstat(descriptor, &status) != 0) {
+    raise(path, action, errno);
+  }
+  if (!S_ISREG(status.st_mode)) {
     raise(path, action, S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP);
   }
+  return sizeIn(status);
+}
+
+// What the system has no number for.
+class FileFailures final : public std::error_category {
+ public:
+  enum Number : int { kBecameShorter = 1 };
+
+  [[nodiscard]] const char* name() const noexcept override { return "file"; }
+  [[nodiscard]] std::string message(int /*number*/) const override { return "the file became shorter in the meantime"; }
+};
+
+[[noreturn]] void raiseBecameShorter(const std::string& path) {
+  static const FileFailures failures;
+  throw std::ios_base::failure(path + ": cannot read", std::error_code(FileFailures::kBecameShorter, failures));
 }
 
 // Some systems refuse or cut a transfer of 2 GiB and more.
@@ -56,9 +79,20 @@ std::string pathBehindLinks(const std::string& path) {
   return real == nullptr ? path : real.get();
 }
 
+std::optional<std::uint64_t> dataSize(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode)) {
+    return std::nullopt;
+  }
+  return sizeIn(status);
+}
+
 std::uint64_t fileSize(const std::string& path) {
   struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 && status.st_size > 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+  if (::stat(path.c_str(), &status) != 0) {
+    raise(path, "read the size", errno);
+  }
+  return sizeIn(status);
 }
 
 void removeFile(const std::string& path) {
@@ -84,11 +118,17 @@ File::~File() {
   }
 }
 
-File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)), path_(std::move(other.path_)) {}
+File::File(File&& other) noexcept
+    : descriptor_(std::exchange(other.descriptor_, -1)),
+      path_(std::move(other.path_)),
+      offset_(other.offset_),
+      sizeAtOpen_(other.sizeAtOpen_) {}
 
 File& File::operator=(File&& other) noexcept {
   std::swap(descriptor_, other.descriptor_);
   std::swap(path_, other.path_);
+  std::swap(offset_, other.offset_);
+  std::swap(sizeAtOpen_, other.sizeAtOpen_);
   return *this;
 }
 
@@ -98,7 +138,7 @@ File File::openForReading(const std::string& path) {
   if (!file.isOpen()) {
     raise(path, "open", errno);
   }
-  requireRegular(file.descriptor_, path, "open");
+  file.sizeAtOpen_ = requireRegular(file.descriptor_, path, "open");
   return file;
 }
 
@@ -106,6 +146,14 @@ File File::createForWriting(const std::string& path) {
   File file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kAllMayReadAndWrite), path);
   if (!file.isOpen()) {
     raise(path, "create", errno);
+  }
+  return file;
+}
+
+File File::openForAppending(const std::string& path) {
+  File file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK), path);
+  if (!file.isOpen()) {
+    raise(path, "open", errno);
   }
   return file;
 }
@@ -118,7 +166,7 @@ File File::lockForWriting(const std::string& path) {
     if (!file.isOpen()) {
       raise(path, "create", errno);
     }
-    requireRegular(file.descriptor_, path, "create");
+    static_cast<void>(requireRegular(file.descriptor_, path, "create"));
     if (::flock(file.descriptor_, LOCK_EX | LOCK_NB) != 0) {
       if (errno == EWOULDBLOCK) {
         return {};
@@ -138,8 +186,15 @@ File File::lockForWriting(const std::string& path) {
 std::size_t File::read(std::span<char> bytes) {
   for (;;) {
     const ssize_t count = ::read(descriptor_, bytes.data(), std::min(bytes.size(), kLargestTransfer));
-    if (count >= 0) {
+    if (count > 0) {
+      offset_ += static_cast<std::uint64_t>(count);
       return static_cast<std::size_t>(count);
+    }
+    if (count == 0) {
+      if (offset_ < sizeAtOpen_ && !bytes.empty()) {
+        raiseBecameShorter(path_);
+      }
+      return 0;
     }
     if (errno != EINTR) {
       fail("read");
@@ -162,6 +217,7 @@ void File::seek(std::uint64_t offset) {
   if (::lseek(descriptor_, static_cast<off_t>(offset), SEEK_SET) < 0) {
     fail("seek in");
   }
+  offset_ = offset;
 }
 
 void File::close() {
