@@ -199,7 +199,7 @@ void Conversion::start() {
 
 // A worker that can't be started has ended as one that failed, which the monitor hears of as of any other.
 void Conversion::startNext() {
-  if (startedCount_ < workers_.size()) {
+  if (startedCount_ < workers_.size() && !exit_) {
     workers_[startedCount_++]->start();
   }
 }
