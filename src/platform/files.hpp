@@ -59,7 +59,8 @@ class File {
   void close();
 
  private:
-  File(int descriptor, std::string path);
+  // Not open if the system refuses. The flags are the system's.
+  File(const std::string& path, int flags);
   [[noreturn]] void fail(const char* action) const;
 
   int descriptor_ = -1;

@@ -110,7 +110,10 @@ void replaceFile(const std::string& path, const std::string& by) {
   }
 }
 
-File::File(int descriptor, std::string path) : descriptor_(descriptor), path_(std::move(path)) {}
+// The path is kept first: without memory for it no file is opened, or even created.
+File::File(const std::string& path, int flags) : path_(path) {
+  descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC, kAllMayReadAndWrite);
+}
 
 File::~File() {
   if (isOpen()) {
@@ -134,7 +137,7 @@ File& File::operator=(File&& other) noexcept {
 
 // A pipe would make the call wait for someone to write to it, and a device may have no end.
 File File::openForReading(const std::string& path) {
-  File file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK), path);
+  File file(path, O_RDONLY | O_NONBLOCK);
   if (!file.isOpen()) {
     raise(path, "open", errno);
   }
@@ -143,7 +146,7 @@ File File::openForReading(const std::string& path) {
 }
 
 File File::createForWriting(const std::string& path) {
-  File file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kAllMayReadAndWrite), path);
+  File file(path, O_WRONLY | O_CREAT | O_TRUNC);
   if (!file.isOpen()) {
     raise(path, "create", errno);
   }
@@ -151,7 +154,7 @@ File File::createForWriting(const std::string& path) {
 }
 
 File File::openForAppending(const std::string& path) {
-  File file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK), path);
+  File file(path, O_WRONLY | O_APPEND | O_NONBLOCK);
   if (!file.isOpen()) {
     raise(path, "open", errno);
   }
@@ -161,8 +164,7 @@ File File::openForAppending(const std::string& path) {
 File File::lockForWriting(const std::string& path) {
   for (;;) {
     // Somebody else's link or pipe at that place is no place to write to.
-    File file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kAllMayReadAndWrite),
-              path);
+    File file(path, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK);
     if (!file.isOpen()) {
       raise(path, "create", errno);
     }
