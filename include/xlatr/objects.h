@@ -455,8 +455,8 @@ XLATR_API bool BlfReader_setActive(BlfReader* reader, bool active);
 /* Phase two. Takes the converter's progress, waits up to 10 ms for its end and returns whether it has ended.
    `*exitCode` is then the converter's exit code, and -1 before. */
 XLATR_API bool BlfReader_InitializePhaseTwoWaitBlfToCsv(BlfReader* reader, int32_t* exitCode);
-/* Phase three. Raises "Error while converting BLF to temporary CSV " and the code if that is not 0, and the system's text
-   if the table can't be read. */
+/* Phase three. Raises "Error while converting BLF to temporary CSV " and the code if that is not 0, and the system's
+   text if the table can't be read. */
 XLATR_API void BlfReader_InitializePhaseThreePrepareCsvReader(BlfReader* reader, int32_t exitCode);
 /* Asks the converter to stop; it ends by itself, which phase two sees. false if it could not be asked within 5 s. */
 XLATR_API bool BlfReader_KillBlfToCsv(BlfReader* reader);

@@ -91,6 +91,7 @@ std::vector<FormatSource> makeSessionSources(const TraceFileInfo& file, const Se
   }
   requireOwnSectors(*info, places);
   std::vector<FormatSource> sources;
+  sources.reserve(places.size());
   for (const std::size_t place : places) {
     sources.push_back({std::make_unique<BtrSource>(info, place), info->GetSession(place).index});
   }
