@@ -455,15 +455,16 @@ XLATR_API bool BlfReader_setActive(BlfReader* reader, bool active);
 /* Phase two. Takes the converter's progress, waits up to 10 ms for its end and returns whether it has ended.
    `*exitCode` is then the converter's exit code, and -1 before. */
 XLATR_API bool BlfReader_InitializePhaseTwoWaitBlfToCsv(BlfReader* reader, int32_t* exitCode);
-/* Phase three. Raises "Error while converting BLF to temporary CSV " and the code if that is not 0. */
+/* Phase three. Raises "Error while converting BLF to temporary CSV " and the code if that is not 0, and the system's
+   text if the table can't be read. */
 XLATR_API void BlfReader_InitializePhaseThreePrepareCsvReader(BlfReader* reader, int32_t exitCode);
 /* Asks the converter to stop; it ends by itself, which phase two sees. false if it could not be asked within 5 s. */
 XLATR_API bool BlfReader_KillBlfToCsv(BlfReader* reader);
 /* The start of the recording in days since 1899-12-30; 0.0 before phase three. */
 XLATR_API double BlfReader_getCSVInfoStartTime(const BlfReader* reader);
-/* Hands out the next message through `message` and returns true. Returns false, and leaves `message` alone, at the end,
-   where the rest of the table can't be read, which looks the same, and before phase three. A converter that ended with
-   0 and left no table gives no messages. */
+/* Hands out the next message through `message` and returns true. Returns false, and leaves `message` alone, at the end
+   and before phase three. Raises the system's text where the rest of the table can't be read. A converter that ended
+   with 0 and left no table gives no messages. */
 XLATR_API bool BlfReader_ReadNextMessage(BlfReader* reader, BlfMessage** message);
 /* 0 to 100: one half for the converter, one for the reading of its table. Not a number while the number of objects is
    not known. */

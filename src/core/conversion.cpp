@@ -10,6 +10,7 @@
 
 #include "core/out_of_memory.hpp"
 #include "platform/module_path.hpp"
+#include "util/failures.hpp"
 #include "util/paths.hpp"
 
 namespace xlatr {
@@ -58,6 +59,11 @@ std::vector<FormatSource> sourcesOf(const FormatDescriptor& format, const TraceF
 }
 
 }  // namespace
+
+std::size_t mostAtWork() {
+  constexpr std::size_t kOfEachProcessor = 2;
+  return kOfEachProcessor * std::max<std::size_t>(std::thread::hardware_concurrency(), 1);
+}
 
 TargetPathTemplate makeTargetPathTemplate(const char* path, TraceFormat targetFormat) {
   TargetPathTemplate result;
@@ -178,16 +184,21 @@ void Conversion::prepareWorkers() {
   if (target_.makeWriter == nullptr) {
     refusal = kUnsupportedTarget;
   } else {
-    for (const TraceFileInfo& file : sources_) {
-      addWorkers(file, workers);
+    try {
+      for (const TraceFileInfo& file : sources_) {
+        addWorkers(file, workers);
+      }
+    } catch (const ConverterGenericException& failure) {
+      workers.clear();
+      refusal = failure.what();
     }
   }
   const MutexLock guard(listLock_);
-  running_ = std::move(workers);
+  workers_ = std::move(workers);
   refusal_ = std::move(refusal);
 }
 
-// One worker per source of the file, all of them at work at the same time.
+// One worker per source of the file.
 void Conversion::addWorkers(const TraceFileInfo& file, Workers& workers) {
   const FormatDescriptor& format = formatOf(file.getFormat());
   const double version = targetVersion_ == -1.0 ? target_.currentVersion : targetVersion_;
@@ -210,22 +221,28 @@ void Conversion::start() {
   if (collect()) {
     return;
   }
-  for (const auto& worker : running_) {
-    worker->start();
+  for (std::size_t atWork = 0; atWork < mostAtWork(); ++atWork) {
+    startNext();
+  }
+}
+
+// A worker that can't be started has ended as one that failed, which the monitor hears of as of any other.
+void Conversion::startNext() {
+  if (startedCount_ < workers_.size() && !exit_) {
+    workers_[startedCount_++]->start();
   }
 }
 
 // Without a monitor the conversion is at its end, and no worker is started.
 bool Conversion::startMonitor() {
   const MutexLock guard(listLock_);
-  ended_.reserve(running_.size());  // the monitor moves workers there, and nothing could catch its failure
   try {
     monitor_ = std::thread(&Conversion::monitor, this);
     return true;
   } catch (const std::system_error& failure) {
     refusal_ = std::string(kNoThread).append(failure.code().message()).append(" ");
   }
-  running_.clear();
+  workers_.clear();
   collect();
   return false;
 }
@@ -270,12 +287,10 @@ void Conversion::fillProgress(ConversionProgress& progress) {
 // Without workers the quotient is not a number.
 float Conversion::computePercent() {
   float sum = 0.0F;
-  for (const Workers* const workers : {&running_, &ended_}) {
-    for (const auto& worker : *workers) {
-      sum += worker->percent();
-    }
+  for (const auto& worker : workers_) {
+    sum += worker->percent();
   }
-  return sum / static_cast<float>(running_.size() + ended_.size());
+  return sum / static_cast<float>(workers_.size());
 }
 
 void Conversion::monitor() {
@@ -296,30 +311,26 @@ void Conversion::finish() {
   onFinished_(context_);
 }
 
+// Each worker has two events, and those of a worker were made after those of the workers before it.
 void Conversion::workerEnded(EventGroup::Event event) {
   const MutexLock guard(listLock_);
-  const auto worker = std::ranges::find_if(running_, [event](const auto& candidate) {
-    return candidate->finishedEvent() == event || candidate->failureEvent() == event;
-  });
-  if (worker == running_.end()) {
-    return;
-  }
+  const auto worker = std::ranges::lower_bound(workers_, event, {}, &ConversionWorker::failureEvent);
   if ((*worker)->failureEvent() == event) {
     state_ = State::WorkerFailed;
   }
-  ended_.push_back(std::move(*worker));
-  running_.erase(worker);
+  ++endedCount_;
+  startNext();
   collect();
 }
 
 // Completes the conversion if no worker runs any more, and returns whether that is so.
 bool Conversion::collect() noexcept {
-  if (!running_.empty()) {
+  if (endedCount_ < workers_.size()) {
     return false;
   }
   if (!refusal_.empty()) {
     state_ = State::WorkerFailed;
-  } else if (ended_.empty()) {
+  } else if (workers_.empty()) {
     state_ = State::NoneEnded;
   }
   status_ = codeOfState();
@@ -337,7 +348,7 @@ bool Conversion::collect() noexcept {
 
 void Conversion::fillResult() {
   std::vector<const std::string*> names;
-  for (const auto& worker : ended_) {
+  for (const auto& worker : workers_) {
     for (const std::string& name : worker->outputFiles()) {
       names.push_back(&name);
     }
@@ -371,7 +382,7 @@ void Conversion::fillResultWithoutMemory() noexcept {
 
 std::string Conversion::joinedMessages() {
   std::string text = refusal_;
-  for (const auto& worker : ended_) {
+  for (const auto& worker : workers_) {
     if (!worker->message().empty()) {
       text.append(worker->message()).append(" ");
     }

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -18,6 +19,10 @@
 #include "xlatr/xlatr.h"
 
 namespace xlatr {
+
+// How many workers of a conversion are at work at the same time: enough to keep every processor busy while some of them
+// wait for the disk.
+[[nodiscard]] std::size_t mostAtWork();
 
 // Where targets go: the caller's directory and stem, the target format's extension.
 struct TargetPathTemplate {
@@ -37,7 +42,8 @@ struct TargetPathTemplate {
 // record gets none.
 void fillFailedResult(ConversionResult* result, const char* text) noexcept;
 
-// Owns the workers of a conversion and the thread that waits for them, and fills the caller's records.
+// Owns the workers of a conversion and the thread that waits for them, and fills the caller's records. At most
+// `mostAtWork` workers have a thread at the same time; the others wait for one of them to end.
 //
 // Locks: listLock_ may be taken under the registry's lock; finishedLock_ comes after it, and `onFinished`
 // is called under finishedLock_.
@@ -69,6 +75,7 @@ class Conversion {
   void prepareWorkers();
   void addWorkers(const TraceFileInfo& file, Workers& workers);
   [[nodiscard]] bool startMonitor();
+  void startNext() XLATR_REQUIRES(listLock_);
   void monitor();
   void finish();
   void workerEnded(EventGroup::Event event);
@@ -97,8 +104,9 @@ class Conversion {
   const EventGroup::Event wakeEvent_;
 
   Mutex listLock_;
-  Workers running_ XLATR_GUARDED_BY(listLock_);
-  Workers ended_ XLATR_GUARDED_BY(listLock_);
+  Workers workers_ XLATR_GUARDED_BY(listLock_);  // in the order of the sources, which is that of the result
+  std::size_t startedCount_ XLATR_GUARDED_BY(listLock_) = 0;  // the first ones were started
+  std::size_t endedCount_ XLATR_GUARDED_BY(listLock_) = 0;
   State state_ XLATR_GUARDED_BY(listLock_) = State::Normal;
   std::string refusal_ XLATR_GUARDED_BY(listLock_);  // why no worker was made
   std::int32_t status_ XLATR_GUARDED_BY(listLock_) = XLATR_IN_PROGRESS;

@@ -76,7 +76,7 @@ bool ConversionWorker::start() {
     try {
       thread_ = std::thread(&ConversionWorker::run, this);
       return true;
-    } catch (const std::exception&) {
+    } catch (const std::exception&) {  // the system has no thread, or no memory for one
       reportFailure(kThreadNotJoinable);
     }
   }
@@ -97,6 +97,7 @@ void ConversionWorker::run() {
 }
 
 void ConversionWorker::convert() {
+  requireKnownSource();
   source_->setTarget({order_.target->format, order_.targetVersion});
   source_->validate();
   split_ = source_->splitsByBus() && order_.target->isSplitTarget(firstWriter_->getTargetVersion());
@@ -122,6 +123,13 @@ void ConversionWorker::convert() {
   }
   finishSafeFiles();
   percent_.store(100.0F, std::memory_order_relaxed);
+}
+
+// A source that the system could not look at is not the empty one that it seems to be.
+void ConversionWorker::requireKnownSource() {
+  if (const std::string& failure = source_->info().failure(); !failure.empty()) {
+    throwProcessingFailure(failure);
+  }
 }
 
 // The end of reading alone does not tell a failure from the end of the file; the reader's failure text does.
@@ -192,6 +200,7 @@ ITraceWriter* ConversionWorker::selectWriter(std::optional<std::uint32_t> bus) {
   }
   const auto opened = writerOfBus_.find(*bus);
   if (opened != writerOfBus_.end()) {
+    openWriters_.use(*opened->second);
     return currentWriter_ = opened->second;
   }
   return unopenedBuses_.contains(*bus) ? nullptr : openWriterOfBus(*bus);
@@ -200,6 +209,7 @@ ITraceWriter* ConversionWorker::selectWriter(std::optional<std::uint32_t> bus) {
 // A bus whose file can't be opened loses its messages, but not those of the other buses.
 ITraceWriter* ConversionWorker::openWriterOfBus(std::uint32_t bus) {
   try {
+    openWriters_.makeRoom();
     auto writer = firstWriter_->CreateNew();
     writer->setOwnerBus(static_cast<std::int32_t>(bus));
     writer->setSourcePath(source_->info().getPath());
@@ -208,6 +218,7 @@ ITraceWriter* ConversionWorker::openWriterOfBus(std::uint32_t bus) {
     ITraceWriter* const opened = writer.get();
     busWriters_.push_back(std::move(writer));
     writerOfBus_.emplace(bus, opened);
+    openWriters_.use(*opened);
     currentWriter_ = opened;
     waitingComments_.handOut([opened](std::string_view text) { opened->WriteComment(text); });
     return opened;
@@ -261,6 +272,7 @@ void ConversionWorker::closeAllWriters() {
   }
   currentWriter_ = nullptr;
   writerOfBus_.clear();
+  openWriters_.clear();
   busWriters_.clear();
   firstWriter_.reset();
   if (firstFailure) {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "core/events.hpp"
+#include "core/open_writers.hpp"
 #include "core/waiting_comments.hpp"
 #include "io/format.hpp"
 #include "io/output_target.hpp"
@@ -61,6 +62,7 @@ class ConversionWorker {
  private:
   void run();
   void convert();
+  void requireKnownSource();
   void requireReading();
   void convertMessage();
   void openFirstWriter();
@@ -95,6 +97,7 @@ class ConversionWorker {
   std::unique_ptr<ITraceWriter> firstWriter_;
   std::vector<std::unique_ptr<ITraceWriter>> busWriters_;  // in the order in which they were opened
   std::unordered_map<std::uint32_t, ITraceWriter*> writerOfBus_;
+  OpenWriters openWriters_;
   ITraceWriter* currentWriter_ = nullptr;
   bool split_ = false;
   std::unordered_set<std::uint32_t> unopenedBuses_;

@@ -28,7 +28,9 @@ void BufferedOutput::open(const OutputTarget& target) {
   name_ = target.name();
   bytes_ = target.bytes();
   if (bytes_ == nullptr) {
-    file_ = platform::File::createForWriting(target.path(), target.creation(), target.pipes());
+    path_ = target.path();
+    creation_ = target.creation();
+    file_ = platform::File::createForWriting(path_, creation_, target.pipes());
   }
   used_ = 0;
   handed_ = 0;
@@ -37,6 +39,9 @@ void BufferedOutput::open(const OutputTarget& target) {
 void BufferedOutput::write(std::string_view bytes) {
   if (bytes.empty()) {
     return;  // an empty text may have no place in memory
+  }
+  if (resting_) {
+    resume();
   }
   if (bytes.size() > kBlockSize - used_) {
     flush();
@@ -72,6 +77,28 @@ void BufferedOutput::flush() {
   }
 }
 
+void BufferedOutput::rest() {
+  if (bytes_ != nullptr || !file_.isOpen()) {
+    return;
+  }
+  flush();
+  file_.close();
+  buffer_.reset();
+  resting_ = true;
+}
+
+void BufferedOutput::resume() {
+  requireWhole();
+  try {
+    buffer_ = std::make_unique_for_overwrite<char[]>(kBlockSize);
+    file_ = platform::File::openForAppending(path_, creation_, handed_);
+  } catch (...) {
+    remember();
+    throw;
+  }
+  resting_ = false;
+}
+
 void BufferedOutput::hand(std::span<const char> bytes) {
   try {
     if (bytes_ == nullptr) {
@@ -99,6 +126,7 @@ void BufferedOutput::requireWhole() const {
 }
 
 void BufferedOutput::close() {
+  resting_ = false;
   const std::shared_ptr<OutputBytes> bytes = std::move(bytes_);
   platform::File closing = std::move(file_);
   const std::span<const char> left(buffer_.get(), std::exchange(used_, 0));

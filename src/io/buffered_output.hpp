@@ -28,7 +28,7 @@ class BufferedOutput {
 
   // Creates the file, or empties an existing one.
   void open(const OutputTarget& target);
-  [[nodiscard]] bool isOpen() const { return bytes_ != nullptr || file_.isOpen(); }
+  [[nodiscard]] bool isOpen() const { return bytes_ != nullptr || file_.isOpen() || resting_; }
   void write(std::string_view bytes);
   // Sets the offset, from the start of the file, of the next write. What was written before goes to the system. Bytes
   // that are no file are written in order: the offset must be the one that they have reached.
@@ -37,18 +37,25 @@ class BufferedOutput {
   [[nodiscard]] std::uint64_t position() const { return handed_ + used_; }
   // Hands all that was written to the system.
   void flush();
+  // Flushes, and gives back the file and the buffer until the next write, which opens the file anew and goes on at its
+  // end; a failure if somebody else has written to it meanwhile. Only for a file that is written in order.
+  void rest();
   // Flushes and closes, whatever has failed before; no effect when no file is open.
   void close();
 
  private:
+  void resume();
   void hand(std::span<const char> bytes);
   void remember();
   void requireWhole() const;
 
   std::string name_;
+  std::string path_;
+  platform::Creation creation_{};
   platform::File file_;
   std::shared_ptr<OutputBytes> bytes_;  // null for a file
   std::unique_ptr<char[]> buffer_;
+  bool resting_ = false;
   std::size_t used_ = 0;
   std::uint64_t handed_ = 0;    // the offset at which the buffer begins
   std::exception_ptr failure_;  // the first one; the file then lacks something

@@ -69,7 +69,7 @@ class InputSource {
   // Null for a file.
   [[nodiscard]] const std::shared_ptr<InputBytes>& bytes() const { return bytes_; }
   [[nodiscard]] bool exists() const { return bytes_ != nullptr || platform::fileExists(name_); }
-  // In bytes. Nothing if nobody knows, which is never so of a file.
+  // In bytes. Nothing if nobody knows, which is never so of a file: std::ios_base::failure if the system does not say.
   [[nodiscard]] std::optional<std::uint64_t> size() const {
     return bytes_ != nullptr ? bytes_->size() : platform::fileSize(name_);
   }

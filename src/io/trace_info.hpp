@@ -2,6 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
+#include <ios>
+#include <new>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -52,7 +56,7 @@ class TraceFileInfo : public BaseTraceInfo {
   [[nodiscard]] std::uint64_t getSize() const { return size_; }
 
  private:
-  TraceFileInfo(const std::string& path, bool exists);
+  TraceFileInfo(const std::string& path, std::optional<std::uint64_t> size);
 
   std::string path_;
   std::uint64_t size_;
@@ -78,6 +82,10 @@ class ITraceInfo {
   [[nodiscard]] virtual std::uint64_t getFileSize() const = 0;
   [[nodiscard]] virtual std::span<const TraceFormat> getAllowedConvertions() const = 0;
   [[nodiscard]] virtual std::span<const double> getSupportedVersions() const = 0;
+  // Why the system could not read what is known of the file; empty when all is well. Such a file is not valid, but that
+  // says nothing of what it holds: nobody may convert it. A file that is not there, or that nobody may open, is no such
+  // case.
+  [[nodiscard]] virtual const std::string& failure() const = 0;
 
  protected:
   ITraceInfo() = default;
@@ -101,6 +109,8 @@ class TraceInfo : public ITraceInfo {
   [[nodiscard]] std::span<const TraceFormat> getAllowedConvertions() const override { return format().allowedTargets; }
   [[nodiscard]] std::span<const double> getSupportedVersions() const override { return format().supportedVersions; }
 
+  [[nodiscard]] const std::string& failure() const override { return failure_; }
+
   [[nodiscard]] const TraceFileInfo& file() const { return file_; }
 
  protected:
@@ -109,15 +119,35 @@ class TraceInfo : public ITraceInfo {
 
   [[nodiscard]] bool isOfOwnFormat() const { return file_.getFormat() == format_; }
 
+  // Reads something of the file, and returns whether that went through. Whatever is wrong with what the file holds ends
+  // the reading and no more. A failure of the system is kept, see failure(); lack of memory is raised.
+  template <class Read>
+  bool tryReading(const Read& read) {
+    try {
+      read();
+      return true;
+    } catch (const std::ios_base::failure& failure) {
+      keepFailure(failure);
+    } catch (const std::bad_alloc&) {
+      throw;
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): what was understood until then counts
+    }
+    return false;
+  }
+  // How many characters end a line; 2 for a file that can't be read.
+  [[nodiscard]] std::uint8_t readLineEnding();
+
   double startDays_ = 0.0;          // days since 1899-12-30
   std::uint64_t headerLength_ = 0;  // bytes
   double fileVersion_ = 0.0;
 
  private:
   [[nodiscard]] const FormatDescriptor& format() const { return formatOf(format_); }
+  void keepFailure(const std::ios_base::failure& failure);
 
   TraceFileInfo file_;
   TraceFormat format_;
+  std::string failure_;
 };
 
 }  // namespace xlatr

@@ -22,7 +22,10 @@ bool TraceReaderText::open() {
   close();
   lineCount_ = 0;
   invalidCount_ = 0;
-  failure_.clear();
+  failure_ = info().failure();
+  if (!failure_.empty()) {
+    return false;
+  }
   try {
     input_.emplace(info().getPath());
     input_->seek(info().getHeaderLength());

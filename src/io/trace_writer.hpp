@@ -36,6 +36,9 @@ class ITraceWriter {
   virtual void WriteMessage(const IMessage& message) = 0;
   // Hands what was written to the system.
   virtual void flush() = 0;
+  // Hands what was written to the system, and gives back the file and the memory that this takes until something is
+  // written again.
+  virtual void rest() = 0;
 
   // Raises if the target path can't be used; touches no file. Part of setActive.
   virtual void requireUsableTarget() const = 0;
@@ -75,6 +78,7 @@ class TraceWriter : public ITraceWriter {
   void WriteHeader_2(const ITraceInfo& source, double startDays) override;
   void flush() override { output_.flush(); }
   void requireUsableTarget() const override;
+  void rest() override { output_.rest(); }
   [[nodiscard]] bool getActive() const override { return active_; }
   void setActive(bool active) override;
   [[nodiscard]] const std::string& getTargetPath() const override { return targetPath_; }

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -18,7 +19,9 @@ enum class PathKind : std::uint8_t { Nothing, File, Folder, Device, Pipe, Broken
 [[nodiscard]] bool isSameFile(const std::string& one, const std::string& other);
 // The path itself if there are no links in it, or if there is nothing behind them.
 [[nodiscard]] std::string pathBehindLinks(const std::string& path);
-// Bytes; 0 if the system does not say.
+// How many bytes stand there; nothing if there is nothing at the path that can hold data.
+[[nodiscard]] std::optional<std::uint64_t> dataSize(const std::string& path);
+// Bytes; 0 for what has no size, such as a pipe. std::ios_base::failure if the system does not say.
 [[nodiscard]] std::uint64_t fileSize(const std::string& path);
 // No effect if there is no file.
 void removeFile(const std::string& path);
@@ -53,6 +56,10 @@ class File {
   [[nodiscard]] static File createForWriting(const std::string& path, Creation creation = Creation::Replace,
                                              Pipes pipes = Pipes::Refuse);
 
+  // Opens a file that was created so and closed with this size, to go on at its end. A failure if somebody else has
+  // written to it since then, or does.
+  [[nodiscard]] static File openForAppending(const std::string& path, Creation creation, std::uint64_t size);
+
   // Creates the file, or opens it as it is, and locks it until it is closed or the process ends, however it ends. A
   // file that is not open if somebody else has it locked. The lock binds only those who ask for it.
   [[nodiscard]] static File lockForWriting(const std::string& path);
@@ -62,7 +69,8 @@ class File {
   [[nodiscard]] static File createTemporary();
 
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
-  // Fills as much of `bytes` as the file still has and returns how much that was; 0 at the end.
+  // Fills as much of `bytes` as the file still has and returns how much that was; 0 at the end. A file that ends before
+  // the end that it had when it was opened is a failure: somebody has cut it since then.
   [[nodiscard]] std::size_t read(std::span<char> bytes);
   // Writes all of `bytes`. Neither the limit of a file's size nor a pipe that nobody reads any more ends the process:
   // both are failures like any other.
@@ -73,7 +81,8 @@ class File {
   void close();
 
  private:
-  File(int descriptor, std::string path);
+  // Not open if the system refuses. The flags are the system's.
+  File(const std::string& path, int flags);
 
   enum class Lock : std::uint8_t { Taken, Busy, Moved };
   [[nodiscard]] Lock lock();
@@ -84,6 +93,8 @@ class File {
   int descriptor_ = -1;
   bool locked_ = false;
   std::string path_;
+  std::uint64_t offset_ = 0;      // of the next read
+  std::uint64_t sizeAtOpen_ = 0;  // of a file that is read
 };
 
 }  // namespace xlatr::platform

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstddef>
 #include <filesystem>
-#include <ios>
 #include <string_view>
 #include <system_error>
 
@@ -24,22 +23,18 @@ std::uint32_t detectLineEnding(const std::string& path) {
   std::array<char, 4096> buffer;
   bool empty = true;
   bool lineFeed = false;
-  try {
-    platform::File file = platform::File::openForReading(path);
-    while (!lineFeed) {
-      const std::string_view piece(buffer.data(), file.read(buffer));
-      if (piece.empty()) {
-        break;
-      }
-      empty = false;
-      const std::size_t end = piece.find('\n');
-      lineFeed = end != std::string_view::npos;
-      if (piece.substr(0, end).find('\r') != std::string_view::npos) {
-        return kCarriageReturnAndLineFeed;
-      }
+  platform::File file = platform::File::openForReading(path);
+  while (!lineFeed) {
+    const std::string_view piece(buffer.data(), file.read(buffer));
+    if (piece.empty()) {
+      break;
     }
-  } catch (const std::ios_base::failure&) {
-    return kCarriageReturnAndLineFeed;
+    empty = false;
+    const std::size_t end = piece.find('\n');
+    lineFeed = end != std::string_view::npos;
+    if (piece.substr(0, end).find('\r') != std::string_view::npos) {
+      return kCarriageReturnAndLineFeed;
+    }
   }
   return empty ? kCarriageReturnAndLineFeed : kLineFeed;
 }

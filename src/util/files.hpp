@@ -1,5 +1,5 @@
-// What readers ask about a file before they open it. Neither function throws for a missing or unreadable file, and both
-// need the same small amount of memory whatever the size of the file.
+// What readers ask about a file before they open it. Both functions need the same small amount of memory whatever the
+// size of the file.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ namespace xlatr {
 
 // How many characters end a line of the file, judged by its first line: 1 for a line feed, 2 for a carriage return and
 // a line feed. A first line without line feed counts as the rest of the file. One carriage return anywhere in that line
-// makes it 2, and so does an empty or unreadable file; a read failure ends the line.
+// makes it 2, and so does an empty file. std::ios_base::failure for a file that can't be read.
 [[nodiscard]] std::uint32_t detectLineEnding(const std::string& path);
 
 }  // namespace xlatr

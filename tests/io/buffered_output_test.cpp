@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <ios>
 #include <memory>
@@ -39,6 +40,43 @@ TEST(BufferedOutput, showsTheSystemNothingBeforeTheFlush) {
   EXPECT_EQ(folder.read("out"), "");
   output.flush();
   EXPECT_EQ(folder.read("out"), "held back");
+}
+
+TEST(BufferedOutput, goesOnAtTheEndAfterARest) {
+  const test::TempFolder folder;
+  BufferedOutput output;
+  output.rest();
+  EXPECT_FALSE(output.isOpen());
+  output.open(folder.file("out"));
+  output.write("one");
+  output.rest();
+  output.rest();
+  output.flush();
+  EXPECT_EQ(folder.read("out"), "one");
+  EXPECT_TRUE(output.isOpen());
+  EXPECT_EQ(output.position(), 3U);
+  output.write("");
+  output.write(", two");
+  EXPECT_EQ(output.position(), 8U);
+  output.rest();
+  output.close();
+  EXPECT_FALSE(output.isOpen());
+  EXPECT_EQ(folder.read("out"), "one, two");
+}
+
+TEST(BufferedOutput, raisesThatAFileIsGoneAfterARest) {
+  const test::TempFolder folder;
+  BufferedOutput output;
+  output.open(folder.file("out"));
+  output.rest();
+  std::filesystem::remove(folder.file("out"));
+  try {
+    output.write("text");
+    FAIL() << "no failure";
+  } catch (const std::ios_base::failure& failure) {
+    EXPECT_EQ(failure.what(), folder.file("out") + ": cannot open: No such file or directory");
+  }
+  EXPECT_NO_THROW(output.close());
 }
 
 TEST(BufferedOutput, emptiesTheFileThatIsThere) {

@@ -66,9 +66,9 @@ TEST_F(Files, detectLineEndingLooksAtTheFirstLine) {
   }
 }
 
-TEST_F(Files, detectLineEndingTakesAnUnreadableFileForTwo) {
-  EXPECT_EQ(detectLineEnding(path("missing")), 2U);
-  EXPECT_EQ(detectLineEnding(path("")), 2U) << "a directory";
+TEST_F(Files, detectLineEndingRaisesWhatTheSystemRefuses) {
+  EXPECT_THROW(static_cast<void>(detectLineEnding(path("missing"))), std::ios_base::failure);
+  EXPECT_THROW(static_cast<void>(detectLineEnding(path(""))), std::ios_base::failure) << "a directory";
 }
 
 TEST_F(Files, getFileSizeCountsBytes) {

@@ -1,10 +1,8 @@
 #include "formats/asc/asc_info.hpp"
 
-#include <exception>
 #include <utility>
 
 #include "io/line_input.hpp"
-#include "util/files.hpp"
 #include "util/text.hpp"
 
 namespace xlatr {
@@ -13,21 +11,14 @@ AscInfo::AscInfo(TraceFileInfo file) : TraceInfo(std::move(file), XLATR_FORMAT_A
   if (!isOfOwnFormat()) {
     return;
   }
-  lineBreakSize_ = static_cast<std::uint8_t>(detectLineEnding(getPath()));
+  lineBreakSize_ = readLineEnding();
   AscHeadKeys keys;
-  try {
-    keys = readHead();
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): a file that can't be read has no head
-  }
+  tryReading([&] { keys = readHead(); });
   dateText_ = keys.dateText();
   hexBase_ = keys.hexBase();
   timestampsMode_ = keys.relativeTimestamps() ? AscTimestamps::Relative : AscTimestamps::Absolute;
   fileVersion_ = keys.fileVersion();
-  try {
-    startDays_ = keys.startDays();
-  } catch (const std::exception&) {
-    startDays_ = 0.0;  // an invalid date is no start time
-  }
+  tryReading([&] { startDays_ = keys.startDays(); });  // an invalid date is no start time
 }
 
 // Empty lines count among the ten and are skipped, but their bytes are not counted, so that messages begin a little

@@ -82,6 +82,17 @@ void BlfReader::InitializePhaseThreePrepareCsvReader(std::int32_t exitCode) {
   if (active_) {
     platform::removeFile(table);
   }
+  if (!csvReader_->getTrace().getPath().empty()) {
+    requireTable();  // without a table there is nothing to read, as every caller sees
+  }
+}
+
+// The end of the table alone does not tell a failure from the end of the log.
+void BlfReader::requireTable() {
+  failure_ = csvReader_->failure();
+  if (!failure_.empty()) {
+    throwProcessingFailure(failure_);
+  }
 }
 
 bool BlfReader::KillBlfToCsv() {
@@ -94,8 +105,11 @@ double BlfReader::getCSVInfoStartTime() const {
 
 bool BlfReader::ReadNextMessage(std::unique_ptr<BlfMessage>& message) {
   message.reset();
-  if (!active_ || !csvReader_->readInto(row_)) {
-    failure_ = active_ ? csvReader_->failure() : failure_;
+  if (!active_) {
+    return false;
+  }
+  if (!csvReader_->readInto(row_)) {
+    requireTable();
     return false;
   }
   ++objectsRead_;

@@ -53,6 +53,7 @@ class BlfReader final : public TraceReader {
   void close() override;
 
  private:
+  void requireTable();
   void letConverterGo() noexcept;
 
   BlfInfo info_;

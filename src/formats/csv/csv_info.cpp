@@ -1,24 +1,22 @@
 #include "formats/csv/csv_info.hpp"
 
-#include <exception>
 #include <utility>
 
 #include "formats/csv/csv_start_time.hpp"
 #include "io/line_input.hpp"
-#include "util/files.hpp"
 
 namespace xlatr {
 
 CsvInfo::CsvInfo(TraceFileInfo file) : TraceInfo(std::move(file), XLATR_FORMAT_CSV) {
   if (isOfOwnFormat()) {
-    lineBreakSize_ = static_cast<std::uint8_t>(detectLineEnding(getPath()));
+    lineBreakSize_ = readLineEnding();
     readHead();
   }
 }
 
 void CsvInfo::readHead() {
   CsvStartTime start;
-  try {
+  const bool read = tryReading([&] {
     LineInput input(getPath());
     std::string_view line;
     while (columnLine_.empty() && input.next(line)) {
@@ -28,7 +26,8 @@ void CsvInfo::readHead() {
         columnLine_ = line;
       }
     }
-  } catch (const std::exception&) {
+  });
+  if (!read) {
     return;  // half a head says nothing
   }
   start.finish();

@@ -1,11 +1,9 @@
 #include "formats/lin/lin_info.hpp"
 
-#include <exception>
 #include <utility>
 
 #include "formats/lin/lin_header_keys.hpp"
 #include "io/line_input.hpp"
-#include "util/files.hpp"
 
 namespace xlatr {
 
@@ -13,10 +11,8 @@ KorlInfo::KorlInfo(TraceFileInfo file) : TraceInfo(std::move(file), XLATR_FORMAT
   if (!isOfOwnFormat()) {
     return;
   }
-  lineBreakSize_ = static_cast<std::uint8_t>(detectLineEnding(getPath()));
-  try {
-    readHeader();
-  } catch (const std::exception&) {
+  lineBreakSize_ = readLineEnding();
+  if (!tryReading([&] { readHeader(); })) {
     // Half a header says nothing, and neither does one with an invalid date.
     headerLength_ = 0;
     fileVersion_ = 0.0;

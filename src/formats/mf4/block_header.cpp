@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <exception>
 #include <utility>
 
-#include "platform/files.hpp"
+#include "util/failures.hpp"
 #include "util/render.hpp"
 
 namespace xlatr {
@@ -124,15 +123,8 @@ std::vector<TreeChild> HeaderBlock::children() {
           {kFirstDataGroup, &dataGroups_}};
 }
 
-MdfFileHeader::MdfFileHeader(const std::string& path) {
-  if (!platform::fileExists(path)) {
-    return;
-  }
-  try {
-    stream_ = std::make_unique<BlockStream>(path);
-  } catch (const std::exception&) {
-    return;  // as good as no file
-  }
+void MdfFileHeader::open(const std::string& path) {
+  stream_ = std::make_unique<BlockStream>(path);
   readTop();
 }
 
@@ -150,7 +142,7 @@ void MdfFileHeader::readTop() {
     }
     loadFields(bytes.data(), identification_.emplace());
     header_ = std::make_unique<HeaderBlock>(*stream_);
-  } catch (const std::exception&) {
+  } catch (const ConverterGenericException&) {
     header_.reset();
   }
 }

@@ -151,11 +151,12 @@ class HeaderBlock final : public DescribedBlock<HeaderBlockData> {
 // An MDF file: its stream, its identification and the top of its tree.
 class MdfFileHeader {
  public:
-  // For reading. A path at which there is no file that can be opened gives an object that is closed; identification or
-  // header that can't be read are absent. Nothing is raised.
-  explicit MdfFileHeader(const std::string& path);
-  // The same of a file in memory.
+  // Closed.
+  MdfFileHeader() = default;
+  // Open for reading, a file in memory. An identification or header that the bytes don't hold is absent.
   explicit MdfFileHeader(std::vector<std::uint8_t> bytes);
+  // The same of a file of the system. std::ios_base::failure when it refuses.
+  void open(const std::string& path);
 
   // A file to be written: the start in nanoseconds since 1970, the version as 4.1 for 4.10.
   [[nodiscard]] static std::unique_ptr<MdfFileHeader> createForWriting(const MdfLayoutOptions& options,
@@ -181,7 +182,6 @@ class MdfFileHeader {
   [[nodiscard]] DateTime startTime() const;
 
  private:
-  MdfFileHeader() = default;
   void readTop();
 
   std::unique_ptr<BlockStream> stream_;

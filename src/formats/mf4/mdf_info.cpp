@@ -1,6 +1,5 @@
 #include "formats/mf4/mdf_info.hpp"
 
-#include <exception>
 #include <limits>
 #include <utility>
 
@@ -9,7 +8,8 @@ namespace xlatr {
 MdfInfo::MdfInfo(TraceFileInfo file)
     : TraceInfo(std::move(file), XLATR_FORMAT_MF4), firstDataGroupPosition_(std::numeric_limits<std::uint64_t>::max()) {
   if (isOfOwnFormat()) {
-    header_ = std::make_shared<MdfFileHeader>(getPath());
+    header_ = std::make_shared<MdfFileHeader>();
+    tryReading([&] { header_->open(getPath()); });
     readHeader();
   }
 }
@@ -29,11 +29,7 @@ void MdfInfo::readHeader() {
   if (const std::uint64_t position = header_->header()->link(HeaderBlock::kFirstDataGroup); position != 0) {
     firstDataGroupPosition_ = position;
   }
-  try {
-    startDays_ = header_->startTime().toOleDate();
-  } catch (const std::exception&) {
-    startDays_ = 0.0;  // a moment that no calendar has is no start time
-  }
+  tryReading([&] { startDays_ = header_->startTime().toOleDate(); });  // a moment that no calendar has is none
 }
 
 }  // namespace xlatr

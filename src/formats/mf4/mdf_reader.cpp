@@ -29,6 +29,9 @@ bool MdfReader::ValidateFile(std::string& text) {
 }
 
 std::string MdfReader::reasonAgainst() {
+  if (!info_.failure().empty()) {
+    return info_.failure();
+  }
   MdfFileHeader* const header = info_.header();
   if (header == nullptr) {
     return kNotRead;

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "formats/mf4/block_texts.hpp"
+#include "util/failures.hpp"
 #include "util/layout.hpp"
 #include "util/utf8.hpp"
 
@@ -47,9 +48,7 @@ std::string MdfTree::text(std::uint64_t position) {
   try {
     std::string text = readText(&stream_, position);
     return text.substr(0, text.find('\0'));
-  } catch (const std::ios_base::failure&) {
-    throw;
-  } catch (const std::exception&) {
+  } catch (const ConverterGenericException&) {
     damaged_ = true;
     return {};
   }

@@ -3,8 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <exception>
-#include <ios>
 #include <memory>
 #include <string>
 #include <unordered_set>
@@ -13,6 +11,7 @@
 #include "formats/mf4/block_stream.hpp"
 #include "formats/mf4/mdf_data_file.hpp"
 #include "io/quirk.hpp"
+#include "util/failures.hpp"
 
 namespace xlatr {
 
@@ -59,9 +58,7 @@ class MdfTree {
     if (isBlock(position, Block::kType)) {
       try {
         return std::make_unique<Block>(stream_, position);
-      } catch (const std::ios_base::failure&) {
-        throw;
-      } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): counted below
+      } catch (const ConverterGenericException&) {  // NOLINT(bugprone-empty-catch): counted below
       }
     }
     damaged_ = true;

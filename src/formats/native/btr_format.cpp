@@ -1,6 +1,9 @@
 #include "formats/native/btr_format.hpp"
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -9,6 +12,7 @@
 #include "formats/native/btr_session_reader.hpp"
 #include "formats/native/btr_session_writer.hpp"
 #include "io/format_makers.hpp"
+#include "util/failures.hpp"
 
 namespace xlatr {
 namespace {
@@ -16,9 +20,7 @@ namespace {
 class BtrSource final : public TraceSource {
  public:
   BtrSource(std::shared_ptr<const BtrInfo> file, std::size_t session)
-      : file_(std::move(file)), reader_(file_->GetSession(session)) {
-    sector_.reserve(DataSector::kEntries);
-  }
+      : file_(std::move(file)), reader_(file_->GetSession(session)) {}
 
   [[nodiscard]] const ITraceInfo& info() const override { return *file_; }
   [[nodiscard]] ITraceReader& reader() override { return reader_; }
@@ -52,15 +54,46 @@ class BtrSource final : public TraceSource {
   std::size_t current_ = 0;
 };
 
+// Sectors that a conversion reads for this session, and no less than one: each session is a target.
+std::uint64_t costOf(const BtrSessionEntry& session) {
+  return session.end.sector < session.firstSector() ? 1 : session.sectorsCount();
+}
+
+// A logger gives each session sectors of its own. Where a damaged directory, or one that somebody made up, gives the
+// same ones to many sessions, a small file would become gigabytes in thousands of targets.
+void requireOwnSectors(const BtrInfo& file, const std::vector<std::size_t>& places) {
+  constexpr std::uint64_t kFactor = 4;
+  constexpr std::uint64_t kAllowance = 64;
+  std::uint64_t sectors = 0;
+  for (const std::size_t place : places) {
+    sectors += costOf(file.GetSession(place));
+  }
+  const std::uint64_t there = file.getFileSize() / kBtrSectorSize;
+  if (sectors > kAllowance && sectors - kAllowance > kFactor * there) {
+    throwProcessingFailure(file.getPath() + ": its " + std::to_string(places.size()) + " sessions share sectors: " +
+                           std::to_string(sectors) + " would be read of a file that has " + std::to_string(there) +
+                           ". Convert some of the sessions");
+  }
+}
+
 // Each session is a source, and all of them may be read at the same time. They share the file's information object,
 // which does not change.
 std::vector<FormatSource> makeSessionSources(const TraceFileInfo& file, const SessionSelection& sessions) {
   const auto info = std::make_shared<const BtrInfo>(file);
-  std::vector<FormatSource> sources;
+  if (!info->failure().empty()) {
+    throwProcessingFailure(info->failure());  // nobody knows which sessions there are
+  }
+  std::vector<std::size_t> places;
   for (std::size_t place = 0; place < info->getSessionsCount(); ++place) {
     if (sessions.contains(place)) {
-      sources.push_back({std::make_unique<BtrSource>(info, place), info->GetSession(place).index});
+      places.push_back(place);
     }
+  }
+  requireOwnSectors(*info, places);
+  std::vector<FormatSource> sources;
+  sources.reserve(places.size());
+  for (const std::size_t place : places) {
+    sources.push_back({std::make_unique<BtrSource>(info, place), info->GetSession(place).index});
   }
   return sources;
 }

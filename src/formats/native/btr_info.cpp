@@ -1,6 +1,5 @@
 #include "formats/native/btr_info.hpp"
 
-#include <exception>
 #include <unordered_set>
 #include <utility>
 
@@ -26,17 +25,18 @@ BtrInfo::BtrInfo(TraceFileInfo file) : TraceInfo(std::move(file), XLATR_FORMAT_B
   if (!isOfOwnFormat()) {
     return;
   }
-  try {
+  bool whole = false;
+  tryReading([&] {
     BtrSectors sectors(getPath());
-    if (readDirectories(sectors) && !sessions_.empty()) {
-      fileVersion_ = sessions_.front().description.version;
-      headerLength_ = sessions_.front().description.startLocation.getPosition();
-      takeStartTime();
-      return;
-    }
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): a file that can't be read has no sessions
+    whole = readDirectories(sectors) && !sessions_.empty();
+  });
+  if (!whole) {
+    sessions_.clear();  // half a directory would make sessions end where they don't
+    return;
   }
-  sessions_.clear();  // half a directory would make sessions end where they don't
+  fileVersion_ = sessions_.front().description.version;
+  headerLength_ = sessions_.front().description.startLocation.getPosition();
+  takeStartTime();
 }
 
 bool BtrInfo::getValid() const {

@@ -1,7 +1,6 @@
 #include "formats/native/btr_session_entry.hpp"
 
 #include <algorithm>
-#include <exception>
 #include <limits>
 
 #include "formats/native/btr_sectors.hpp"
@@ -66,7 +65,7 @@ void findSessionEnd(BtrSectors& sectors, std::uint64_t sectorCount, BtrSessionEn
   try {
     const auto high = static_cast<std::int64_t>(std::min(sectorCount, kAddressable));
     entry.end = locationOf(bisect(entry.firstSector(), high, matches));
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): the end is not to be found
+  } catch (const ConverterGenericException&) {  // NOLINT(bugprone-empty-catch): the end is not to be found
   }
 }
 
@@ -82,7 +81,7 @@ void findSessionStart(BtrSectors& sectors, BtrSessionEntry& entry) {
       return readOwnSector(sectors, number, entry).wrapCounter() == wrapCounter;
     });
     entry.start = newest == end ? entry.description.startLocation : locationOf(newest + 1);
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): it is read from its first sector then
+  } catch (const ConverterGenericException&) {  // NOLINT(bugprone-empty-catch): it is read from its first sector then
   }
 }
 

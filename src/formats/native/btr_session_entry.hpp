@@ -25,7 +25,8 @@ struct BtrSessionEntry {
 };
 
 // Sets the entry's end to the last sector that belongs to it, counted from its first one, in a file of that many
-// sectors. Where that can't be found out, because a sector that is looked at can't be read, the end stays as it is.
+// sectors. Where that can't be found out, because the file ends before a sector that is looked at, the end stays as it
+// is. std::ios_base::failure when the system refuses, here and below.
 void findSessionEnd(BtrSectors& sectors, std::uint64_t sectorCount, BtrSessionEntry& entry);
 
 // Sets the entry's start to its oldest sector: its first one, or in a session that was recorded circularly the one

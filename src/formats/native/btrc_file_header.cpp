@@ -1,6 +1,7 @@
 #include "formats/native/btrc_file_header.hpp"
 
-#include <exception>
+#include <ios>
+#include <system_error>
 #include <utility>
 
 #include "util/failures.hpp"
@@ -39,8 +40,10 @@ BtrcFileHeader::BtrcFileHeader(std::string path) : sourcePath(std::move(path)) {
   bool whole = false;
   try {
     whole = read();
-  } catch (const std::exception&) {
-    whole = false;
+  } catch (const std::ios_base::failure& failure) {
+    if (failure.code() != std::errc::no_such_file_or_directory) {
+      throw;
+    }
   }
   if (!whole) {
     reset();

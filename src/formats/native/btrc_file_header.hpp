@@ -12,8 +12,9 @@
 
 namespace xlatr {
 
-// The first record of a file, which identifies it, and the second one, which says when the trace began. Raises nothing:
-// a file that can't be read, or is shorter than both records, has the header that one without a path has.
+// The first record of a file, which identifies it, and the second one, which says when the trace began. A file that is
+// not there, or is shorter than both records, has the header that one without a path has. std::ios_base::failure when
+// the system refuses.
 class BtrcFileHeader {
  public:
   BtrcFileHeader() { reset(); }

@@ -8,7 +8,7 @@ BtrcInfo::BtrcInfo(TraceFileInfo file) : TraceInfo(std::move(file), XLATR_FORMAT
   if (!isOfOwnFormat()) {
     return;
   }
-  header_ = BtrcFileHeader(getPath());
+  tryReading([&] { header_ = BtrcFileHeader(getPath()); });
   fileVersion_ = header_.info.version;
   headerLength_ = header_.valid ? header_.firstFramePosition : 0;
   startDays_ = header_.startDateTime.toOleDate();

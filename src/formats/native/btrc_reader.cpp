@@ -17,7 +17,10 @@ bool BtrcReader::open() {
   close();
   lineCount_ = 0;
   invalidCount_ = 0;
-  failure_.clear();
+  failure_ = info_.failure();
+  if (!failure_.empty()) {
+    return false;
+  }
   try {
     input_.emplace(info_.getPath());
     input_->seek(info_.getHeaderLength());

@@ -22,11 +22,34 @@ namespace {
   throw std::ios_base::failure(path + ": cannot " + action, std::error_code(error, std::generic_category()));
 }
 
-void requireRegular(int descriptor, const std::string& path, const char* action) {
+std::uint64_t sizeIn(const struct stat& status) {
+  return static_cast<std::uint64_t>(std::max<off_t>(status.st_size, 0));
+}
+
+// Returns the size of the file.
+std::uint64_t requireRegular(int descriptor, const std::string& path, const char* action) {
   struct stat status {};
-  if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+  if (::fstat(descriptor, &status) != 0) {
+    raise(path, action, errno);
+  }
+  if (!S_ISREG(status.st_mode)) {
     raise(path, action, S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP);
   }
+  return sizeIn(status);
+}
+
+// What the system has no number for.
+class FileFailures final : public std::error_category {
+ public:
+  enum Number : int { kBecameShorter = 1 };
+
+  [[nodiscard]] const char* name() const noexcept override { return "file"; }
+  [[nodiscard]] std::string message(int /*number*/) const override { return "the file became shorter in the meantime"; }
+};
+
+[[noreturn]] void raiseBecameShorter(const std::string& path) {
+  static const FileFailures failures;
+  throw std::ios_base::failure(path + ": cannot read", std::error_code(FileFailures::kBecameShorter, failures));
 }
 
 // Some systems refuse or cut a transfer of 2 GiB and more.
@@ -34,6 +57,7 @@ constexpr std::size_t kLargestTransfer = std::size_t{1} << 30;
 
 constexpr mode_t kAllMayReadAndWrite = 0666;  // minus the process's mask
 
+constexpr char kIsWritten[] = "create while another conversion is writing it";
 constexpr char kIsPipe[] = "create, since this is a pipe; name a file";
 
 bool isPipe(mode_t mode) {
@@ -116,9 +140,20 @@ std::string pathBehindLinks(const std::string& path) {
   return real == nullptr ? path : real.get();
 }
 
+std::optional<std::uint64_t> dataSize(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode)) {
+    return std::nullopt;
+  }
+  return sizeIn(status);
+}
+
 std::uint64_t fileSize(const std::string& path) {
   struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 && status.st_size > 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+  if (::stat(path.c_str(), &status) != 0) {
+    raise(path, "read the size", errno);
+  }
+  return sizeIn(status);
 }
 
 void removeFile(const std::string& path) {
@@ -154,7 +189,10 @@ bool nameFile(const std::string& path, const std::string& by) {
   return true;
 }
 
-File::File(int descriptor, std::string path) : descriptor_(descriptor), path_(std::move(path)) {}
+// The path is kept first: without memory for it no file is opened, or even created.
+File::File(const std::string& path, int flags) : path_(path) {
+  descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC, kAllMayReadAndWrite);
+}
 
 File::~File() {
   static_cast<void>(release());
@@ -163,22 +201,26 @@ File::~File() {
 File::File(File&& other) noexcept
     : descriptor_(std::exchange(other.descriptor_, -1)),
       locked_(std::exchange(other.locked_, false)),
-      path_(std::move(other.path_)) {}
+      path_(std::move(other.path_)),
+      offset_(other.offset_),
+      sizeAtOpen_(other.sizeAtOpen_) {}
 
 File& File::operator=(File&& other) noexcept {
   std::swap(descriptor_, other.descriptor_);
   std::swap(locked_, other.locked_);
   std::swap(path_, other.path_);
+  std::swap(offset_, other.offset_);
+  std::swap(sizeAtOpen_, other.sizeAtOpen_);
   return *this;
 }
 
 // A pipe would make the call wait for someone to write to it, and a device may have no end.
 File File::openForReading(const std::string& path) {
-  File file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK), path);
+  File file(path, O_RDONLY | O_NONBLOCK);
   if (!file.isOpen()) {
     raise(path, "open", errno);
   }
-  requireRegular(file.descriptor_, path, "open");
+  file.sizeAtOpen_ = requireRegular(file.descriptor_, path, "open");
   return file;
 }
 
@@ -190,9 +232,7 @@ File File::createForWriting(const std::string& path, Creation creation, Pipes pi
   }
   const int exclusive = creation == Creation::New ? O_EXCL : 0;
   for (;;) {
-    File file(
-        ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | exclusive, kAllMayReadAndWrite),
-        path);
+    File file(path, O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | exclusive);
     if (!file.isOpen()) {
       raiseNotCreated(path, errno);
     }
@@ -203,7 +243,7 @@ File File::createForWriting(const std::string& path, Creation creation, Pipes pi
     }
     const Lock lock = creation == Creation::Reserved ? Lock::Taken : file.lock();
     if (lock == Lock::Busy) {
-      raise(path, "create while another conversion is writing it", EBUSY);
+      raise(path, kIsWritten, EBUSY);
     }
     if (lock == Lock::Taken) {
       if (::ftruncate(file.descriptor_, 0) != 0) {
@@ -214,15 +254,27 @@ File File::createForWriting(const std::string& path, Creation creation, Pipes pi
   }
 }
 
+// Between its writers' turns nobody may have written to it.
+File File::openForAppending(const std::string& path, Creation creation, std::uint64_t size) {
+  File file(path, O_WRONLY | O_APPEND | O_NONBLOCK);
+  if (!file.isOpen()) {
+    raise(path, "open", errno);
+  }
+  const std::uint64_t found = requireRegular(file.descriptor_, path, "open");
+  if (found != size || (creation != Creation::Reserved && file.lock() != Lock::Taken)) {
+    raise(path, kIsWritten, EBUSY);
+  }
+  return file;
+}
+
 File File::lockForWriting(const std::string& path) {
   for (;;) {
     // Somebody else's link or pipe at that place is no place to write to.
-    File file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kAllMayReadAndWrite),
-              path);
+    File file(path, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK);
     if (!file.isOpen()) {
       raise(path, "create", errno);
     }
-    requireRegular(file.descriptor_, path, "create");
+    static_cast<void>(requireRegular(file.descriptor_, path, "create"));
     const Lock lock = file.lock();
     if (lock == Lock::Busy) {
       return {};
@@ -235,7 +287,9 @@ File File::lockForWriting(const std::string& path) {
 
 File File::createTemporary() {
   std::string name = P_tmpdir "/xlatr-XXXXXX";
-  File file(::mkostemp(name.data(), O_CLOEXEC), "a temporary file");
+  File file;
+  file.path_ = "a temporary file";
+  file.descriptor_ = ::mkostemp(name.data(), O_CLOEXEC);
   if (file.isOpen()) {
     ::unlink(name.c_str());
   }
@@ -270,8 +324,15 @@ void File::requireWritable(Pipes pipes) const {
 std::size_t File::read(std::span<char> bytes) {
   for (;;) {
     const ssize_t count = ::read(descriptor_, bytes.data(), std::min(bytes.size(), kLargestTransfer));
-    if (count >= 0) {
+    if (count > 0) {
+      offset_ += static_cast<std::uint64_t>(count);
       return static_cast<std::size_t>(count);
+    }
+    if (count == 0) {
+      if (offset_ < sizeAtOpen_ && !bytes.empty()) {
+        raiseBecameShorter(path_);
+      }
+      return 0;
     }
     if (errno != EINTR) {
       fail("read");
@@ -298,6 +359,7 @@ void File::seek(std::uint64_t offset) {
   if (::lseek(descriptor_, static_cast<off_t>(offset), SEEK_SET) < 0) {
     fail("seek in");
   }
+  offset_ = offset;
 }
 
 void File::close() {
