@@ -83,8 +83,8 @@ xlatr_code openStream(Stream& stream, const InputSource& input, const xlatr_stre
   }
   FrameSelection selection = selectionOf(known.selection);
   FrameChanges changes = changesOf(known.changes);
-  stream.size = input.size().value_or(0);
   std::unique_ptr<FrameSource> source = openTrace(input, known.format);
+  stream.size = input.size().value_or(0);
   if (known.progress != nullptr) {
     source = std::make_unique<WatchedFrames>(
         std::move(source), stream.size, [watch = known.progress, context = known.context](const ReadProgress& now) {

@@ -241,8 +241,7 @@ TEST_F(FrameJob, takesLongPaths) {
   EXPECT_EQ(run({.sources = {{source}}, .target = folder + "/b.trc"}).account.written(), 1U);
   EXPECT_EQ(read(folder + "/b.trc").size(), 1U);
   const std::string tooLong = folder_.file(std::string(300, 'n') + ".trc");
-  expectFailure({.sources = {{source}}, .target = tooLong}, FrameProblem::TargetRefused,
-                tooLong + ": cannot create: File name too long");
+  expectFailure({.sources = {{source}}, .target = tooLong}, FrameProblem::TargetRefused, tooLong + ": cannot create: ");
 }
 
 TEST_F(FrameJob, writesNoPartOverASource) {

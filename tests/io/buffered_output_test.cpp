@@ -76,7 +76,38 @@ TEST(BufferedOutput, raisesThatAFileIsGoneAfterARest) {
   } catch (const std::ios_base::failure& failure) {
     EXPECT_EQ(failure.what(), folder.file("out") + ": cannot open: No such file or directory");
   }
-  EXPECT_NO_THROW(output.close());
+  EXPECT_THROW(output.close(), std::ios_base::failure);
+}
+
+// Nobody's bytes are mixed: whoever wrote to the file while it rested has it, and whoever writes now, too.
+TEST(BufferedOutput, raisesThatSomebodyElseHasWrittenDuringARest) {
+  const test::TempFolder folder;
+  const std::string text = folder.file("out") + ": cannot create while another conversion is writing it: ";
+  for (const bool stillWrites : {false, true}) {
+    BufferedOutput output;
+    output.open(folder.file("out"));
+    output.write("one");
+    output.rest();
+    BufferedOutput other;
+    other.open(folder.file("out"));
+    other.write("two");
+    if (stillWrites) {
+      other.flush();
+    } else {
+      other.write(" and more");
+      other.close();
+    }
+    try {
+      output.write("text");
+      FAIL() << "no failure";
+    } catch (const std::ios_base::failure& failure) {
+      EXPECT_TRUE(std::string_view(failure.what()).starts_with(text)) << failure.what();
+    }
+    EXPECT_THROW(output.write("more"), std::ios_base::failure);
+    EXPECT_THROW(output.close(), std::ios_base::failure);
+    EXPECT_NO_THROW(other.close());
+    EXPECT_EQ(folder.read("out"), stillWrites ? "two" : "two and more");
+  }
 }
 
 TEST(BufferedOutput, emptiesTheFileThatIsThere) {

@@ -56,6 +56,9 @@ Fate fateOfFile(FaultKind kind, int file) {
   std::array<char, 4096> path{};
   static_cast<void>(std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", file));
   static_cast<void>(::readlink(link.data(), path.data(), path.size() - 1));
+  if (char* const removed = std::strstr(path.data(), " (deleted)")) {
+    *removed = '\0';
+  }
   return fateOfPath(kind, path.data());
 }
 
