@@ -122,7 +122,7 @@ const FormatDescriptor* likeliest(std::vector<const FormatDescriptor*> formats, 
   if (formats.size() < 2) {
     return formats.empty() ? nullptr : formats.front();
   }
-  std::ranges::stable_partition(formats, [&byName](const auto* format) { return format == &byName; });
+  std::stable_partition(formats.begin(), formats.end(), [&byName](const auto* format) { return format == &byName; });
   return *std::ranges::min_element(formats, {}, [&start](const auto* format) { return notUnderstood(*format, start); });
 }
 

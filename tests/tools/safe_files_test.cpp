@@ -8,8 +8,11 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
+#include <map>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -93,22 +96,40 @@ TEST_F(SafeFiles, aFragmentNeverHasTheName) {
   EXPECT_FALSE(fs::exists(here / ".out.asc.xlatr-part"));
 }
 
-// At a hundred moments of its life.
-TEST_F(SafeFiles, aProgramThatIsKilledLeavesTheOldFileOrTheNewOne) {
+// At two hundred moments of its life, whatever it reads and writes and however it is ended.
+TEST_F(SafeFiles, aProgramThatIsEndedLeavesTheOldFileOrTheNewOne) {
+  const std::vector<std::string> formats = {"trc", "btr", "asc", "csv", "btrc", "mf4"};
+  constexpr std::array kSignals = {SIGKILL, SIGTERM, SIGHUP};
+  for (const std::string& format : formats) {
+    static_cast<void>(here.run({"convert", "-qqn", "long.trc", "long." + format}));
+  }
   const int errors = ::open((here / "errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  std::map<std::string, std::string> whole;  // what check says of the target of each pair
   int wholeOnes = 0;
-  for (int run = 0; run < 100; ++run) {
-    here.write("out.asc", "old");
-    const pid_t program = here.start({"convert", "-qf", "long.trc", "out.asc"}, errors);
-    std::this_thread::sleep_for(std::chrono::microseconds(run * 700));
-    static_cast<void>(::kill(program, SIGKILL));
+  for (std::size_t run = 0; run < 200; ++run) {
+    const std::string source = "long." + formats[run / formats.size() % formats.size()];
+    const std::string target = "out." + formats[run % formats.size()];
+    const std::string fragment = "." + target + ".xlatr-part";
+    std::string& expected = whole[source + target];
+    if (expected.empty()) {
+      static_cast<void>(here.run({"convert", "-qqf", source, target}));
+      expected = here.run({"check", target}).output;
+      ASSERT_THAT(expected, HasSubstr("frames, whole"));
+    }
+    here.write(target, "old");
+    const int signal = kSignals[(run + run / formats.size()) % kSignals.size()];
+    const pid_t program = here.start({"convert", "-qqf", source, target}, errors);
+    std::this_thread::sleep_for(std::chrono::microseconds(run * 7 % 100 * 500));
+    static_cast<void>(::kill(program, signal));
     static_cast<void>(Workspace::wait(program));
-    const std::string left = here.read("out.asc");
-    ASSERT_TRUE(left == "old" || left == whole_) << run << ": " << left.size() << " bytes";
-    wholeOnes += left == whole_ ? 1 : 0;
+    EXPECT_TRUE(signal == SIGKILL || !fs::exists(here / fragment)) << source << " " << target;
+    fs::remove(here / fragment);
+    const bool isOld = here.read(target) == "old";
+    ASSERT_TRUE(isOld || here.run({"check", target}).output == expected) << source << " " << target << " " << run;
+    wholeOnes += isOld ? 0 : 1;
   }
   ::close(errors);
-  EXPECT_LT(wholeOnes, 100);
+  EXPECT_LT(wholeOnes, 200);
 }
 
 TEST_F(SafeFiles, signalsEndItWithoutAFragment) {
@@ -158,19 +179,37 @@ TEST_F(SafeFiles, aFullDiskLeavesTheOldFile) {
   EXPECT_FALSE(fs::exists(here / ".out.asc.xlatr-part"));
 }
 
-// The same on a real one, where the system lets a test have its own.
-TEST_F(SafeFiles, aFullDiskIsToldWithItsReason) {
-  const std::string disk = "mkdir disk && mount -t tmpfs -o size=64k none disk && echo old > disk/out.asc";
-  if (here.shell("unshare -rm sh -c '" + disk + "' || exit 9").exitCode == 9) {
-    GTEST_SKIP() << "no disk of one's own on this system";
+// On a disk of one's own, where the system lets a test have one: what it holds in the end, and what the program said.
+class SafeFilesOnADisk : public SafeFiles {
+ protected:
+  // The lines begin with "old" in the target, and end with the program.
+  [[nodiscard]] std::optional<Ended> run(const std::string& before) const {
+    const std::string disk = "mkdir disk && mount -t tmpfs -o size=64k none disk && echo old > disk/out.asc";
+    if (here.shell("unshare -rm sh -c '" + disk + "' || exit 9").exitCode == 9) {
+      return std::nullopt;
+    }
+    fs::remove(here / "disk");
+    return here.shell("unshare -rm sh -c '" + disk + "; " + before +
+                      "; " XLATR_PROGRAM
+                      " convert -f long.trc disk/out.asc; echo $? > code; ls -A disk; cat disk/out.asc'");
   }
-  fs::remove(here / "disk");
-  const Ended run =
-      here.shell("unshare -rm sh -c '" + disk +
-                 "; " XLATR_PROGRAM " convert -f long.trc disk/out.asc; echo $? > code; ls -A disk; cat disk/out.asc'");
-  EXPECT_EQ(here.read("code"), "5\n");
-  EXPECT_EQ(run.output, "out.asc\nold\n");
-  EXPECT_EQ(run.errors, "xlatr: disk/out.asc: cannot write: No space left on device\n");
+  void expectOldFile(const std::string& before, const std::string& errors) const {
+    const auto ended = run(before);
+    if (!ended) {
+      GTEST_SKIP() << "no disk of one's own on this system";
+    }
+    EXPECT_EQ(here.read("code"), "5\n");
+    EXPECT_EQ(ended->output, "out.asc\nold\n");
+    EXPECT_EQ(ended->errors, errors);
+  }
+};
+
+TEST_F(SafeFilesOnADisk, aFullOneIsToldWithItsReason) {
+  expectOldFile("true", "xlatr: disk/out.asc: cannot write: No space left on device\n");
+}
+
+TEST_F(SafeFilesOnADisk, oneThatHasBecomeReadOnlyIsToldWithItsReason) {
+  expectOldFile("mount -o remount,ro disk", "xlatr: disk/out.asc: cannot create: Read-only file system\n");
 }
 
 TEST_F(SafeFiles, signalsEndWhatReadsTraces) {
