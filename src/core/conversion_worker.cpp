@@ -311,8 +311,13 @@ void ConversionWorker::closeAllWritersQuietly() noexcept {
   }
 }
 
-void ConversionWorker::reportFailure(std::string text) {
-  message_ = std::move(text);
+// Where there is no memory for the text of the failure there may be room for none that is longer than this.
+void ConversionWorker::reportFailure(const char* text) noexcept {
+  try {
+    message_ = text;
+  } catch (const std::bad_alloc&) {
+    message_ = kOutOfMemory;
+  }
   events_.signal(failureEvent_);
 }
 
@@ -320,7 +325,6 @@ void ConversionWorker::reportCaughtFailure() noexcept {
   try {
     message_ = textOfCaughtFailure();
   } catch (...) {
-    // Where there is no memory for the text of the failure there may be room for none that is longer than this.
     message_ = kOutOfMemory;
   }
   dropSafeFiles();

@@ -78,7 +78,7 @@ class ConversionWorker {
   void dropSafeFiles() noexcept;
   [[nodiscard]] std::string named(std::string text) const;
   void closeAllWritersQuietly() noexcept;
-  void reportFailure(std::string text);
+  void reportFailure(const char* text) noexcept;
   void reportCaughtFailure() noexcept;
   [[nodiscard]] std::string textOfCaughtFailure() const;
   [[nodiscard]] std::string fileNameOfTarget() const;

@@ -1,3 +1,4 @@
+// How far a trace is read, for somebody who may end it.
 #pragma once
 
 #include <chrono>

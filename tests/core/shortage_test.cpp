@@ -221,6 +221,21 @@ TEST_F(ShortageTest, ofThreadsFailsAWorker) {
   EXPECT_EQ(worker.message(), "The conversion thread is not joinable");
 }
 
+// Most workers are started by the thread that waits for their ends, where nothing could catch a failure.
+TEST_F(ShortageTest, ofMemoryFailsAWorker) {
+  EventGroup events;
+  const TraceFileInfo file(source_);
+  auto sources = formatOf(file.getFormat()).makeSources(file, SessionSelection{});
+  ConversionWorker worker(WorkOrder{file, &formatOf(XLATR_FORMAT_TRC), target_, 2.1, {}, false},
+                          std::move(sources.front().source), events);
+  {
+    const Shortage shortage(0, true);
+    EXPECT_FALSE(worker.start());
+  }
+  EXPECT_EQ(events.waitAny(), worker.failureEvent());
+  EXPECT_EQ(worker.message(), "Out of memory");
+}
+
 // The end of a reader whose converter still runs: it is handed over to a thread that can't be started.
 TEST_F(ShortageTest, ofMemoryDoesNotKeepAReaderFromEnding) {
   test::writeStandIn(folder_, "echo $$ > \"$(dirname \"$0\")/pid\"; exec sleep 1000");
