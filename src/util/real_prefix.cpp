@@ -110,6 +110,14 @@ RealPrefix readInFull(std::string_view text, std::chars_format format) {
   return {value, consumed};
 }
 
+// from_chars takes "p+-4" for an exponent, which is none: such a number ends with its digits.
+std::string_view withoutDoubleSign(std::string_view hex) {
+  const std::size_t exponent =
+      countLeading(hex, [](char character) { return character == '.' || hexDigitValue(character) >= 0; });
+  const std::string_view rest = hex.substr(exponent);
+  return equalsIgnoreCase(rest.substr(0, 3), "p+-") ? hex.substr(0, exponent) : hex;
+}
+
 bool startsWithHexDigit(std::string_view text) {
   if (!text.empty() && text.front() == '.') {
     text.remove_prefix(1);
@@ -127,7 +135,7 @@ RealPrefix readMagnitude(std::string_view text) {
     if (!startsWithHexDigit(text.substr(kPrefixSize))) {
       return {0.0, 1};
     }
-    const RealPrefix digits = readInFull(text.substr(kPrefixSize), std::chars_format::hex);
+    const RealPrefix digits = readInFull(withoutDoubleSign(text.substr(kPrefixSize)), std::chars_format::hex);
     return {digits.value, digits.consumed + kPrefixSize};
   }
   // from_chars would accept a second sign.
