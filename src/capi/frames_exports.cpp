@@ -525,7 +525,7 @@ xlatr_code xlatr_job_close(xlatr_job* job) {
 
 xlatr_code xlatr_get_capacity(std::uint32_t row, xlatr_capacity* capacity) {
   return answer([&] {
-    const std::vector<CapacityRow> rows = capacityRows();
+    static const std::vector<CapacityRow> rows = capacityRows();
     return row < rows.size() ? give(recordOf(rows[row]), capacity) : XLATR_END;
   });
 }

@@ -95,7 +95,7 @@ std::string versionsOf(std::span<const FrameCapacity> capacities) {
 // The first bytes of a trace.
 class StartBytes final : public InputBytes {
  public:
-  explicit StartBytes(const std::string& start) : start_(start) {}
+  explicit StartBytes(std::string_view start) : start_(start) {}
 
   [[nodiscard]] std::size_t readAt(std::uint64_t offset, std::span<char> bytes) override {
     const std::size_t begin = std::min<std::size_t>(offset, start_.size());
@@ -104,26 +104,47 @@ class StartBytes final : public InputBytes {
   [[nodiscard]] std::optional<std::uint64_t> size() const override { return start_.size(); }
 
  private:
-  const std::string& start_;
+  std::string_view start_;
 };
 
+// Without the piece of a line with which the first bytes of a text end.
+std::string_view wholeLines(std::string_view start) {
+  const std::size_t lastEnd = start.rfind('\n');
+  return start.size() < kStart || lastEnd == std::string_view::npos ? start : start.substr(0, lastEnd + 1);
+}
+
 // Lines and records that are none of the format.
-std::uint64_t notUnderstood(const FormatDescriptor& format, const std::string& start) {
-  const auto source = format.openFrames({std::string(), std::make_shared<StartBytes>(start)});
+std::uint64_t notUnderstood(const FormatDescriptor& format, std::string_view start) {
+  const auto source = format.openFrames({std::string(), std::make_shared<StartBytes>(wholeLines(start))});
   FrameBatch batch;
   Account account;
   static_cast<void>(source->read(batch, account));
   return account.noted(Remark::LineNotUnderstood).frames + account.noted(Remark::RecordNotUnderstood).frames;
 }
 
-// Some formats have the same heads. The one that understands most counts, and among such ones that of the name.
-const FormatDescriptor* likeliest(std::vector<const FormatDescriptor*> formats, const FormatDescriptor& byName,
-                                  const std::string& start) {
-  if (formats.size() < 2) {
-    return formats.empty() ? nullptr : formats.front();
+bool recognises(const FormatDescriptor& format, std::string_view start) {
+  return format.openFrames != nullptr && format.recognises != nullptr && format.recognises(start);
+}
+
+// Some formats have the same heads. The one that understands most counts, and among such ones that of the name: if that
+// understands all, nobody else need be asked.
+const FormatDescriptor* likeliest(const FormatDescriptor& byName, std::string_view start) {
+  const bool isNamed = recognises(byName, start);
+  if (isNamed && byName.readsInOrder && notUnderstood(byName, start) == 0) {
+    return &byName;
   }
-  std::stable_partition(formats.begin(), formats.end(), [&byName](const auto* format) { return format == &byName; });
-  return *std::ranges::min_element(formats, {}, [&start](const auto* format) { return notUnderstood(*format, start); });
+  std::vector<const FormatDescriptor*> recognising;
+  if (isNamed) {
+    recognising.push_back(&byName);
+  }
+  std::ranges::copy_if(formatRegistry(), std::back_inserter(recognising), [&](const FormatDescriptor* format) {
+    return format != &byName && recognises(*format, start);
+  });
+  if (recognising.size() < 2) {
+    return recognising.empty() ? nullptr : recognising.front();
+  }
+  return *std::ranges::min_element(recognising, {},
+                                   [start](const auto* format) { return notUnderstood(*format, start); });
 }
 
 }  // namespace
@@ -135,11 +156,7 @@ const FormatDescriptor& formatOfTrace(const InputSource& input) {
   if (start.empty() && byName.openFrames != nullptr) {
     return byName;
   }
-  std::vector<const FormatDescriptor*> recognising;
-  std::ranges::copy_if(formatRegistry(), std::back_inserter(recognising), [&start](const FormatDescriptor* format) {
-    return format->openFrames != nullptr && format->recognises != nullptr && format->recognises(start);
-  });
-  if (const FormatDescriptor* const found = likeliest(std::move(recognising), byName, start)) {
+  if (const FormatDescriptor* const found = likeliest(byName, start)) {
     return *found;
   }
   if (start.empty()) {
@@ -150,7 +167,9 @@ const FormatDescriptor& formatOfTrace(const InputSource& input) {
 }
 
 std::unique_ptr<FrameSource> openTrace(const InputSource& input, TraceFormat format) {
-  requireInput(input);
+  if (format != XLATR_FORMAT_NONE) {
+    requireInput(input);
+  }
   const FormatDescriptor& known = format == XLATR_FORMAT_NONE ? formatOfTrace(input) : formatOf(format);
   if (known.openFrames == nullptr) {
     throw FrameFailure(FrameProblem::BadArgument, input.name() + ": there is no such format of traces");

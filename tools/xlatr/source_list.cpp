@@ -124,7 +124,7 @@ std::size_t shardOf(const std::string& path, std::size_t count) {
 
 std::uint64_t sizeOfFile(const std::string& path) {
   std::error_code error;
-  const std::uintmax_t size = fs::is_regular_file(path, error) ? fs::file_size(path, error) : 0;
+  const std::uintmax_t size = fs::file_size(path, error);  // of what is no file, an error
   return error ? 0 : size;
 }
 

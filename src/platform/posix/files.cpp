@@ -108,11 +108,14 @@ class WriteSignals {
 
 }  // namespace
 
+// Links are rare, so that one question answers for most paths.
 PathKind kindOfPath(const std::string& path) {
   struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) {
-    const bool isLink = ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
-    return isLink ? PathKind::BrokenLink : PathKind::Nothing;
+  if (::lstat(path.c_str(), &status) != 0) {
+    return PathKind::Nothing;
+  }
+  if (S_ISLNK(status.st_mode) && ::stat(path.c_str(), &status) != 0) {
+    return PathKind::BrokenLink;
   }
   if (S_ISDIR(status.st_mode)) {
     return PathKind::Folder;
@@ -131,7 +134,7 @@ bool fileExists(const std::string& path) {
 bool isSameFile(const std::string& one, const std::string& other) {
   struct stat first {};
   struct stat second {};
-  return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 && S_ISREG(first.st_mode) &&
+  return ::stat(other.c_str(), &second) == 0 && S_ISREG(second.st_mode) && ::stat(one.c_str(), &first) == 0 &&
          isSame(first, second);
 }
 
