@@ -105,6 +105,17 @@ void fillFailedResult(ConversionResult* result, const char* text) noexcept {
   result->finished = 1;
 }
 
+void fillResultWithoutMemory(ConversionResult& result) noexcept {
+  for (std::uint32_t index = 0; index < result.file_count; ++index) {
+    std::free(result.files[index]);
+  }
+  std::free(static_cast<void*>(std::exchange(result.files, nullptr)));
+  result.file_count = 0;
+  std::memcpy(result.text, kOutOfMemory, sizeof kOutOfMemory);
+  result.status = XLATR_FAILED;
+  result.finished = 1;
+}
+
 Conversion::Conversion(const char* source, const char* target, const ConversionOptions& options,
                        ConversionResult* result, void (*onFinished)(void*), void* context)
     : id_(nextConversionId()),
@@ -339,7 +350,10 @@ bool Conversion::collect() noexcept {
     try {
       fillResult();
     } catch (const std::bad_alloc&) {
-      fillResultWithoutMemory();
+      // What was converted is there, but the caller would not learn of all of it.
+      state_ = State::WorkerFailed;
+      status_ = codeOfState();
+      fillResultWithoutMemory(*result_);
     }
   }
   events_.signal(stopEvent_);
@@ -362,20 +376,6 @@ void Conversion::fillResult() {
     }
   }
   replaceText(*result_, text);
-  result_->status = status_;
-  result_->finished = 1;
-}
-
-// What was converted is there, but the caller would not learn of all of it.
-void Conversion::fillResultWithoutMemory() noexcept {
-  state_ = State::WorkerFailed;
-  status_ = codeOfState();
-  for (std::uint32_t index = 0; index < result_->file_count; ++index) {
-    std::free(result_->files[index]);
-  }
-  std::free(static_cast<void*>(std::exchange(result_->files, nullptr)));
-  result_->file_count = 0;
-  std::memcpy(result_->text, kOutOfMemory, sizeof kOutOfMemory);
   result_->status = status_;
   result_->finished = 1;
 }

@@ -41,6 +41,8 @@ struct TargetPathTemplate {
 // Fills the record of a conversion that never came to work. No effect on a null one. Without memory for the text the
 // record gets none.
 void fillFailedResult(ConversionResult* result, const char* text) noexcept;
+// Completes the record of a conversion that was made, and so has room for this text, when there is no memory.
+void fillResultWithoutMemory(ConversionResult& result) noexcept;
 
 // Owns the workers of a conversion and the thread that waits for them, and fills the caller's records. At most
 // `mostAtWork` workers have a thread at the same time; the others wait for one of them to end.
@@ -81,7 +83,6 @@ class Conversion {
   void workerEnded(EventGroup::Event event);
   bool collect() noexcept XLATR_REQUIRES(listLock_);
   void fillResult() XLATR_REQUIRES(listLock_);
-  void fillResultWithoutMemory() noexcept XLATR_REQUIRES(listLock_);
   [[nodiscard]] std::string joinedMessages() XLATR_REQUIRES(listLock_);
   [[nodiscard]] float computePercent() XLATR_REQUIRES(listLock_);
   [[nodiscard]] std::int32_t codeOfState() XLATR_REQUIRES(listLock_);

@@ -66,8 +66,13 @@ std::int32_t ConversionRegistry::convert(const char* source, const char* target,
     setIdle(false);
     conversions_.back()->start();
   } catch (const std::bad_alloc&) {
+    const bool wasMade = conversions_.size() > before;
     conversions_.resize(before);
-    fillFailedResult(result, kOutOfMemory);
+    if (wasMade && result != nullptr) {
+      fillResultWithoutMemory(*result);
+    } else {
+      fillFailedResult(result, kOutOfMemory);
+    }
     return XLATR_FAILED;
   } catch (...) {
     conversions_.resize(before);

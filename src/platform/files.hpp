@@ -12,7 +12,8 @@ namespace xlatr::platform {
 // Whether there is something at the path that can hold data: a file or a device, but no folder.
 [[nodiscard]] bool fileExists(const std::string& path);
 // What stands at a path, behind its links. A pipe is one that has a name, or a socket; a device is all else that is
-// neither a file nor a folder. A broken link is one that leads nowhere.
+// neither a file nor a folder. A broken link is one that leads nowhere. What this process may not look at is nothing;
+// where the system fails to say, here and in what follows, it is a std::ios_base::failure.
 enum class PathKind : std::uint8_t { Nothing, File, Folder, Device, Pipe, BrokenLink };
 [[nodiscard]] PathKind kindOfPath(const std::string& path);
 // Whether both paths lead to one file, however they are spelled and by whatever links; false unless both are files.
@@ -84,9 +85,7 @@ class File {
   // Not open if the system refuses. The flags are the system's.
   File(const std::string& path, int flags);
 
-  enum class Lock : std::uint8_t { Taken, Busy, Moved };
-  [[nodiscard]] Lock lock();
-  void requireWritable(Pipes pipes) const;
+  void makeWaiting() const;
   [[nodiscard]] bool release() noexcept;
   [[noreturn]] void fail(const char* action) const;
 

@@ -112,6 +112,12 @@ bool Faults::struck() const {
   return hasStruck;
 }
 
+NoFaults::NoFaults() : before_(armed.exchange(false)) {}
+
+NoFaults::~NoFaults() {
+  armed = before_;
+}
+
 std::string faultText(const FaultPlan& plan) {
   std::string text = "call " + std::to_string(plan.nth) + (plan.forGood ? ", from then on: " : ": ");
   return text + (plan.error == 0 ? "half a transfer" : std::generic_category().message(plan.error));
@@ -127,6 +133,7 @@ using xlatr::test::fateOfFile;
 using xlatr::test::fateOfPath;
 using xlatr::test::FaultKind;
 using xlatr::test::halfOf;
+using xlatr::test::nextFate;
 
 // The system's functions, by their numbers: no other library has to be asked for them.
 extern "C" {
@@ -169,6 +176,13 @@ int stat(const char* path, struct stat* status) noexcept {
              : static_cast<int>(::syscall(SYS_newfstatat, AT_FDCWD, path, status, 0));
 }
 
+// Links are looked at themselves.
+int lstat(const char* path, struct stat* status) noexcept {
+  return fateOfPath(FaultKind::Status, path) == Fate::Fails
+             ? failed()
+             : static_cast<int>(::syscall(SYS_newfstatat, AT_FDCWD, path, status, AT_SYMLINK_NOFOLLOW));
+}
+
 int fstat(int file, struct stat* status) noexcept {
   return fateOfFile(FaultKind::Status, file) == Fate::Fails
              ? failed()
@@ -181,6 +195,17 @@ int rename(const char* from, const char* to) noexcept {
              : static_cast<int>(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
 }
 
+int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
+  return fateOfPath(FaultKind::Rename, to) == Fate::Fails
+             ? failed()
+             : static_cast<int>(::syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
+}
+
+int ftruncate(int file, off_t size) noexcept {
+  return fateOfFile(FaultKind::Truncate, file) == Fate::Fails ? failed()
+                                                              : static_cast<int>(::syscall(SYS_ftruncate, file, size));
+}
+
 int unlink(const char* path) noexcept {
   return fateOfPath(FaultKind::Unlink, path) == Fate::Fails
              ? failed()
@@ -190,6 +215,13 @@ int unlink(const char* path) noexcept {
 int flock(int file, int operation) noexcept {
   return fateOfFile(FaultKind::Lock, file) == Fate::Fails ? failed()
                                                           : static_cast<int>(::syscall(SYS_flock, file, operation));
+}
+
+// The linker has the library call the second one instead of calloc, and gives that the name of the first.
+void* systemCalloc(size_t count, size_t size) __asm__("__real_calloc");
+void* refusingCalloc(size_t count, size_t size) __asm__("__wrap_calloc");
+void* refusingCalloc(size_t count, size_t size) {
+  return nextFate(FaultKind::Memory) == Fate::Fails ? nullptr : systemCalloc(count, size);
 }
 
 }  // extern "C"

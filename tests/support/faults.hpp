@@ -9,14 +9,15 @@
 namespace xlatr::test {
 
 // The calls of one kind can fail without those of the others.
-enum class FaultKind : std::uint8_t { Open, Read, Write, Seek, Close, Status, Rename, Unlink, Lock, Memory };
-inline constexpr unsigned kFileFaults = 0x1FFU;  // all but Memory
+enum class FaultKind : std::uint8_t { Open, Read, Write, Seek, Close, Status, Rename, Unlink, Lock, Truncate, Memory };
+inline constexpr unsigned kFileFaults = 0x3FFU;  // all but Memory
 
 [[nodiscard]] constexpr unsigned faultBit(FaultKind kind) {
   return 1U << static_cast<unsigned>(kind);
 }
-[[nodiscard]] constexpr unsigned faultBits(FaultKind one, FaultKind other) {
-  return faultBit(one) | faultBit(other);
+template <typename... Kinds>
+[[nodiscard]] constexpr unsigned faultBits(Kinds... kinds) {
+  return (faultBit(kinds) | ...);
 }
 
 struct FaultPlan {
@@ -40,6 +41,18 @@ class Faults {
   [[nodiscard]] std::uint64_t calls() const;
   // Whether one has failed.
   [[nodiscard]] bool struck() const;
+};
+
+// While it lives, no call fails or is counted: for what a test does beside what it tests.
+class NoFaults {
+ public:
+  NoFaults();
+  ~NoFaults();
+  NoFaults(const NoFaults&) = delete;
+  NoFaults& operator=(const NoFaults&) = delete;
+
+ private:
+  bool before_;
 };
 
 // "call 17, from then on: No space left on device".

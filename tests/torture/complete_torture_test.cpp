@@ -46,19 +46,19 @@ void forEachPair(const std::function<void(const std::string& name, const TraceTo
 
 TEST(CompleteTorture, noFailureToReadLooksLikeTheEndOfASource) {
   forEachPair([](const std::string& name, const TraceToRead& source, const FrameTarget& target) {
-    torture(name, readFaults(source.path), attemptOf(source, target), true);
+    torture(name, readFaults(source.path), attemptOf(source, target), Promise::Safe);
   });
 }
 
 TEST(CompleteTorture, noFailureToWriteLooksLikeAWholeTarget) {
   forEachPair([](const std::string& name, const TraceToRead& source, const FrameTarget& target) {
-    torture(name, writeFaults(), attemptOf(source, target), true);
+    torture(name, writeFaults(), attemptOf(source, target), Promise::Safe);
   });
 }
 
 TEST(CompleteTorture, lackOfMemoryLooksLikeNoSuccess) {
   forEachPair([](const std::string& name, const TraceToRead& source, const FrameTarget& target) {
-    torture(name, memoryFaults(), attemptOf(source, target), true);
+    torture(name, memoryFaults(), attemptOf(source, target), Promise::Safe);
   });
 }
 

@@ -19,6 +19,7 @@
 #include "frames/frame_stream.hpp"
 #include "support/frame_targets.hpp"
 #include "support/random_frames.hpp"
+#include "support/watchdog.hpp"
 
 namespace xlatr::test {
 namespace {
@@ -69,12 +70,16 @@ struct Result {
 
 // In the same folder each time, since some targets name their own path. The faults are over before the files are looked
 // at.
-Result tryOnce(const FaultPlan& plan, const Attempt& attempt, const TempFolder& folder) {
+Result tryOnce(const FaultPlan& plan, const Attempt& attempt, const TempFolder& folder, const Files& before) {
   for (const auto& left : std::filesystem::directory_iterator(folder.path())) {
     std::filesystem::remove(left.path());
   }
+  for (const auto& [name, content] : before) {
+    static_cast<void>(folder.write(name, content));
+  }
   Result result;
   {
+    const Watchdog watchdog(faultText(plan));
     const Faults armed(plan);
     result.outcome = attempt(folder);
     result.calls = armed.calls();
@@ -83,15 +88,29 @@ Result tryOnce(const FaultPlan& plan, const Attempt& attempt, const TempFolder& 
   return result;
 }
 
-void expectNoLoss(const Torture& fault, const Result& result, const Files& whole, bool safe) {
+void expectSafe(const Result& result, const Files& whole, const Files& before) {
+  for (const auto& [name, content] : result.files) {
+    const auto old = before.find(name);
+    const auto made = whole.find(name);
+    EXPECT_TRUE((old != before.end() && old->second == content) ||
+                (made != whole.end() && isSameBytes(name, made->second, content)))
+        << "left behind: " << name;
+  }
+  for (const auto& [name, content] : before) {
+    EXPECT_TRUE(result.files.contains(name)) << "lost: " << name;
+  }
+}
+
+void expectNoLoss(const Torture& fault, const Result& result, const Result& whole, Promise promise,
+                  const Files& before) {
   if (result.outcome.succeeded) {
-    EXPECT_TRUE(isSameOutput(result.files, whole)) << "success with loss";
+    EXPECT_TRUE(isSameOutput(result.files, whole.files)) << "success with loss";
     return;
   }
   EXPECT_FALSE(fault.harmless) << result.outcome.text;
-  EXPECT_NE(result.outcome.text, "");
-  if (safe) {
-    EXPECT_TRUE(result.files.empty()) << "left behind: " << result.files.begin()->first;
+  EXPECT_TRUE(fault.mute || !result.outcome.text.empty());
+  if (promise == Promise::Safe && fault.removes) {
+    expectSafe(result, whole.files, before);
   }
 }
 
@@ -130,26 +149,39 @@ std::vector<TraceToRead> smallTraces(const TempFolder& folder) {
 }
 
 std::vector<Torture> readFaults(std::string_view source) {
-  const unsigned opening = faultBits(FaultKind::Open, FaultKind::Status);
-  const unsigned reading = faultBits(FaultKind::Read, FaultKind::Seek);
+  constexpr unsigned kCalls = faultBits(FaultKind::Open, FaultKind::Status, FaultKind::Read, FaultKind::Seek);
   return {
-      {"one call to read fails", {.kinds = opening | reading, .error = EIO, .pathEnd = source}},
-      {"the medium is gone", {.kinds = opening | reading, .forGood = true, .error = EIO, .pathEnd = source}},
-      {"no memory in the system", {.kinds = opening | reading, .error = ENOMEM, .pathEnd = source}},
+      {"one call to read fails", {.kinds = kCalls, .error = EIO, .pathEnd = source}},
+      {"the medium is gone", {.kinds = kCalls, .forGood = true, .error = EIO, .pathEnd = source}},
+      {"no memory in the system", {.kinds = kCalls, .error = ENOMEM, .pathEnd = source}},
       {"no descriptor is left", {.kinds = faultBit(FaultKind::Open), .error = EMFILE, .pathEnd = source}},
-      {"interrupted", {.kinds = faultBit(FaultKind::Read), .error = EINTR, .pathEnd = source}, true},
+      {"not now", {.kinds = faultBit(FaultKind::Read), .error = EAGAIN, .pathEnd = source}},
+      {"interrupted", {.kinds = faultBits(FaultKind::Read, FaultKind::Close), .error = EINTR, .pathEnd = source}, true},
       {"half a block", {.kinds = faultBit(FaultKind::Read), .forGood = true, .pathEnd = source}, true},
   };
 }
 
 std::vector<Torture> writeFaults() {
-  const unsigned writing = faultBits(FaultKind::Write, FaultKind::Close);
-  const unsigned naming = faultBits(FaultKind::Open, FaultKind::Rename) | faultBit(FaultKind::Seek);
+  constexpr unsigned kBytes = faultBits(FaultKind::Write, FaultKind::Close, FaultKind::Truncate);
+  constexpr unsigned kNames = faultBits(FaultKind::Open, FaultKind::Rename, FaultKind::Seek);
+  constexpr unsigned kOthers = faultBits(FaultKind::Status, FaultKind::Lock);
+  constexpr unsigned kRemoval = faultBit(FaultKind::Unlink);
   return {
-      {"the disk is full", {.kinds = writing | naming, .forGood = true, .error = ENOSPC}},
-      {"the disk is full for a moment", {.kinds = writing | naming, .error = ENOSPC}},
-      {"one call to write fails", {.kinds = writing | naming, .error = EIO}},
-      {"interrupted", {.kinds = faultBit(FaultKind::Write), .error = EINTR}, true},
+      {"the disk is full", {.kinds = kBytes | kNames, .forGood = true, .error = ENOSPC}},
+      {"the disk is full for a moment", {.kinds = kBytes | kNames, .error = ENOSPC}},
+      {"one call to write fails", {.kinds = kBytes | kNames | kOthers, .error = EIO}},
+      {"the disk is gone",
+       {.kinds = kBytes | kNames | kOthers | kRemoval, .forGood = true, .error = EIO},
+       false,
+       false},
+      {"somebody else has the lock",
+       {.kinds = faultBit(FaultKind::Lock), .forGood = true, .error = EWOULDBLOCK},
+       false,
+       false},
+      {"there are no locks", {.kinds = faultBit(FaultKind::Lock), .forGood = true, .error = ENOLCK}, true},
+      {"a fragment stays", {.kinds = kRemoval, .forGood = true, .error = EPERM}, true},
+      {"not now", {.kinds = faultBit(FaultKind::Write), .error = EAGAIN}},
+      {"interrupted", {.kinds = faultBits(FaultKind::Write, FaultKind::Close), .error = EINTR}, true},
       {"half a block", {.kinds = faultBit(FaultKind::Write), .forGood = true}, true},
   };
 }
@@ -157,20 +189,25 @@ std::vector<Torture> writeFaults() {
 std::vector<Torture> memoryFaults() {
   return {
       {"no memory for one thing", {.kinds = faultBit(FaultKind::Memory), .error = ENOMEM}},
-      {"no memory any more", {.kinds = faultBit(FaultKind::Memory), .forGood = true, .error = ENOMEM}},
+      {"no memory any more",
+       {.kinds = faultBit(FaultKind::Memory), .forGood = true, .error = ENOMEM},
+       false,
+       true,
+       true},
   };
 }
 
-void torture(const std::string& what, const std::vector<Torture>& faults, const Attempt& attempt, bool safe) {
+void torture(const std::string& what, const std::vector<Torture>& faults, const Attempt& attempt, Promise promise,
+             const Files& before) {
   const TempFolder folder;
-  const Result whole = tryOnce({}, attempt, folder);
+  const Result whole = tryOnce({}, attempt, folder, before);
   ASSERT_TRUE(whole.outcome.succeeded) << what << ": " << whole.outcome.text;
   for (const Torture& fault : faults) {
     FaultPlan plan = fault.plan;
-    const std::uint64_t calls = tryOnce(plan, attempt, folder).calls;
+    const std::uint64_t calls = tryOnce(plan, attempt, folder, before).calls;
     for (plan.nth = 1; plan.nth <= calls; plan.nth = after(plan.nth, calls)) {
       SCOPED_TRACE(what + ", " + std::string(fault.name) + ", " + faultText(plan) + " of " + std::to_string(calls));
-      expectNoLoss(fault, tryOnce(plan, attempt, folder), whole.files, safe);
+      expectNoLoss(fault, tryOnce(plan, attempt, folder, before), whole, promise, before);
     }
   }
 }

@@ -22,6 +22,12 @@ using Files = std::map<std::string, std::string>;
 // Whether a conversion wrote the same. MF4 files tell when they were written, which is not compared.
 [[nodiscard]] bool isSameOutput(const Files& one, const Files& other);
 
+// What is promised of a folder when a conversion into it has failed.
+enum class Promise : std::uint8_t {
+  None,  // fragments under the names of the targets
+  Safe,  // under each name there is what was there before, or a whole target
+};
+
 struct TraceToRead {
   std::string path;
   const FormatDescriptor* format;
@@ -34,7 +40,7 @@ struct Outcome {
   bool succeeded = false;
   std::string text;  // of the failure
 };
-// Converts into the folder, which is empty.
+// Converts into the folder.
 using Attempt = std::function<Outcome(const TempFolder& folder)>;
 
 // Whether to try every version of every target, and every call. Set by XLATR_TORTURE in the environment; otherwise the
@@ -46,6 +52,8 @@ struct Torture {
   std::string_view name;
   FaultPlan plan;         // `nth` is set here
   bool harmless = false;  // such as half a transfer: everything goes on as if nothing had happened
+  bool removes = true;    // a fragment is ours, and can be removed
+  bool mute = false;      // there may be no memory for a text
 };
 
 // Calls that fail while a source is read, and while a target is written.
@@ -54,7 +62,9 @@ struct Torture {
 [[nodiscard]] std::vector<Torture> memoryFaults();
 
 // Lets each call fail in turn, from the first one to the last, or a selection of them if they are many: a success has
-// written all that an attempt without faults writes, and a failure has a text. If targets are safe, it leaves nothing.
-void torture(const std::string& what, const std::vector<Torture>& faults, const Attempt& attempt, bool safe);
+// written all that an attempt without faults writes, and a failure has a text and keeps the promise. Before each
+// attempt the folder has these files and no others. An attempt that does not end ends the test program.
+void torture(const std::string& what, const std::vector<Torture>& faults, const Attempt& attempt, Promise promise,
+             const Files& before = {});
 
 }  // namespace xlatr::test

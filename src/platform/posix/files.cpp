@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -26,15 +27,19 @@ std::uint64_t sizeIn(const struct stat& status) {
   return static_cast<std::uint64_t>(std::max<off_t>(status.st_size, 0));
 }
 
-// Returns the size of the file.
-std::uint64_t requireRegular(int descriptor, const std::string& path, const char* action) {
-  struct stat status {};
-  if (::fstat(descriptor, &status) != 0) {
-    raise(path, action, errno);
-  }
+void requireRegular(const struct stat& status, const std::string& path, const char* action) {
   if (!S_ISREG(status.st_mode)) {
     raise(path, action, S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP);
   }
+}
+
+// The size of a file, which must be a regular one.
+std::uint64_t sizeOfRegular(int descriptor, const std::string& path) {
+  struct stat status {};
+  if (::fstat(descriptor, &status) != 0) {
+    raise(path, "open", errno);
+  }
+  requireRegular(status, path, "open");
   return sizeIn(status);
 }
 
@@ -66,6 +71,42 @@ bool isPipe(mode_t mode) {
 
 bool isSame(const struct stat& one, const struct stat& other) {
   return one.st_ino == other.st_ino && one.st_dev == other.st_dev;
+}
+
+// Whether an error says that there is nothing, or nothing that this process may look at.
+bool isNothing(int error) {
+  constexpr std::array kSayNothing = {ENOENT, ENOTDIR, EACCES, ELOOP, ENAMETOOLONG};
+  return std::ranges::find(kSayNothing, error) != kSayNothing.end();
+}
+
+// Whether there is something. Where the system fails to say, nobody may go on as if there were nothing: a device would
+// be replaced, and a source would be emptied for its target.
+bool look(int (*call)(const char*, struct stat*), const std::string& path, struct stat& status) {
+  if (call(path.c_str(), &status) == 0) {
+    return true;
+  }
+  if (!isNothing(errno)) {
+    raise(path, "look at", errno);
+  }
+  return false;
+}
+
+enum class Lock : std::uint8_t { Taken, Busy, Moved, Unknown };
+
+// Locks an open file, and tells what it is; where the system fails to tell, errno says why. A file system without locks
+// gives the file to everybody. Whoever had it before may have removed or renamed it in the meantime.
+Lock lockNamed(int descriptor, const std::string& path, struct stat& status) {
+  if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    return Lock::Busy;
+  }
+  struct stat named {};
+  if (::fstat(descriptor, &status) != 0) {
+    return Lock::Unknown;
+  }
+  if (::stat(path.c_str(), &named) != 0) {
+    return isNothing(errno) ? Lock::Moved : Lock::Unknown;
+  }
+  return isSame(status, named) ? Lock::Taken : Lock::Moved;
 }
 
 // A folder, and a pipe that nobody reads, have errors that say little.
@@ -111,10 +152,10 @@ class WriteSignals {
 // Links are rare, so that one question answers for most paths.
 PathKind kindOfPath(const std::string& path) {
   struct stat status {};
-  if (::lstat(path.c_str(), &status) != 0) {
+  if (!look(::lstat, path, status)) {
     return PathKind::Nothing;
   }
-  if (S_ISLNK(status.st_mode) && ::stat(path.c_str(), &status) != 0) {
+  if (S_ISLNK(status.st_mode) && !look(::stat, path, status)) {
     return PathKind::BrokenLink;
   }
   if (S_ISDIR(status.st_mode)) {
@@ -134,8 +175,7 @@ bool fileExists(const std::string& path) {
 bool isSameFile(const std::string& one, const std::string& other) {
   struct stat first {};
   struct stat second {};
-  return ::stat(other.c_str(), &second) == 0 && S_ISREG(second.st_mode) && ::stat(one.c_str(), &first) == 0 &&
-         isSame(first, second);
+  return look(::stat, other, second) && S_ISREG(second.st_mode) && look(::stat, one, first) && isSame(first, second);
 }
 
 std::string pathBehindLinks(const std::string& path) {
@@ -223,7 +263,7 @@ File File::openForReading(const std::string& path) {
   if (!file.isOpen()) {
     raise(path, "open", errno);
   }
-  file.sizeAtOpen_ = requireRegular(file.descriptor_, path, "open");
+  file.sizeAtOpen_ = sizeOfRegular(file.descriptor_, path);
   return file;
 }
 
@@ -240,11 +280,21 @@ File File::createForWriting(const std::string& path, Creation creation, Pipes pi
       raiseNotCreated(path, errno);
     }
     struct stat status {};
-    if (::fstat(file.descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
-      file.requireWritable(pipes);
+    if (::fstat(file.descriptor_, &status) != 0) {
+      raise(path, "create", errno);
+    }
+    if (!S_ISREG(status.st_mode)) {
+      if (pipes == Pipes::Refuse && isPipe(status.st_mode)) {
+        raise(path, kIsPipe, EOPNOTSUPP);
+      }
+      file.makeWaiting();
       return file;
     }
-    const Lock lock = creation == Creation::Reserved ? Lock::Taken : file.lock();
+    const Lock lock = creation == Creation::Reserved ? Lock::Taken : lockNamed(file.descriptor_, path, status);
+    file.locked_ = creation != Creation::Reserved && lock != Lock::Busy;
+    if (lock == Lock::Unknown) {
+      raise(path, "create", errno);
+    }
     if (lock == Lock::Busy) {
       raise(path, kIsWritten, EBUSY);
     }
@@ -263,8 +313,14 @@ File File::openForAppending(const std::string& path, Creation creation, std::uin
   if (!file.isOpen()) {
     raise(path, "open", errno);
   }
-  const std::uint64_t found = requireRegular(file.descriptor_, path, "open");
-  if (found != size || (creation != Creation::Reserved && file.lock() != Lock::Taken)) {
+  struct stat status {};
+  const std::uint64_t found = sizeOfRegular(file.descriptor_, path);
+  const Lock lock = creation == Creation::Reserved ? Lock::Taken : lockNamed(file.descriptor_, path, status);
+  file.locked_ = creation != Creation::Reserved && lock != Lock::Busy;
+  if (lock == Lock::Unknown) {
+    raise(path, "open", errno);
+  }
+  if (found != size || lock != Lock::Taken) {
     raise(path, kIsWritten, EBUSY);
   }
   return file;
@@ -277,11 +333,18 @@ File File::lockForWriting(const std::string& path) {
     if (!file.isOpen()) {
       raise(path, "create", errno);
     }
-    static_cast<void>(requireRegular(file.descriptor_, path, "create"));
-    const Lock lock = file.lock();
+    struct stat status {};
+    const Lock lock = lockNamed(file.descriptor_, path, status);
     if (lock == Lock::Busy) {
       return {};
     }
+    file.locked_ = true;
+    if (lock == Lock::Unknown) {
+      const int error = errno;
+      removeFile(path);  // which nobody else has
+      raise(path, "create", error);
+    }
+    requireRegular(status, path, "create");
     if (lock == Lock::Taken) {
       return file;
     }
@@ -299,25 +362,8 @@ File File::createTemporary() {
   return file;
 }
 
-// A file system without locks gives the file to everybody.
-File::Lock File::lock() {
-  locked_ = ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
-  if (!locked_) {
-    return errno == EWOULDBLOCK ? Lock::Busy : Lock::Taken;
-  }
-  // Whoever had it before may have removed or renamed it in the meantime.
-  struct stat locked {};
-  struct stat named {};
-  const bool there = ::fstat(descriptor_, &locked) == 0 && ::stat(path_.c_str(), &named) == 0;
-  return there && isSame(locked, named) ? Lock::Taken : Lock::Moved;
-}
-
 // From here on a pipe or a device makes its writer wait, as those who name one expect.
-void File::requireWritable(Pipes pipes) const {
-  struct stat status {};
-  if (::fstat(descriptor_, &status) != 0 || (pipes == Pipes::Refuse && isPipe(status.st_mode))) {
-    raise(path_, kIsPipe, EOPNOTSUPP);
-  }
+void File::makeWaiting() const {
   const int flags = ::fcntl(descriptor_, F_GETFL);
   if (flags < 0 || ::fcntl(descriptor_, F_SETFL, flags & ~O_NONBLOCK) != 0) {
     raise(path_, "create", errno);
