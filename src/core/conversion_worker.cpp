@@ -180,9 +180,13 @@ void ConversionWorker::activate(ITraceWriter& writer) {
 
 OutputTarget ConversionWorker::reserve(const std::string& path) {
   try {
-    safeFiles_.push_back(std::make_unique<SafeFile>(
-        path, TargetRules{.replaces = !order_.mustBeNew, .sources = {source_->info().getPath()}}));
-    return safeFiles_.back()->reserve();
+    const std::vector<std::string> sources = {source_->info().getPath()};
+    if (split_ && groupLock_ == nullptr) {
+      groupLock_ = std::make_unique<GroupLock>(order_.targetPath, sources);
+    }
+    safeFiles_.push_back(
+        std::make_unique<SafeFile>(path, TargetRules{.replaces = !order_.mustBeNew, .sources = sources}));
+    return safeFiles_.back()->reserve(split_ ? SafeFile::Group::Locked : SafeFile::Group::None);
   } catch (const TargetRefusal& refusal) {
     if (refusal.reason() == TargetRefusal::Reason::Source) {
       throwProcessingFailure(kTargetIsSource);
@@ -288,11 +292,13 @@ void ConversionWorker::finishSafeFiles() {
   for (const auto& file : safeFiles_) {
     file->finish();
   }
+  groupLock_.reset();
 }
 
 void ConversionWorker::dropSafeFiles() noexcept {
   if (order_.safe) {
     safeFiles_.clear();
+    groupLock_.reset();
     outputFiles_.clear();
   }
 }

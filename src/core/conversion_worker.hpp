@@ -103,6 +103,7 @@ class ConversionWorker {
   std::unordered_set<std::uint32_t> unopenedBuses_;
   std::string firstOpenFailure_;
   WaitingComments waitingComments_;
+  std::unique_ptr<GroupLock> groupLock_;  // of files per bus
   std::vector<std::unique_ptr<SafeFile>> safeFiles_;
   std::set<std::uint32_t> invalidBuses_;
 

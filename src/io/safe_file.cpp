@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <ios>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/module_path.hpp"
 #include "util/utf8.hpp"
@@ -31,11 +35,31 @@ std::string_view shortened(std::string_view name, std::size_t added) {
   return name.substr(0, utf8Boundary(name, std::min(name.size(), kLongestName - added)));
 }
 
+constexpr std::string_view kFragment = ".xlatr-part";
+constexpr std::string_view kFragmentOfGroup = ".xlatr-bus-part";
+
 // ".drive.trc.xlatr-part": hidden, in the target's folder, and the same each time, so that a fragment is found again.
-std::string nameBeside(std::string_view path) {
-  constexpr std::string_view kEnd = ".xlatr-part";
+std::string nameBeside(std::string_view path, std::string_view end) {
   const auto [folder, name] = cut(path);
-  return std::string(folder).append(".").append(shortened(name, kEnd.size() + 1)).append(kEnd);
+  return std::string(folder).append(".").append(shortened(name, end.size() + 1)).append(end);
+}
+
+[[noreturn]] void refuseUsed(const std::string& path) {
+  throw TargetRefusal(TargetRefusal::Reason::InUse, path + ": another conversion is writing this file");
+}
+
+bool isAmong(const std::vector<std::string>& sources, const std::string& path) {
+  return std::ranges::any_of(sources,
+                             [&path](const std::string& source) { return platform::isSameFile(source, path); });
+}
+
+[[noreturn]] void refuseSource(const std::string& path) {
+  throw TargetRefusal(TargetRefusal::Reason::Source, path + ": the target is the source; choose another name");
+}
+
+// Without the name of the file beside, which nobody knows.
+std::string withName(std::string text, const std::string& written, const std::string& path) {
+  return !written.empty() && text.starts_with(written) ? text.replace(0, written.size(), path) : text;
 }
 
 // "drive.partial.trc".
@@ -84,31 +108,48 @@ void SafeFile::refuseExisting() const {
   throw TargetRefusal(TargetRefusal::Reason::Exists, path_ + ": the file exists and is not to be replaced");
 }
 
-bool SafeFile::isSource(const std::string& path) const {
-  return std::ranges::any_of(rules_.sources,
-                             [&path](const std::string& source) { return platform::isSameFile(source, path); });
-}
-
 void SafeFile::requireNoSource(const std::string& path) const {
-  if (isSource(path)) {
-    throw TargetRefusal(TargetRefusal::Reason::Source, path_ + ": the target is the source; choose another name");
+  if (isAmong(rules_.sources, path)) {
+    refuseSource(path_);
   }
 }
 
-OutputTarget SafeFile::reserve() {
+GroupLock::GroupLock(const std::string& path, const std::vector<std::string>& sources)
+    : written_(nameBeside(path, kFragment)) {
+  if (isAmong(sources, written_)) {
+    refuseSource(path);
+  }
+  try {
+    lock_ = platform::File::lockForWriting(written_);
+  } catch (const std::ios_base::failure& failure) {
+    throw std::runtime_error(withName(failure.what(), written_, path));
+  }
+  if (!lock_.isOpen()) {
+    refuseUsed(path);
+  }
+}
+
+GroupLock::~GroupLock() {
+  platform::removeFile(written_);
+}
+
+OutputTarget SafeFile::reserve(Group group) {
   const platform::PathKind kind = platform::kindOfPath(path_);
   if (kind == platform::PathKind::Device || kind == platform::PathKind::Pipe) {
     written_ = path_;
     return {path_, platform::Creation::Replace, platform::Pipes::Take};
   }
   target_ = platform::pathBehindLinks(path_);
-  written_ = nameBeside(target_);
+  written_ = nameBeside(target_, group == Group::Locked ? kFragmentOfGroup : kFragment);
   requireNoSource(written_);  // what a killed process has left, which somebody wants to save
   lock_ = platform::File::lockForWriting(written_);
   if (!lock_.isOpen()) {
-    throw TargetRefusal(TargetRefusal::Reason::InUse, path_ + ": another conversion is writing this file");
+    refuseUsed(path_);
   }
   beside_ = true;
+  if (group == Group::Locked) {
+    lock_ = platform::File();
+  }
   requireFree();  // whoever had the place until now may have finished the file
   return {written_, path_};
 }
@@ -126,7 +167,7 @@ void SafeFile::finish() {
 }
 
 std::string SafeFile::keepAsPartial() {
-  if (!beside_ || isSource(partialName(target_))) {
+  if (!beside_ || isAmong(rules_.sources, partialName(target_))) {
     return {};
   }
   platform::replaceFile(partialName(target_), written_);
@@ -144,7 +185,7 @@ void SafeFile::drop() {
 }
 
 std::string SafeFile::named(std::string text) const {
-  return !written_.empty() && text.starts_with(written_) ? text.replace(0, written_.size(), path_) : text;
+  return withName(std::move(text), written_, path_);
 }
 
 }  // namespace xlatr

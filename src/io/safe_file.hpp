@@ -30,6 +30,21 @@ struct TargetRules {
   std::vector<std::string> sources = {};  // files that are read, none of which may be written
 };
 
+// Keeps the files of a group, of which there may be more than a process may have open, for one conversion: by one lock,
+// beside the name that theirs are made from.
+class GroupLock {
+ public:
+  // A TargetRefusal if another conversion has the group, or if the lock would be one of the sources.
+  GroupLock(const std::string& path, const std::vector<std::string>& sources);
+  ~GroupLock();
+  GroupLock(const GroupLock&) = delete;
+  GroupLock& operator=(const GroupLock&) = delete;
+
+ private:
+  std::string written_;
+  platform::File lock_;
+};
+
 // A file is written beside its name and gets the name when it is whole: under the name there is the old file or the
 // whole new one at any time. What is not finished is removed; what a process that was killed has left is written over
 // by the next one with the same name. A device and a pipe that somebody reads, which can't be renamed, are written to
@@ -44,8 +59,12 @@ class SafeFile {
   SafeFile(const SafeFile&) = delete;
   SafeFile& operator=(const SafeFile&) = delete;
 
+  // Whether the caller keeps others from the file by the lock of a group. The place beside the name is then one that
+  // only such groups use, and takes no descriptor.
+  enum class Group : std::uint8_t { None, Locked };
+
   // Takes the place beside the name, for nobody else. What is to be written to, under the name that the user knows.
-  [[nodiscard]] OutputTarget reserve();
+  [[nodiscard]] OutputTarget reserve(Group group = Group::None);
   // Gives the file its name. It was written and closed.
   void finish();
   // Gives a file that is not whole a name that says so, "drive.partial.trc", which is returned; empty if there is none,
@@ -62,7 +81,6 @@ class SafeFile {
  private:
   void requireFree() const;
   [[noreturn]] void refuseExisting() const;
-  [[nodiscard]] bool isSource(const std::string& path) const;
   void requireNoSource(const std::string& path) const;
 
   std::string path_;

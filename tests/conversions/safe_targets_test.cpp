@@ -1,6 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -63,6 +69,51 @@ TEST(SafeTargets, haveTheSameBytesAndNames) {
   }
   EXPECT_EQ(convertSafely("a.trc", "m.mf4", -1.0, XLATR_FORMAT_MF4).code, XLATR_SUCCESS);
   EXPECT_EQ(std::ranges::count_if(directory.names(), [](const std::string& name) { return name.starts_with('.'); }), 0);
+}
+
+// Of 2,000 files per bus each needs a lock, but a process may have fewer files open.
+TEST(SafeTargets, mayBeMoreThanAProcessMayOpen) {
+  constexpr int kBuses = 2000;
+  constexpr rlim_t kMostFiles = 256;
+  const WorkingDirectory directory;
+  std::string trace = joinLines({";$FILEVERSION=2.1", ";$STARTTIME=45658.25", ";$COLUMNS=N,O,T,B,I,d,R,L,D"});
+  for (int bus = 1; bus <= kBuses; ++bus) {
+    trace += std::to_string(bus) + " 0.000 DT " + std::to_string(bus) + " 0100 Rx - 1 11\r\n";
+  }
+  writeFile("a.trc", trace);
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit few{kMostFiles, before.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+  const Outcome outcome = convertSafely("a.trc", "x.trc", 2.0, XLATR_FORMAT_TRC);
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_EQ(outcome.code, XLATR_SUCCESS) << outcome.text;
+  EXPECT_EQ(outcome.files.size(), static_cast<std::size_t>(kBuses));
+  EXPECT_EQ(directory.names().size(), static_cast<std::size_t>(kBuses) + 1);
+}
+
+TEST(SafeTargets, ofAGroupHaveOneWriter) {
+  const WorkingDirectory directory;
+  writeFile("a.trc", traceOfTwoBuses());
+  const int other = ::open(".x.trc.xlatr-part", O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(::flock(other, LOCK_EX), 0);
+  const Outcome refused = convertSafely("a.trc", "x.trc", 2.0, XLATR_FORMAT_TRC);
+  ::close(other);
+  EXPECT_EQ(refused.code, XLATR_FAILED);
+  EXPECT_EQ(refused.text, "x.trc: another conversion is writing this file ");
+  EXPECT_EQ(directory.names(), (Names{".x.trc.xlatr-part", "a.trc"}));
+  // What a killed process has left, which somebody wants to save.
+  writeFile("y.trc", traceOfTwoBuses());
+  fs::create_hard_link("y.trc", ".y.trc.xlatr-part");
+  EXPECT_EQ(convertSafely("y.trc", "y.trc", 2.0, XLATR_FORMAT_TRC).code, XLATR_FAILED);
+  EXPECT_EQ(readFile("y.trc"), traceOfTwoBuses());
+  EXPECT_EQ(readFile(".y.trc.xlatr-part"), traceOfTwoBuses());
+  fs::remove("y.trc");
+  fs::remove(".y.trc.xlatr-part");
+  EXPECT_EQ(convertSafely("a.trc", "none/x.trc", 2.0, XLATR_FORMAT_TRC).text,
+            "none/x.trc: cannot create: No such file or directory ");
+  EXPECT_EQ(convertSafely("a.trc", "x.trc", 2.0, XLATR_FORMAT_TRC).code, XLATR_SUCCESS);
+  EXPECT_EQ(directory.names(), (Names{"a.trc", "x_BUS1.trc", "x_BUS2.trc"}));
 }
 
 // The second bus has no place: the first one, which is whole, goes too, and what was there before stays.
