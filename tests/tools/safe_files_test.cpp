@@ -5,18 +5,23 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
+#include "support/blf_builder.hpp"
 #include "tools/program.hpp"
 
 // What stands under a target's name while the program runs and after it was stopped, and what the terminal shows.
@@ -96,40 +101,122 @@ TEST_F(SafeFiles, aFragmentNeverHasTheName) {
   EXPECT_FALSE(fs::exists(here / ".out.asc.xlatr-part"));
 }
 
-// At two hundred moments of its life, whatever it reads and writes and however it is ended.
-TEST_F(SafeFiles, aProgramThatIsEndedLeavesTheOldFileOrTheNewOne) {
-  const std::vector<std::string> formats = {"trc", "btr", "asc", "csv", "btrc", "mf4"};
-  constexpr std::array kSignals = {SIGKILL, SIGTERM, SIGHUP};
-  for (const std::string& format : formats) {
-    static_cast<void>(here.run({"convert", "-qqn", "long.trc", "long." + format}));
-  }
-  const int errors = ::open((here / "errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-  std::map<std::string, std::string> whole;  // what check says of the target of each pair
-  int wholeOnes = 0;
-  for (std::size_t run = 0; run < 200; ++run) {
-    const std::string source = "long." + formats[run / formats.size() % formats.size()];
-    const std::string target = "out." + formats[run % formats.size()];
-    const std::string fragment = "." + target + ".xlatr-part";
-    std::string& expected = whole[source + target];
-    if (expected.empty()) {
-      static_cast<void>(here.run({"convert", "-qqf", source, target}));
-      expected = here.run({"check", target}).output;
-      ASSERT_THAT(expected, HasSubstr("frames, whole"));
+// What is converted while the program is ended.
+struct Deed {
+  std::vector<std::string> words;
+  std::map<std::string, std::string> whole;  // what check says of each target
+};
+
+class EndedPrograms : public SafeFiles {
+ protected:
+  void SetUp() override {
+    SafeFiles::SetUp();
+    const std::vector<std::string> targets = {"trc", "btr", "asc", "csv", "btrc", "mf4", "ltrc"};
+    here.write("long.trc", traceOfTwoBuses());
+    here.write("long.ltrc", traceOfLin());
+    here.write("long.blf", logOfTwoBuses());
+    for (const std::string& format : targets) {
+      static_cast<void>(here.run({"convert", "-qqn", "long.trc", "long." + format}));
     }
-    here.write(target, "old");
-    const int signal = kSignals[(run + run / formats.size()) % kSignals.size()];
-    const pid_t program = here.start({"convert", "-qqf", source, target}, errors);
+    for (const std::string source : {"trc", "btr", "asc", "csv", "btrc", "mf4", "ltrc", "blf"}) {
+      for (const std::string& target : targets) {
+        add({"convert", "-qqf", "long." + source, "out." + target});
+        add({"convert", "-qqf", "--compat", "long." + source, "out." + target});
+      }
+      add({"convert", "-qqf", "--compat", "--target-version", "2.0", "long." + source, "out.trc"});
+      add({"convert", "-qqf", "--split-bus", "long." + source, "out_%b.asc"});
+      add({"convert", "-qqf", "--split-size", "100K", "long." + source, "out_%n.trc"});
+    }
+  }
+
+  static std::string traceOfTwoBuses() {
+    std::vector<int> buses(std::size_t{kFrames}, 1);
+    std::fill(buses.begin(), buses.begin() + kFrames / 2, 2);
+    return traceOfBuses(buses);
+  }
+  static std::string traceOfLin() {
+    std::string trace = ";$FILEVERSION=1.2\n;$STARTTIME=44403.25\n";
+    for (int number = 1; number <= kFrames; ++number) {
+      trace += std::to_string(number) + ") " + std::to_string(number * 1000) + " Pub 2A 2 01 02 7C CL\n";
+    }
+    return trace;
+  }
+  static std::string logOfTwoBuses() {
+    std::string objects;
+    for (std::uint64_t number = 1; number <= kFrames; ++number) {
+      objects += test::blf::classicFrame(
+          {.channel = static_cast<std::uint16_t>(1 + number % 2), .timestamp = number * 1'000'000});
+    }
+    return test::blf::file({.objects = kFrames}, test::blf::zipped(objects));
+  }
+
+  // No effect on what can't be converted on the compatible way.
+  void add(std::vector<std::string> words) {
+    static_cast<void>(here.run(words));
+    if (std::map<std::string, std::string> whole = targets(); !whole.empty()) {
+      deeds_.push_back({std::move(words), std::move(whole)});
+    }
+    removeTargets();
+  }
+  // The names begin with "out", those of fragments with a point.
+  [[nodiscard]] std::vector<std::string> namesThatBegin(std::string_view start) const {
+    std::vector<std::string> names = here.names();
+    std::erase_if(names, [start](const std::string& name) { return !name.starts_with(start); });
+    return names;
+  }
+  [[nodiscard]] std::map<std::string, std::string> targets() const {
+    std::map<std::string, std::string> said;
+    for (const std::string& name : namesThatBegin("out")) {
+      said[name] = saidOf(name);
+    }
+    return said;
+  }
+  [[nodiscard]] std::string saidOf(const std::string& name) const {
+    return here.read(name) == "old" ? "old" : here.run({"check", name}).output;
+  }
+  void removeTargets() const {
+    for (const std::string_view start : {"out", "."}) {
+      for (const std::string& name : namesThatBegin(start)) {
+        fs::remove(here / name);
+      }
+    }
+  }
+
+  static constexpr int kFrames = 8'000;
+  std::vector<Deed> deeds_;
+};
+
+// At two hundred moments of its life, whatever it reads and writes and however it is ended.
+TEST_F(EndedPrograms, leaveTheOldFilesOrTheNewOnes) {
+  constexpr std::array kSignals = {SIGKILL, SIGTERM, SIGHUP};
+  constexpr std::size_t kEnds = 200;
+  EXPECT_GT(deeds_.size(), 8 * 7 + 8 + 1U);
+  EXPECT_LT(deeds_.size(), kEnds) << "each is to be ended";
+  const int errors = ::open((here / "errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  std::size_t wholeOnes = 0;
+  for (std::size_t run = 0; run < kEnds; ++run) {
+    const Deed& deed = deeds_[run % deeds_.size()];
+    for (const auto& [name, said] : deed.whole) {
+      here.write(name, "old");
+    }
+    const int signal = kSignals[(run + run / deeds_.size()) % kSignals.size()];
+    const pid_t program = here.start(deed.words, errors);
     std::this_thread::sleep_for(std::chrono::microseconds(run * 7 % 100 * 500));
     static_cast<void>(::kill(program, signal));
     static_cast<void>(Workspace::wait(program));
-    EXPECT_TRUE(signal == SIGKILL || !fs::exists(here / fragment)) << source << " " << target;
-    fs::remove(here / fragment);
-    const bool isOld = here.read(target) == "old";
-    ASSERT_TRUE(isOld || here.run({"check", target}).output == expected) << source << " " << target << " " << run;
-    wholeOnes += isOld ? 0 : 1;
+    const std::string what = testing::PrintToString(deed.words) + ", signal " + std::to_string(signal);
+    EXPECT_TRUE(signal == SIGKILL || namesThatBegin(".").empty()) << what;
+    for (const auto& [name, said] : targets()) {
+      const auto expected = deed.whole.find(name);
+      ASSERT_NE(expected, deed.whole.end()) << what << ": " << name;
+      ASSERT_TRUE(said == "old" || said == expected->second) << what << ": " << name << ": " << said;
+      wholeOnes += said == "old" ? 0U : 1U;
+    }
+    EXPECT_EQ(namesThatBegin("out").size(), deed.whole.size()) << what;
+    removeTargets();
   }
   ::close(errors);
-  EXPECT_LT(wholeOnes, 200);
+  EXPECT_GT(wholeOnes, 0U);
 }
 
 TEST_F(SafeFiles, signalsEndItWithoutAFragment) {
