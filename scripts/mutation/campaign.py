@@ -23,6 +23,8 @@ FILE_SIZE = 1 << 30  # bytes: likewise
 FIRST_TESTS = 12  # that are asked in a run of their own, since most mutants end there
 SLOWER = 8  # times the usual time are a hang, after
 GRACE = 4  # seconds
+LONGEST_TEST = 2000  # milliseconds: what takes longer tries many inputs, and is not asked
+RANDOM_FRAMES = "200"  # of each kind, in the tests that take what XLATR_TEST_FRAMES says
 LONGEST_FILTER = 100_000  # characters: the system takes 131,072 in an argument
 
 KILLED, HUNG, SURVIVED, UNREACHED = "killed", "hung", "survived", "unreached"
@@ -63,7 +65,7 @@ def _run(command: Sequence[str], environment: dict[str, str], seconds: float | N
         process = subprocess.Popen(
             command,
             cwd=folder,
-            env=os.environ | {"TZ": "UTC", "TMPDIR": folder} | environment,
+            env=os.environ | {"TZ": "UTC", "TMPDIR": folder, "XLATR_TEST_FRAMES": RANDOM_FRAMES} | environment,
             stdin=subprocess.DEVNULL,
             stdout=printed,
             stderr=subprocess.STDOUT,
@@ -100,7 +102,6 @@ class Reach:
             reached, lines = Path(notes, "reached"), Path(notes, "tests")
             reached.write_bytes(bytes(count + 1))
             lines.touch()
-            # Each test once: the time limit is for one of them.
             environment = {"XLATR_MUTANTS_REACHED": str(reached), "XLATR_MUTANTS_TESTS": str(lines)}
             code, printed = _run([str(folder / program), "--gtest_brief=1"], environment, None)
             if code != 0:
@@ -116,6 +117,8 @@ class Reach:
                     always.update(reaches)
         self.times[program] = sum(test.milliseconds for test, _ in found)
         for test, reaches in found:
+            if test.milliseconds > LONGEST_TEST:
+                continue
             for number in always.union(reaches):
                 self._tests[number].append(test)
 

@@ -36,14 +36,14 @@ GROUPS: dict[str, Group] = {
             "little_endian numbers plain_fields real_prefix render start_time text text_buffer time_units "
             "token_cursor utf8"
         ),
-        ("util_test", "datetime_test", "trc_test", "asc_test", "lin_test", "csv_test", "native_test", "golden_test"),
+        ("util_test", "datetime_test", "trc_test", "asc_test", "lin_test", "csv_test", "native_test", "golden_test", "frames_test"),
     ),
     "trc": Group(
         "src/formats/trc",
         _files(
             "trc_frames trc_header trc_header_keys trc_message trc_parser trc_plain_lines trc_printer trc_version"
         ),
-        ("trc_test", "golden_test"),
+        ("trc_test", "golden_test", "frames_test"),
     ),
     "asc": Group(
         "src/formats/asc",
@@ -51,7 +51,7 @@ GROUPS: dict[str, Group] = {
             "asc_bus_lines asc_date asc_frame_parser asc_frames asc_head_keys asc_message asc_parser asc_plain_lines "
             "asc_printer asc_status_parser asc_tokens"
         ),
-        ("asc_test", "golden_test"),
+        ("asc_test", "golden_test", "frames_test"),
     ),
     "csv": Group(
         "src/formats/csv",
@@ -59,12 +59,12 @@ GROUPS: dict[str, Group] = {
             "csv_cell_readers csv_cells csv_column_table csv_columns csv_frame_rows csv_frames csv_header csv_parser "
             "csv_plain_rows csv_printer csv_record_input csv_start_time csv_table csv_table_frames csv_table_head"
         ),
-        ("csv_test", "golden_test"),
+        ("csv_test", "golden_test", "frames_test"),
     ),
     "lin": Group(
         "src/formats/lin",
         _files("lin_frames lin_header lin_header_keys lin_parser lin_plain_lines lin_printer"),
-        ("lin_test", "golden_test"),
+        ("lin_test", "golden_test", "frames_test"),
     ),
     "native": Group(
         "src/formats/native",
@@ -72,7 +72,7 @@ GROUPS: dict[str, Group] = {
             "btr_directory btr_layout btr_session_entry btr_slot_frame btrc_blocks btrc_file_header "
             "btrc_record_frame native_frame_record native_record record_content session_clock zelk_message"
         ),
-        ("native_test", "golden_test"),
+        ("native_test", "golden_test", "frames_test"),
     ),
     "blf": Group(
         "src/formats/blf",
@@ -81,7 +81,7 @@ GROUPS: dict[str, Group] = {
             "blf_log_content blf_log_head blf_log_layout blf_log_objects blf_log_scanner blf_message "
             "blf_object_names blf_text_objects"
         ),
-        ("blf_test", "golden_test"),
+        ("blf_test", "golden_test", "frames_test"),
     ),
     "mf4": Group(
         "src/formats/mf4",
@@ -93,6 +93,6 @@ GROUPS: dict[str, Group] = {
             "mdf_record_parser mdf_record_value mdf_time_scale mdf_variable_records record_bytes value_table "
             "zipped_bytes"
         ),
-        ("mf4_test", "golden_test"),
+        ("mf4_test", "golden_test", "frames_test"),
     ),
 }
