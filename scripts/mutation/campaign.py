@@ -19,7 +19,7 @@ from pathlib import Path
 from mutation.rewriting import Mutant
 
 MEMORY = 8 << 30  # bytes of address space: a mutant that takes more is noticed
-FILE_SIZE = 1 << 30  # bytes: likewise
+FILE_SIZE = 16 << 30  # bytes: likewise, and more than the file with a hole that tests make
 FIRST_TESTS = 12  # that are asked in a run of their own, since most mutants end there
 SLOWER = 8  # times the usual time are a hang, after
 GRACE = 4  # seconds

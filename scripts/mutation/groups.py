@@ -36,7 +36,7 @@ GROUPS: dict[str, Group] = {
             "little_endian numbers plain_fields real_prefix render start_time text text_buffer time_units "
             "token_cursor utf8"
         ),
-        ("util_test", "datetime_test", "trc_test", "asc_test", "lin_test", "csv_test", "native_test", "golden_test", "frames_test"),
+        ("util_test", "datetime_test", "trc_test", "asc_test", "lin_test", "csv_test", "native_test", "golden_test"),
     ),
     "trc": Group(
         "src/formats/trc",

@@ -214,6 +214,21 @@ TEST(DateFields, aBlankOfTheFormatTakesAnyRunOfBlanks) {
   }
 }
 
+// A date is a part of a line.
+TEST(DateFields, whatFollowsInMemoryIsNotRead) {
+  const struct {
+    std::string_view text;
+    std::string_view format;
+  } cases[] = {{"2024", "%Y"},  {"19", "%d"},      {"59", "%M"},       {"3 p.m.", "%I %p"},
+               {"Dec. ", "%b"}, {"7:08", "%H:%M"}, {"Wednesday", "%a"}};
+  for (const auto& each : cases) {
+    for (std::size_t size = 0; size <= each.text.size(); ++size) {
+      const std::string alone(each.text.substr(0, size));
+      EXPECT_EQ(parse(each.text.substr(0, size), each.format), parse(alone, each.format)) << alone;
+    }
+  }
+}
+
 TEST(DateFields, aTextAfterAMatchIsNoFailure) {
   EXPECT_EQ(parse("01.02.2020 and more", "%d.%m.%Y"), 10U);
 }

@@ -23,6 +23,7 @@ TEST(StartOfDays, keepsNanoseconds) {
   EXPECT_EQ(startOfDays("25569.00000000001157"), 1'000) << "1157 x 0.864 ns";
   EXPECT_EQ(startOfDays("25569.00000000000001"), 1);
   EXPECT_EQ(startOfDays("25568.99999999999999"), -1);
+  EXPECT_EQ(startOfDays("-0.00000000000001"), -25'569 * kDay - 1) << "0.864 ns before the null date";
 }
 
 TEST(StartOfDays, refusesWhatIsNoDay) {
@@ -44,6 +45,13 @@ TEST(StartOfDottedText, carriesIntoTheSecond) {
   const std::int64_t eight = kJuly26 + 8 * 3600 * kSecond;
   EXPECT_EQ(startOfDottedText("26.07.2021 07:59:59.1000"), (StartText{eight, 1'000'000}));
   EXPECT_EQ(startOfDottedText("26.07.2021 07:59:60"), (StartText{eight, kSecond})) << "a leap second";
+}
+
+TEST(StartOfDottedText, readsTheFirstAndTheLastMoment) {
+  EXPECT_EQ(startOfDottedText("01.01.1700 00:00:00"), (StartText{-98'615 * kDay, kSecond}));
+  EXPECT_EQ(startOfDottedText("31.12.2200 23:59:59"), (StartText{84'371 * kDay - kSecond, kSecond}));
+  EXPECT_EQ(startOfDottedText("31.12.1699 23:59:59"), std::nullopt);
+  EXPECT_EQ(startOfDottedText("01.01.2201 00:00:00"), std::nullopt);
 }
 
 TEST(StartOfDottedText, refusesOtherForms) {

@@ -155,6 +155,10 @@ TEST(TimeUnits, ticksAreScaledModulo2ToThe64th) {
     EXPECT_EQ(TimeScale(static_cast<std::int8_t>(test.exponent)).toMicroseconds(kTicks).count(), test.microseconds)
         << test.exponent;
   }
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  EXPECT_EQ(TimeScale(-25).toMicroseconds(kMost).count(), 1U) << "divided by the largest power of ten";
+  EXPECT_EQ(TimeScale(-24).toMicroseconds(kMost).count(), 18U);
+  EXPECT_EQ(TimeScale(-26).toMicroseconds(kMost).count(), 0U) << "not by 10 to the 20th, modulo 2 to the 64th";
 }
 
 }  // namespace

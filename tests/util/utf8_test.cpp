@@ -18,9 +18,15 @@ TEST(IsUtf8, knowsWholeCharacters) {
 TEST(IsUtf8, refusesAllElse) {
   for (const std::string_view text :
        {"\x80", "\xC3", "\xC3(", "\xC0\x80", "\xC1\xBF", "\xE0\x80\x80", "\xE2\x82", "\xED\xA0\x80", "\xF0\x80\x80\x80",
-        "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "a\xE4z"}) {
+        "\xE2\x82\xC0", "\xE2\x82\x7F", "\xF0\x9F\x9A\xC0", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "a\xE4z"}) {
     EXPECT_FALSE(isUtf8(text)) << text;
   }
+}
+
+TEST(IsUtf8, looksAtNothingAfterItsBytes) {
+  EXPECT_FALSE(isUtf8(std::string_view("\xC3\xA4").substr(0, 1)));
+  EXPECT_FALSE(isUtf8(std::string_view("a\xE2\x82\xAC").substr(0, 3)));
+  EXPECT_FALSE(isUtf8(std::string_view("\xF0\x9F\x9A\x97").substr(0, 3)));
 }
 
 TEST(AsUtf8, leavesUtf8Alone) {
