@@ -214,6 +214,14 @@ TEST(DateFields, aBlankOfTheFormatTakesAnyRunOfBlanks) {
   }
 }
 
+TEST(DateFields, aNumberEndsAfterItsDigits) {
+  for (const std::string_view format : {"%H", "%M", "%S", "%I", "%m"}) {
+    EXPECT_EQ(parse("012", format), 2U) << format;
+  }
+  EXPECT_EQ(parse("00011", "%Y"), 4U);
+  EXPECT_EQ(parse("0000", "%Y"), 4U);
+}
+
 // A date is a part of a line.
 TEST(DateFields, whatFollowsInMemoryIsNotRead) {
   const struct {

@@ -412,6 +412,7 @@ TEST(OleDate, reverseCountsTheFraction) {
   EXPECT_EQ(DateTime(0, 0, 0, true).toOleDate(), 25569.0);
   EXPECT_EQ(DateTime(1351728000, 0, 0, true).toOleDate(), kDay2012);
   EXPECT_EQ(DateTime(1351728000 + 64800, 500, 0, true).toOleDate(), 3560954400.5 / 86400.0);
+  EXPECT_EQ(DateTime(1351728000 + 64800, 500, 250, true).toOleDate(), (3560954400.5 + 250 / 1000000.0) / 86400.0);
   EXPECT_EQ(DateTime(0, 250, 500, true).toOleDate(), (2209161600.0 + 0.25 + 0.0005) / 86400.0);
   const DateTime start(1553968599, 912, 0, true);
   EXPECT_EQ(start.toOleDate(), (1553968599.0 + 2209161600.0 + 912 / 1000.0) / 86400.0);

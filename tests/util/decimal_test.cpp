@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace xlatr {
@@ -86,6 +88,16 @@ TEST(ScaledDecimal, getsNoDigitsOfOtherNumbers) {
     std::optional<PlainDecimal> plain = PlainDecimal{7, 7};
     EXPECT_EQ(parseRealPrefix(text, plain).value, parseRealPrefix(text).value) << text;
     EXPECT_FALSE(plain.has_value()) << text;
+  }
+}
+
+// A number is a part of a line.
+TEST(ScaledDecimal, readsNothingAfterItsText) {
+  for (const std::string_view text : {"-12.5e2", "100", "0.25", "1e-3"}) {
+    for (std::size_t size = 0; size <= text.size(); ++size) {
+      const std::string alone(text.substr(0, size));
+      EXPECT_EQ(scaledDecimal(text.substr(0, size), 6), scaledDecimal(alone, 6)) << alone;
+    }
   }
 }
 

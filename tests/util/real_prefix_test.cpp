@@ -175,5 +175,18 @@ TEST(ParseRealPrefix, agreesWithTheCLibraryOnRandomNumbers) {
   }
 }
 
+// A number is a part of a line.
+TEST(ParseRealPrefix, readsNothingAfterItsText) {
+  for (const std::string_view text : {"-12.5e+12", "0x1F.8p3", "123456", ".5", "1e999", "0.0001e-400"}) {
+    for (std::size_t size = 0; size <= text.size(); ++size) {
+      const std::string alone(text.substr(0, size));
+      const RealPrefix cut = parseRealPrefix(text.substr(0, size));
+      const RealPrefix whole = parseRealPrefix(alone);
+      EXPECT_EQ(cut.value, whole.value) << alone;
+      EXPECT_EQ(cut.consumed, whole.consumed) << alone;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace xlatr
