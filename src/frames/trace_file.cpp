@@ -137,9 +137,8 @@ const FormatDescriptor* likeliest(const FormatDescriptor& byName, std::string_vi
   if (isNamed) {
     recognising.push_back(&byName);
   }
-  std::ranges::copy_if(formatRegistry(), std::back_inserter(recognising), [&](const FormatDescriptor* format) {
-    return format != &byName && recognises(*format, start);
-  });
+  std::ranges::copy_if(formatRegistry(), std::back_inserter(recognising),
+                       [&](const FormatDescriptor* format) { return format != &byName && recognises(*format, start); });
   if (recognising.size() < 2) {
     return recognising.empty() ? nullptr : recognising.front();
   }
