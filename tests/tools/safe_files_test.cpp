@@ -186,10 +186,11 @@ class EndedPrograms : public SafeFiles {
   std::vector<Deed> deeds_;
 };
 
-// At two hundred moments of its life, whatever it reads and writes and however it is ended.
+// At two hundred moments of its life, whatever it reads and writes and however it is ended, if it is.
 TEST_F(EndedPrograms, leaveTheOldFilesOrTheNewOnes) {
   constexpr std::array kSignals = {SIGKILL, SIGTERM, SIGHUP};
-  constexpr std::size_t kEnds = 200;
+  constexpr std::size_t kEnds = 210;
+  constexpr std::size_t kNotEnded = 20;  // one in so many ends by itself, however slow the machine is
   EXPECT_GT(deeds_.size(), 8 * 7 + 8 + 1U);
   EXPECT_LT(deeds_.size(), kEnds) << "each is to be ended";
   const int errors = ::open((here / "errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
@@ -201,8 +202,10 @@ TEST_F(EndedPrograms, leaveTheOldFilesOrTheNewOnes) {
     }
     const int signal = kSignals[(run + run / deeds_.size()) % kSignals.size()];
     const pid_t program = here.start(deed.words, errors);
-    std::this_thread::sleep_for(std::chrono::microseconds(run * 7 % 100 * 500));
-    static_cast<void>(::kill(program, signal));
+    if (run % kNotEnded != 0) {
+      std::this_thread::sleep_for(std::chrono::microseconds(run * 7 % 100 * 500));
+      static_cast<void>(::kill(program, signal));
+    }
     static_cast<void>(Workspace::wait(program));
     const std::string what = testing::PrintToString(deed.words) + ", signal " + std::to_string(signal);
     EXPECT_TRUE(signal == SIGKILL || namesThatBegin(".").empty()) << what;
