@@ -107,10 +107,16 @@ class StartBytes final : public InputBytes {
   std::string_view start_;
 };
 
+// Binary traces have zeros in their heads.
+bool mayBeText(std::string_view start) {
+  return start.find('\0') == std::string_view::npos;
+}
+
 // Without the piece of a line with which the first bytes of a text end.
 std::string_view wholeLines(std::string_view start) {
   const std::size_t lastEnd = start.rfind('\n');
-  return start.size() < kStart || lastEnd == std::string_view::npos ? start : start.substr(0, lastEnd + 1);
+  const bool isCut = start.size() == kStart && mayBeText(start) && lastEnd != std::string_view::npos;
+  return isCut ? start.substr(0, lastEnd + 1) : start;
 }
 
 // Lines and records that are none of the format.
@@ -127,10 +133,10 @@ bool recognises(const FormatDescriptor& format, std::string_view start) {
 }
 
 // Some formats have the same heads. The one that understands most counts, and among such ones that of the name: if that
-// understands all, nobody else need be asked.
+// understands all, nobody else need be asked. Heads of binary traces are their own.
 const FormatDescriptor* likeliest(const FormatDescriptor& byName, std::string_view start) {
   const bool isNamed = recognises(byName, start);
-  if (isNamed && byName.readsInOrder && notUnderstood(byName, start) == 0) {
+  if (isNamed && mayBeText(start) && notUnderstood(byName, start) == 0) {
     return &byName;
   }
   std::vector<const FormatDescriptor*> recognising;

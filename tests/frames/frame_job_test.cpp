@@ -271,8 +271,17 @@ TEST_F(FrameJob, tellsFormatsWithTheSameHeadByTheirFrames) {
   const std::string lin = "1) 1000 Pub 2A 2 01 02 7C CL\n";
   const std::string can = "     1)        10.0  Rx         0123  2  0A B0\n";
   for (const char* const name : {"a.trc", "a.ltrc", "a"}) {
-    EXPECT_EQ(formatOfTrace(folder_.write(name, head + lin)).format, XLATR_FORMAT_LIN) << name;
-    EXPECT_EQ(formatOfTrace(folder_.write(name, head + can)).format, XLATR_FORMAT_TRC) << name;
+    // More than is looked at, which then ends within a line.
+    for (const int lines : {1, 1000}) {
+      std::string lins = head;
+      std::string cans = head;
+      for (int line = 0; line < lines; ++line) {
+        lins += lin;
+        cans += can;
+      }
+      EXPECT_EQ(formatOfTrace(folder_.write(name, lins)).format, XLATR_FORMAT_LIN) << name << ", " << lines;
+      EXPECT_EQ(formatOfTrace(folder_.write(name, cans)).format, XLATR_FORMAT_TRC) << name << ", " << lines;
+    }
   }
   EXPECT_EQ(formatOfTrace(folder_.write("a.trc", head)).format, XLATR_FORMAT_TRC);
   EXPECT_EQ(formatOfTrace(folder_.write("a.ltrc", head)).format, XLATR_FORMAT_LIN);
